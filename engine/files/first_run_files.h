@@ -1,0 +1,7 @@
+#pragma once
+
+#include <string>
+
+/// Writes config.json, default.json and voice.json with their first content where they are missing. Existing files
+/// are never touched, failures are silent. `folder` has no trailing separator.
+void ensureDefaultFiles(const std::u16string& folder);

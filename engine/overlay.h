@@ -1,0 +1,46 @@
+#pragma once
+
+// The engine's whole public face. Nothing outside engine/ may include any other header of the engine.
+//
+// All functions may be called only on the thread that called OverlayEngineStart (the owner thread), except
+// where one says "any thread". The engine has no loop of its own: the owner thread's event loop (Windows
+// messages, or GLib's default main context on Linux) drives it.
+
+#include <cstdint>
+
+#ifdef _WIN32
+#define OVERLAY_EXPORT extern "C" __declspec(dllexport)
+using OverlayChar = wchar_t;
+#else
+#define OVERLAY_EXPORT extern "C" __attribute__((visibility("default")))
+using OverlayChar = char16_t;
+#endif
+
+/// Reads the files beside the program, makes the windows and registers the toggle key. May block in a warning
+/// box when the key is taken. A second call does nothing. True when the engine runs.
+OVERLAY_EXPORT bool OverlayEngineStart();
+
+/// Closes the wheel, ends the workers (each waited for at most 2 s) and gives the toggle key back. Meant for the
+/// end of the process: there is no start after it.
+OVERLAY_EXPORT void OverlayEngineStop();
+
+/// Reads config.json, default.json and voice.json again. The toggle key is not registered anew.
+OVERLAY_EXPORT void OverlayReloadConfig();
+
+/// Puts the wheels of another file in force until the next reload. `path` is zero-terminated UTF-16, used as it
+/// stands; null is refused. False, with the old wheels kept, when the file holds no wheel with a field.
+OVERLAY_EXPORT bool OverlayActivateWheelFile(const OverlayChar* path);
+
+/// Shows the wheel, or hides it and gives pointer and focus back.
+OVERLAY_EXPORT void OverlayToggleWheel();
+
+OVERLAY_EXPORT bool OverlayIsWheelVisible();
+
+/// Polish status texts, zero-terminated UTF-16, owned by the engine and never freed. Any thread.
+OVERLAY_EXPORT const OverlayChar* OverlayGazeStatus();
+OVERLAY_EXPORT const OverlayChar* OverlayVoiceStatus();
+
+/// Number of phrases that the recogniser listens for. Any thread.
+OVERLAY_EXPORT std::int32_t OverlayVoicePhraseCount();
+
+OVERLAY_EXPORT std::int32_t OverlayWheelCount();

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "platform/window_handle.h"
+
+// Owner thread.
+
+/// The window that has the keyboard; null when none has.
+WindowHandle foregroundWindow();
+bool windowExists(WindowHandle window);
+
+/// Gives `window` the keyboard, past the system's lock against focus theft where it has one.
+void bringToForeground(WindowHandle window);

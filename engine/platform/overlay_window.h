@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/geometry_types.h"
+#include "platform/messages.h"
+#include "platform/picture.h"
+#include "platform/window_handle.h"
+
+/// The wheel's layer stops the pointer, the grid's lets it through.
+enum class OverlayKind { wheel, grid };
+
+struct OverlayWindowHandlers {
+    MessageHandler messageArrived; // null: messages are dropped
+    /// A left press reached the window as an ordinary event; null: nobody cares.
+    void (*leftPressed)() noexcept;
+};
+
+/// A hidden top-most layer with per-pixel transparency that never takes the focus by itself. At 0, 0. Owner thread,
+/// like all below.
+WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int32_t height,
+                                 const OverlayWindowHandlers& handlers);
+
+/// Moves, sizes and raises it without activation; the picture shown before is gone if the size changes.
+void placeOverlayWindow(WindowHandle window, const Rect& place);
+Rect overlayWindowRect(WindowHandle window);
+
+/// Shows it on top of all others without activation.
+void showOverlayWindow(WindowHandle window);
+void hideOverlayWindow(WindowHandle window);
+
+/// Draws `picture` and makes it the window's whole content, shown or hidden.
+void presentPicture(WindowHandle window, const Picture& picture);

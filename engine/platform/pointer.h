@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/geometry_types.h"
+
+/// The real cursor. Owner thread.
+Point cursorPosition();
+void setCursorPosition(Point position);
+
+/// Full rectangle, panels included, of the monitor that holds `point`, or of the primary one. Owner thread.
+Rect monitorAt(Point point);
+Rect primaryMonitor();
+
+/// Whether the user has swapped the left and right buttons. Any thread.
+bool mouseButtonsAreSwapped();

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/geometry_types.h"
+#include "platform/window_handle.h"
+
+#include <cstdint>
+
+/// Called on the owner thread while the capture stands. All members are set.
+struct PointerCaptureHandlers {
+    /// Asked for each device event where the system leaves the choice: false lets the event pass.
+    bool (*isSwallowing)() noexcept;
+    /// A device's left button went down. On Windows each press comes twice, by the hook and by raw input.
+    void (*leftPressed)() noexcept;
+    /// Raw device counts, unaccelerated, of relative devices only.
+    void (*moved)(std::int32_t dx, std::int32_t dy) noexcept;
+};
+
+/// Holds back every event of the real mice from all programs, injected events excepted, pins the real cursor at
+/// `pinned`, and delivers the mice's raw motion and left presses. Mice plugged in later are held back too. Parts
+/// that the system refuses are left out in silence. `handlers` is copied. Owner thread; not nested.
+void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCaptureHandlers& handlers);
+
+/// Gives everything back; a button released during the capture is released for the programs too. Harmless when no
+/// capture stands. The system undoes the capture by itself when the process dies.
+void endPointerCapture();

@@ -1,0 +1,16 @@
+#pragma once
+
+// Opening and closing the wheel. Owner thread.
+
+/// Opens the wheel on the monitor of the real cursor and takes the mouse away from all programs. Never called while
+/// it is open.
+void showWheel();
+
+/// Undoes the whole capture and hides the window. Restores neither cursor nor foreground. Every road out comes here.
+void hideWheel();
+
+/// Gives the saved cursor position and foreground window back, at most once for each show.
+void restoreFocus();
+
+/// What the toggle key does.
+void toggleWheel();

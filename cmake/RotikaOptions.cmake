@@ -1,0 +1,17 @@
+# Compiler options that every target of the project shares.
+
+find_package(Threads REQUIRED)
+
+add_library(rotika_options INTERFACE)
+target_compile_options(rotika_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+target_link_libraries(rotika_options INTERFACE Threads::Threads)
+if(ROTIKA_SANITIZE)
+    target_compile_options(rotika_options INTERFACE -fsanitize=${ROTIKA_SANITIZE} -fno-sanitize-recover=all
+                                                    -fno-omit-frame-pointer -g)
+    target_link_options(rotika_options INTERFACE -fsanitize=${ROTIKA_SANITIZE})
+endif()
+if(WIN32)
+    target_compile_definitions(rotika_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX
+                                                        _WIN32_WINNT=0x0A00)
+    target_link_options(rotika_options INTERFACE -static)
+endif()

@@ -20,15 +20,15 @@ using OverlayChar = char16_t;
 /// box when the key is taken. A second call does nothing. True when the engine runs.
 OVERLAY_EXPORT bool OverlayEngineStart();
 
-/// Closes the wheel, ends the workers (each waited for at most 2 s) and gives the toggle key back. Meant for the
-/// end of the process: there is no start after it.
+/// Closes the wheel, ends the workers (each waited for at most 2 s) and gives the toggle key back. Meant for
+/// the end of the process: there is no start after it.
 OVERLAY_EXPORT void OverlayEngineStop();
 
 /// Reads config.json, default.json and voice.json again. The toggle key is not registered anew.
 OVERLAY_EXPORT void OverlayReloadConfig();
 
-/// Puts the wheels of another file in force until the next reload. `path` is zero-terminated UTF-16, used as it
-/// stands; null is refused. False, with the old wheels kept, when the file holds no wheel with a field.
+/// Puts the wheels of another file in force until the next reload. `path` is zero-terminated UTF-16, used as
+/// it stands; null is refused. False, with the old wheels kept, when the file holds no wheel with a field.
 OVERLAY_EXPORT bool OverlayActivateWheelFile(const OverlayChar* path);
 
 /// Shows the wheel, or hides it and gives pointer and focus back.

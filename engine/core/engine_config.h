@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <string>
 
-/// The settings in force. Defaults hold from process start; reading the file overwrites only what it supplies.
-/// Owned by the owner thread; the relaxed members are read by workers too.
+/// The settings in force. Defaults hold from process start; reading the file overwrites only what it
+/// supplies. Owned by the owner thread; the relaxed members are read by workers too.
 struct EngineConfig {
     RgbColor segmentColor = 0xDB9834; // "#3498DB", red in the low byte
     std::u16string toggleKey = u"x";

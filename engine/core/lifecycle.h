@@ -2,12 +2,13 @@
 
 #include <string>
 
-/// The start sequence. With `standalone` the engine is alone in the process: it shows the problems of its files and
-/// has a tray icon of its own. Owner thread.
+/// The start sequence. With `standalone` the engine is alone in the process: it shows the problems of its
+/// files and has a tray icon of its own. Owner thread.
 bool startEngine(bool standalone);
 
 void stopEngine();
 void reloadEngine();
 
-/// Puts the wheels of `path` in force, those with at least one field; false and nothing changed if there is none.
+/// Puts the wheels of `path` in force, those with at least one field; false and nothing changed if there is
+/// none.
 bool activateWheelFile(const std::u16string& path);

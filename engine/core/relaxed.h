@@ -2,8 +2,8 @@
 
 #include <atomic>
 
-/// A plain setting or flag that other threads may read while the owner thread writes it. Any mix of old and new
-/// values is fine, so the accesses are relaxed; copyable, so that records can still be copied whole.
+/// A plain setting or flag that other threads may read while the owner thread writes it. Any mix of old and
+/// new values is fine, so the accesses are relaxed; copyable, so that records can still be copied whole.
 template <typename T>
 class Relaxed {
 public:

@@ -4,11 +4,15 @@
 #include <string>
 #include <string_view>
 
-// Characters are classified as the C locale does, ASCII only, and never by the locale of the process: Qt sets that
-// one from the environment, and a Polish locale would read "0.5" as 0.
+// Characters are classified as the C locale does, ASCII only, and never by the locale of the process: Qt sets
+// that one from the environment, and a Polish locale would read "0.5" as 0.
 
-constexpr bool isAsciiDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
-constexpr bool isAsciiSpace(char16_t c) { return c == u' ' || (c >= u'\t' && c <= u'\r'); }
+constexpr bool isAsciiDigit(char16_t c) {
+    return c >= u'0' && c <= u'9';
+}
+constexpr bool isAsciiSpace(char16_t c) {
+    return c == u' ' || (c >= u'\t' && c <= u'\r');
+}
 constexpr bool isAsciiHexDigit(char16_t c) {
     return isAsciiDigit(c) || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
 }

@@ -20,8 +20,8 @@ struct MainWindowHandlers {
     void (*destroyed)() noexcept;
 };
 
-/// Creates the engine's main window, hidden, titled "Rotika"; it receives the hot key and the workers' messages.
-/// `handlers` is copied. Null without a display.
+/// Creates the engine's main window, hidden, titled "Rotika"; it receives the hot key and the workers'
+/// messages. `handlers` is copied. Null without a display.
 WindowHandle createMainWindow(const MainWindowHandlers& handlers);
 
 /// Has the status page painted anew if it is on show. Windows only; elsewhere the main window is never shown.

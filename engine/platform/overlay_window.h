@@ -14,8 +14,8 @@ struct OverlayWindowHandlers {
     void (*leftPressed)() noexcept;
 };
 
-/// A hidden top-most layer with per-pixel transparency that never takes the focus by itself. At 0, 0. Owner thread,
-/// like all below.
+/// A hidden top-most layer with per-pixel transparency that never takes the focus by itself. At 0, 0. Owner
+/// thread, like all below.
 WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int32_t height,
                                  const OverlayWindowHandlers& handlers);
 

@@ -2,9 +2,9 @@
 
 #include <string>
 
-/// Folder of the engine's files, without a trailing separator: the folder of the running executable, "." where its
-/// path has no separator. On Linux, where that folder cannot be written (a system package), the user's data folder
-/// "rotika". Found anew at each call; independent of the current directory. Any thread.
+/// Folder of the engine's files, without a trailing separator: the folder of the running executable, "."
+/// where its path has no separator. On Linux, where that folder cannot be written (a system package), the
+/// user's data folder "rotika". Found anew at each call; independent of the current directory. Any thread.
 std::u16string programFolder();
 
 /// `folder`, the platform's separator, `name`.

@@ -7,8 +7,9 @@
 #include <variant>
 #include <vector>
 
-// A picture is data: a sequence of draw commands in painting order, in layer pixels. The platform replays it, so
-// geometry, order and colours can be tested without a pixel. Angles are degrees, clockwise from three o'clock.
+// A picture is data: a sequence of draw commands in painting order, in layer pixels. The platform replays it,
+// so geometry, order and colours can be tested without a pixel. Angles are degrees, clockwise from three
+// o'clock.
 
 struct PictureColor {
     std::uint8_t alpha = 0;
@@ -95,7 +96,8 @@ struct OutlinedRectangle {
     bool operator==(const OutlinedRectangle&) const = default;
 };
 
-/// A closed polygon of the first `count` points, even-odd filled; with `penWidth` above 0 its outline instead.
+/// A closed polygon of the first `count` points, even-odd filled; with `penWidth` above 0 its outline
+/// instead.
 struct Polygon {
     std::array<PicturePoint, 7> points;
     std::size_t count = 0;
@@ -105,8 +107,8 @@ struct Polygon {
     bool operator==(const Polygon&) const = default;
 };
 
-/// Text in the interface's sans-serif family ("Segoe UI" where there is one), centred both ways in `box`, broken
-/// between words, cut at the box.
+/// Text in the interface's sans-serif family ("Segoe UI" where there is one), centred both ways in `box`,
+/// broken between words, cut at the box.
 struct TextInBox {
     std::u16string text;
     PictureBox box;
@@ -129,8 +131,8 @@ struct ImageInBox {
     bool operator==(const ImageInBox&) const = default;
 };
 
-using DrawCommand = std::variant<FilledPie, OutlinedPie, OutlinedArc, CutOutEllipse, OutlinedEllipse, FilledRectangle,
-                                 OutlinedRectangle, Polygon, TextInBox, ImageInBox>;
+using DrawCommand = std::variant<FilledPie, OutlinedPie, OutlinedArc, CutOutEllipse, OutlinedEllipse,
+                                 FilledRectangle, OutlinedRectangle, Polygon, TextInBox, ImageInBox>;
 
 struct Picture {
     std::int32_t width = 0;

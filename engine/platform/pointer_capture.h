@@ -15,11 +15,11 @@ struct PointerCaptureHandlers {
     void (*moved)(std::int32_t dx, std::int32_t dy) noexcept;
 };
 
-/// Holds back every event of the real mice from all programs, injected events excepted, pins the real cursor at
-/// `pinned`, and delivers the mice's raw motion and left presses. Mice plugged in later are held back too. Parts
-/// that the system refuses are left out in silence. `handlers` is copied. Owner thread; not nested.
+/// Holds back every event of the real mice from all programs, injected events excepted, pins the real cursor
+/// at `pinned`, and delivers the mice's raw motion and left presses. Mice plugged in later are held back too.
+/// Parts that the system refuses are left out in silence. `handlers` is copied. Owner thread; not nested.
 void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCaptureHandlers& handlers);
 
-/// Gives everything back; a button released during the capture is released for the programs too. Harmless when no
-/// capture stands. The system undoes the capture by itself when the process dies.
+/// Gives everything back; a button released during the capture is released for the programs too. Harmless
+/// when no capture stands. The system undoes the capture by itself when the process dies.
 void endPointerCapture();

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/// Calls `tick` on the owner thread every `periodMs` until stopped; one timer a window. A tick that comes late is
-/// not made up for.
+/// Calls `tick` on the owner thread every `periodMs` until stopped; one timer a window. A tick that comes
+/// late is not made up for.
 void startWindowTimer(WindowHandle window, std::uint32_t periodMs, void (*tick)() noexcept);
 void stopWindowTimer(WindowHandle window);

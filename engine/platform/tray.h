@@ -4,8 +4,8 @@
 
 #include <string>
 
-// The engine's own tray icon, for a start without the shell. It exists on Windows only: elsewhere the engine never
-// starts without the shell, whose tray icon serves, so these functions do nothing there.
+// The engine's own tray icon, for a start without the shell. It exists on Windows only: elsewhere the engine
+// never starts without the shell, whose tray icon serves, so these functions do nothing there.
 
 enum class BalloonIcon { info, warning };
 

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-/// Plays a copy of `action` on a thread of its own, `initialDelay` ms from now; returns at once. There is no queue
-/// and no cancel: two runs play side by side. Owner thread.
+/// Plays a copy of `action` on a thread of its own, `initialDelay` ms from now; returns at once. There is no
+/// queue and no cancel: two runs play side by side. Owner thread.
 void runFunction(const WheelAction& action, std::uint32_t initialDelay);
 
 /// Clicks at the real cursor, 60 ms from now, on a thread of its own; hides the grid first. `button` as in

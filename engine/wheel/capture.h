@@ -2,11 +2,12 @@
 
 // Opening and closing the wheel. Owner thread.
 
-/// Opens the wheel on the monitor of the real cursor and takes the mouse away from all programs. Never called while
-/// it is open.
+/// Opens the wheel on the monitor of the real cursor and takes the mouse away from all programs. Never called
+/// while it is open.
 void showWheel();
 
-/// Undoes the whole capture and hides the window. Restores neither cursor nor foreground. Every road out comes here.
+/// Undoes the whole capture and hides the window. Restores neither cursor nor foreground. Every road out
+/// comes here.
 void hideWheel();
 
 /// Gives the saved cursor position and foreground window back, at most once for each show.

@@ -15,8 +15,8 @@ inline constexpr std::int32_t outerPaintedRadiusPx = 224; // its painted edge, o
 inline constexpr std::int32_t labelRadiusPx = 145;
 inline constexpr Rect arrowBoxes[] = {{10, 186, 54, 274}, {534, 186, 578, 274}};
 
-/// Index of the field of the active wheel at a layer point, or -1. Field 0 begins at twelve o'clock, fields run
-/// clockwise. Owner thread, like all below.
+/// Index of the field of the active wheel at a layer point, or -1. Field 0 begins at twelve o'clock, fields
+/// run clockwise. Owner thread, like all below.
 std::int32_t hitTestField(std::int32_t x, std::int32_t y);
 
 /// 0 left, 1 right, -1 none; always -1 with fewer than two wheels.

@@ -1,0 +1,189 @@
+#include "core/dispatch.h"
+
+#include "core/engine_config.h"
+#include "core/engine_state.h"
+#include "core/lifecycle.h"
+#include "core/private_messages.h"
+#include "core/status_texts.h"
+#include "core/text.h"
+#include "platform/hot_key.h"
+#include "platform/tray.h"
+#include "run/function_run.h"
+#include "wheel/capture.h"
+#include "wheel/geometry.h"
+#include "wheel/tick.h"
+
+#include <cstring>
+#include <memory>
+
+namespace {
+
+constexpr std::uint32_t closedWheelDelayMs =
+    100; // before a function that is run by voice with the wheel closed
+constexpr std::uintptr_t activationDataKind = 1;
+constexpr std::size_t balloonTextLength = 255;
+
+/// Command ids as the phrase table gives them.
+enum VoiceCommand : std::uintptr_t {
+    commandShowWheel = 1,
+    commandHideWheel = 2,
+    commandNextWheel = 3,
+    commandPreviousWheel = 4,
+    commandClick = 7,
+    commandDoubleClick = 8,
+    commandRightClick = 9,
+};
+
+void onHotKey(int id) noexcept {
+    if (id == toggleHotKeyId)
+        toggleWheel();
+}
+
+/// The road of a function chosen by voice. An open wheel closes even if the function has no steps.
+void runByVoice(const WheelAction& chosen) {
+    const WheelAction action = chosen; // closing may let in a message that replaces the wheels
+    const bool wasOpen = engineState.wheelVisible;
+    if (wasOpen) {
+        hideWheel();
+        restoreFocus();
+    }
+    if (action.steps.empty())
+        return;
+    runFunction(action,
+                wasOpen ? static_cast<std::uint32_t>(engineConfig.sendDelay.load()) : closedWheelDelayMs);
+}
+
+void onVoiceField(std::uintptr_t wheelIndex, std::uintptr_t fieldIndex) {
+    // The table that the phrase came from may be older than the wheels.
+    if (wheelIndex >= engineState.wheels.size())
+        return;
+    const std::vector<WheelAction>& actions = engineState.wheels[wheelIndex].actions;
+    if (fieldIndex < actions.size())
+        runByVoice(actions[fieldIndex]);
+}
+
+void onVoiceFunction(std::uintptr_t index) {
+    if (index < engineState.voiceActions.size())
+        runByVoice(engineState.voiceActions[index]);
+}
+
+void clickByVoice() {
+    if (engineState.wheelVisible)
+        postWindowMessage(engineState.wheelWindow, MsgSelectUnderCursor);
+    else
+        startMouseClick(0, 1);
+}
+
+void turnPageByVoice(std::int32_t arrow) {
+    if (engineState.wheelVisible && engineState.wheels.size() >= 2)
+        turnPage(arrow);
+}
+
+void onVoiceCommand(std::uintptr_t command) {
+    switch (command) {
+    case commandShowWheel:
+        if (!engineState.wheelVisible)
+            showWheel();
+        break;
+    case commandHideWheel:
+        if (engineState.wheelVisible)
+            toggleWheel();
+        break;
+    case commandNextWheel:
+        turnPageByVoice(1);
+        break;
+    case commandPreviousWheel:
+        turnPageByVoice(0);
+        break;
+    case commandClick:
+        clickByVoice();
+        break;
+    case commandDoubleClick:
+        startMouseClick(0, 2);
+        break;
+    case commandRightClick:
+        startMouseClick(1, 1);
+        break;
+    default:
+        break;
+    }
+}
+
+void onVoiceSkipped(std::intptr_t payload) {
+    const std::unique_ptr<std::u16string> phrases(reinterpret_cast<std::u16string*>(payload));
+    if (phrases == nullptr)
+        return;
+    const std::u16string text = u"Pominięto frazy ze słowami spoza słownika modelu: " + *phrases;
+    showTrayBalloon(u"Rotika — komendy głosowe", cutTo(text, balloonTextLength), BalloonIcon::warning);
+}
+
+void onMainMessage(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) noexcept {
+    switch (message) {
+    case MsgVoiceCommand:
+        onVoiceCommand(wParam);
+        break;
+    case MsgVoiceField:
+        onVoiceField(wParam, static_cast<std::uintptr_t>(lParam));
+        break;
+    case MsgVoiceSkipped:
+        onVoiceSkipped(lParam);
+        break;
+    case MsgVoiceFunction:
+        onVoiceFunction(wParam);
+        break;
+    default:
+        break;
+    }
+}
+
+std::u16string pathFromData(const void* bytes, std::size_t byteCount) {
+    std::u16string path(byteCount / sizeof(char16_t), u'\0');
+    std::memcpy(path.data(), bytes, path.size() * sizeof(char16_t));
+    path.erase(path.find_last_not_of(u'\0') + 1);
+    return path;
+}
+
+/// Another process switches wheels: the kind and the text count, never the sender.
+bool onData(std::uintptr_t kind, const void* bytes, std::size_t byteCount) noexcept {
+    if (kind != activationDataKind || bytes == nullptr || byteCount < sizeof(char16_t))
+        return false;
+    const std::u16string path = pathFromData(bytes, byteCount);
+    if (!activateWheelFile(path))
+        return false;
+    repaintMainWindow(engineState.mainWindow); // the status page quotes the counts
+    showTrayBalloon(u"Rotika", cutTo(u"Aktywowano konfigurację: " + path, balloonTextLength),
+                    BalloonIcon::info);
+    return true;
+}
+
+void onDestroyed() noexcept {
+    if (engineState.wheelVisible)
+        hideWheel();
+    removeTrayIcon();
+    unregisterHotKey(engineState.mainWindow, toggleHotKeyId);
+}
+
+void onWheelMessage(std::uint32_t message, std::uintptr_t, std::intptr_t) noexcept {
+    if (message == MsgSelectUnderCursor)
+        selectUnderCursor();
+}
+
+} // namespace
+
+MainWindowHandlers mainWindowHandlers() {
+    return {
+        .hotKeyPressed = onHotKey,
+        .messageArrived = onMainMessage,
+        .dataArrived = onData,
+        .statusText = statusPageText,
+        .editorRequested = []() noexcept {},
+        .destroyed = onDestroyed,
+    };
+}
+
+OverlayWindowHandlers wheelWindowHandlers() {
+    return {
+        .messageArrived = onWheelMessage,
+        .leftPressed = []() noexcept { postWindowMessage(engineState.wheelWindow, MsgSelectUnderCursor); },
+    };
+}

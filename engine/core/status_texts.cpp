@@ -1,0 +1,80 @@
+#include "core/status_texts.h"
+
+#include "core/engine_config.h"
+#include "core/engine_state.h"
+#include "core/text.h"
+
+#include <array>
+#include <cstddef>
+
+namespace {
+
+// Indexed by status code; any code outside shows the last line.
+constexpr std::array gazeTexts{
+    u"wyłączony (gazeEnabled = false)",
+    u"szukanie urządzenia…",
+#ifdef _WIN32
+    u"brak tobii_stream_engine.dll (zainstaluj oprogramowanie Tobii)",
+#else
+    u"brak libtobii_stream_engine.so (zainstaluj oprogramowanie Tobii)",
+#endif
+    u"nie wykryto urządzenia",
+    u"aktywny",
+    u"błąd inicjalizacji",
+};
+
+constexpr std::array voiceTexts{
+    u"wyłączony (voiceEnabled = false)",
+    u"ładowanie modelu…",
+#ifdef _WIN32
+    u"brak libvosk.dll",
+#else
+    u"brak libvosk.so",
+#endif
+    u"brak katalogu modelu języka",
+    u"brak mikrofonu",
+    u"aktywny",
+    u"błąd inicjalizacji",
+};
+
+template <std::size_t count>
+const char16_t* textForCode(const std::array<const char16_t*, count>& texts, std::int32_t code) {
+    const bool isKnown = code >= 0 && static_cast<std::size_t>(code) < count;
+    return isKnown ? texts[static_cast<std::size_t>(code)] : texts.back();
+}
+
+constexpr char16_t helpBlock[] = u"'  aby pokazać / schować nakładkę.\n"
+                                 u"•  Gdy koło jest widoczne, prawdziwa mysz jest zablokowana,\n"
+                                 u"    a polami steruje wirtualny kursor (działa też w grach FPS).\n"
+                                 u"•  Najedź wirtualnym kursorem na pole — stanie się\n"
+                                 u"    nieprzezroczyste; kliknięcie chowa koło i wykonuje funkcję.\n\n"
+                                 u"Konfiguracja (w katalogu programu, wczytywana przy starcie):\n"
+                                 u"    config.json — kolor pól, klawisz wywołania, czasy\n"
+                                 u"    default.json — koła funkcji (nazwy i klawisze pól);\n"
+                                 u"    przy kilku kołach strzałki po bokach je przełączają\n"
+                                 u"Kół funkcji: ";
+
+constexpr char16_t closingBlock[] =
+    u"\nSiatka: \"pokaż siatkę\", cyfry słownie zawężają obszar,\n"
+    u"\"kliknij\" / \"dwuklik\" / \"prawy klik\", \"schowaj siatkę\".\n"
+    u"Elementy: \"pokaż elementy\", liczba = klik w element,\n"
+    u"\"kliknij dwa razy na N\", \"kliknij prawy na N\", \"ukryj elementy\".\n\n"
+    u"Minimalizacja / zamknięcie chowa program do zasobnika.\n"
+    u"Zakończenie: prawy przycisk na ikonie w zasobniku → Zakończ.";
+
+} // namespace
+
+const char16_t* gazeStatusText() {
+    return textForCode(gazeTexts, engineState.gazeStatus);
+}
+const char16_t* voiceStatusText() {
+    return textForCode(voiceTexts, engineState.voiceStatus);
+}
+
+std::u16string statusPageText() {
+    const std::size_t fieldCount = engineState.wheels.empty() ? 0 : engineState.wheels.front().actions.size();
+    return u"Rotika — koło wyboru funkcji\n\n•  Naciśnij  '" + engineConfig.toggleKey + helpBlock +
+           decimalText(static_cast<std::int64_t>(engineState.wheels.size())) + u", pól w pierwszym: " +
+           decimalText(static_cast<std::int64_t>(fieldCount)) + u"\nTobii Eye Tracker: " + gazeStatusText() +
+           u"\nKomendy głosowe: " + voiceStatusText() + closingBlock;
+}

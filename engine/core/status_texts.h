@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+/// Polish words for the codes in gazeStatus and voiceStatus; zero-terminated, never freed. Any thread.
+const char16_t* gazeStatusText();
+const char16_t* voiceStatusText();
+
+/// The page that a standalone engine's window shows. Owner thread.
+std::u16string statusPageText();

@@ -1,0 +1,84 @@
+#include "wheel/capture.h"
+
+#include "core/engine_config.h"
+#include "core/engine_state.h"
+#include "core/private_messages.h"
+#include "platform/focus.h"
+#include "platform/overlay_window.h"
+#include "platform/pointer.h"
+#include "platform/pointer_capture.h"
+#include "platform/timer.h"
+#include "wheel/geometry.h"
+#include "wheel/painter.h"
+#include "wheel/tick.h"
+
+namespace {
+
+void resetVirtualCursor() {
+    engineState.hoveredField = -1;
+    engineState.hoveredArrow = -1;
+    engineState.dwellTarget = -1;
+    engineState.lastMouseMoveTick = 0;
+    engineState.gazeDriven = false;
+    engineState.dwellProgress = 0;
+    engineState.pendingDx = 0;
+    engineState.pendingDy = 0;
+    engineState.cursorX = wheelCentre.x;
+    engineState.cursorY = wheelCentre.y;
+}
+
+PointerCaptureHandlers captureHandlers() {
+    return {
+        .isSwallowing = []() noexcept { return engineState.wheelVisible; },
+        .leftPressed = []() noexcept { postWindowMessage(engineState.wheelWindow, MsgSelectUnderCursor); },
+        .moved = addRawMotion,
+    };
+}
+
+} // namespace
+
+void showWheel() {
+    engineState.savedCursor = cursorPosition();
+    engineState.savedForeground = foregroundWindow();
+    engineState.restorePending = true;
+    placeOverlayWindow(engineState.wheelWindow, wheelPlaceOn(monitorAt(engineState.savedCursor)));
+    resetVirtualCursor();
+    paintWheel(); // before the window is shown, so that it never shows an old frame
+    showOverlayWindow(engineState.wheelWindow);
+    engineState.wheelVisible = true;
+    if (engineConfig.takeFocus && engineState.savedForeground != nullptr)
+        bringToForeground(engineState.wheelWindow);
+    beginPointerCapture(engineState.wheelWindow, engineState.savedCursor, captureHandlers());
+    startWindowTimer(engineState.wheelWindow, wheelTickPeriodMs, tickWheel);
+}
+
+void hideWheel() {
+    stopWindowTimer(engineState.wheelWindow);
+    endPointerCapture();
+    hideOverlayWindow(engineState.wheelWindow);
+    engineState.wheelVisible = false;
+    engineState.hoveredField = -1;
+    engineState.gazeDriven = false;
+    engineState.dwellTarget = -1;
+    engineState.dwellProgress = 0;
+}
+
+void restoreFocus() {
+    if (!engineState.restorePending)
+        return;
+    engineState.restorePending = false;
+    setCursorPosition(engineState.savedCursor);
+    const WindowHandle saved = engineState.savedForeground;
+    if (saved == nullptr || !windowExists(saved) || foregroundWindow() == saved)
+        return;
+    bringToForeground(saved);
+}
+
+void toggleWheel() {
+    if (!engineState.wheelVisible) {
+        showWheel();
+        return;
+    }
+    hideWheel();
+    restoreFocus();
+}

@@ -1,0 +1,162 @@
+#include "files/settings_file.h"
+
+#include "core/engine_config.h"
+#include "core/engine_state.h"
+#include "core/text.h"
+#include "files/first_run_files.h"
+#include "files/json_reader.h"
+#include "files/key_names.h"
+#include "files/wheel_files.h"
+#include "platform/files.h"
+#include "platform/paths.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t placeholderFieldCount = 6;
+
+void readBoolean(const JsonValue& root, std::u16string_view key, bool& setting) {
+    if (const JsonValue* member = findMember(root, key, JsonType::Bool)) {
+        setting = member->boolean;
+    }
+}
+
+void readBoolean(const JsonValue& root, std::u16string_view key, Relaxed<bool>& setting) {
+    bool value = setting;
+    readBoolean(root, key, value);
+    setting = value;
+}
+
+/// From 0 to `highest`; what lies outside is clamped.
+void readInteger(const JsonValue& root, std::u16string_view key, std::int32_t highest,
+                 std::int32_t& setting) {
+    if (const JsonValue* member = findMember(root, key, JsonType::Number)) {
+        setting = std::clamp(integerOf(member->number), 0, highest);
+    }
+}
+
+void readInteger(const JsonValue& root, std::u16string_view key, std::int32_t highest,
+                 Relaxed<std::int32_t>& setting) {
+    std::int32_t value = setting;
+    readInteger(root, key, highest, value);
+    setting = value;
+}
+
+void readString(const JsonValue& root, std::u16string_view key, std::u16string& setting) {
+    if (const JsonValue* member = findMember(root, key, JsonType::String)) {
+        setting = member->text;
+    }
+}
+
+/// The one setting whose wrong type is reported like a bad value.
+void readSegmentColor(const JsonValue& root, std::u16string& problems) {
+    const JsonValue* member = findMember(root, u"segmentColor");
+    if (member == nullptr) {
+        return;
+    }
+    if (member->type != JsonType::String || !parseHexColor(member->text, engineConfig.segmentColor)) {
+        problems += u"config.json: niepoprawny \"segmentColor\" (format \"#RRGGBB\").\n";
+    }
+}
+
+bool readSettingsRoot(const std::u16string& path, JsonValue& root) {
+    std::u16string text;
+    if (!readTextFile(path, text)) {
+        return false;
+    }
+    JsonCursor cursor{text};
+    if (!parseValue(cursor, root)) {
+        return false;
+    }
+    skipWhitespace(cursor);
+    return cursor.pos == text.size() && root.type == JsonType::Object;
+}
+
+/// A file that cannot be read leaves every setting as it was, which on a reload need not be the defaults.
+void readSettings(const std::u16string& path, std::u16string& problems) {
+    JsonValue root;
+    if (!readSettingsRoot(path, root)) {
+        problems += u"Nie udało się wczytać config.json — używam ustawień domyślnych.\n";
+        return;
+    }
+    readSegmentColor(root, problems);
+    readString(root, u"toggleKey", engineConfig.toggleKey);
+    readInteger(root, u"sendDelay", 2000, engineConfig.sendDelay);
+    readInteger(root, u"keyHold", 1000, engineConfig.keyHold);
+    readBoolean(root, u"takeFocus", engineConfig.takeFocus);
+    readBoolean(root, u"gazeEnabled", engineConfig.gazeEnabled);
+    readInteger(root, u"gazeDwell", 10000, engineConfig.gazeDwell);
+    readString(root, u"gazeDllPath", engineConfig.gazeDllPath);
+    readBoolean(root, u"voiceEnabled", engineConfig.voiceEnabled);
+    readBoolean(root, u"voiceGlobal", engineConfig.voiceGlobal);
+    if (const JsonValue* model = findMember(root, u"voiceModel", JsonType::String);
+        model && !model->text.empty()) {
+        engineConfig.voiceModel = model->text;
+    }
+    readString(root, u"voiceDllPath", engineConfig.voiceDllPath);
+}
+
+/// A mouse button cannot be a hot key, so it counts as unknown.
+void settleToggleKey(std::u16string& problems) {
+    engineConfig.toggleKeyCode = parseKeyCode(engineConfig.toggleKey);
+    if (engineConfig.toggleKeyCode.isMouse) {
+        engineConfig.toggleKeyCode.valid = false;
+    }
+    if (engineConfig.toggleKeyCode.valid) {
+        return;
+    }
+    problems += u"config.json: nieznany klawisz \"" + engineConfig.toggleKey + u"\" — używam \"x\".\n";
+    engineConfig.toggleKeyCode = parseKeyCode(u"x");
+    engineConfig.toggleKey = engineConfig.toggleKeyCode.text;
+}
+
+/// The wheel needs something to show and a field count above 0 to divide by.
+void readWheels(const std::u16string& path, std::u16string& problems) {
+    loadWheelFile(path, engineState.wheels, problems);
+    if (engineState.wheels.empty()) {
+        problems += u"default.json: brak poprawnych kół — wyświetlam 6 pustych pól.\n";
+        engineState.wheels.emplace_back().actions.resize(placeholderFieldCount);
+    }
+    engineState.activeWheel = 0;
+}
+
+void readVoiceFunctions(const std::u16string& path, std::u16string& problems) {
+    engineState.voiceActions.clear();
+    if (!pathExists(path)) {
+        return;
+    }
+    std::vector<Wheel> wheels;
+    loadWheelFile(path, wheels, problems);
+    for (Wheel& wheel : wheels) {
+        for (WheelAction& action : wheel.actions) {
+            if (!action.voice.empty()) {
+                engineState.voiceActions.push_back(std::move(action));
+            }
+        }
+    }
+}
+
+} // namespace
+
+void loadConfiguration(std::u16string& problems) {
+    const std::u16string folder = programFolder();
+    ensureDefaultFiles(folder);
+    readSettings(joinPath(folder, configFileName), problems);
+    settleToggleKey(problems);
+    readWheels(joinPath(folder, defaultWheelsFileName), problems);
+    readVoiceFunctions(joinPath(folder, voiceFunctionsFileName), problems);
+}
+
+bool parseHexColor(std::u16string_view text, RgbColor& color) {
+    if (text.size() != 7 || text[0] != u'#' || !std::all_of(text.begin() + 1, text.end(), isAsciiHexDigit)) {
+        return false;
+    }
+    RgbColor number = 0; // 0xRRGGBB
+    for (const char16_t unit : text.substr(1)) {
+        const char16_t digit = asciiLower(unit);
+        number = number << 4 | static_cast<RgbColor>(isAsciiDigit(digit) ? digit - u'0' : digit - u'a' + 10);
+    }
+    color = (number & 0xFF) << 16 | (number & 0xFF00) | number >> 16;
+    return true;
+}

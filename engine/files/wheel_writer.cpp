@@ -1,0 +1,126 @@
+#include "files/wheel_writer.h"
+
+#include "core/text.h"
+#include "platform/files.h"
+
+#include <array>
+
+namespace {
+
+constexpr char lowerDigits[] = "0123456789abcdef";
+constexpr char upperDigits[] = "0123456789ABCDEF";
+
+void appendMember(std::string& out, const char* key, const std::u16string& text) {
+    out += ", \"";
+    out += key;
+    out += "\": \"" + escapeJsonString(text) + "\"";
+}
+
+void appendNumberMember(std::string& out, const char* key, std::int32_t number) {
+    out += ", \"";
+    out += key;
+    out += "\": " + std::to_string(number);
+}
+
+std::string colorText(RgbColor color) {
+    std::string text = "#";
+    for (const unsigned shift : {0u, 8u, 16u}) {
+        text += upperDigits[color >> shift >> 4 & 0xF];
+        text += upperDigits[color >> shift & 0xF];
+    }
+    return text;
+}
+
+const char* actionWord(StepKind kind) {
+    switch (kind) {
+    case StepKind::hold:
+        return "hold";
+    case StepKind::release:
+        return "release";
+    default:
+        return "click";
+    }
+}
+
+void appendStep(std::string& out, const ActionStep& step) {
+    out += "            { ";
+    if (step.kind == StepKind::open) {
+        out += "\"open\": \"" + escapeJsonString(step.target) + "\" }";
+        return;
+    }
+    out +=
+        "\"key\": \"" + escapeJsonString(step.key.text) + "\", \"action\": \"" + actionWord(step.kind) + "\"";
+    if (step.kind != StepKind::release) {
+        appendNumberMember(out, "value", step.value);
+    }
+    out += " }";
+}
+
+/// One item on each line, a comma behind all but the last.
+template <typename Item>
+void appendList(std::string& out, const std::vector<Item>& items, void (*append)(std::string&, const Item&)) {
+    for (const Item& item : items) {
+        append(out, item);
+        out += &item == &items.back() ? "\n" : ",\n";
+    }
+}
+
+void appendField(std::string& out, const WheelAction& action) {
+    out += "        { \"name\": \"" + escapeJsonString(action.name) + "\"";
+    if (action.hasColor) {
+        out += ", \"color\": \"" + colorText(action.color) + "\"";
+    }
+    if (action.delay != WheelAction().delay) {
+        appendNumberMember(out, "delay", action.delay);
+    }
+    if (!action.icon.empty()) {
+        appendMember(out, "icon", action.icon);
+    }
+    if (!action.voice.empty()) {
+        appendMember(out, "voice", action.voice);
+    }
+    out += ",\n          \"steps\": [\n";
+    appendList(out, action.steps, appendStep);
+    out += "          ]\n        }";
+}
+
+void appendWheel(std::string& out, const Wheel& wheel) {
+    out += "    {\n      \"name\": \"" + escapeJsonString(wheel.name) + "\",\n      \"actions\": [\n";
+    appendList(out, wheel.actions, appendField);
+    out += "      ]\n    }";
+}
+
+} // namespace
+
+std::string serializeWheels(const std::vector<Wheel>& wheels) {
+    std::string out = "{\n  \"wheels\": [\n";
+    appendList(out, wheels, appendWheel);
+    return out + "  ]\n}\n";
+}
+
+std::string escapeJsonString(const std::u16string& text) {
+    std::u16string escaped;
+    escaped.reserve(text.size());
+    for (const char16_t unit : text) {
+        if (unit == u'\t') {
+            escaped += u"\\t";
+        } else if (unit == u'\n') {
+            escaped += u"\\n";
+        } else if (unit == u'\r') {
+            escaped += u"\\r";
+        } else if (unit == u'"' || unit == u'\\') {
+            escaped += {u'\\', unit};
+        } else if (unit < 32) {
+            escaped += u"\\u00";
+            escaped += {static_cast<char16_t>(lowerDigits[unit >> 4]),
+                        static_cast<char16_t>(lowerDigits[unit & 15])};
+        } else {
+            escaped += unit;
+        }
+    }
+    return utf8FromUtf16(escaped);
+}
+
+void writeTextFile(const std::u16string& path, const std::string& bytes) {
+    replaceFileBytes(path, bytes);
+}

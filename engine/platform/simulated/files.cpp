@@ -1,0 +1,90 @@
+#include "platform/files.h"
+
+#include "core/text.h"
+
+#include "platform/simulated/simulated_files.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::optional<std::size_t> diskRoom;
+
+/// By way of UTF-8, which every path takes: a path made of char16_t directly throws on a lone surrogate.
+fs::path nativePath(const std::u16string& path) {
+    const std::string bytes = utf8FromUtf16(path);
+    return std::u8string(bytes.begin(), bytes.end());
+}
+
+fs::path resolveLinks(fs::path path) {
+    constexpr int mostLinks = 40;
+    std::error_code error;
+    for (int i = 0; i < mostLinks && fs::is_symlink(path, error); ++i) {
+        path = path.parent_path() / fs::read_symlink(path, error);
+    }
+    return path;
+}
+
+bool writeAll(const fs::path& path, const std::string& bytes) {
+    const std::size_t fits = diskRoom ? std::min(*diskRoom, bytes.size()) : bytes.size();
+    if (diskRoom) {
+        *diskRoom -= fits;
+    }
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(bytes.data(), static_cast<std::streamsize>(fits));
+    file.close();
+    return file.good() && fits == bytes.size();
+}
+
+} // namespace
+
+std::optional<std::string> readFileBytes(const std::u16string& path) {
+    const fs::path native = nativePath(path);
+    std::error_code error;
+    if (!fs::is_regular_file(native, error)) {
+        return std::nullopt;
+    }
+    std::ifstream file(native, std::ios::binary);
+    if (!file) {
+        return std::nullopt;
+    }
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+bool replaceFileBytes(const std::u16string& path, const std::string& bytes) {
+    const fs::path target = resolveLinks(nativePath(path));
+    std::error_code error;
+    const fs::file_status old = fs::status(target, error);
+    if (fs::exists(old) && !fs::is_regular_file(old)) {
+        return false;
+    }
+    fs::path temporary = target;
+    temporary += ".tmp";
+    bool replaced = writeAll(temporary, bytes);
+    if (replaced && fs::exists(old)) {
+        fs::permissions(temporary, old.permissions(), error);
+    }
+    if (replaced) {
+        fs::rename(temporary, target, error);
+        replaced = !error;
+    }
+    if (!replaced) {
+        fs::remove(temporary, error);
+    }
+    return replaced;
+}
+
+bool pathExists(const std::u16string& path) {
+    std::error_code error;
+    return fs::exists(nativePath(path), error);
+}
+
+void setSimulatedDiskRoom(std::optional<std::size_t> bytes) {
+    diskRoom = bytes;
+}

@@ -1,0 +1,41 @@
+#include "platform/paths.h"
+
+#include "platform/simulated/simulated_files.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <mutex>
+
+namespace {
+
+constexpr char16_t nowhere[] = u"no-such-folder";
+constexpr auto separator = static_cast<char16_t>(std::filesystem::path::preferred_separator);
+
+std::mutex folderLock;
+std::u16string folderInForce = nowhere;
+
+} // namespace
+
+std::u16string programFolder() {
+    const std::lock_guard lock(folderLock);
+    return folderInForce;
+}
+
+std::u16string joinPath(const std::u16string& folder, const std::u16string& name) {
+    std::u16string native = name;
+    if (separator == u'/') {
+        std::replace(native.begin(), native.end(), u'\\', u'/');
+    }
+    return folder + separator + native;
+}
+
+void setSimulatedProgramFolder(const std::u16string& folder) {
+    const std::lock_guard lock(folderLock);
+    folderInForce = folder;
+}
+
+void resetSimulatedFiles() {
+    setSimulatedProgramFolder(nowhere);
+    setSimulatedDiskRoom(std::nullopt);
+    resetSimulatedLayout();
+}

@@ -1,0 +1,14 @@
+# GTest::gtest, GTest::gmock and their _main companions: the system's for a native build, built from
+# Debian's source package for Windows, which has no ready build of it.
+
+if(NOT CMAKE_CROSSCOMPILING)
+    find_package(GTest REQUIRED)
+    return()
+endif()
+
+set(ROTIKA_GTEST_SOURCE /usr/src/googletest CACHE PATH "Sources of GoogleTest")
+if(NOT EXISTS ${ROTIKA_GTEST_SOURCE}/CMakeLists.txt)
+    message(FATAL_ERROR "No GoogleTest sources in ${ROTIKA_GTEST_SOURCE} (Debian package googletest)")
+endif()
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+add_subdirectory(${ROTIKA_GTEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)

@@ -1,0 +1,68 @@
+# Building either program, starting it, and the tour. Sourced after common.sh, packages.sh, qt_windows.sh.
+
+use_ccache() {
+    have ccache || return 0
+    export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+}
+
+# build_preset preset [target] [configure options]: configure one of the presets and compile it, all of it
+# unless a target is named.
+build_preset() {
+    local preset=$1 target=all
+    shift
+    if [ $# -gt 0 ] && [[ $1 != -* ]]; then
+        target=$1
+        shift
+    fi
+    use_ccache
+    say "Building $preset"
+    # The configuration's chatter is of interest only when it fails.
+    if ! (cd "$root" && cmake --preset "$preset" "$@") >"$root/build/$preset.configure.log" 2>&1; then
+        cat "$root/build/$preset.configure.log"
+        return 1
+    fi
+    cmake --build "$root/build/$preset" --target "$target" --parallel "$jobs"
+}
+
+build_linux() {
+    need_packages build
+    mkdir -p "$root/build"
+    build_preset linux
+    [ ! -x "$root/build/linux/rotika/rotika" ] || note "The program: $root/build/linux/rotika/rotika"
+}
+
+build_windows() {
+    need_packages windows
+    need_qt_windows
+    mkdir -p "$root/build"
+    build_preset windows -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
+    [ ! -f "$root/build/windows/rotika/rotika.exe" ] || note "The program: $root/build/windows/rotika/rotika.exe"
+}
+
+run_program() {
+    if [ -z "${DISPLAY:-}" ]; then
+        note "No display here: the scripted tour on a private screen instead."
+        run_demo
+        return
+    fi
+    build_linux
+    say "Starting Rotika"
+    exec "$root/build/linux/rotika/rotika"
+}
+
+run_demo() {
+    need_packages build test
+    build_linux
+    say "The tour, on a private screen"
+    rm -rf "$root/build/demo"
+    mkdir -p "$root/build/demo"
+    "$root/scripts/on_screen.sh" "$root/scripts/demo.sh" "$root/build/linux" "$root/build/demo"
+    note "Pictures:"
+    ls -1 "$root"/build/demo/*.png
+}
+
+run_bench() {
+    need_packages build test
+    build_linux
+    "$root/scripts/bench.sh" "$root/build/linux"
+}

@@ -1,0 +1,124 @@
+# ./dev test, format, tidy and doctor. Sourced after builds.sh.
+
+# step name command...: run it whatever came before, and keep the outcome for the closing list.
+outcomes=()
+failed_steps=0
+
+step() {
+    local name=$1 began=$SECONDS
+    shift
+    say "$name"
+    # In a shell of its own: a failure anywhere inside ends the step, and only the step.
+    set +e
+    (
+        set -e
+        "$@"
+    )
+    local status=$?
+    set -e
+    if [ "$status" = 0 ]; then
+        outcomes+=("passed  $name ($((SECONDS - began)) s)")
+    else
+        outcomes+=("FAILED  $name ($((SECONDS - began)) s)")
+        failed_steps=$((failed_steps + 1))
+    fi
+}
+
+conclude() {
+    say "$1"
+    printf '   %s\n' "${outcomes[@]}"
+    [ "$failed_steps" = 0 ] || die "$failed_steps of ${#outcomes[@]} steps failed."
+}
+
+run_ctest() {
+    local preset=$1
+    shift
+    ctest --test-dir "$root/build/$preset" --output-on-failure --no-tests=error --parallel "$jobs" "$@"
+}
+
+test_linux() {
+    need_packages build test
+    mkdir -p "$root/build"
+    step "Build for Linux" build_preset linux
+    step "Tests: style, unit, contract, shell, end to end" run_ctest linux
+    step "Build with address and undefined-behaviour sanitizers" build_preset asan
+    step "Tests under these" test_with_asan
+    step "Build with thread sanitizer" build_preset tsan
+    step "Tests under it" test_with_tsan
+    step "Build the fuzz targets" build_preset fuzz fuzz_targets
+    step "A short fuzz run" run_fuzz 20
+    conclude "Linux"
+}
+
+# The sanitizer must leave faults to the guard around foreign libraries, which the tests provoke.
+test_with_asan() {
+    export ASAN_OPTIONS=handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:detect_stack_use_after_return=1
+    export UBSAN_OPTIONS=print_stacktrace=1
+    export LSAN_OPTIONS=suppressions="$root/scripts/leaks.supp":print_suppressions=0
+    run_ctest asan
+}
+
+test_with_tsan() {
+    export TSAN_OPTIONS=suppressions="$root/scripts/races.supp":second_deadlock_stack=1
+    run_ctest tsan --label-regex unit
+}
+
+# run_fuzz seconds: each target for so long, from the seeds that are kept with it.
+run_fuzz() {
+    local seconds=$1 target name corpus
+    for target in "$root"/build/fuzz/tests/fuzz/fuzz_*; do
+        [ -x "$target" ] && [ -f "$target" ] || continue
+        name=${target##*/}
+        corpus=$root/build/fuzz/corpus/$name
+        mkdir -p "$corpus"
+        note "$name, $seconds s"
+        "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=4096 -print_final_stats=0 \
+            -verbosity=0 -artifact_prefix="$root/build/fuzz/$name-" "$corpus" "$root/tests/fuzz/seeds"
+    done
+}
+
+test_windows() {
+    need_packages build test windows wine
+    need_qt_windows
+    mkdir -p "$root/build"
+    step "Build for Windows" build_preset windows -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
+    step "Wine prefix" "$root/scripts/wine.sh" --prepare
+    step "Tests under Wine: unit, contract, shell" run_ctest windows
+    step "Build the end-to-end driver" build_preset linux
+    step "The Windows program end to end, under Wine" test_windows_end_to_end
+    conclude "Windows"
+}
+
+# The same scenarios as for Linux: the driver starts whichever program it is given.
+test_windows_end_to_end() {
+    export ROTIKA_E2E_PROGRAM=$root/build/windows/rotika/rotika.exe WINEPREFIX=$root/build/wine-prefix
+    run_ctest linux --label-regex e2e
+}
+
+format_sources() {
+    need_packages test
+    (cd "$root" && source_files | xargs -d '\n' clang-format -i)
+    note "Formatted."
+}
+
+tidy_sources() {
+    need_packages build test
+    mkdir -p "$root/build"
+    build_preset linux
+    (cd "$root" && run-clang-tidy -quiet -p build/linux -j "$jobs" '/(engine|shell|licence)/[^.]*\.cpp$')
+}
+
+show_doctor() {
+    local wanted missing
+    if ! have dpkg-query; then
+        die "This system has no apt; ./dev install packages on Debian and its kin only."
+    fi
+    for wanted in "${package_sets[@]}"; do
+        missing=$(missing_packages "$wanted" | tr '\n' ' ')
+        printf '%-8s %s\n' "$wanted" "${missing:+missing: $missing}"
+    done
+    printf '%-8s %s\n' cache "$cache"
+    if have dpkg-query && package_is_installed qt6-base-dev; then
+        qt_windows_is_built && note "Qt for Windows: $(qt_windows_prefix)" || note "Qt for Windows: not built yet"
+    fi
+}

@@ -1,0 +1,46 @@
+# What every piece of ./dev uses. Sourced, never run; the caller has set -euo pipefail.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
+cache=${ROTIKA_CACHE:-${XDG_CACHE_HOME:-${HOME:-/tmp}/.cache}/rotika}
+jobs=${ROTIKA_JOBS:-$(nproc 2>/dev/null || echo 2)}
+
+say() { printf '\n== %s\n' "$*"; }
+note() { printf '   %s\n' "$*"; }
+die() {
+    printf 'dev: %s\n' "$*" >&2
+    exit 1
+}
+
+have() { command -v "$1" >/dev/null 2>&1; }
+
+# as_root command...: the command with the rights to install packages.
+as_root() {
+    if [ "$(id -u)" = 0 ]; then
+        "$@"
+    elif have sudo; then
+        sudo "$@"
+    else
+        die "Needs root for: $* (and there is no sudo). Run that as root, then this again."
+    fi
+}
+
+# source_files: every C++ file of the project, relative to its root.
+source_files() {
+    (cd "$root" && find engine shell licence tests bench -name '*.cpp' -o -name '*.h' | sort)
+}
+
+# with_lock file command...: one such command at a time; the lock ends with the process, however it ends.
+# The command does not inherit the lock, so a daemon that it leaves behind cannot hold it.
+with_lock() {
+    local file=$1 lock status=0
+    shift
+    mkdir -p "$(dirname "$file")"
+    exec {lock}>"$file"
+    if ! flock --nonblock "$lock"; then
+        note "Another run holds $file; waiting for it."
+        flock "$lock"
+    fi
+    "$@" || status=$?
+    exec {lock}>&-
+    return "$status"
+}

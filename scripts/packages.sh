@@ -1,0 +1,66 @@
+# Debian packages by need. A set is installed only when something of it is missing.
+
+package_sets=(build test windows wine)
+
+# Compiling the program and its tests for Linux.
+packages_build="
+    cmake ninja-build g++ pkg-config ccache
+    qt6-base-dev
+    libx11-dev libxext-dev libxi-dev libxfixes-dev libxtst-dev libxrandr-dev
+    libcairo2-dev libpango1.0-dev libglib2.0-dev libatspi2.0-dev libpulse-dev
+    libgtest-dev libgmock-dev libbenchmark-dev"
+
+# Running the tests, the tour and the measurements on a private screen.
+packages_test="
+    clang clang-format clang-tidy
+    xvfb openbox picom xdotool imagemagick x11-utils x11-xserver-utils x11-xkb-utils xauth
+    dbus at-spi2-core libatk-adaptor gtk-3-examples
+    pulseaudio pulseaudio-utils espeak-ng
+    fonts-dejavu-core"
+
+# Cross-building for Windows, Qt included.
+packages_windows="
+    g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev libwine-dev
+    qt6-base-dev qt6-base-dev-tools googletest
+    dpkg-dev perl python3"
+
+# Running the Windows build here.
+packages_wine="wine wine64 fonts-liberation"
+
+packages_of() {
+    local name=packages_$1
+    printf '%s\n' ${!name}
+}
+
+package_is_installed() {
+    local status
+    status=$(dpkg-query -W -f '${db:Status-Status}\n' "$1" 2>/dev/null) && grep -qx installed <<<"$status"
+}
+
+# missing_packages set...: the names that are not installed, one a line.
+missing_packages() {
+    local wanted package
+    for wanted in "$@"; do
+        for package in $(packages_of "$wanted"); do
+            package_is_installed "$package" || printf '%s\n' "$package"
+        done
+    done | sort -u
+}
+
+# need_packages set...: install what is missing of these sets.
+need_packages() {
+    if ! have dpkg-query || ! have apt-get; then
+        die "This system has no apt. Install what these Debian packages hold, by your system's own names:" \
+            "$(for wanted in "$@"; do packages_of "$wanted"; done | sort -u | tr '\n' ' ')"
+    fi
+    with_lock "$cache/packages.lock" install_missing "$@"
+}
+
+install_missing() {
+    local missing
+    mapfile -t missing < <(missing_packages "$@")
+    [ "${#missing[@]}" -gt 0 ] || return 0
+    say "Installing ${missing[*]}"
+    as_root apt-get update -q
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}"
+}

@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# wine.sh program.exe [arguments]: a Windows program in the project's own Wine prefix, which the first
+# call makes. "wine.sh --prepare" only makes it. WINEPREFIX chooses another.
+set -euo pipefail
+. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix} WINEDEBUG=${WINEDEBUG:--all}
+# No prompt for the two browser and .NET add-ons, and no menu entries on the host's desktop.
+export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=${WINEDLLOVERRIDES:+;$WINEDLLOVERRIDES}"
+
+# Debian's "wine" is a wrapper that complains about the missing 32-bit half.
+if [ -x /usr/lib/wine/wine64 ]; then
+    wine=/usr/lib/wine/wine64 wineserver=/usr/lib/wine/wineserver64
+else
+    wine=wine wineserver=wineserver
+fi
+[ -x "$wineserver" ] || wineserver=wineserver
+
+# The prefix is finished before it gets its name, so that an interrupted run leaves no half of one.
+# Wine has no Segoe UI: the fonts that the program asks for are played by Liberation Sans.
+make_prefix() {
+    [ ! -d "$1" ] || return 0
+    local partial=$1.partial font
+    rm -rf "$partial"
+    mkdir -p "$(dirname "$1")"
+    (
+        export WINEPREFIX=$partial
+        unset DISPLAY
+        "$wine" wineboot --init
+        for font in "Segoe UI" "Microsoft Sans Serif" Arial Tahoma; do
+            "$wine" reg add 'HKCU\Software\Wine\Fonts\Replacements' /v "$font" /d "Liberation Sans" /f
+        done
+        "$wineserver" -k || :
+        "$wineserver" -w
+    ) >/dev/null 2>&1
+    mv "$partial" "$1"
+}
+
+if [ ! -d "$WINEPREFIX" ]; then
+    with_lock "$WINEPREFIX.lock" make_prefix "$WINEPREFIX"
+fi
+[ "${1:-}" != --prepare ] || exit 0
+exec "$wine" "$@"

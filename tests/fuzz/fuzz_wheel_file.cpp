@@ -1,0 +1,59 @@
+#include "core/text.h"
+#include "files/wheel_files.h"
+#include "files/wheel_writer.h"
+
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+void require(bool holds) {
+    if (!holds) {
+        std::abort();
+    }
+}
+
+std::vector<Wheel> load(std::string_view bytes) {
+    static const std::filesystem::path path =
+        std::filesystem::temp_directory_path() / ("rotika-fuzz-" + std::to_string(getpid()) + ".json");
+    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::vector<Wheel> wheels;
+    std::u16string problems;
+    const bool isClean = loadWheelFile(path.u16string(), wheels, problems);
+    require(isClean == problems.empty());
+    require(isClean || problems.back() == u'\n');
+    return wheels;
+}
+
+void requireLimits(const WheelAction& action) {
+    require(action.delay >= 0 && action.delay <= 2000);
+    for (const ActionStep& step : action.steps) {
+        require(step.kind == StepKind::open || step.key.valid);
+        require(step.kind != StepKind::click || (step.value >= 1 && step.value <= 100));
+        require(step.kind != StepKind::hold || (step.value >= 0 && step.value <= 60000));
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::vector<Wheel> wheels = load({reinterpret_cast<const char*>(data), size});
+    for (const Wheel& wheel : wheels) {
+        require(!wheel.actions.empty() && wheel.actions.size() <= maxFieldCount);
+        for (const WheelAction& action : wheel.actions) {
+            requireLimits(action);
+        }
+    }
+    // The writer's text is a fixed point: what it wrote once reads back as the same text.
+    const std::string written = serializeWheels(wheels);
+    require(serializeWheels(load(written)) == written);
+    return 0;
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+// GDI+ in its flat form, and an owner for each kind of its objects.
+
+#include "platform/windows/handles.h"
+
+#include <objidl.h>
+
+#include <algorithm>
+
+// The header counts on the macros of this name.
+namespace Gdiplus {
+using std::max;
+using std::min;
+} // namespace Gdiplus
+
+#include <gdiplus.h>
+
+namespace gdip = Gdiplus::DllExports;
+
+inline void deleteGraphics(Gdiplus::GpGraphics* object) {
+    gdip::GdipDeleteGraphics(object);
+}
+inline void deleteBrush(Gdiplus::GpSolidFill* object) {
+    gdip::GdipDeleteBrush(object);
+}
+inline void deletePen(Gdiplus::GpPen* object) {
+    gdip::GdipDeletePen(object);
+}
+inline void deleteGdipFont(Gdiplus::GpFont* object) {
+    gdip::GdipDeleteFont(object);
+}
+inline void deleteFontFamily(Gdiplus::GpFontFamily* object) {
+    gdip::GdipDeleteFontFamily(object);
+}
+inline void deleteStringFormat(Gdiplus::GpStringFormat* object) {
+    gdip::GdipDeleteStringFormat(object);
+}
+inline void disposeImageAttributes(Gdiplus::GpImageAttributes* object) {
+    gdip::GdipDisposeImageAttributes(object);
+}
+
+using GraphicsHandle = UniqueHandle<Gdiplus::GpGraphics*, deleteGraphics>;
+using BrushHandle = UniqueHandle<Gdiplus::GpSolidFill*, deleteBrush>;
+using PenHandle = UniqueHandle<Gdiplus::GpPen*, deletePen>;
+using GdipFontHandle = UniqueHandle<Gdiplus::GpFont*, deleteGdipFont>;
+using FontFamilyHandle = UniqueHandle<Gdiplus::GpFontFamily*, deleteFontFamily>;
+using StringFormatHandle = UniqueHandle<Gdiplus::GpStringFormat*, deleteStringFormat>;
+using ImageAttributesHandle = UniqueHandle<Gdiplus::GpImageAttributes*, disposeImageAttributes>;

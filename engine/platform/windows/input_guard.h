@@ -1,0 +1,10 @@
+#pragma once
+
+#include "platform/input_guard_protocol.h"
+
+/// Starts the guard program that stands beside this one. Without it nothing is guarded and all else works.
+/// Owner thread, once.
+void startInputGuard();
+
+/// Tells the guard of one change; at once and silently, also when there is no guard. Any thread.
+void tellInputGuard(const GuardRecord& record);

@@ -1,0 +1,8 @@
+#include "platform/keyboard_layout.h"
+
+#include "platform/windows/windows_api.h"
+
+std::uint16_t virtualKeyOfCharacter(char16_t character) {
+    // The system's own answer for "no key" is -1, which is noVirtualKey as an unsigned number.
+    return static_cast<std::uint16_t>(VkKeyScanW(static_cast<WCHAR>(character)));
+}

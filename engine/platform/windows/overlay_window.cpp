@@ -1,0 +1,142 @@
+#include "platform/overlay_window.h"
+
+#include "platform/windows/handles.h"
+#include "platform/windows/picture_drawing.h"
+#include "platform/windows/raw_input.h"
+#include "platform/windows/window_timer.h"
+
+namespace {
+
+constexpr DWORD layerStyle = WS_EX_TOPMOST | WS_EX_TOOLWINDOW | WS_EX_LAYERED | WS_EX_NOACTIVATE;
+constexpr UINT keepPlace = SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE;
+
+/// There is one wheel; the grid's window hears nothing.
+OverlayWindowHandlers wheelHandlers{};
+
+void leftButtonDown() noexcept {
+    if (wheelHandlers.leftPressed != nullptr) {
+        wheelHandlers.leftPressed();
+    }
+}
+
+LRESULT rawInput(HWND window, WPARAM wParam, LPARAM lParam) noexcept {
+    rawInputArrived(reinterpret_cast<HRAWINPUT>(lParam));
+    // Lets the system free the record.
+    DefWindowProcW(window, WM_INPUT, wParam, lParam);
+    return 0;
+}
+
+void privateMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    if (wheelHandlers.messageArrived != nullptr) {
+        wheelHandlers.messageArrived(message, wParam, lParam);
+    }
+}
+
+LRESULT CALLBACK wheelProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    switch (message) {
+    case WM_INPUT:
+        return rawInput(window, wParam, lParam);
+    case WM_TIMER:
+        windowTimerElapsed(window, wParam);
+        return 0;
+    case WM_LBUTTONDOWN:
+        leftButtonDown();
+        return 0;
+    default:
+        break;
+    }
+    if (message >= WM_APP && message < firstRegisteredMessage) {
+        privateMessage(message, wParam, lParam);
+        return 0;
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
+const wchar_t* registeredClass(OverlayKind kind) {
+    WNDCLASSW description{};
+    description.hInstance = moduleInstance();
+    if (kind == OverlayKind::wheel) {
+        description.lpszClassName = L"RadialOverlayWheel";
+        description.lpfnWndProc = wheelProcedure;
+        description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    } else {
+        description.lpszClassName = L"RadialOverlayGrid";
+        description.lpfnWndProc = DefWindowProcW;
+    }
+    RegisterClassW(&description); // fails harmlessly for a second window of the kind
+    return description.lpszClassName;
+}
+
+bool letsPointerThrough(HWND window) {
+    return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TRANSPARENT) != 0;
+}
+
+/// Top-down, 32 bits a pixel.
+BitmapHandle pixelBitmap(HDC screen, std::int32_t width, std::int32_t height) {
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof(info.bmiHeader);
+    info.bmiHeader.biWidth = width;
+    info.bmiHeader.biHeight = -height;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    info.bmiHeader.biCompression = BI_RGB;
+    void* pixels = nullptr;
+    return BitmapHandle(CreateDIBSection(screen, &info, DIB_RGB_COLORS, &pixels, nullptr, 0));
+}
+
+} // namespace
+
+WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int32_t height,
+                                 const OverlayWindowHandlers& handlers) {
+    DWORD style = layerStyle;
+    if (kind == OverlayKind::wheel) {
+        wheelHandlers = handlers;
+    } else {
+        style |= WS_EX_TRANSPARENT;
+    }
+    return windowHandle(CreateWindowExW(style, registeredClass(kind), L"", WS_POPUP, 0, 0, width, height,
+                                        nullptr, nullptr, moduleInstance(), nullptr));
+}
+
+void placeOverlayWindow(WindowHandle window, const Rect& place) {
+    SetWindowPos(nativeWindow(window), HWND_TOPMOST, place.left, place.top, place.width(), place.height(),
+                 SWP_NOACTIVATE);
+}
+
+Rect overlayWindowRect(WindowHandle window) {
+    RECT rect{};
+    GetWindowRect(nativeWindow(window), &rect);
+    return {rect.left, rect.top, rect.right, rect.bottom};
+}
+
+void showOverlayWindow(WindowHandle window) {
+    if (letsPointerThrough(nativeWindow(window))) {
+        SetWindowPos(nativeWindow(window), HWND_TOPMOST, 0, 0, 0, 0, keepPlace | SWP_SHOWWINDOW);
+        return;
+    }
+    ShowWindow(nativeWindow(window), SW_SHOWNOACTIVATE);
+    SetWindowPos(nativeWindow(window), HWND_TOPMOST, 0, 0, 0, 0, keepPlace);
+}
+
+void hideOverlayWindow(WindowHandle window) {
+    ShowWindow(nativeWindow(window), SW_HIDE);
+}
+
+void presentPicture(WindowHandle window, const Picture& picture) {
+    const ScreenDc screen(GetDC(nullptr));
+    const MemoryDc memory(CreateCompatibleDC(screen.get()));
+    const BitmapHandle bitmap = pixelBitmap(screen.get(), picture.width, picture.height);
+    if (!bitmap) {
+        return;
+    }
+    const SelectedObject selected(memory.get(), bitmap.get());
+    drawPicture(memory.get(), picture);
+
+    const Rect place = overlayWindowRect(window);
+    POINT target{place.left, place.top};
+    SIZE size{picture.width, picture.height};
+    POINT source{0, 0};
+    BLENDFUNCTION blend{AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
+    UpdateLayeredWindow(nativeWindow(window), screen.get(), &target, &size, memory.get(), &source, 0, &blend,
+                        ULW_ALPHA);
+}

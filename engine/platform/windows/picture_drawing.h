@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/picture.h"
+
+#include "platform/windows/windows_api.h"
+
+// Owner thread.
+
+/// Before the first picture or image; once.
+void startDrawing();
+
+/// Clears the bitmap selected into `surface` (32 bits a pixel) to full transparency and draws the picture,
+/// premultiplied.
+void drawPicture(HDC surface, const Picture& picture);

@@ -1,0 +1,37 @@
+#pragma once
+
+// The one place that includes the system's headers.
+
+#include "platform/window_handle.h"
+
+// clang-format off: the order matters.
+// GDI has a function of the name of one of our draw commands; nobody calls it.
+#define Polygon GdiPolygon
+#include <windows.h>
+#undef Polygon
+#include <objbase.h>
+#include <shellapi.h>
+// clang-format on
+
+#include <string>
+
+static_assert(sizeof(wchar_t) == sizeof(char16_t), "wide text is UTF-16 on Windows, so pointers may be cast");
+
+inline const wchar_t* wideText(const std::u16string& text) {
+    return reinterpret_cast<const wchar_t*>(text.c_str());
+}
+
+inline HWND nativeWindow(WindowHandle window) {
+    return reinterpret_cast<HWND>(window);
+}
+
+inline WindowHandle windowHandle(HWND window) {
+    return reinterpret_cast<WindowHandle>(window);
+}
+
+/// Private messages end where those that programs agree on by name begin.
+inline constexpr UINT firstRegisteredMessage = 0xC000;
+
+inline HINSTANCE moduleInstance() {
+    return GetModuleHandleW(nullptr);
+}

@@ -124,7 +124,7 @@ bool isTooLarge(std::string_view digits) {
     if (negative || exponentDigits.starts_with('+')) {
         exponentDigits.remove_prefix(1);
     }
-    constexpr long long beyondAnyText = 1LL << 60;
+    constexpr long long beyondAnyText = 1LL << 56; // ten times this still fits
     long long exponent = 0;
     for (; !exponentDigits.empty() && isAsciiDigit(static_cast<char16_t>(exponentDigits.front()));
          exponentDigits.remove_prefix(1)) {

@@ -7,10 +7,10 @@
 // down.
 
 enum class GuardedThing : std::uint8_t {
-    key = 0,        // code: virtual key on Windows, keycode on X11
-    button = 1,     // code: device button, 0 to 4 as the engine counts on Windows, the X button on X11
-    pointerPin = 2, // the cursor is held in place; code is 0
-    autoRepeat = 3, // X11: this keycode's auto-repeat is switched off
+    key = 0,             // code: virtual key on Windows, keycode on X11
+    button = 1,          // code: device button, 0 to 4 as the engine counts on Windows, the X button on X11
+    pointerPin = 2,      // the cursor is held in place; code is 0
+    autoRepeat = 3,      // X11: this keycode's auto-repeat is switched off
     borrowedKeycode = 4, // X11: this keycode, unused before, carries a key that the layout lacks
 };
 

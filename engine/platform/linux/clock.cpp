@@ -1,0 +1,15 @@
+#include "platform/clock.h"
+
+#include <chrono>
+#include <thread>
+
+std::uint64_t tickCount() {
+    // CLOCK_MONOTONIC counts from the boot, as the engine's rules about rest and freshness expect.
+    const auto sinceBoot = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(sinceBoot).count());
+}
+
+void sleepMs(std::uint32_t durationMs) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(durationMs));
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/linux/x11.h"
+
+// The owner thread's connection to the X server and the road of its events. Other threads have connections of
+// their own. Owner thread, except where said.
+
+/// Opens the connection and hangs it into the thread's default GLib context. False without a display or
+/// without an extension that the engine cannot do without (XInput 2.2, XTest, XFixes, RandR 1.5, Shape, XKB).
+bool openConnection();
+
+/// Null before openConnection has succeeded.
+Display* ownerDisplay();
+Window rootWindow();
+Atom atomNamed(const char* name);
+
+/// Called for each event until one answers true. Lives for the whole process.
+using EventHandler = bool (*)(XEvent& event);
+void addEventHandler(EventHandler handler);
+
+/// Opcode of the generic events of XInput 2, and event bases of the others.
+int xinputOpcode();
+int fixesEventBase();
+
+/// Swallows X errors of the owner's connection while it lives, and knows whether there was one.
+class ErrorTrap {
+public:
+    ErrorTrap();
+    ~ErrorTrap();
+    ErrorTrap(const ErrorTrap&) = delete;
+    ErrorTrap& operator=(const ErrorTrap&) = delete;
+
+    /// Asks the server, so that all errors so far have arrived.
+    bool hasFailed() const;
+
+private:
+    unsigned long before;
+};
+
+/// A 32-bit property of a window, or `missing`.
+unsigned long windowProperty(Window window, Atom property, Atom type, unsigned long missing);

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <memory>
+
+struct GObjectDeleter {
+    void operator()(gpointer object) const noexcept {
+        if (object != nullptr)
+            g_object_unref(object);
+    }
+};
+template <typename T>
+using GObjectPointer = std::unique_ptr<T, GObjectDeleter>;
+
+struct GFreeDeleter {
+    void operator()(gpointer memory) const noexcept { g_free(memory); }
+};
+template <typename T>
+using GPointer = std::unique_ptr<T, GFreeDeleter>;
+
+/// The GLib context that the owner thread's loop runs: all sources of the platform hang on it. Any thread
+/// once the platform is open.
+GMainContext* ownerContext();

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "platform/input_guard_protocol.h"
+
+/// Starts the guard process beside the program, which lets go of keys should this process die. Without it the
+/// program works all the same. Owner thread, once.
+void startInputGuard();
+
+/// Any thread; never blocks for long and never fails visibly.
+void tellInputGuard(GuardedThing kind, bool down, std::uint32_t code);

@@ -1,0 +1,186 @@
+#include "platform/linux/key_positions.h"
+
+#include <X11/XF86keysym.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <optional>
+#include <string_view>
+
+namespace {
+
+struct Position {
+    std::uint16_t virtualKey;
+    std::string_view name; // XKB key name
+};
+
+// Digits and punctuation: the same place on the keyboard whatever the layout puts on it, as with Win32's
+// codes.
+constexpr Position fixedPositions[] = {
+    {'1', "AE01"},  {'2', "AE02"},  {'3', "AE03"},  {'4', "AE04"},  {'5', "AE05"},  {'6', "AE06"},
+    {'7', "AE07"},  {'8', "AE08"},  {'9', "AE09"},  {'0', "AE10"},  {0xBD, "AE11"}, {0xBB, "AE12"},
+    {0xC0, "TLDE"}, {0xDB, "AD11"}, {0xDD, "AD12"}, {0xDC, "BKSL"}, {0xBA, "AC10"}, {0xDE, "AC11"},
+    {0xBC, "AB08"}, {0xBE, "AB09"}, {0xBF, "AB10"}, {0xE2, "LSGT"},
+};
+
+// Where a layout has no Latin letters, the letters are those of the American keyboard.
+constexpr Position letterPositions[] = {
+    {'Q', "AD01"}, {'W', "AD02"}, {'E', "AD03"}, {'R', "AD04"}, {'T', "AD05"}, {'Y', "AD06"}, {'U', "AD07"},
+    {'I', "AD08"}, {'O', "AD09"}, {'P', "AD10"}, {'A', "AC01"}, {'S', "AC02"}, {'D', "AC03"}, {'F', "AC04"},
+    {'G', "AC05"}, {'H', "AC06"}, {'J', "AC07"}, {'K', "AC08"}, {'L', "AC09"}, {'Z', "AB01"}, {'X', "AB02"},
+    {'C', "AB03"}, {'V', "AB04"}, {'B', "AB05"}, {'N', "AB06"}, {'M', "AB07"},
+};
+
+struct NamedKey {
+    std::uint16_t virtualKey;
+    KeySym keysym;
+};
+
+constexpr NamedKey namedKeys[] = {
+    {0x08, XK_BackSpace},
+    {0x09, XK_Tab},
+    {0x0D, XK_Return},
+    {0x10, XK_Shift_L},
+    {0x11, XK_Control_L},
+    {0x12, XK_Alt_L},
+    {0x14, XK_Caps_Lock},
+    {0x1B, XK_Escape},
+    {0x20, XK_space},
+    {0x21, XK_Prior},
+    {0x22, XK_Next},
+    {0x23, XK_End},
+    {0x24, XK_Home},
+    {0x25, XK_Left},
+    {0x26, XK_Up},
+    {0x27, XK_Right},
+    {0x28, XK_Down},
+    {0x2C, XK_Print},
+    {0x2D, XK_Insert},
+    {0x2E, XK_Delete},
+    {0x5B, XK_Super_L},
+    {0xAD, XF86XK_AudioMute},
+    {0xAE, XF86XK_AudioLowerVolume},
+    {0xAF, XF86XK_AudioRaiseVolume},
+    {0xB0, XF86XK_AudioNext},
+    {0xB1, XF86XK_AudioPrev},
+    {0xB3, XF86XK_AudioPlay},
+};
+
+constexpr std::uint16_t functionKeyBase = 0x6F; // F1 is 0x70
+constexpr std::uint16_t functionKeyCount = 24;
+
+/// The names of all keys, asked for anew each time: a keyboard may be plugged in at any moment.
+class KeyNames {
+public:
+    explicit KeyNames(Display* display) : description(XkbGetMap(display, 0, XkbUseCoreKbd)) {
+        if (description != nullptr && XkbGetNames(display, XkbKeyNamesMask, description) != 0)
+            description->names = nullptr;
+    }
+    ~KeyNames() {
+        if (description != nullptr)
+            XkbFreeKeyboard(description, 0, 1);
+    }
+    KeyNames(const KeyNames&) = delete;
+    KeyNames& operator=(const KeyNames&) = delete;
+
+    KeyCode keycodeNamed(std::string_view name) const {
+        if (description == nullptr || description->names == nullptr)
+            return 0;
+        for (int code = description->min_key_code; code <= description->max_key_code; ++code)
+            if (nameOf(static_cast<KeyCode>(code)) == name)
+                return static_cast<KeyCode>(code);
+        return 0;
+    }
+
+    std::string_view nameOf(KeyCode code) const {
+        if (description == nullptr || description->names == nullptr)
+            return {};
+        const char* name = description->names->keys[code].name; // four bytes, not always terminated
+        return {name, strnlen(name, XkbKeyNameLength)};
+    }
+
+private:
+    XkbDescPtr description;
+};
+
+int activeGroup(Display* display) {
+    XkbStateRec state{};
+    XkbGetState(display, XkbUseCoreKbd, &state);
+    return state.group;
+}
+
+KeySym unshiftedKeysym(Display* display, KeyCode code, int group) {
+    const KeySym keysym = XkbKeycodeToKeysym(display, code, group, 0);
+    return keysym == NoSymbol ? XkbKeycodeToKeysym(display, code, 0, 0) : keysym;
+}
+
+/// The first key whose unshifted keysym on the active layout is the given one.
+KeyCode keycodeTyping(Display* display, KeySym keysym) {
+    const int group = activeGroup(display);
+    int first = 0;
+    int last = 0;
+    XDisplayKeycodes(display, &first, &last);
+    for (int code = first; code <= last; ++code)
+        if (unshiftedKeysym(display, static_cast<KeyCode>(code), group) == keysym)
+            return static_cast<KeyCode>(code);
+    return 0;
+}
+
+template <std::size_t count>
+const Position* findPosition(const Position (&positions)[count], std::uint16_t virtualKey) {
+    const auto* found =
+        std::find_if(std::begin(positions), std::end(positions),
+                     [&](const Position& position) { return position.virtualKey == virtualKey; });
+    return found == std::end(positions) ? nullptr : found;
+}
+
+template <std::size_t count>
+std::uint16_t virtualKeyAt(const Position (&positions)[count], std::string_view name) {
+    const auto* found = std::find_if(std::begin(positions), std::end(positions),
+                                     [&](const Position& position) { return position.name == name; });
+    return found == std::end(positions) ? std::uint16_t{0} : found->virtualKey;
+}
+
+bool isLetter(std::uint16_t virtualKey) {
+    return virtualKey >= 'A' && virtualKey <= 'Z';
+}
+
+KeyCode keycodeOfLetter(Display* display, std::uint16_t virtualKey) {
+    const auto lowerCase = static_cast<KeySym>(virtualKey - 'A' + XK_a);
+    if (const KeyCode typed = keycodeTyping(display, lowerCase); typed != 0)
+        return typed;
+    return KeyNames(display).keycodeNamed(findPosition(letterPositions, virtualKey)->name);
+}
+
+} // namespace
+
+KeySym keysymOfVirtualKey(std::uint16_t virtualKey) {
+    if (virtualKey > functionKeyBase && virtualKey <= functionKeyBase + functionKeyCount)
+        return XK_F1 + static_cast<KeySym>(virtualKey - functionKeyBase - 1);
+    const auto* found = std::find_if(std::begin(namedKeys), std::end(namedKeys),
+                                     [&](const NamedKey& key) { return key.virtualKey == virtualKey; });
+    return found == std::end(namedKeys) ? NoSymbol : found->keysym;
+}
+
+KeyCode keycodeOfVirtualKey(Display* display, std::uint16_t virtualKey) {
+    if (isLetter(virtualKey))
+        return keycodeOfLetter(display, virtualKey);
+    if (const Position* position = findPosition(fixedPositions, virtualKey))
+        return KeyNames(display).keycodeNamed(position->name);
+    const KeySym keysym = keysymOfVirtualKey(virtualKey);
+    return keysym == NoSymbol ? KeyCode{0} : keycodeTyping(display, keysym);
+}
+
+std::uint16_t virtualKeyOfKeycode(Display* display, KeyCode keycode) {
+    const KeyNames names(display);
+    const std::string_view name = names.nameOf(keycode);
+    if (const std::uint16_t fixed = virtualKeyAt(fixedPositions, name); fixed != 0)
+        return fixed;
+    const KeySym keysym = unshiftedKeysym(display, keycode, activeGroup(display));
+    if (keysym >= XK_a && keysym <= XK_z)
+        return static_cast<std::uint16_t>(keysym - XK_a + 'A');
+    const auto* named = std::find_if(std::begin(namedKeys), std::end(namedKeys),
+                                     [&](const NamedKey& key) { return key.keysym == keysym; });
+    return named != std::end(namedKeys) ? named->virtualKey : virtualKeyAt(letterPositions, name);
+}

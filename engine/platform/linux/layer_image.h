@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/linux/x11.h"
+
+#include <cairo.h>
+#include <sys/ipc.h>
+#include <sys/shm.h>
+
+#include <cstdint>
+
+/// A 32-bit picture that Cairo draws on and that the X server can take over without copying it through the
+/// wire, where the two share memory. Owner thread.
+class LayerImage {
+public:
+    LayerImage(Visual* visual, int depth, int width, int height);
+    ~LayerImage();
+    LayerImage(const LayerImage&) = delete;
+    LayerImage& operator=(const LayerImage&) = delete;
+
+    cairo_surface_t* surface() const { return cairoSurface; }
+    int width() const { return image->width; }
+    int height() const { return image->height; }
+    /// Alpha is the highest byte.
+    const std::uint32_t* row(int y) const {
+        return reinterpret_cast<const std::uint32_t*>(image->data + y * image->bytes_per_line);
+    }
+
+    /// Blocks until the server has read what was put before: drawing may begin.
+    void waitUntilRead();
+
+    /// Has the server copy a part to the same place of `target`.
+    void putTo(Drawable target, GC gc, int x, int y, int partWidth, int partHeight);
+
+private:
+    bool attachSharedMemory(Visual* visual, int depth, int width, int height);
+
+    XImage* image = nullptr;
+    XShmSegmentInfo segment{};
+    bool isShared = false;
+    int unreadPuts = 0;
+    cairo_surface_t* cairoSurface = nullptr;
+};

@@ -1,0 +1,20 @@
+#include "platform/main_window.h"
+
+#include "platform/linux/connection.h"
+#include "platform/linux/hot_key_events.h"
+#include "platform/linux/window_registry.h"
+
+// The main window only receives: it is never mapped, so of its handlers only those for the hot key and for
+// posted messages are ever called.
+
+WindowHandle createMainWindow(const MainWindowHandlers& handlers) {
+    if (ownerDisplay() == nullptr)
+        return nullptr;
+    const Window window = XCreateSimpleWindow(ownerDisplay(), rootWindow(), 0, 0, 1, 1, 0, 0, 0);
+    XStoreName(ownerDisplay(), window, "Rotika");
+    registerWindow(handleOf(window), handlers.messageArrived);
+    setHotKeyHandler(handlers.hotKeyPressed);
+    return handleOf(window);
+}
+
+void repaintMainWindow(WindowHandle) {}

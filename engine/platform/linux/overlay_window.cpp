@@ -1,0 +1,310 @@
+#include "platform/overlay_window.h"
+
+#include "platform/linux/connection.h"
+#include "platform/linux/layer_image.h"
+#include "platform/linux/picture_drawing.h"
+#include "platform/linux/window_registry.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <vector>
+
+// A layer is an override-redirect window whose background is the picture: the server itself paints it when
+// the window is mapped or uncovered, in one go, and nothing old or empty is ever seen.
+
+namespace {
+
+struct Layer {
+    OverlayKind kind = OverlayKind::wheel;
+    OverlayWindowHandlers handlers{};
+    Rect place;
+    bool isShown = false;
+    std::unique_ptr<LayerImage> image;
+    Pixmap background = noXid;
+    GC gc = nullptr;
+    Picture shown; // what image and background hold
+    int raisesLeft = 0;
+};
+
+struct LayerVisual {
+    Visual* visual = nullptr;
+    int depth = 0;
+    Colormap colormap = noXid;
+};
+
+// Another program that also insists on being last must not drag us into an endless contest.
+constexpr int mostRaisesPerShow = 20;
+
+std::map<Window, Layer> layers;
+std::vector<Window> shownLayers; // in order of showing
+bool hasCompositor = false;
+
+Atom compositorSelection() {
+    return atomNamed(("_NET_WM_CM_S" + std::to_string(DefaultScreen(ownerDisplay()))).c_str());
+}
+
+const LayerVisual& layerVisual() {
+    static const LayerVisual found = [] {
+        Display* display = ownerDisplay();
+        XVisualInfo info;
+        if (XMatchVisualInfo(display, DefaultScreen(display), 32, TrueColor, &info) == 0) {
+            // No transparency at all: the shape does what it can.
+            return LayerVisual{DefaultVisual(display, DefaultScreen(display)),
+                               DefaultDepth(display, DefaultScreen(display)),
+                               DefaultColormap(display, DefaultScreen(display))};
+        }
+        const Colormap colormap = XCreateColormap(display, rootWindow(), info.visual, AllocNone);
+        return LayerVisual{info.visual, info.depth, colormap};
+    }();
+    return found;
+}
+
+Layer* layerOf(WindowHandle window) {
+    const auto known = layers.find(windowOf(window));
+    return known == layers.end() ? nullptr : &known->second;
+}
+
+std::vector<XRectangle> visibleSpans(const LayerImage& image) {
+    std::vector<XRectangle> spans;
+    for (int y = 0; y < image.height(); ++y) {
+        const std::uint32_t* row = image.row(y);
+        for (int x = 0; x < image.width();) {
+            if (row[x] >> 24 == 0) {
+                ++x;
+                continue;
+            }
+            const int start = x;
+            while (x < image.width() && row[x] >> 24 != 0)
+                ++x;
+            spans.push_back({static_cast<short>(start), static_cast<short>(y),
+                             static_cast<unsigned short>(x - start), 1});
+        }
+    }
+    return spans;
+}
+
+/// Without a compositor a transparent pixel would be black: the window is cut to its visible pixels instead.
+void shapeBounding(Window window, const Layer& layer) {
+    if (hasCompositor || layer.image == nullptr) {
+        XShapeCombineMask(ownerDisplay(), window, ShapeBounding, 0, 0, noXid, ShapeSet);
+        return;
+    }
+    std::vector<XRectangle> spans = visibleSpans(*layer.image);
+    XShapeCombineRectangles(ownerDisplay(), window, ShapeBounding, 0, 0, spans.data(),
+                            static_cast<int>(spans.size()), ShapeSet, YXBanded);
+}
+
+/// The grid lets everything through; the wheel stops the pointer where it shows something, as on Windows.
+void shapeInput(Window window, const Layer& layer) {
+    std::vector<XRectangle> spans;
+    if (layer.kind == OverlayKind::wheel && layer.image != nullptr)
+        spans = visibleSpans(*layer.image);
+    XShapeCombineRectangles(ownerDisplay(), window, ShapeInput, 0, 0, spans.data(),
+                            static_cast<int>(spans.size()), ShapeSet, YXBanded);
+}
+
+void watchStackingWhileShown() {
+    XSelectInput(ownerDisplay(), rootWindow(), shownLayers.empty() ? NoEventMask : SubstructureNotifyMask);
+}
+
+bool areOnTop() {
+    Window root = noXid;
+    Window parent = noXid;
+    Window* children = nullptr;
+    unsigned int count = 0;
+    if (XQueryTree(ownerDisplay(), rootWindow(), &root, &parent, &children, &count) == 0)
+        return true;
+    const XOwned<Window> owned(children);
+    if (count < shownLayers.size())
+        return true;
+    return std::all_of(children + count - shownLayers.size(), children + count, [](Window child) {
+        return std::find(shownLayers.begin(), shownLayers.end(), child) != shownLayers.end();
+    });
+}
+
+void stayOnTop() {
+    if (shownLayers.empty() || areOnTop())
+        return;
+    for (const Window window : shownLayers) {
+        Layer& layer = layers[window];
+        if (layer.raisesLeft-- > 0)
+            XRaiseWindow(ownerDisplay(), window);
+    }
+    XFlush(ownerDisplay());
+}
+
+void followCompositor() {
+    hasCompositor = XGetSelectionOwner(ownerDisplay(), compositorSelection()) != noXid;
+    for (const Window window : shownLayers)
+        shapeBounding(window, layers[window]);
+    XFlush(ownerDisplay());
+}
+
+bool isLayer(Window window) {
+    return layers.contains(window);
+}
+
+bool handleLayerEvent(XEvent& event) {
+    if (event.type == fixesEventBase() + XFixesSelectionNotify) {
+        followCompositor();
+        return true;
+    }
+    if (event.type == ButtonPress && isLayer(event.xbutton.window)) {
+        const Layer& layer = layers[event.xbutton.window];
+        if (event.xbutton.button == Button1 && layer.handlers.leftPressed != nullptr)
+            layer.handlers.leftPressed();
+        return true;
+    }
+    const bool isRestack = event.type == ConfigureNotify || event.type == MapNotify;
+    if (isRestack && event.xany.window == rootWindow() && !isLayer(event.xconfigure.window))
+        stayOnTop();
+    return false;
+}
+
+void startListening() {
+    static const bool isListening = [] {
+        addEventHandler(handleLayerEvent);
+        XFixesSelectSelectionInput(ownerDisplay(), rootWindow(), compositorSelection(),
+                                   XFixesSetSelectionOwnerNotifyMask |
+                                       XFixesSelectionWindowDestroyNotifyMask |
+                                       XFixesSelectionClientCloseNotifyMask);
+        followCompositor();
+        return true;
+    }();
+    (void)isListening;
+}
+
+Window createLayerWindow(int width, int height) {
+    const LayerVisual& visual = layerVisual();
+    XSetWindowAttributes attributes{};
+    attributes.colormap = visual.colormap;
+    attributes.border_pixel = 0;
+    attributes.override_redirect = 1;
+    attributes.event_mask = ButtonPressMask;
+    return XCreateWindow(ownerDisplay(), rootWindow(), 0, 0, static_cast<unsigned int>(width),
+                         static_cast<unsigned int>(height), 0, visual.depth, InputOutput, visual.visual,
+                         CWColormap | CWBorderPixel | CWOverrideRedirect | CWEventMask, &attributes);
+}
+
+void describeToCompositors(Window window) {
+    XStoreName(ownerDisplay(), window, "Rotika");
+    const Atom type = atomNamed("_NET_WM_WINDOW_TYPE_NOTIFICATION");
+    XChangeProperty(ownerDisplay(), window, atomNamed("_NET_WM_WINDOW_TYPE"), XA_ATOM, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(&type), 1);
+    const unsigned long noShadow = 0; // a shadow around the layer's rectangle would show it
+    XChangeProperty(ownerDisplay(), window, atomNamed("_COMPTON_SHADOW"), XA_CARDINAL, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(&noShadow), 1);
+}
+
+/// Image and background of the layer's size; true if they are new and hold nothing yet.
+bool makeSurfaces(Window window, Layer& layer) {
+    const int width = layer.place.width();
+    const int height = layer.place.height();
+    if (layer.image != nullptr && layer.image->width() == width && layer.image->height() == height)
+        return false;
+    const LayerVisual& visual = layerVisual();
+    layer.image = std::make_unique<LayerImage>(visual.visual, visual.depth, width, height);
+    if (layer.background != noXid)
+        XFreePixmap(ownerDisplay(), layer.background);
+    layer.background =
+        XCreatePixmap(ownerDisplay(), window, static_cast<unsigned int>(width),
+                      static_cast<unsigned int>(height), static_cast<unsigned int>(visual.depth));
+    if (layer.gc == nullptr)
+        layer.gc = XCreateGC(ownerDisplay(), layer.background, 0, nullptr);
+    XSetWindowBackgroundPixmap(ownerDisplay(), window, layer.background);
+    return true;
+}
+
+void pushRegion(Window window, Layer& layer, const cairo_region_t* region) {
+    for (int i = 0; i < cairo_region_num_rectangles(region); ++i) {
+        cairo_rectangle_int_t part;
+        cairo_region_get_rectangle(region, i, &part);
+        layer.image->putTo(layer.background, layer.gc, part.x, part.y, part.width, part.height);
+        if (layer.isShown)
+            XClearArea(ownerDisplay(), window, part.x, part.y, static_cast<unsigned int>(part.width),
+                       static_cast<unsigned int>(part.height), 0);
+    }
+}
+
+} // namespace
+
+WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int32_t height,
+                                 const OverlayWindowHandlers& handlers) {
+    if (ownerDisplay() == nullptr)
+        return nullptr;
+    startListening();
+    const Window window = createLayerWindow(width, height);
+    describeToCompositors(window);
+    Layer& layer = layers[window];
+    layer.kind = kind;
+    layer.handlers = handlers;
+    layer.place = {0, 0, width, height};
+    makeSurfaces(window, layer); // now, so that the first toggle need not
+    registerWindow(handleOf(window), handlers.messageArrived);
+    return handleOf(window);
+}
+
+void placeOverlayWindow(WindowHandle window, const Rect& place) {
+    Layer* layer = layerOf(window);
+    if (layer == nullptr || place.width() < 1 || place.height() < 1)
+        return;
+    layer->place = place;
+    XMoveResizeWindow(ownerDisplay(), windowOf(window), place.left, place.top,
+                      static_cast<unsigned int>(place.width()), static_cast<unsigned int>(place.height()));
+    XRaiseWindow(ownerDisplay(), windowOf(window));
+}
+
+Rect overlayWindowRect(WindowHandle window) {
+    const Layer* layer = layerOf(window);
+    return layer == nullptr ? Rect{} : layer->place;
+}
+
+void showOverlayWindow(WindowHandle window) {
+    Layer* layer = layerOf(window);
+    if (layer == nullptr)
+        return;
+    const Window xWindow = windowOf(window);
+    shapeBounding(xWindow, *layer);
+    shapeInput(xWindow, *layer);
+    XMapRaised(ownerDisplay(), xWindow);
+    layer->isShown = true;
+    layer->raisesLeft = mostRaisesPerShow;
+    std::erase(shownLayers, xWindow);
+    shownLayers.push_back(xWindow);
+    watchStackingWhileShown();
+    XFlush(ownerDisplay());
+}
+
+void hideOverlayWindow(WindowHandle window) {
+    Layer* layer = layerOf(window);
+    if (layer == nullptr || !layer->isShown)
+        return;
+    layer->isShown = false;
+    std::erase(shownLayers, windowOf(window));
+    watchStackingWhileShown();
+    XUnmapWindow(ownerDisplay(), windowOf(window));
+    XFlush(ownerDisplay());
+}
+
+void presentPicture(WindowHandle window, const Picture& picture) {
+    Layer* layer = layerOf(window);
+    if (layer == nullptr)
+        return;
+    const Window xWindow = windowOf(window);
+    const bool isNew = makeSurfaces(xWindow, *layer);
+    PixelRegion region;
+    if (isNew || layer->shown.width != picture.width || layer->shown.height != picture.height) {
+        const cairo_rectangle_int_t whole{0, 0, layer->image->width(), layer->image->height()};
+        region.reset(cairo_region_create_rectangle(&whole));
+    } else {
+        region = changedPixels(layer->shown, picture);
+    }
+    layer->image->waitUntilRead();
+    drawPicture(layer->image->surface(), picture, region.get());
+    pushRegion(xWindow, *layer, region.get());
+    if (layer->isShown && !hasCompositor)
+        shapeBounding(xWindow, *layer);
+    layer->shown = picture;
+    XFlush(ownerDisplay());
+}

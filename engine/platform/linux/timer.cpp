@@ -1,0 +1,35 @@
+#include "platform/timer.h"
+
+#include "platform/linux/glib_handles.h"
+
+#include <map>
+
+namespace {
+
+using Tick = void (*)() noexcept;
+std::map<WindowHandle, GSource*> timers;
+
+gboolean callTick(gpointer tick) {
+    reinterpret_cast<Tick>(tick)();
+    return G_SOURCE_CONTINUE;
+}
+
+} // namespace
+
+void startWindowTimer(WindowHandle window, std::uint32_t periodMs, void (*tick)() noexcept) {
+    stopWindowTimer(window);
+    GSource* source = g_timeout_source_new(periodMs);
+    g_source_set_priority(source, G_PRIORITY_DEFAULT);
+    g_source_set_callback(source, callTick, reinterpret_cast<gpointer>(tick), nullptr);
+    g_source_attach(source, ownerContext());
+    timers[window] = source;
+}
+
+void stopWindowTimer(WindowHandle window) {
+    const auto running = timers.find(window);
+    if (running == timers.end())
+        return;
+    g_source_destroy(running->second);
+    g_source_unref(running->second);
+    timers.erase(running);
+}

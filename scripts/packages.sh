@@ -6,8 +6,8 @@ package_sets=(build test windows wine)
 packages_build="
     cmake ninja-build g++ pkg-config ccache
     qt6-base-dev
-    libx11-dev libxext-dev libxi-dev libxfixes-dev libxtst-dev libxrandr-dev
-    libcairo2-dev libpango1.0-dev libglib2.0-dev libatspi2.0-dev libpulse-dev
+    libx11-dev libxext-dev libxi-dev libxfixes-dev libxtst-dev libxrandr-dev libxkbcommon-dev
+    libcairo2-dev libpango1.0-dev libgdk-pixbuf-2.0-dev libglib2.0-dev libatspi2.0-dev libpulse-dev
     libgtest-dev libgmock-dev libbenchmark-dev"
 
 # Running the tests, the tour and the measurements on a private screen.

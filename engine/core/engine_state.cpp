@@ -11,9 +11,18 @@ const Wheel& activeWheelRecord() {
     return engineState.wheels[static_cast<std::size_t>(engineState.activeWheel)];
 }
 
+namespace {
+
+/// The records hold atomics and so cannot be moved; made anew in their place they can.
+template <typename Record>
+void makeAnew(Record& record) {
+    record.~Record();
+    new (&record) Record{};
+}
+
+} // namespace
+
 void resetEngineForTest() {
-    engineConfig = EngineConfig{};
-    // The state holds atomics and so cannot be assigned; made anew in its place it can.
-    engineState.~EngineState();
-    new (&engineState) EngineState{};
+    makeAnew(engineConfig);
+    makeAnew(engineState);
 }

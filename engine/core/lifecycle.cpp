@@ -63,7 +63,8 @@ bool startEngine(bool standalone) {
 void stopEngine() {
     if (engineState.wheelVisible)
         hideWheel();
-    hideOverlayWindow(engineState.gridWindow);
+    if (engineState.gridWindow != nullptr) // a stop without a start is harmless
+        hideOverlayWindow(engineState.gridWindow);
     engineState.gridVisible = false;
     engineState.elementsVisible = false;
     if (engineState.mainWindow != nullptr)

@@ -1,0 +1,22 @@
+#include "platform/focus.h"
+
+#include "platform/simulated/simulated_desktop.h"
+
+WindowHandle foregroundWindow() {
+    simulatedDesktop().requireOwner("foreground asked on a worker");
+    return simulatedDesktop().foreground;
+}
+
+bool windowExists(WindowHandle window) {
+    simulatedDesktop().requireOwner("window asked on a worker");
+    return window != nullptr && window->isAlive;
+}
+
+void bringToForeground(WindowHandle window) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    if (!desktop.hasDisplay)
+        return;
+    PlatformWindow& target = desktop.requireWindow(window, "a dead window brought to the foreground");
+    desktop.foreground = &target;
+    desktop.note(JournalKind::focus, "focus " + target.name);
+}

@@ -1,0 +1,14 @@
+#include "platform/message_box.h"
+
+#include "core/text.h"
+
+#include "platform/simulated/simulated_desktop.h"
+
+void showWarningBox(const std::u16string& title, const std::u16string& text) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    desktop.requireOwner("box shown by a worker");
+    desktop.note(JournalKind::box, "[" + utf8FromUtf16(title) + "] " + utf8FromUtf16(text));
+    if (desktop.whileBoxIsOpen)
+        desktop.whileBoxIsOpen();
+    desktop.pumpMessages();
+}

@@ -1,0 +1,65 @@
+#include "platform/overlay_window.h"
+
+#include "platform/simulated/simulated_desktop.h"
+
+namespace {
+std::string describe(const Rect& place) {
+    return std::to_string(place.left) + "," + std::to_string(place.top) + " " +
+           std::to_string(place.width()) + "x" + std::to_string(place.height());
+}
+} // namespace
+
+WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int32_t height,
+                                 const OverlayWindowHandlers& handlers) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    desktop.requireOwner("overlay made on a worker");
+    if (!desktop.hasDisplay)
+        return nullptr;
+    PlatformWindow& window =
+        desktop.addWindow(kind == OverlayKind::wheel ? "wheel" : "grid", {0, 0, width, height});
+    window.letsPointerThrough = kind == OverlayKind::grid;
+    window.messageArrived = handlers.messageArrived;
+    window.leftPressed = handlers.leftPressed;
+    return &window;
+}
+
+void placeOverlayWindow(WindowHandle window, const Rect& place) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    PlatformWindow& moved = desktop.requireWindow(window, "a dead overlay placed");
+    if (place.width() != moved.place.width() || place.height() != moved.place.height())
+        moved.picture.reset();
+    moved.place = place;
+    desktop.raise(window);
+    desktop.note(JournalKind::window, "place " + moved.name + " " + describe(place));
+}
+
+Rect overlayWindowRect(WindowHandle window) {
+    return simulatedDesktop().requireWindow(window, "a dead overlay measured").place;
+}
+
+void showOverlayWindow(WindowHandle window) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    PlatformWindow& shown = desktop.requireWindow(window, "a dead overlay shown");
+    shown.isShown = true;
+    desktop.raise(window);
+    desktop.note(JournalKind::window, "show " + shown.name);
+}
+
+void hideOverlayWindow(WindowHandle window) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    if (!desktop.hasDisplay)
+        return;
+    PlatformWindow& hidden = desktop.requireWindow(window, "a dead overlay hidden");
+    hidden.isShown = false;
+    if (desktop.foreground == window)
+        desktop.foreground = desktop.topProgram();
+    desktop.note(JournalKind::window, "hide " + hidden.name);
+}
+
+void presentPicture(WindowHandle window, const Picture& picture) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    PlatformWindow& painted = desktop.requireWindow(window, "a dead overlay painted");
+    painted.picture = picture;
+    ++painted.paintCount;
+    desktop.note(JournalKind::picture, "paint " + painted.name);
+}

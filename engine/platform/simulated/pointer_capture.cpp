@@ -1,0 +1,23 @@
+#include "platform/pointer_capture.h"
+
+#include "platform/simulated/simulated_desktop.h"
+
+void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCaptureHandlers& handlers) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    desktop.requireWindow(wheelWindow, "capture without a window");
+    if (desktop.capture)
+        breakContract("nested pointer capture");
+    desktop.capture = handlers;
+    desktop.pinnedAt = {pinned.x, pinned.y, pinned.x + 1, pinned.y + 1};
+    desktop.note(JournalKind::capture,
+                 "capture at " + std::to_string(pinned.x) + "," + std::to_string(pinned.y));
+}
+
+void endPointerCapture() {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    desktop.requireOwner("capture ended by a worker");
+    if (desktop.capture) {
+        desktop.endCapture();
+        desktop.note(JournalKind::capture, "capture ended");
+    }
+}

@@ -1,0 +1,192 @@
+#include "platform/simulated/simulated_desktop.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+std::unique_ptr<SimulatedDesktop>& desktopSlot() {
+    static auto desktop = std::make_unique<SimulatedDesktop>();
+    return desktop;
+}
+} // namespace
+
+SimulatedDesktop& simulatedDesktop() {
+    return *desktopSlot();
+}
+
+void resetSimulatedDesktop() {
+    // Workers act on the desktop in force, so they must end before it goes.
+    desktopSlot()->clock.drain();
+    desktopSlot() = std::make_unique<SimulatedDesktop>();
+}
+
+void breakContract(const char* what) {
+    std::fprintf(stderr, "simulated desktop: %s\n", what);
+    std::abort();
+}
+
+SimulatedDesktop::SimulatedDesktop() {
+    foreground = addProgram("game");
+}
+
+void SimulatedDesktop::requireOwner(const char* function) const {
+    if (std::this_thread::get_id() != ownerThread)
+        breakContract(function);
+}
+
+void SimulatedDesktop::note(JournalKind kind, std::string text) {
+    const std::lock_guard lock(guard);
+    journal.push_back({clock.now(), kind, std::move(text)});
+}
+
+std::vector<std::string> SimulatedDesktop::journalOf(std::initializer_list<JournalKind> kinds) const {
+    std::vector<std::string> texts;
+    for (const TimedText& entry : timedJournalOf(kinds))
+        texts.push_back(entry.text);
+    return texts;
+}
+
+std::vector<TimedText> SimulatedDesktop::timedJournalOf(std::initializer_list<JournalKind> kinds,
+                                                        std::uint64_t sinceMs) const {
+    const std::lock_guard lock(guard);
+    std::vector<TimedText> entries;
+    for (const JournalEntry& entry : journal) {
+        if (std::ranges::find(kinds, entry.kind) != kinds.end()) {
+            entries.push_back({entry.atMs - sinceMs, entry.text});
+        }
+    }
+    return entries;
+}
+
+// Time and the owner's loop
+
+void SimulatedDesktop::advanceTo(std::uint64_t tick) {
+    settle();
+    while (true) {
+        std::optional<std::uint64_t> next = clock.nextWake();
+        for (const auto& [window, timer] : timers)
+            next = next ? std::min(*next, timer.nextAtMs) : timer.nextAtMs;
+        if (!next || *next > tick)
+            break;
+        clock.setNow(std::max(clock.now(), *next));
+        settle();
+        while (fireDueTimer())
+            settle();
+    }
+    clock.setNow(tick);
+}
+
+void SimulatedDesktop::settle() {
+    do {
+        while (clock.runDueWorker()) {
+        }
+        pumpMessages();
+    } while (clock.nextWake().value_or(clock.now() + 1) <= clock.now());
+}
+
+void SimulatedDesktop::pumpMessages() {
+    requireOwner("messages pumped on a worker");
+    while (true) {
+        QueuedMessage next;
+        {
+            const std::lock_guard lock(guard);
+            if (queue.empty())
+                return;
+            next = std::move(queue.front());
+            queue.pop_front();
+        }
+        if (next.window->isAlive)
+            next.deliver();
+    }
+}
+
+bool SimulatedDesktop::fireDueTimer() {
+    for (auto& [window, timer] : timers) {
+        if (timer.nextAtMs <= clock.now()) {
+            timer.nextAtMs = clock.now() + timer.periodMs;
+            timer.tick(); // may stop this very timer
+            return true;
+        }
+    }
+    return false;
+}
+
+void SimulatedDesktop::enqueue(WindowHandle window, std::function<void()> deliver) {
+    const std::lock_guard lock(guard);
+    queue.push_back({window, std::move(deliver)});
+}
+
+std::optional<std::uint32_t> SimulatedDesktop::timerPeriod(WindowHandle window) const {
+    const auto found = timers.find(window);
+    return found == timers.end() ? std::nullopt : std::optional(found->second.periodMs);
+}
+
+// Windows
+
+PlatformWindow& SimulatedDesktop::addWindow(const std::string& name, const Rect& place) {
+    PlatformWindow& window = windows.emplace_back();
+    window.name = name;
+    window.isOurs = true;
+    window.place = place;
+    stack.push_back(&window);
+    return window;
+}
+
+PlatformWindow& SimulatedDesktop::requireWindow(WindowHandle window, const char* function) {
+    requireOwner(function);
+    if (window == nullptr || !window->isAlive)
+        breakContract(function);
+    return *window;
+}
+
+void SimulatedDesktop::raise(WindowHandle window) {
+    std::erase(stack, window);
+    stack.push_back(window);
+}
+
+WindowHandle SimulatedDesktop::addProgram(const std::string& name) {
+    PlatformWindow& window = addWindow(name, monitors.front());
+    window.isShown = true;
+    window.isOurs = false;
+    return &window;
+}
+
+void SimulatedDesktop::closeProgram(WindowHandle window) {
+    window->isAlive = false;
+    window->isShown = false;
+    if (foreground == window)
+        foreground = nullptr;
+}
+
+WindowHandle SimulatedDesktop::windowNamed(const std::string& name) {
+    const auto found = std::ranges::find(windows, name, &PlatformWindow::name);
+    return found == windows.end() ? nullptr : &*found;
+}
+
+WindowHandle SimulatedDesktop::topWindow() const {
+    const auto found = std::find_if(stack.rbegin(), stack.rend(), [](WindowHandle w) { return w->isShown; });
+    return found == stack.rend() ? nullptr : *found;
+}
+
+WindowHandle SimulatedDesktop::topProgram() const {
+    const auto found =
+        std::find_if(stack.rbegin(), stack.rend(), [](WindowHandle w) { return w->isShown && !w->isOurs; });
+    return found == stack.rend() ? nullptr : *found;
+}
+
+bool SimulatedDesktop::sendData(std::uintptr_t kind, const void* bytes, std::size_t byteCount) {
+    return mainHandlers->dataArrived(kind, bytes, byteCount);
+}
+
+void SimulatedDesktop::destroyMainWindow() {
+    mainHandlers->destroyed();
+    windowNamed("main")->isAlive = false;
+}
+
+std::set<std::uint16_t> SimulatedDesktop::registeredKeys() const {
+    std::set<std::uint16_t> keys;
+    for (const auto& [id, hotKey] : hotKeys)
+        keys.insert(hotKey.virtualKey);
+    return keys;
+}

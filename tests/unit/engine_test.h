@@ -1,0 +1,74 @@
+#pragma once
+
+#include "core/engine_config.h"
+#include "core/engine_state.h"
+#include "core/private_messages.h"
+#include "core/wheel_records.h"
+
+#include "platform/simulated/simulated_desktop.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <ostream>
+#include <string>
+#include <vector>
+
+/// A fresh process on a fresh simulated desktop: the engine not yet started, an empty folder of
+/// the program.
+class EngineTest : public testing::Test {
+public:
+    EngineTest();
+    ~EngineTest() override;
+
+    /// Starts the engine with gaze and voice off and puts `wheels` in force.
+    void startWith(std::vector<Wheel> wheels);
+
+    /// Presses and releases the toggle key.
+    void pressToggleKey();
+
+    /// Moves the virtual cursor of the open wheel there, with the real mouse and one tick.
+    void aimAt(std::int32_t x, std::int32_t y);
+    void aimAt(Point point) { aimAt(point.x, point.y); }
+
+    /// A press and release of the real left button, and what follows at once.
+    void clickMouse();
+
+    void postToMain(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam = 0);
+
+    /// Injected input and opened targets, timed from `sinceMs`.
+    std::vector<TimedText> played(std::uint64_t sinceMs = 0) const;
+
+    bool isForeground(const std::string& name) { return desktop.foreground == desktop.windowNamed(name); }
+    int wheelPaintCount() { return desktop.windowNamed("wheel")->paintCount; }
+
+    SimulatedDesktop& desktop;
+
+private:
+    std::filesystem::path programFolderPath;
+};
+
+// Layer points that lie in a wheel of four fields, and beside the ring
+inline constexpr Point inFieldOfFour[] = {{334, 130}, {394, 270}, {254, 330}, {194, 190}};
+inline constexpr Point inLeftArrow{20, 230};
+inline constexpr Point inRightArrow{560, 230};
+inline constexpr Point inHole{294, 230};
+inline constexpr Point besideRing{80, 20};
+
+KeyCode keyOf(std::uint16_t virtualKey);
+KeyCode mouseKey(std::uint32_t button);
+ActionStep click(KeyCode key, std::int32_t count = 1);
+ActionStep hold(KeyCode key, std::int32_t durationMs);
+ActionStep release(KeyCode key);
+ActionStep open(const std::u16string& target);
+
+/// A field that clicks one key.
+WheelAction field(const std::u16string& name, std::uint16_t virtualKey);
+/// `fieldCount` fields, the first of which clicks key 65, the second 66, and so on.
+Wheel wheelOf(int fieldCount, const std::u16string& name = {});
+
+/// Puts a file beside the program.
+void writeProgramFile(const std::u16string& name, const std::string& bytes);
+
+void PrintTo(const TimedText& entry, std::ostream* out);

@@ -1,0 +1,199 @@
+#include "core/text.h"
+#include "engine_test.h"
+#include "overlay.h"
+#include "picture_text.h"
+#include "platform/paths.h"
+#include "wheel/painter.h"
+
+#include <algorithm>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class WheelPainter : public EngineTest {
+protected:
+    WheelPainter() { putCursorAt(294, 230); }
+
+    static void putCursorAt(std::int32_t x, std::int32_t y) {
+        engineState.cursorX = x;
+        engineState.cursorY = y;
+    }
+
+    static Lines painted() { return pictureLines(buildWheelPicture()); }
+
+    /// Makes an icon file that loads, beside the program; its full path.
+    std::string addIcon(const std::u16string& name) {
+        const std::u16string path = joinPath(programFolder(), name);
+        desktop.loadableImages.insert(path);
+        return utf8FromUtf16(path);
+    }
+};
+
+TEST_F(WheelPainter, PaintsPiesThenLabelsThenHoleNameAndCursor) {
+    Wheel wheel{u"Gra", {field(u"Skok", 65), field(u"", 66)}};
+    wheel.actions[1].color = 0x030201;
+    wheel.actions[1].hasColor = true;
+    engineState.wheels = {wheel};
+    engineState.hoveredField = 1;
+    putCursorAt(149, 230);
+    const Picture picture = buildWheelPicture();
+    EXPECT_EQ(picture.width, 588);
+    EXPECT_EQ(picture.height, 460);
+    EXPECT_EQ(pictureLines(picture),
+              (Lines{
+                  "pie 70,6 448x448 from -90 by 180 of 87 34 98 DB",
+                  "pie outline 70,6 448x448 from -90 by 180 of B4 FF FF FF pen 2.5",
+                  "pie 70,6 448x448 from 90 by 180 of FF 01 02 03",
+                  "pie outline 70,6 448x448 from 90 by 180 of FF FF FF FF pen 2.5",
+                  "text 'Skok' 378.5,197.5 124x68 size 19 bold of 78 00 00 00",
+                  "text 'Skok' 377,196 124x68 size 19 bold of D7 FF FF FF",
+                  "text '2' 88.5,197.5 124x68 size 19 bold of C8 00 00 00",
+                  "text '2' 87,196 124x68 size 19 bold of FF FF FF FF",
+                  "cut-out 248,184 92x92",
+                  "text 'Gra' 248,232 92x18 size 13 of D7 FF FF FF",
+                  "polygon 149,230 149,253 154.5,248.5 158.5,257 162,255.5 158,247 165,247 of FF FF FF FF",
+                  "polygon outline 149,230 149,253 154.5,248.5 158.5,257 162,255.5 158,247 165,247 "
+                  "of FF 00 00 00 pen 1.5",
+              }));
+}
+
+TEST_F(WheelPainter, SeveralWheelsShowTheirNumberAndTheArrowsInTheSegmentColour) {
+    engineState.wheels = {wheelOf(1), wheelOf(1)};
+    engineState.wheels[0].actions[0].hasColor = true; // a field's own colour plays no part in the arrows
+    engineState.hoveredArrow = 1;
+    const Lines lines = painted();
+    EXPECT_EQ(Lines(lines.begin() + 4, lines.end() - 2),
+              (Lines{
+                  "cut-out 248,184 92x92",
+                  "text '1/2' 248,210 92x22 size 15 bold of EB FF FF FF",
+                  "rectangle 10,186 44x88 of 87 34 98 DB",
+                  "rectangle outline 10,186 44x88 of B4 FF FF FF pen 2",
+                  "polygon 40,214 40,246 22,230 of DC FF FF FF",
+                  "rectangle 534,186 44x88 of FF 34 98 DB",
+                  "rectangle outline 534,186 44x88 of FF FF FF FF pen 2",
+                  "polygon 548,214 548,246 566,230 of FF FF FF FF",
+              }));
+    engineState.activeWheel = 1;
+    EXPECT_EQ(linesOf(painted(), "text '2/2'").size(), 1U);
+    engineState.wheels.pop_back();
+    engineState.activeWheel = 0;
+    EXPECT_TRUE(linesOf(painted(), "rectangle").empty());
+    EXPECT_TRUE(linesOf(painted(), "text '1/1'").empty());
+}
+
+TEST_F(WheelPainter, AFieldShowsItsIconItsNameBothOrItsNumber) {
+    const std::string good = addIcon(u"ok.png");
+    struct LabelCase {
+        std::u16string name;
+        std::u16string icon;
+        Lines label;
+    };
+    const LabelCase cases[] = {
+        {u"", u"", {"text '1' 233.5,342.5 124x68 size 19", "text '1' 232,341 124x68 size 19"}},
+        {u"Bieg", u"", {"text 'Bieg' 233.5,342.5 124x68 size 19", "text 'Bieg' 232,341 124x68 size 19"}},
+        {u"", u"ok.png", {"image " + good + " 273,354 42x42 opacity 0.529412"}},
+        {u"Bieg",
+         u"ok.png",
+         {"image " + good + " 273,343 42x42 opacity 0.529412", "text 'Bieg' 233.5,387.5 124x34 size 14",
+          "text 'Bieg' 232,386 124x34 size 14"}},
+        // a broken icon counts as none
+        {u"Bieg",
+         u"zly.png",
+         {"text 'Bieg' 233.5,342.5 124x68 size 19", "text 'Bieg' 232,341 124x68 size 19"}},
+        {u"", u"zly.png", {"text '1' 233.5,342.5 124x68 size 19", "text '1' 232,341 124x68 size 19"}},
+    };
+    for (const LabelCase& c : cases) {
+        engineState.wheels = {wheelOf(1)};
+        engineState.wheels[0].actions[0].name = c.name;
+        engineState.wheels[0].actions[0].icon = c.icon;
+        Lines lines = painted();
+        lines.resize(lines.size() - 3); // hole and cursor
+        lines.erase(lines.begin(), lines.begin() + 2);
+        ASSERT_EQ(lines.size(), c.label.size());
+        for (std::size_t i = 0; i < lines.size(); ++i)
+            EXPECT_TRUE(lines[i].starts_with(c.label[i])) << lines[i] << "\nwanted " << c.label[i];
+    }
+    engineState.wheels[0].actions[0].icon = u"ok.png";
+    engineState.hoveredField = 0;
+    EXPECT_EQ(linesOf(painted(), "image"), (Lines{"image " + good + " 273,354 42x42 opacity 1"}));
+}
+
+TEST_F(WheelPainter, TextShrinksBeyondEightFields) {
+    for (const auto& [fieldCount, size] : {std::pair{8, " size 19 "}, std::pair{9, " size 16 "}}) {
+        engineState.wheels = {wheelOf(fieldCount)};
+        const Lines texts = linesOf(painted(), "text");
+        EXPECT_EQ(texts.size(), static_cast<std::size_t>(2 * fieldCount));
+        for (const std::string& line : texts)
+            EXPECT_NE(line.find(size), std::string::npos) << line;
+    }
+}
+
+TEST_F(WheelPainter, AFieldsOwnColourCountsOnlyWhenItHasOne) {
+    engineState.wheels = {wheelOf(2)};
+    engineConfig.segmentColor = 0x563412;
+    engineState.wheels[0].actions[0].hasColor = true; // black
+    engineState.wheels[0].actions[1].color = 0xFFFFFF;
+    EXPECT_EQ(linesOf(painted(), "pie 70"), (Lines{"pie 70,6 448x448 from -90 by 180 of 87 00 00 00",
+                                                   "pie 70,6 448x448 from 90 by 180 of 87 12 34 56"}));
+}
+
+TEST_F(WheelPainter, DwellRingAppearsAboveThreePercentAndStopsAtAFullTurn) {
+    engineState.wheels = {wheelOf(4)};
+    putCursorAt(300, 100);
+    struct RingCase {
+        float progress;
+        Lines ring;
+    };
+    const std::string circle = "ellipse 283,83 34x34 of 5A FF FF FF pen 3.5";
+    const RingCase cases[] = {
+        {0, {}},
+        {0.03F, {}},
+        {0.25F, {circle, "arc 283,83 34x34 from -90 by 90 of EB FF FF FF pen 3.5"}},
+        {1.5F, {circle, "arc 283,83 34x34 from -90 by 360 of EB FF FF FF pen 3.5"}},
+    };
+    for (const RingCase& c : cases) {
+        engineState.dwellProgress = c.progress;
+        const Lines lines = painted();
+        const auto cursorEnd = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {
+            return line.starts_with("polygon outline");
+        });
+        EXPECT_EQ(Lines(cursorEnd + 1, lines.end()), c.ring) << c.progress; // on top of the cursor
+    }
+}
+
+TEST_F(WheelPainter, IconPathsAreJoinedToTheProgramsFolderUnlessAbsolute) {
+    struct PathCase {
+        std::u16string written;
+        bool isAbsolute;
+    };
+    const PathCase cases[] = {{u"a.png", false},  {u"icons/a.png", false}, {u"C:\\a.png", true},
+                              {u"\\a.png", true}, {u"/tmp/a.png", true},   {u"/", false},
+                              {u"x:", true}};
+    for (const PathCase& c : cases) {
+        WheelAction action;
+        action.icon = c.written;
+        EXPECT_EQ(iconFor(action), nullptr);
+        EXPECT_EQ(desktop.imageLoads.back(), c.isAbsolute ? c.written : joinPath(programFolder(), c.written));
+    }
+}
+
+TEST_F(WheelPainter, AnIconIsLoadedOnceForGoodAlsoWhenItFails) {
+    addIcon(u"ok.png");
+    startWith({wheelOf(2)});
+    WheelAction good;
+    good.icon = u"ok.png";
+    WheelAction bad;
+    bad.icon = u"OK.png"; // paths are compared exactly
+    const PictureImage* image = iconFor(good);
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(iconFor(bad), nullptr);
+    addIcon(u"OK.png");
+    desktop.loadableImages.erase(joinPath(programFolder(), u"ok.png"));
+    OverlayReloadConfig();
+    EXPECT_EQ(iconFor(good), image);
+    EXPECT_EQ(iconFor(bad), nullptr);
+    EXPECT_EQ(desktop.imageLoads.size(), 2U);
+}
+
+} // namespace

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <memory>
+
+/// What the event loop needs beyond Qt on this system: on Linux the termination signals as an orderly quit,
+/// and the engine's GLib sources served when Qt itself does not run on GLib. Windows needs neither: its
+/// messages reach the engine's windows under any loop, and the end of the session reaches the application
+/// through Qt. Lives from before the engine's start until after its stop. First thread.
+class EventLoopSupport {
+public:
+    EventLoopSupport();
+    ~EventLoopSupport();
+    EventLoopSupport(const EventLoopSupport&) = delete;
+    EventLoopSupport& operator=(const EventLoopSupport&) = delete;
+
+private:
+    struct Parts;
+    std::unique_ptr<Parts> parts;
+};

@@ -1,0 +1,52 @@
+#include "shell/single_instance.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+constexpr int noFile = -1;
+
+/// A descriptor of a plain file of this user, or noFile. It closes on exec, so that a program started from a
+/// wheel does not hold the lock after this one has ended.
+int openLockFile(const std::string& path) {
+    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
+    if (file == noFile)
+        return noFile;
+    struct stat status {};
+    if (fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid())
+        return file;
+    // Somebody else's file in the shared folder: their lock must not keep this user out.
+    close(file);
+    return noFile;
+}
+
+int openInRuntimeFolder() {
+    const char* folder = std::getenv("XDG_RUNTIME_DIR");
+    if (folder == nullptr || folder[0] != '/')
+        return noFile;
+    return openLockFile(std::string(folder) + "/RotikaEngineRunning.lock");
+}
+
+int openInTemporaryFolder() {
+    const char* folder = std::getenv("TMPDIR");
+    const std::string base = folder != nullptr && folder[0] == '/' ? folder : "/tmp";
+    return openLockFile(base + "/RotikaEngineRunning-" + std::to_string(geteuid()) + ".lock");
+}
+
+} // namespace
+
+bool claimSingleInstance() {
+    int file = openInRuntimeFolder();
+    if (file == noFile)
+        file = openInTemporaryFolder();
+    if (file == noFile)
+        return true;
+    return flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}

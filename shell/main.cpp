@@ -1,0 +1,61 @@
+#include "engine/overlay.h"
+#include "licence/licence_check.h"
+#include "shell/event_loop_support.h"
+#include "shell/main_window.h"
+#include "shell/single_instance.h"
+#include "shell/themes.h"
+#include "shell/update_service.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QIcon>
+#include <QMessageBox>
+#include <QSettings>
+
+namespace {
+
+QString savedTheme() {
+    return QSettings(QStringLiteral("Rotika"), QStringLiteral("UI")).value("theme", "fluent").toString();
+}
+
+/// Runs on a thread of the update library, so it only posts.
+void quitForUpdate() {
+    QMetaObject::invokeMethod(QCoreApplication::instance(), "quit", Qt::QueuedConnection);
+}
+
+} // namespace
+
+// Each step relies on the ones before it, and the objects die in the reverse order of their creation.
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    QCoreApplication::setOrganizationName("Rotika");
+    QCoreApplication::setApplicationName("Rotika");
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setWindowIcon(QIcon(QCoreApplication::applicationDirPath() + "/rotika.ico"));
+
+    if (!claimSingleInstance()) {
+        QMessageBox::information(
+            nullptr, QStringLiteral("Rotika"),
+            QCoreApplication::translate("main", "Rotika już działa — sprawdź ikonę w zasobniku systemowym."),
+            QMessageBox::Ok, QMessageBox::NoButton);
+        return 0;
+    }
+
+    applyTheme(savedTheme());
+    QDir::setCurrent(QCoreApplication::applicationDirPath());
+
+    LicenceCheck licence;
+    const LicenceResult licenceResult = licence.check();
+    if (!licenceResult.go)
+        return 0;
+
+    const EventLoopSupport loopSupport;
+    OverlayEngineStart();
+    MainWindow window(licence, licenceResult);
+    window.show();
+    startUpdateService(quitForUpdate);
+    const int status = QApplication::exec();
+    stopUpdateService();
+    OverlayEngineStop();
+    return status;
+}

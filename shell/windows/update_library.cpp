@@ -1,0 +1,5 @@
+#include "shell/update_library.h"
+
+QString updateLibraryName() {
+    return QStringLiteral("WinSparkle");
+}

@@ -61,14 +61,12 @@ bool LayerImage::attachSharedMemory(Visual* visual, int depth, int width, int he
 }
 
 void LayerImage::waitUntilRead() {
-    const auto isCompletion = [](Display* display, XEvent* event, char*) -> int {
-        return event->type == XShmGetEventBase(display) + ShmCompletion ? 1 : 0;
-    };
-    while (unreadPuts > 0) {
-        XEvent event;
-        XIfEvent(ownerDisplay(), &event, isCompletion, nullptr);
-        --unreadPuts;
-    }
+    if (!hasUnreadPuts)
+        return;
+    // A round trip rather than completion events: those do not come for a put that the server refuses, and a
+    // wait for them would then hold the owner thread for ever.
+    XSync(ownerDisplay(), 0);
+    hasUnreadPuts = false;
 }
 
 void LayerImage::putTo(Drawable target, GC gc, int x, int y, int partWidth, int partHeight) {
@@ -78,6 +76,6 @@ void LayerImage::putTo(Drawable target, GC gc, int x, int y, int partWidth, int 
         XPutImage(ownerDisplay(), target, gc, image, x, y, x, y, width, height);
         return;
     }
-    XShmPutImage(ownerDisplay(), target, gc, image, x, y, x, y, width, height, 1);
-    ++unreadPuts;
+    XShmPutImage(ownerDisplay(), target, gc, image, x, y, x, y, width, height, 0);
+    hasUnreadPuts = true;
 }

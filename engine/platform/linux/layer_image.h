@@ -37,6 +37,6 @@ private:
     XImage* image = nullptr;
     XShmSegmentInfo segment{};
     bool isShared = false;
-    int unreadPuts = 0;
+    bool hasUnreadPuts = false;
     cairo_surface_t* cairoSurface = nullptr;
 };

@@ -21,5 +21,5 @@ endif()
 if(WIN32)
     target_compile_definitions(rotika_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX
                                                         _WIN32_WINNT=0x0A00)
-    target_link_options(rotika_options INTERFACE -static)
+    target_link_options(rotika_options INTERFACE -static $<$<CONFIG:Release>:-s>)
 endif()

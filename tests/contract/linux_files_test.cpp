@@ -1,0 +1,172 @@
+// Oddities of files that only Linux has: permissions, symbolic links, pipes.
+
+#include "platform/files.h"
+#include "platform/paths.h"
+
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class LinuxFiles : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string made = (fs::temp_directory_path() / "rotika-files-XXXXXX").string();
+        ASSERT_NE(::mkdtemp(made.data()), nullptr);
+        folder = made;
+    }
+    void TearDown() override {
+        std::error_code ignored;
+        fs::permissions(folder, fs::perms::owner_all, ignored);
+        fs::remove_all(folder, ignored);
+    }
+
+    std::u16string path(const std::string& name) const { return (folder / name).u16string(); }
+    bool write(const std::string& name, const std::string& bytes) const {
+        return replaceFileBytes(path(name), bytes);
+    }
+    std::string read(const std::string& name) const {
+        return readFileBytes(path(name)).value_or("(unreadable)");
+    }
+    std::size_t fileCount() const {
+        return static_cast<std::size_t>(
+            std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+    }
+
+    /// Runs `body` in a child process and answers what it answered.
+    static bool inChild(const std::function<bool()>& body) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::_exit(body() ? 0 : 1);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status)) << "the child died of signal " << WTERMSIG(status);
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
+    /// The same without the superuser's rights, which know no read-only file. The child becomes "nobody".
+    bool asOrdinaryUser(const std::function<bool()>& body) const {
+        constexpr uid_t nobody = 65534;
+        if (::getuid() != 0) {
+            return body();
+        }
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            EXPECT_EQ(::lchown(entry.path().c_str(), nobody, nobody), 0);
+        }
+        EXPECT_EQ(::chown(folder.c_str(), nobody, nobody), 0);
+        return inChild([&body] {
+            return ::setgroups(0, nullptr) == 0 && ::setresgid(nobody, nobody, nobody) == 0 &&
+                   ::setresuid(nobody, nobody, nobody) == 0 && body();
+        });
+    }
+
+    fs::path folder;
+};
+
+mode_t modeOf(const fs::path& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+} // namespace
+
+TEST_F(LinuxFiles, ANewFileFollowsTheUmaskAndAnOldOneKeepsItsMode) {
+    const mode_t before = ::umask(027);
+    EXPECT_TRUE(write("new", "x"));
+    EXPECT_EQ(modeOf(folder / "new"), 0640u);
+    ASSERT_EQ(::chmod((folder / "new").c_str(), 0606), 0);
+    EXPECT_TRUE(write("new", "y"));
+    EXPECT_EQ(modeOf(folder / "new"), 0606u);
+    ::umask(before);
+}
+
+TEST_F(LinuxFiles, ALinkStaysALinkAndItsTargetGetsTheContent) {
+    fs::create_directory(folder / "real");
+    ASSERT_TRUE(write("real/file", "old"));
+    fs::create_symlink("real/file", folder / "relative");
+    fs::create_symlink(folder / "relative", folder / "chain");
+    fs::create_symlink("real/later", folder / "dangling");
+    fs::create_symlink("circle", folder / "circle");
+
+    EXPECT_TRUE(write("chain", "new"));
+    EXPECT_EQ(read("real/file"), "new");
+    EXPECT_TRUE(fs::is_symlink(folder / "chain"));
+    EXPECT_TRUE(fs::is_symlink(folder / "relative"));
+
+    EXPECT_FALSE(pathExists(path("dangling")));
+    EXPECT_TRUE(write("dangling", "made"));
+    EXPECT_EQ(read("real/later"), "made");
+    EXPECT_TRUE(fs::is_symlink(folder / "dangling"));
+
+    EXPECT_FALSE(write("circle", "x"));
+    EXPECT_TRUE(fs::is_symlink(folder / "circle"));
+    EXPECT_EQ(fileCount(), 5u);
+}
+
+TEST_F(LinuxFiles, APipeNeitherHoldsTheReaderNorIsReplaced) {
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_FALSE(readFileBytes(path("pipe")));
+    EXPECT_FALSE(write("pipe", "x"));
+    EXPECT_TRUE(fs::is_fifo(folder / "pipe"));
+    EXPECT_EQ(fileCount(), 1u);
+}
+
+TEST_F(LinuxFiles, AFullDiskLeavesTheOldFileAndNothingBehind) {
+    ASSERT_TRUE(write("file", "old"));
+    EXPECT_TRUE(inChild([this] {
+        const rlimit limit{4096, 4096};
+        std::signal(SIGXFSZ, SIG_IGN);
+        return ::setrlimit(RLIMIT_FSIZE, &limit) == 0 && !write("file", std::string(10'000, 'x'));
+    }));
+    EXPECT_EQ(read("file"), "old");
+    EXPECT_EQ(fileCount(), 1u);
+}
+
+TEST_F(LinuxFiles, AReadOnlyFileIsLeftAloneAndAnUnreadableOneIsNoFile) {
+    ASSERT_TRUE(write("file", "old"));
+    ASSERT_TRUE(write("secret", "old"));
+    ASSERT_EQ(::chmod((folder / "file").c_str(), 0444), 0);
+    ASSERT_EQ(::chmod((folder / "secret").c_str(), 0), 0);
+    EXPECT_TRUE(asOrdinaryUser(
+        [this] { return !write("file", "new") && read("file") == "old" && !readFileBytes(path("secret")); }));
+    EXPECT_EQ(fileCount(), 2u);
+}
+
+TEST_F(LinuxFiles, AReadOnlyFolderRefusesQuietly) {
+    ASSERT_TRUE(write("file", "old"));
+    ASSERT_EQ(::chmod(folder.c_str(), 0555), 0);
+    EXPECT_TRUE(asOrdinaryUser([this] { return !write("file", "new") && !write("other", "new"); }));
+    EXPECT_EQ(read("file"), "old");
+    EXPECT_EQ(fileCount(), 1u);
+}
+
+TEST_F(LinuxFiles, TheLongestNameCanBeReplaced) {
+    const std::string name(255, 'n');
+    EXPECT_TRUE(write(name, "old"));
+    EXPECT_TRUE(write(name, "new"));
+    EXPECT_EQ(read(name), "new");
+    EXPECT_FALSE(write(name + "n", "x"));
+    EXPECT_EQ(fileCount(), 1u);
+}
+
+TEST_F(LinuxFiles, FilesOfTheKernelThatSayTheyAreEmptyAreReadToTheirEnd) {
+    const auto status = readFileBytes(u"/proc/self/status");
+    ASSERT_TRUE(status);
+    EXPECT_NE(status->find("VmPeak"), std::string::npos);
+}
+
+TEST_F(LinuxFiles, TheProgramsFolderIsThatOfTheExecutable) {
+    EXPECT_EQ(fs::path(programFolder()), fs::read_symlink("/proc/self/exe").parent_path());
+}

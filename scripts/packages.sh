@@ -4,7 +4,7 @@ package_sets=(build test windows wine)
 
 # Compiling the program and its tests for Linux.
 packages_build="
-    cmake ninja-build g++ pkg-config ccache
+    cmake ninja-build g++ pkg-config ccache librsvg2-bin icoutils
     qt6-base-dev
     libx11-dev libxext-dev libxi-dev libxfixes-dev libxtst-dev libxrandr-dev libxkbcommon-dev
     libcairo2-dev libpango1.0-dev libgdk-pixbuf-2.0-dev libglib2.0-dev libatspi2.0-dev libpulse-dev
@@ -16,11 +16,12 @@ packages_test="
     xvfb openbox picom xdotool imagemagick x11-utils x11-xserver-utils x11-xkb-utils xauth
     dbus at-spi2-core libatk-adaptor gtk-3-examples
     pulseaudio pulseaudio-utils espeak-ng
-    fonts-dejavu-core"
+    hsetroot fonts-dejavu-core"
 
 # Cross-building for Windows, Qt included.
 packages_windows="
     g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev libwine-dev
+    cmake ninja-build pkg-config ccache librsvg2-bin icoutils
     qt6-base-dev qt6-base-dev-tools googletest
     dpkg-dev perl python3"
 

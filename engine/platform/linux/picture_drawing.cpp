@@ -1,6 +1,7 @@
 #include "platform/linux/picture_drawing.h"
 
 #include "platform/linux/picture_image.h"
+#include "platform/linux/pie_masks.h"
 #include "platform/linux/text_masks.h"
 
 #include <algorithm>
@@ -8,10 +9,6 @@
 #include <numbers>
 
 namespace {
-
-double radians(float degrees) {
-    return static_cast<double>(degrees) * std::numbers::pi / 180;
-}
 
 struct Bounds {
     double left = 0;
@@ -102,47 +99,36 @@ void setColor(cairo_t* context, const PictureColor& color) {
                           color.alpha / 255.0);
 }
 
-/// Adds an arc of the box's ellipse; the pen is not squeezed with it.
-void addArc(cairo_t* context, const PictureBox& box, float startAngle, float sweepAngle) {
-    cairo_save(context);
-    cairo_translate(context, box.x + box.width / 2, box.y + box.height / 2);
-    cairo_scale(context, box.width / 2, box.height / 2);
-    cairo_arc(context, 0, 0, 1, radians(startAngle), radians(startAngle + sweepAngle));
-    cairo_restore(context);
-}
-
-void addPie(cairo_t* context, const PictureBox& box, float startAngle, float sweepAngle) {
-    cairo_move_to(context, box.x + box.width / 2, box.y + box.height / 2);
-    addArc(context, box, startAngle, sweepAngle);
-    cairo_close_path(context);
-}
-
 void stroke(cairo_t* context, const PictureColor& color, float penWidth) {
     setColor(context, color);
     cairo_set_line_width(context, penWidth);
     cairo_stroke(context);
 }
 
+void drawPie(cairo_t* context, const PieMask& mask, const PictureColor& color) {
+    if (mask.coverage == nullptr)
+        return;
+    setColor(context, color);
+    cairo_mask_surface(context, mask.coverage, mask.left, mask.top);
+}
+
 void draw(cairo_t* context, const FilledPie& pie) {
-    addPie(context, pie.box, pie.startAngle, pie.sweepAngle);
-    setColor(context, pie.color);
-    cairo_fill(context);
+    drawPie(context, pieMaskFor(pie.box, pie.startAngle, pie.sweepAngle, 0), pie.color);
 }
 
 void draw(cairo_t* context, const OutlinedPie& pie) {
-    addPie(context, pie.box, pie.startAngle, pie.sweepAngle);
-    stroke(context, pie.color, pie.penWidth);
+    drawPie(context, pieMaskFor(pie.box, pie.startAngle, pie.sweepAngle, pie.penWidth), pie.color);
 }
 
 void draw(cairo_t* context, const OutlinedArc& arc) {
     cairo_new_sub_path(context);
-    addArc(context, arc.box, arc.startAngle, arc.sweepAngle);
+    addArcPath(context, arc.box, arc.startAngle, arc.sweepAngle);
     stroke(context, arc.color, arc.penWidth);
 }
 
 void draw(cairo_t* context, const CutOutEllipse& ellipse) {
     cairo_new_sub_path(context);
-    addArc(context, ellipse.box, 0, 360);
+    addArcPath(context, ellipse.box, 0, 360);
     cairo_set_operator(context, CAIRO_OPERATOR_CLEAR);
     cairo_fill(context);
     cairo_set_operator(context, CAIRO_OPERATOR_OVER);
@@ -150,7 +136,7 @@ void draw(cairo_t* context, const CutOutEllipse& ellipse) {
 
 void draw(cairo_t* context, const OutlinedEllipse& ellipse) {
     cairo_new_sub_path(context);
-    addArc(context, ellipse.box, 0, 360);
+    addArcPath(context, ellipse.box, 0, 360);
     stroke(context, ellipse.color, ellipse.penWidth);
 }
 

@@ -1,0 +1,137 @@
+// What the engine does on the owner thread, measured inside the process on a real X server.
+
+#include "core/engine_config.h"
+#include "core/engine_state.h"
+#include "files/wheel_files.h"
+#include "files/wheel_writer.h"
+#include "platform/overlay_window.h"
+#include "platform/paths.h"
+#include "platform/platform.h"
+#include "platform/pointer.h"
+#include "wheel/geometry.h"
+#include "wheel/painter.h"
+#include "wheel/tick.h"
+
+#include "target_reporter.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+std::u16string iconPath;
+
+/// Any question does: its answer comes after all that was sent before has been carried out.
+void waitForServer() { cursorPosition(); }
+
+Wheel wheelOf(std::size_t fieldCount, bool hasIcons) {
+    Wheel wheel{u"Próba", {}};
+    for (std::size_t i = 0; i < fieldCount; ++i) {
+        WheelAction action;
+        const std::string number = std::to_string(i + 1);
+        action.name = u"Czynność " + std::u16string(number.begin(), number.end());
+        action.icon = hasIcons ? iconPath : std::u16string();
+        wheel.actions.push_back(std::move(action));
+    }
+    return wheel;
+}
+
+void showOpenWheel(std::size_t fieldCount, bool hasIcons) {
+    engineState.wheels = {wheelOf(fieldCount, hasIcons)};
+    engineState.activeWheel = 0;
+    if (engineState.wheelWindow == nullptr)
+        engineState.wheelWindow = createOverlayWindow(OverlayKind::wheel, layerWidthPx, layerHeightPx, {});
+    engineState.cursorX = wheelCentre.x;
+    engineState.cursorY = wheelCentre.y;
+    engineState.hoveredField = -1;
+    engineState.wheelVisible = true;
+    paintWheel();
+    showOverlayWindow(engineState.wheelWindow);
+    waitForServer();
+}
+
+/// Everything anew: every command, every pixel, until the server has it.
+void paintWhole(benchmark::State& state, std::size_t fieldCount, bool hasIcons) {
+    showOpenWheel(fieldCount, hasIcons);
+    presentPicture(engineState.wheelWindow, Picture{layerWidthPx, layerHeightPx, {}});
+    waitForServer();
+    for (auto _ : state) {
+        // A tint that no frame before had: each pie, and so the whole layer, differs from the last picture.
+        engineConfig.segmentColor ^= 1;
+        paintWheel();
+        waitForServer();
+    }
+    state.counters["worst_ms"] = 15;
+}
+
+void paint24FieldsWithIconsAndNames(benchmark::State& state) {
+    paintWhole(state, 24, true);
+    state.counters["target_ms"] = 2;
+}
+
+void paint8NamedFields(benchmark::State& state) {
+    paintWhole(state, 8, false);
+    state.counters["target_ms"] = 1;
+}
+
+/// What a mouse motion costs: one tick with the cursor moved to another field.
+void tickWithMotionAcrossFields(benchmark::State& state) {
+    showOpenWheel(24, true);
+    static std::int32_t direction = 1;
+    for (auto _ : state) {
+        addRawMotion(100 * direction, 0);
+        tickWheel();
+        waitForServer();
+    }
+    direction = -direction;
+    state.counters["target_ms"] = 2;
+}
+
+void tickWithoutChange(benchmark::State& state) {
+    showOpenWheel(24, true);
+    for (auto _ : state)
+        tickWheel();
+    state.counters["target_ms"] = 0.01;
+}
+
+const std::u16string& megabyteFile() {
+    static const std::u16string path = [] {
+        std::vector<Wheel> wheels;
+        while (serializeWheels(wheels).size() < 1'000'000)
+            for (int i = 0; i < 32; ++i)
+                wheels.push_back(wheelOf(24, true));
+        const auto file = std::filesystem::temp_directory_path() / "rotika-bench-wheels.json";
+        std::ofstream(file, std::ios::binary) << serializeWheels(wheels);
+        return file.u16string();
+    }();
+    return path;
+}
+
+void readOneMegabyteWheelFile(benchmark::State& state) {
+    const std::u16string& path = megabyteFile();
+    std::vector<Wheel> wheels;
+    std::u16string problems;
+    for (auto _ : state)
+        loadWheelFile(path, wheels, problems);
+    if (wheels.empty())
+        state.SkipWithError("nothing was read");
+    state.counters["target_ms"] = 15;
+}
+
+BENCHMARK(paint24FieldsWithIconsAndNames)->Apply(asSingleRuns);
+BENCHMARK(paint8NamedFields)->Apply(asSingleRuns);
+BENCHMARK(tickWithMotionAcrossFields)->Apply(asSingleRuns);
+BENCHMARK(tickWithoutChange)->Apply(asSingleRuns);
+BENCHMARK(readOneMegabyteWheelFile)->Apply(asSingleRuns);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (!openPlatform()) {
+        std::fputs("engine_bench: needs an X server\n", stderr);
+        return 1;
+    }
+    iconPath = std::filesystem::path(ROTIKA_BENCH_ICON).u16string();
+    return runAgainstTargets(argc, argv);
+}

@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-/// The canonical text of a wheel file, UTF-8. It writes all that it is given, also what the reader would drop.
+/// The canonical text of a wheel file, UTF-8. It writes all that it is given, also what the reader would
+/// drop.
 std::string serializeWheels(const std::vector<Wheel>& wheels);
 
 /// The inside of a JSON string, UTF-8.

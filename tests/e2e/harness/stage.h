@@ -1,0 +1,71 @@
+#pragma once
+
+#include "harness/private_screen.h"
+#include "harness/real_mouse.h"
+#include "harness/recording.h"
+#include "harness/target.h"
+#include "harness/wheel_view.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace e2e {
+
+/// The key that opens the wheel in the scenarios.
+constexpr const char* toggleKey = "F9";
+
+/// Settings for a scenario: the devices that no scenario has are off, and the key is the one above. `more`
+/// holds further members, such as "\"keyHold\": 500".
+std::string settingsText(const std::string& more = "");
+/// {"wheels": [{"name": NAME, "actions": [ACTIONS]}]}, with the actions as they stand in the file.
+std::string oneWheelText(const std::string& name, const std::vector<std::string>& actions);
+/// Plain fields named "Pole 1" and so on, each of which clicks one key.
+std::vector<std::string> clickActions(const std::vector<std::string>& keys);
+
+/// A private screen with a copy of the program of its own, and a recorder in front of it.
+class Stage {
+public:
+    explicit Stage(const ScreenSetup& setup = {});
+    Stage(const Stage&) = delete;
+    Stage& operator=(const Stage&) = delete;
+    ~Stage();
+
+    /// The program's own folder, where it reads and writes its files.
+    const std::filesystem::path& folder() const { return programFolder; }
+    void writeFile(const std::string& name, const std::string& text) const;
+
+    /// Starts the program and waits until its window stands, so that the engine runs.
+    void startProgram();
+    /// Starts it and waits for nothing.
+    Process launchProgram(const std::filesystem::path& startFolder = {}) const;
+    /// Puts a recorder with the patterned background over the whole screen and waits until it has the focus.
+    void startRecorder();
+    /// Program, then recorder.
+    void startAll();
+
+    /// Presses the toggle key and waits until the wheel stands and the mouse is held back.
+    void openWheel();
+    void toggle() const;
+    void waitUntilWheelIsClosed() const;
+    bool wheelIsOpen() const;
+    /// Moves the real mouse until the virtual cursor is drawn at `point`.
+    void aim(LayerPoint point);
+    /// Aims and presses the left button.
+    void choose(LayerPoint point);
+
+    PrivateScreen screen;
+    std::unique_ptr<Target> target;
+    std::unique_ptr<RealMouse> mouse;
+    Process program;
+    Process recorder;
+    Recording recording;
+    WheelView wheel;
+
+private:
+    std::filesystem::path programFolder;
+    std::filesystem::path executable;
+    LayerPoint cursor; // where the virtual cursor was last sent
+};
+
+} // namespace e2e

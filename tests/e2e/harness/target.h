@@ -1,0 +1,53 @@
+#pragma once
+
+#include "harness/private_screen.h"
+#include "harness/real_mouse.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace e2e {
+
+/// What the test program was told to test, by its arguments.
+struct Arguments {
+    std::string target = "linux"; // or "windows": the program for Windows, under Wine
+    std::filesystem::path program;
+    std::filesystem::path recorder;
+    std::filesystem::path artefacts;
+    std::filesystem::path wineScript; // makes a prefix and starts programs in it
+    std::filesystem::path winePrefix; // the one that each test takes a copy of
+};
+
+const Arguments& testArguments();
+/// Takes what GoogleTest has left of the command line; false if something is missing or unknown.
+bool readTestArguments(int count, char** words);
+
+/// All in which the two builds of the program differ to somebody who uses them on an X server.
+class Target {
+public:
+    virtual ~Target() = default;
+
+    /// Makes ready what programs of this kind run in; before any is started.
+    virtual void prepare(const PrivateScreen& screen) = 0;
+    /// How to start such a program with these arguments.
+    virtual Command commandFor(const std::filesystem::path& program,
+                               const std::vector<std::string>& words) const = 0;
+    /// A file's path as programs of this kind write it.
+    virtual std::string pathText(const std::filesystem::path& file) const = 0;
+    virtual std::unique_ptr<RealMouse> openMouse(const XConnection& eyes) const = 0;
+    /// Whether the mouse is held back from the other programs.
+    virtual bool holdsMouse(const XConnection& eyes) const = 0;
+    /// Chooses the theme that the program's settings hold, without the program.
+    virtual void saveTheme(const std::string& themeId) const = 0;
+    /// From now on files ending in `.handled` and addresses of the scheme `handled:` are opened by `handler`,
+    /// a program of the target's kind that gets the file or address as its only argument.
+    virtual void setHandler(const std::filesystem::path& handler) const = 0;
+    /// Ends what prepare() has started.
+    virtual void finish() = 0;
+};
+
+std::unique_ptr<Target> makeTarget();
+
+} // namespace e2e

@@ -1,0 +1,83 @@
+#include "harness/target_linux.h"
+
+#include "harness/waiting.h"
+
+#include <X11/Xlib.h>
+#include <X11/extensions/XInput2.h>
+
+#include <fstream>
+#include <string_view>
+
+namespace e2e {
+
+namespace {
+
+constexpr const char* mouseName = "Xvfb mouse";
+
+void writeText(const std::filesystem::path& file, const std::string& text) {
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+    stream << text;
+}
+
+class LinuxTarget : public Target {
+public:
+    void prepare(const PrivateScreen& screen) override { environment = screen.environment(); }
+
+    Command commandFor(const std::filesystem::path& program,
+                       const std::vector<std::string>& words) const override {
+        Command command;
+        command.words = {program};
+        command.words.insert(command.words.end(), words.begin(), words.end());
+        command.environment = environment;
+        return command;
+    }
+
+    std::string pathText(const std::filesystem::path& file) const override { return file; }
+
+    std::unique_ptr<RealMouse> openMouse(const XConnection& eyes) const override {
+        return openSlaveMouse(eyes, mouseName);
+    }
+
+    /// A device that somebody has grabbed is detached from the cursor: it floats.
+    bool holdsMouse(const XConnection& eyes) const override {
+        int count = 0;
+        XIDeviceInfo* devices = XIQueryDevice(eyes.raw(), XIAllDevices, &count);
+        bool floats = false;
+        for (int i = 0; i < count; ++i)
+            floats = floats ||
+                     (devices[i].use == XIFloatingSlave && std::string_view(devices[i].name) == mouseName);
+        XIFreeDeviceInfo(devices);
+        return floats;
+    }
+
+    void saveTheme(const std::string& themeId) const override {
+        writeText(home() / ".config" / "Rotika" / "UI.conf", "[General]\ntheme=" + themeId + "\n");
+    }
+
+    void setHandler(const std::filesystem::path& handler) const override {
+        const std::filesystem::path data = home() / ".local" / "share";
+        writeText(data / "applications" / "handler.desktop",
+                  "[Desktop Entry]\nType=Application\nName=Handler\nExec=" + handler.string() +
+                      " %u\nMimeType=x-scheme-handler/handled;application/x-handled;\n");
+        writeText(data / "mime" / "globs2", "50:application/x-handled:*.handled\n");
+        writeText(home() / ".config" / "mimeapps.list",
+                  "[Default Applications]\nx-scheme-handler/handled=handler.desktop\n"
+                  "application/x-handled=handler.desktop\n");
+    }
+
+    void finish() override {}
+
+private:
+    std::filesystem::path home() const { return environment.at("HOME"); }
+
+    Environment environment;
+};
+
+} // namespace
+
+std::unique_ptr<Target> makeLinuxTarget() {
+    return std::make_unique<LinuxTarget>();
+}
+
+} // namespace e2e

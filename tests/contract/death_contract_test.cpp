@@ -1,0 +1,72 @@
+// What the system gets back when a program that holds it is killed.
+
+#include "contract_test.h"
+#include "other_process.h"
+#include "platform/focus.h"
+#include "platform/injection.h"
+#include "platform/pointer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using DeathContract = ContractTest;
+
+constexpr Point overRecorder{300, 250};
+
+TEST_F(DeathContract, AKilledProgramLeavesNoKeyOrButtonOfAClickDown) {
+    const auto recorder = openRecorder(recorderPlace);
+    setCursorPosition(overRecorder);
+    auto victim = std::make_unique<OtherProcess>(std::vector<std::string>{"hold-input"});
+    ASSERT_TRUE(victim->tells("ready"));
+    const std::vector<std::string> whileAlive{"key 65 down", "key 39 down", "button 1 down",
+                                              "key 67 down", "key 67 up",   "key 66 down"};
+    ASSERT_TRUE(pumpUntil([&] { return recorder->events().size() >= whileAlive.size(); }));
+    EXPECT_EQ(recorder->events(), whileAlive);
+
+    victim.reset();
+    EXPECT_TRUE(pumpUntil([&] {
+        const auto events = recorder->events();
+        return contains(events, "key 65 up") && contains(events, "key 39 up") &&
+               contains(events, "button 1 up");
+    }));
+    EXPECT_FALSE(contains(recorder->events(), "key 66 up")) << "left down on purpose";
+    EXPECT_EQ(std::ranges::count(recorder->events(), "key 67 up"), 1) << "let go before the death";
+    injectKey(0x42, false, InputMotion::up);
+    EXPECT_TRUE(pumpUntil([&] { return contains(recorder->events(), "key 66 up"); }));
+}
+
+TEST_F(DeathContract, AKilledProgramGivesTheMouseBack) {
+    const auto recorder = openRecorder(recorderPlace);
+    setCursorPosition(overRecorder);
+    ASSERT_TRUE(pumpUntil([] { return cursorPosition() == overRecorder; }));
+    auto victim = std::make_unique<OtherProcess>(std::vector<std::string>{"capture"});
+    ASSERT_TRUE(victim->tells("ready"));
+    pressRealButton(0);
+    releaseRealButton(0);
+    ASSERT_TRUE(victim->tells("pressed"));
+    EXPECT_TRUE(recorder->events().empty());
+
+    victim.reset();
+    EXPECT_TRUE(pumpUntil([] {
+        moveRealMouse(2, 1);
+        return cursorPosition() != overRecorder;
+    }));
+    pressRealButton(0);
+    releaseRealButton(0);
+    EXPECT_TRUE(pumpUntil([&] { return contains(recorder->events(), "button 0 up"); }));
+}
+
+TEST_F(DeathContract, AWindowThatDiedMeanwhileCanBeNamed) {
+    auto recorder = openRecorder(recorderPlace);
+    const WindowHandle window = recorder->window();
+    recorder.reset();
+    bringToForeground(window);
+    EXPECT_TRUE(pumpUntil([&] { return !windowExists(window); }));
+    bringToForeground(window);
+    EXPECT_NE(foregroundWindow(), window);
+}
+
+} // namespace

@@ -1,0 +1,153 @@
+#include "other_process.h"
+
+#include "driver.h"
+#include "platform/focus.h"
+#include "platform/hot_key.h"
+#include "platform/injection.h"
+#include "platform/main_window.h"
+#include "platform/overlay_window.h"
+#include "platform/platform.h"
+#include "platform/pointer.h"
+#include "platform/pointer_capture.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+namespace {
+
+/// Killed or not, whoever started us holds the other end of our standard input.
+void endWithStarter() {
+    std::thread([] {
+        while (std::getchar() != EOF) {
+        }
+        std::_Exit(0);
+    }).detach();
+}
+
+[[noreturn]] void handleMessagesForEver() {
+    while (true) {
+        pumpUntil([] { return false; });
+    }
+}
+
+WindowHandle makeMainWindow() {
+    return createMainWindow({
+        .hotKeyPressed = [](int) noexcept {},
+        .messageArrived = [](std::uint32_t, std::uintptr_t, std::intptr_t) noexcept {},
+        .dataArrived = [](std::uintptr_t, const void*, std::size_t) noexcept { return false; },
+        .statusText = [] { return std::u16string(); },
+        .editorRequested = []() noexcept {},
+        .destroyed = []() noexcept {},
+    });
+}
+
+void takeHotKey(std::uint16_t virtualKey) {
+    tellLine(registerHotKey(makeMainWindow(), 1, virtualKey) ? "ready" : "refused");
+}
+
+/// A click and a timed hold under way, and a key that a function leaves down on purpose.
+void holdInput() {
+    injectKey(0x41, false, InputMotion::downUntilReleased);
+    injectKey(0x27, true, InputMotion::downUntilReleased);
+    injectMouseButton(1, InputMotion::downUntilReleased);
+    injectKey(0x43, false, InputMotion::downUntilReleased);
+    injectKey(0x43, false, InputMotion::up);
+    injectKey(0x42, false, InputMotion::downAndLeft);
+    tellLine("ready");
+}
+
+void captureMouse() {
+    const WindowHandle wheel = createOverlayWindow(OverlayKind::wheel, 100, 100, {});
+    beginPointerCapture(wheel, cursorPosition(),
+                        {
+                            .isSwallowing = []() noexcept { return true; },
+                            .leftPressed = []() noexcept { tellLine("pressed"); },
+                            .moved = [](std::int32_t, std::int32_t) noexcept {},
+                        });
+    tellLine("ready");
+}
+
+class ProcessRecorder : public Recorder {
+public:
+    explicit ProcessRecorder(const Rect& place)
+        : process({"recorder", std::to_string(place.left), std::to_string(place.top),
+                   std::to_string(place.right), std::to_string(place.bottom)}) {
+        EXPECT_TRUE(pumpUntil([this] { return !process.lines().empty(); })) << "the recorder has not started";
+        EXPECT_TRUE(pumpUntil([this] { return foregroundWindow() == window(); }))
+            << "the recorder got no keyboard";
+    }
+
+    WindowHandle window() const override {
+        const std::vector<std::string> lines = process.lines();
+        const std::string intro = "window ";
+        return lines.empty() ? nullptr
+                             : reinterpret_cast<WindowHandle>(static_cast<std::uintptr_t>(
+                                   std::stoull(lines.front().substr(intro.size()))));
+    }
+
+    std::vector<std::string> events() const override {
+        std::vector<std::string> lines = process.lines();
+        lines.erase(lines.begin());
+        return lines;
+    }
+
+private:
+    OtherProcess process;
+};
+
+class HotKeyHolder : public Stay {
+public:
+    explicit HotKeyHolder(std::uint16_t virtualKey) : process({"hot-key", std::to_string(virtualKey)}) {
+        EXPECT_TRUE(process.tells("ready"));
+    }
+
+private:
+    OtherProcess process;
+};
+
+} // namespace
+
+bool OtherProcess::tells(const std::string& line) const {
+    return pumpUntil([&] {
+        const std::vector<std::string> told = lines();
+        return std::ranges::find(told, line) != told.end();
+    });
+}
+
+void tellLine(const std::string& line) {
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+int playRole(const std::vector<std::string>& role) {
+    endWithStarter();
+    const std::string& name = role.at(0);
+    const auto number = [&](std::size_t i) { return std::stoi(role.at(i)); };
+    if (name == "recorder") {
+        playRecorder({number(1), number(2), number(3), number(4)});
+    }
+    if (!openPlatform()) {
+        return 1;
+    }
+    if (name == "hot-key") {
+        takeHotKey(static_cast<std::uint16_t>(number(1)));
+    } else if (name == "hold-input") {
+        holdInput();
+    } else if (name == "capture") {
+        captureMouse();
+    }
+    handleMessagesForEver();
+}
+
+std::unique_ptr<Recorder> openRecorder(const Rect& place) {
+    return std::make_unique<ProcessRecorder>(place);
+}
+
+std::unique_ptr<Stay> takeHotKeyElsewhere(std::uint16_t virtualKey) {
+    return std::make_unique<HotKeyHolder>(virtualKey);
+}

@@ -60,6 +60,8 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
     sidebar = new QListWidget;
     sidebar->setObjectName("Sidebar");
     sidebar->setFixedWidth(190);
+    // Rows that are laid out before the style sheet has reached the list keep the height of bare text.
+    sidebar->ensurePolished();
     sidebar->addItem(tr("Start"));
     sidebar->setCurrentRow(0);
     stack = new QStackedWidget;

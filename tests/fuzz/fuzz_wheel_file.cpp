@@ -21,13 +21,23 @@ void require(bool holds) {
     }
 }
 
-std::vector<Wheel> load(std::string_view bytes) {
-    static const std::filesystem::path path =
+/// The file through which the bytes go; each of several processes has its own.
+struct PassingFile {
+    const std::filesystem::path path =
         std::filesystem::temp_directory_path() / ("rotika-fuzz-" + std::to_string(getpid()) + ".json");
-    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    ~PassingFile() {
+        std::error_code ignored;
+        std::filesystem::remove(path, ignored);
+    }
+};
+
+std::vector<Wheel> load(std::string_view bytes) {
+    static const PassingFile file;
+    std::ofstream(file.path, std::ios::binary)
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     std::vector<Wheel> wheels;
     std::u16string problems;
-    const bool isClean = loadWheelFile(path.u16string(), wheels, problems);
+    const bool isClean = loadWheelFile(file.path.u16string(), wheels, problems);
     require(isClean == problems.empty());
     require(isClean || problems.back() == u'\n');
     return wheels;

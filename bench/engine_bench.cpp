@@ -8,11 +8,10 @@
 #include "platform/paths.h"
 #include "platform/platform.h"
 #include "platform/pointer.h"
+#include "target_reporter.h"
 #include "wheel/geometry.h"
 #include "wheel/painter.h"
 #include "wheel/tick.h"
-
-#include "target_reporter.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -23,7 +22,9 @@ namespace {
 std::u16string iconPath;
 
 /// Any question does: its answer comes after all that was sent before has been carried out.
-void waitForServer() { cursorPosition(); }
+void waitForServer() {
+    cursorPosition();
+}
 
 Wheel wheelOf(std::size_t fieldCount, bool hasIcons) {
     Wheel wheel{u"Próba", {}};

@@ -7,7 +7,9 @@
 
 namespace {
 
-double worstOf(const std::vector<double>& runs) { return *std::max_element(runs.begin(), runs.end()); }
+double worstOf(const std::vector<double>& runs) {
+    return *std::max_element(runs.begin(), runs.end());
+}
 
 class TargetReporter : public benchmark::BenchmarkReporter {
 public:
@@ -56,7 +58,8 @@ void printFigureHead() {
 
 void printFigure(const char* what, double median, double worst, double target, const char* unit) {
     const char* verdict = target <= 0 ? "" : median <= target ? "ok" : "MISSED";
-    std::printf("%-62s %7.3f %s %7.3f %s %7.2f %s  %s\n", what, median, unit, worst, unit, target, unit, verdict);
+    std::printf("%-62s %7.3f %s %7.3f %s %7.2f %s  %s\n", what, median, unit, worst, unit, target, unit,
+                verdict);
     std::fflush(stdout);
 }
 

@@ -2,8 +2,8 @@
 
 #include <benchmark/benchmark.h>
 
-// One table for all figures: what, median, worst, target, verdict. A benchmark names its target in milliseconds in
-// the counter "target_ms" (and, where the worst run counts too, "worst_ms").
+// One table for all figures: what, median, worst, target, verdict. A benchmark names its target in
+// milliseconds in the counter "target_ms" (and, where the worst run counts too, "worst_ms").
 
 /// 200 single runs, so that the median and the worst of real single operations show.
 void asSingleRuns(benchmark::internal::Benchmark* benchmark);

@@ -1,5 +1,6 @@
 #include "platform/hot_key.h"
 
+#include "platform/linux/auto_repeat.h"
 #include "platform/linux/connection.h"
 #include "platform/linux/hot_key_events.h"
 #include "platform/linux/key_positions.h"
@@ -16,6 +17,7 @@ struct HotKey {
 };
 
 std::vector<HotKey> hotKeys;
+bool isHandlingPress = false;
 void (*pressHandler)(int id) noexcept = nullptr;
 
 /// The modifier bit that a lock key has on this keyboard, 0 if none.
@@ -46,8 +48,10 @@ std::vector<unsigned int> lockCombinations() {
 }
 
 void ungrab(HotKey& key) {
-    if (key.keycode != 0)
-        XUngrabKey(ownerDisplay(), key.keycode, AnyModifier, rootWindow());
+    if (key.keycode == 0)
+        return;
+    XUngrabKey(ownerDisplay(), key.keycode, AnyModifier, rootWindow());
+    restoreAutoRepeat(ownerDisplay(), key.keycode);
     key.keycode = 0;
 }
 
@@ -58,6 +62,8 @@ bool grab(HotKey& key) {
     const ErrorTrap trap; // BadAccess: another program holds it
     for (const unsigned int combination : lockCombinations())
         XGrabKey(ownerDisplay(), key.keycode, combination, rootWindow(), 0, GrabModeAsync, GrabModeAsync);
+    // A key that is held must not come again and again, least of all after letGoOfHeldHotKey.
+    silenceAutoRepeat(ownerDisplay(), key.keycode);
     if (!trap.hasFailed())
         return true;
     ungrab(key);
@@ -80,8 +86,11 @@ bool handlePress(const XKeyEvent& event) {
             continue;
         const bool isRepeat = key.isDown;
         key.isDown = true;
-        if (!isRepeat && pressHandler != nullptr)
-            pressHandler(key.id);
+        if (isRepeat || pressHandler == nullptr)
+            return true;
+        isHandlingPress = true;
+        pressHandler(key.id);
+        isHandlingPress = false;
         return true;
     }
     return false;
@@ -117,6 +126,17 @@ void startListening() {
 }
 
 } // namespace
+
+void letGoOfHeldHotKey() {
+    if (isHandlingPress)
+        return;
+    for (HotKey& key : hotKeys) {
+        if (!key.isDown)
+            continue;
+        XUngrabKeyboard(ownerDisplay(), CurrentTime);
+        key.isDown = false; // its release goes elsewhere now
+    }
+}
 
 void setHotKeyHandler(void (*handler)(int id) noexcept) {
     pressHandler = handler;

@@ -1,5 +1,6 @@
 #include "platform/injection.h"
 
+#include "platform/linux/auto_repeat.h"
 #include "platform/linux/injection_connection.h"
 #include "platform/linux/input_guard.h"
 #include "platform/linux/key_positions.h"
@@ -13,7 +14,7 @@ namespace {
 struct Injection {
     std::mutex mutex;
     Display* display = nullptr;
-    std::set<KeyCode> silenced; // keys whose auto-repeat we have switched off
+    std::set<KeyCode> held; // pressed by us and not yet released
 };
 
 // Run threads may inject to the very end of the process, so this is never destroyed.
@@ -65,37 +66,6 @@ KeyCode borrowKeycode(Display* display, std::uint16_t virtualKey) {
     return code;
 }
 
-bool repeats(Display* display, KeyCode code) {
-    XKeyboardState state{};
-    XGetKeyboardControl(display, &state);
-    return (static_cast<unsigned char>(state.auto_repeats[code / 8]) >> (code % 8) & 1) != 0;
-}
-
-void setAutoRepeat(Display* display, KeyCode code, int mode) {
-    XKeyboardControl control{};
-    control.key = code;
-    control.auto_repeat_mode = mode;
-    XChangeKeyboardControl(display, KBKey | KBAutoRepeatMode, &control);
-}
-
-/// A key held by XTest would repeat, and go on repeating after we have died: unlike on Windows, where an
-/// injected press is one press.
-void silenceAutoRepeat(Display* display, KeyCode code) {
-    if (!repeats(display, code))
-        return;
-    tellInputGuard(GuardedThing::autoRepeat, true, code);
-    setAutoRepeat(display, code, AutoRepeatModeOff);
-    injection().silenced.insert(code);
-}
-
-void restoreAutoRepeat(Display* display, KeyCode code) {
-    if (injection().silenced.erase(code) == 0)
-        return;
-    setAutoRepeat(display, code, AutoRepeatModeOn);
-    XSync(display, 0);
-    tellInputGuard(GuardedThing::autoRepeat, false, code);
-}
-
 } // namespace
 
 InjectionConnection lockInjectionConnection() {
@@ -123,7 +93,9 @@ void injectKey(std::uint16_t virtualKey, bool /*extended: a keycode says it alre
     if (code == 0)
         return;
     const bool isPress = motion != InputMotion::up;
-    if (isPress)
+    // A key held by XTest would repeat, and go on repeating after we have died: unlike on Windows, where an
+    // injected press is one press.
+    if (isPress && injection().held.insert(code).second)
         silenceAutoRepeat(display, code);
     if (motion == InputMotion::downUntilReleased)
         tellInputGuard(GuardedThing::key, true, code);
@@ -132,7 +104,8 @@ void injectKey(std::uint16_t virtualKey, bool /*extended: a keycode says it alre
     if (isPress)
         return;
     tellInputGuard(GuardedThing::key, false, code);
-    restoreAutoRepeat(display, code);
+    if (injection().held.erase(code) > 0)
+        restoreAutoRepeat(display, code);
 }
 
 void injectMouseButton(std::uint32_t button, InputMotion motion) {

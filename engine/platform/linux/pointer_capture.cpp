@@ -3,6 +3,7 @@
 #include "platform/pointer.h"
 
 #include "platform/linux/connection.h"
+#include "platform/linux/hot_key_events.h"
 
 #include <algorithm>
 #include <map>
@@ -224,5 +225,6 @@ void endPointerCapture() {
     }
     capture.mice.clear();
     releaseForgottenButtons();
+    letGoOfHeldHotKey();
     XFlush(ownerDisplay());
 }

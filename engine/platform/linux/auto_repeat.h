@@ -1,0 +1,10 @@
+#pragma once
+
+#include "platform/linux/x11.h"
+
+// A key that repeats by itself: switched off for keys that we hold down or have taken. The guard switches it
+// on again should the process die. Counted, since both may want it of one key. Any thread, on its own
+// connection.
+
+void silenceAutoRepeat(Display* display, KeyCode code);
+void restoreAutoRepeat(Display* display, KeyCode code);

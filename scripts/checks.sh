@@ -1,8 +1,10 @@
 # ./dev test, format, tidy and doctor. Sourced after builds.sh.
 
-# step name command...: run it whatever came before, and keep the outcome for the closing list.
+# step name command...: run it and keep the outcome for the closing list. Never call it as a condition, which
+# would take "set -e" from the command; ask step_held afterwards.
 outcomes=()
 failed_steps=0
+last_status=0
 
 step() {
     local name=$1 began=$SECONDS
@@ -14,15 +16,17 @@ step() {
         set -e
         "$@"
     )
-    local status=$?
+    last_status=$?
     set -e
-    if [ "$status" = 0 ]; then
+    if step_held; then
         outcomes+=("passed  $name ($((SECONDS - began)) s)")
     else
         outcomes+=("FAILED  $name ($((SECONDS - began)) s)")
         failed_steps=$((failed_steps + 1))
     fi
 }
+
+step_held() { [ "$last_status" = 0 ]; }
 
 conclude() {
     say "$1"
@@ -36,17 +40,26 @@ run_ctest() {
     ctest --test-dir "$root/build/$preset" --output-on-failure --no-tests=error --parallel "$jobs" "$@"
 }
 
+# A build that fails costs its own tests, not those of the others.
 test_linux() {
     need_packages build test
     mkdir -p "$root/build"
     step "Build for Linux" build_preset linux
-    step "Tests: style, unit, contract, shell, end to end" run_ctest linux --label-exclude e2e_windows
+    if step_held; then
+        step "Tests: style, unit, contract, shell, end to end" run_ctest linux --label-exclude e2e_windows
+    fi
     step "Build with address and undefined-behaviour sanitizers" build_preset asan
-    step "Tests under these" test_with_asan
-    step "Build with thread sanitizer" build_preset tsan
-    step "Tests under it" test_with_tsan
+    if step_held; then
+        step "Tests under these" test_with_asan
+    fi
+    step "Build with thread sanitizer" build_preset tsan rotika_unit_tests
+    if step_held; then
+        step "Unit tests under it" test_with_tsan
+    fi
     step "Build the fuzz targets" build_preset fuzz fuzz_targets
-    step "A short fuzz run" run_fuzz 20
+    if step_held; then
+        step "A short fuzz run" run_fuzz 20
+    fi
     conclude "Linux"
 }
 
@@ -63,17 +76,19 @@ test_with_tsan() {
     run_ctest tsan --label-regex unit
 }
 
-# run_fuzz seconds: each target for so long, from the seeds that are kept with it.
+# run_fuzz seconds: each target for so long, from the seeds that are kept with it and what earlier runs found.
 run_fuzz() {
-    local seconds=$1 target name corpus
-    for target in "$root"/build/fuzz/tests/fuzz/fuzz_*; do
+    local seconds=$1 target name work=$root/build/fuzz
+    for target in "$work"/tests/fuzz/fuzz_*; do
         [ -x "$target" ] && [ -f "$target" ] || continue
         name=${target##*/}
-        corpus=$root/build/fuzz/corpus/$name
-        mkdir -p "$corpus"
-        note "$name, $seconds s"
-        "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=4096 -print_final_stats=0 \
-            -verbosity=0 -artifact_prefix="$root/build/fuzz/$name-" "$corpus" "$root/tests/fuzz/seeds"
+        mkdir -p "$work/corpus/$name"
+        if ! "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=4096 \
+            -artifact_prefix="$work/$name-" "$work/corpus/$name" "$root/tests/fuzz/seeds" >"$work/$name.log" 2>&1; then
+            grep -v Uses: "$work/$name.log" | tail -n 60
+            return 1
+        fi
+        note "$name: $(grep '^Done' "$work/$name.log")"
     done
 }
 
@@ -81,11 +96,15 @@ test_windows() {
     need_packages build test windows wine
     need_qt_windows
     mkdir -p "$root/build"
-    step "Build for Windows" build_preset windows -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
     step "Wine prefix" "$root/scripts/wine.sh" --prepare
-    step "Tests under Wine: unit, contract, shell" run_ctest windows --verbose
-    step "Build the end-to-end driver" build_preset linux
-    step "The Windows program end to end, under Wine" run_ctest linux --label-regex e2e_windows
+    step "Build for Windows" build_preset windows -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
+    if step_held; then
+        step "Tests under Wine: unit, contract, shell" run_ctest windows --verbose
+        step "Build the end-to-end driver" build_preset linux
+    fi
+    if step_held; then
+        step "The Windows program end to end, under Wine" run_ctest linux --label-regex e2e_windows
+    fi
     conclude "Windows"
 }
 

@@ -6,7 +6,7 @@ package_sets=(build test windows wine)
 packages_build="
     cmake ninja-build g++ pkg-config ccache librsvg2-bin icoutils
     qt6-base-dev
-    libx11-dev libxext-dev libxi-dev libxfixes-dev libxtst-dev libxrandr-dev libxkbcommon-dev
+    libx11-dev libxext-dev libxi-dev libxfixes-dev libxtst-dev libxrandr-dev libxdamage-dev libxkbcommon-dev
     libcairo2-dev libpango1.0-dev libgdk-pixbuf-2.0-dev libglib2.0-dev libatspi2.0-dev libpulse-dev
     libgtest-dev libgmock-dev libbenchmark-dev"
 

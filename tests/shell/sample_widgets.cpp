@@ -18,49 +18,51 @@
 
 namespace {
 
-std::function<QWidget*()> label(const char* role) {
-    return [role] {
-        auto* made = new QLabel("Żółty żuraw 123");
+using MakeWidget = std::function<QWidget*(const QString&)>;
+
+MakeWidget label(const char* role) {
+    return [role](const QString& text) {
+        auto* made = new QLabel(text);
         made->setProperty("role", role);
         return made;
     };
 }
 
-std::function<QWidget*()> button(const char* objectName) {
-    return [objectName] {
-        auto* made = new QPushButton("Pokaż koło");
+MakeWidget button(const char* objectName) {
+    return [objectName](const QString& text) {
+        auto* made = new QPushButton(text);
         made->setObjectName(objectName);
         return made;
     };
 }
 
 template <typename Button>
-std::function<QWidget*()> twoStates(bool checked) {
-    return [checked] {
-        auto* made = new Button("Frazy pól kół");
+MakeWidget twoStates(bool checked) {
+    return [checked](const QString& text) {
+        auto* made = new Button(text);
         made->setChecked(checked);
         return made;
     };
 }
 
-QWidget* makeList(const char* objectName) {
+QWidget* makeList(const char* objectName, const QString& text) {
     auto* list = new QListWidget;
     list->setObjectName(objectName);
     list->ensurePolished();
-    list->addItems({"Start", "Koła wyboru", "Komendy głosowe", "Sterowanie wzrokiem", "Ustawienia"});
+    list->addItems({text, text, text, text, text});
     list->setFixedSize(190, objectName[0] == '\0' ? 110 : 230);
     list->setCurrentRow(1);
     return list;
 }
 
-QWidget* makeTree() {
+QWidget* makeTree(const QString& text) {
     auto* tree = new QTreeWidget;
     tree->ensurePolished();
     tree->setHeaderHidden(true);
-    for (const char* wheel : {"Koło 1", "Koło 2"}) {
-        auto* item = new QTreeWidgetItem(tree, {wheel});
-        for (const char* function : {"Leczenie", "Kopiuj", "Wklej"})
-            new QTreeWidgetItem(item, {function});
+    for (int wheel = 0; wheel < 2; ++wheel) {
+        auto* item = new QTreeWidgetItem(tree, {text});
+        for (int function = 0; function < 3; ++function)
+            new QTreeWidgetItem(item, {text});
     }
     tree->topLevelItem(0)->setExpanded(true);
     tree->setFixedSize(190, 120);
@@ -68,21 +70,22 @@ QWidget* makeTree() {
     return tree;
 }
 
-QWidget* makeCombo(bool editable) {
+QWidget* makeCombo(bool editable, const QString& text) {
     auto* combo = new QComboBox;
     combo->setEditable(editable);
-    combo->addItems({"klik", "przytrzymaj", "puść", "otwórz"});
+    combo->addItems({text, text, text});
     return combo;
 }
 
-QWidget* makeSpin() {
+QWidget* makeSpin(const QString& text) {
     auto* spin = new QSpinBox;
     spin->setRange(0, 2000);
+    spin->setPrefix(text);
     spin->setValue(30);
     return spin;
 }
 
-QWidget* makeSlider() {
+QWidget* makeSlider(const QString& /*text*/) {
     auto* slider = new QSlider(Qt::Horizontal);
     slider->setRange(0, 3000);
     slider->setValue(900);
@@ -90,9 +93,9 @@ QWidget* makeSlider() {
     return slider;
 }
 
-QWidget* makeToolButton() {
+QWidget* makeToolButton(const QString& text) {
     auto* made = new QToolButton;
-    made->setText("Wstecz");
+    made->setText(text);
     return made;
 }
 
@@ -112,14 +115,14 @@ const std::vector<SampleWidget>& sampleWidgets() {
         {"checked box", twoStates<QCheckBox>(true)},
         {"radio", twoStates<QRadioButton>(false)},
         {"radio on", twoStates<QRadioButton>(true)},
-        {"line edit", [] { return new QLineEdit("Żółty żuraw"); }},
-        {"combo", [] { return makeCombo(false); }},
-        {"editable combo", [] { return makeCombo(true); }},
+        {"line edit", [](const QString& text) { return new QLineEdit(text); }},
+        {"combo", [](const QString& text) { return makeCombo(false, text); }},
+        {"editable combo", [](const QString& text) { return makeCombo(true, text); }},
         {"spin box", makeSpin},
         {"slider", makeSlider},
-        {"list", [] { return makeList(""); }},
+        {"list", [](const QString& text) { return makeList("", text); }},
         {"tree", makeTree},
-        {"sidebar", [] { return makeList("Sidebar"); }},
+        {"sidebar", [](const QString& text) { return makeList("Sidebar", text); }},
     };
     return samples;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <QWidget>
 #include <functional>
 #include <string>
@@ -11,8 +12,8 @@ enum class WidgetState { normal, hover, pressed, focus, disabled };
 
 struct SampleWidget {
     std::string name;
-    /// The widget carries text or marks enough to be told from its ground.
-    std::function<QWidget*()> make;
+    /// A widget without parent that shows the text wherever it shows any.
+    std::function<QWidget*(const QString& text)> make;
     /// False for what is never pressed or focused, such as a label.
     bool interactive = true;
 };

@@ -153,7 +153,7 @@ QPixmap paintStates() {
     auto* column = new QVBoxLayout(&window);
     QList<QWidget*> widgets;
     for (const SampleWidget& sample : sampleWidgets()) {
-        widgets.append(sample.make());
+        widgets.append(sample.make("Żółty żuraw"));
         column->addWidget(widgets.last(), 0, Qt::AlignLeft);
     }
     window.show();

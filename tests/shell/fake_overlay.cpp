@@ -1,0 +1,58 @@
+#include "fake_overlay.h"
+
+#include "engine/overlay.h"
+
+FakeOverlay fakeOverlay;
+
+namespace {
+
+/// Lives until the next call for the same holder, as the shell may expect of a status text.
+const OverlayChar* hold(std::basic_string<OverlayChar>& holder, const std::wstring& text) {
+    holder.assign(text.begin(), text.end());
+    return holder.c_str();
+}
+
+} // namespace
+
+bool OverlayEngineStart() {
+    if (fakeOverlay.onStart)
+        fakeOverlay.onStart();
+    return false;
+}
+
+void OverlayEngineStop() {
+    if (fakeOverlay.onStop)
+        fakeOverlay.onStop();
+}
+
+void OverlayReloadConfig() {}
+
+bool OverlayActivateWheelFile(const OverlayChar* /*path*/) {
+    return false;
+}
+
+void OverlayToggleWheel() {
+    ++fakeOverlay.toggles;
+}
+
+bool OverlayIsWheelVisible() {
+    return false;
+}
+
+const OverlayChar* OverlayGazeStatus() {
+    static std::basic_string<OverlayChar> text;
+    return hold(text, fakeOverlay.gazeStatus);
+}
+
+const OverlayChar* OverlayVoiceStatus() {
+    static std::basic_string<OverlayChar> text;
+    return hold(text, fakeOverlay.voiceStatus);
+}
+
+std::int32_t OverlayVoicePhraseCount() {
+    return fakeOverlay.phraseCount;
+}
+
+std::int32_t OverlayWheelCount() {
+    return fakeOverlay.wheelCount;
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+/// The engine's face without an engine behind it: what it answers, and what it was asked.
+struct FakeOverlay {
+    std::wstring gazeStatus = L"aktywny";
+    std::wstring voiceStatus = L"ładowanie modelu…";
+    std::int32_t phraseCount = 7;
+    std::int32_t wheelCount = 1;
+    int toggles = 0;
+    std::function<void()> onStart;
+    std::function<void()> onStop;
+};
+
+extern FakeOverlay fakeOverlay;

@@ -1,0 +1,108 @@
+// What surrounds the program's own main function in the start-up probe: an engine and a licence check that
+// record what they are asked, and a watcher that dismisses message boxes and tells when the event loop runs.
+
+#include "fake_overlay.h"
+#include "licence/licence_check.h"
+#include "probe_log.h"
+#include "shell/themes.h"
+#include "shell/update_library.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QMessageBox>
+#include <QThread>
+#include <QTimer>
+#include <csignal>
+
+#ifndef _WIN32
+#undef signals
+#include <glib.h>
+#endif
+
+namespace {
+
+bool engineStarted = false;
+
+QWidget* findMainWindow() {
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (widget->inherits("MainWindow"))
+            return widget;
+    return nullptr;
+}
+
+/// A source of the kind that the engine's timers are: it tells when somebody serves GLib's default context.
+void attachGlibSource() {
+#ifndef _WIN32
+    g_timeout_add(
+        1,
+        [](gpointer) -> gboolean {
+            probeLog("glib source served");
+            return G_SOURCE_REMOVE;
+        },
+        nullptr);
+#endif
+}
+
+/// A signal while the engine's warning dispatches events before the application's own loop.
+void raiseBeforeTheLoop() {
+    std::raise(SIGTERM);
+    for (int i = 0; i < 20; ++i)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+}
+
+void onEngineStart() {
+    engineStarted = true;
+    const bool inOwnFolder = QDir::current() == QDir(QCoreApplication::applicationDirPath());
+    probeLog("engine start, theme " + currentThemeId().toStdString() + ", sheet of " +
+             std::to_string(qApp->styleSheet().toUtf8().size()) + ", icon " +
+             (QApplication::windowIcon().availableSizes().isEmpty() ? "empty" : "there") + ", folder " +
+             (inOwnFolder ? "own" : "other") + ", window " + (findMainWindow() == nullptr ? "no" : "yes"));
+    if (probeAsked("ROTIKA_PROBE_GLIB"))
+        attachGlibSource();
+    if (probeAsked("ROTIKA_PROBE_EARLY_SIGNAL"))
+        raiseBeforeTheLoop();
+}
+
+void onEngineStop() {
+    probeLog("engine stop");
+    if (QWidget* window = findMainWindow())
+        QObject::connect(window, &QObject::destroyed, [] { probeLog("window destroyed"); });
+}
+
+void dismissBox() {
+    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    if (box == nullptr)
+        return;
+    probeLog("box " + box->windowTitle().toStdString() + "|" + box->text().toStdString() + "|" +
+             std::to_string(int(box->standardButtons())) + "|" + std::to_string(int(box->icon())));
+    box->accept();
+}
+
+void watch() {
+    fakeOverlay.onStart = onEngineStart;
+    fakeOverlay.onStop = onEngineStop;
+    auto* timer = new QTimer(QCoreApplication::instance());
+    QObject::connect(timer, &QTimer::timeout, [told = false]() mutable {
+        dismissBox();
+        if (told || !engineStarted || QThread::currentThread()->loopLevel() == 0)
+            return;
+        told = true;
+        probeLog(findMainWindow()->isVisible() ? "running" : "running without a window");
+    });
+    timer->start(5);
+}
+
+Q_COREAPP_STARTUP_FUNCTION(watch)
+
+} // namespace
+
+LicenceResult LicenceCheck::check() {
+    probeLog("licence");
+    return {.go = !probeAsked("ROTIKA_PROBE_NO_GO"), .accountText = {}};
+}
+
+void LicenceCheck::logOut(QWidget* /*parent*/) {}
+
+QString updateLibraryName() {
+    return qEnvironmentVariable("ROTIKA_PROBE_UPDATES");
+}

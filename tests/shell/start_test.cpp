@@ -1,0 +1,178 @@
+#include "probe_run.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#ifndef _WIN32
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#endif
+
+namespace {
+
+QString libraryBeside(const QString& name) {
+    return "ROTIKA_PROBE_UPDATES=" + QCoreApplication::applicationDirPath() + "/" + name;
+}
+
+QString startLine(const ProbeHome& home, const QString& theme) {
+    return QString("engine start, theme %1, sheet of %2, icon there, folder own, window no")
+        .arg(theme)
+        .arg(QFileInfo(home.programFolder() + "/themes/" + theme + ".qss").size());
+}
+
+std::string text(const QStringList& lines) {
+    return lines.join("\n").toStdString();
+}
+
+/// Ends a run that would go on for ever, by the road that every system has.
+void endAtOnce(QProcess& process) {
+    process.kill();
+    process.waitForFinished();
+}
+
+TEST(Start, TakesEachStepInOrderAndUndoesThemInOrder) {
+    ProbeHome home;
+    const auto run = home.start({libraryBeside("update_double"), "ROTIKA_PROBE_UPDATE_QUITS=1"});
+    EXPECT_EQ(exitStatus(*run), 0);
+    QStringList log = home.log();
+    log.removeAll("running"); // the update may ask for the end before the loop is seen to run
+    EXPECT_EQ(text(log),
+              text({"licence", startLine(home, "fluent"), "updates feed https://rotika.example/appcast.xml",
+                    "updates for Rotika Rotika 0.9.1", "updates callback", "updates automatic 1",
+                    "updates init", "updates cleanup", "engine stop", "window destroyed"}));
+}
+
+TEST(Start, NoGoFromTheLicenceCheckEndsBeforeTheEngine) {
+    ProbeHome home;
+    const auto run = home.start({"ROTIKA_PROBE_NO_GO=1", libraryBeside("update_double")});
+    EXPECT_EQ(exitStatus(*run), 0);
+    EXPECT_EQ(text(home.log()), "licence");
+}
+
+TEST(Start, RunsWithoutAnUpdateLibraryOrWithHalfOfOne) {
+    for (const QString& library : {QString("nothing_here"), QString("update_double_without_cleanup")}) {
+        ProbeHome home;
+        const auto run = home.start({libraryBeside(library)});
+        EXPECT_TRUE(home.waitForLine("running"));
+        EXPECT_EQ(home.log().filter("updates").size(), 0) << library.toStdString();
+        endAtOnce(*run);
+    }
+}
+
+TEST(Start, ComesUpInTheSavedThemeOrTheFirst) {
+    struct Case {
+        const char* saved;
+        const char* inForce;
+    };
+    for (const Case& each :
+         {Case{"pro", "pro"}, Case{"Neon", "fluent"}, Case{"retro", "fluent"}, Case{"", "fluent"}}) {
+        ProbeHome home;
+        home.saveTheme(each.saved);
+        const auto run = home.start();
+        EXPECT_TRUE(home.waitForLine("running"));
+        EXPECT_TRUE(home.log().contains(startLine(home, each.inForce)))
+            << each.saved << ": " << text(home.log());
+        endAtOnce(*run);
+    }
+}
+
+TEST(Start, GoesOnWithoutTheSheetAndWithoutTheIcon) {
+    ProbeHome home;
+    home.saveTheme("neon");
+    ASSERT_TRUE(QFile::remove(home.programFolder() + "/themes/neon.qss"));
+    ASSERT_TRUE(QFile::remove(home.programFolder() + "/rotika.ico"));
+    const auto run = home.start();
+    EXPECT_TRUE(home.waitForLine("running"));
+    EXPECT_TRUE(
+        home.log().contains("engine start, theme neon, sheet of 0, icon empty, folder own, window no"))
+        << text(home.log());
+    endAtOnce(*run);
+}
+
+TEST(SingleInstance, SecondCopySaysSoAndLeavesTheFirstAlone) {
+    ProbeHome home;
+    const auto first = home.start();
+    ASSERT_TRUE(home.waitForLine("running"));
+    const QStringList before = home.log();
+
+    const auto second = home.start();
+    EXPECT_EQ(exitStatus(*second), 0);
+    QStringList added = home.log();
+    added.erase(added.begin(), added.begin() + before.size());
+    EXPECT_EQ(text(added), "box Rotika|Rotika już działa — sprawdź ikonę w zasobniku systemowym.|1024|1");
+    EXPECT_EQ(first->state(), QProcess::Running);
+
+    endAtOnce(*first);
+    const auto third = home.start();
+    EXPECT_TRUE(home.waitForLine("running", 2)) << "the lock outlived the process";
+    endAtOnce(*third);
+}
+
+#ifndef _WIN32
+
+TEST(SingleInstance, LocksInTheTemporaryFolderWhenThereIsNoRuntimeFolder) {
+    for (const QString& runtime : {QString("XDG_RUNTIME_DIR"), QString("XDG_RUNTIME_DIR=run"),
+                                   QString("XDG_RUNTIME_DIR=/nowhere/at/all")}) {
+        ProbeHome home;
+        const auto first = home.start({runtime});
+        ASSERT_TRUE(home.waitForLine("running"));
+        const auto second = home.start({runtime});
+        EXPECT_EQ(exitStatus(*second), 0);
+        EXPECT_EQ(home.log().filter("box ").size(), 1) << runtime.toStdString();
+        struct stat status {};
+        const QString lock = home.temporaryFolder() + QString("/RotikaEngineRunning-%1.lock").arg(geteuid());
+        ASSERT_EQ(stat(lock.toLocal8Bit().constData(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777u, 0600u);
+        endAtOnce(*first);
+    }
+}
+
+TEST(SingleInstance, FollowsNoLinkThatSomebodyLaidInTheTemporaryFolder) {
+    ProbeHome home;
+    const QString target = home.temporaryFolder() + "/target";
+    const QString lock = home.temporaryFolder() + QString("/RotikaEngineRunning-%1.lock").arg(geteuid());
+    ASSERT_TRUE(QFile::link(target, lock));
+    const auto run = home.start({"XDG_RUNTIME_DIR"});
+    EXPECT_TRUE(home.waitForLine("running"));
+    EXPECT_FALSE(QFile::exists(target));
+    endAtOnce(*run);
+}
+
+TEST(QuitSignals, TakeTheOrderlyRoad) {
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        ProbeHome home;
+        const auto run = home.start({libraryBeside("update_double")});
+        ASSERT_TRUE(home.waitForLine("running"));
+        kill(static_cast<pid_t>(run->processId()), number);
+        EXPECT_EQ(exitStatus(*run), 0);
+        EXPECT_EQ(text(home.log().mid(home.log().size() - 3)),
+                  "updates cleanup\nengine stop\nwindow destroyed");
+    }
+}
+
+TEST(QuitSignals, AreKeptUntilTheLoopRuns) {
+    ProbeHome home;
+    const auto run = home.start({"ROTIKA_PROBE_EARLY_SIGNAL=1"});
+    EXPECT_EQ(exitStatus(*run), 0);
+    EXPECT_EQ(text(home.log().mid(home.log().size() - 2)), "engine stop\nwindow destroyed");
+}
+
+TEST(GlibSources, AreServedWhateverQtRunsOn) {
+    for (const QString& glib : {QString("QT_NO_GLIB"), QString("QT_NO_GLIB=1")}) {
+        ProbeHome home;
+        const auto run = home.start({glib, "ROTIKA_PROBE_GLIB=1"});
+        EXPECT_TRUE(home.waitForLine("glib source served")) << glib.toStdString();
+        kill(static_cast<pid_t>(run->processId()), SIGTERM);
+        EXPECT_EQ(exitStatus(*run), 0);
+    }
+}
+
+#endif
+
+} // namespace

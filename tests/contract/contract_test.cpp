@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <random>
+#include <system_error>
 #include <thread>
 
 Heard heard;
@@ -88,7 +89,9 @@ void ContractTest::TearDown() {
     hideOverlayWindow(gridWindow());
     EXPECT_TRUE(heard.wasOnOwnerThread);
     for (const std::filesystem::path& folder : folders) {
-        std::filesystem::remove_all(folder);
+        std::error_code failure;
+        std::filesystem::remove_all(folder, failure);
+        EXPECT_FALSE(failure) << "a file of the test is still held open";
     }
 }
 

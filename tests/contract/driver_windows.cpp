@@ -58,10 +58,7 @@ void tellKey(WPARAM virtualKey, LPARAM details, bool down) {
     if (down && (details & wasDownBefore) != 0) {
         return;
     }
-    // Windows are told of "Shift"; which one it is stands in the scan code alone.
-    const UINT scanCode = (static_cast<UINT>(details) >> 16U) & 0xFFU;
-    const WPARAM key = virtualKey == VK_SHIFT ? MapVirtualKeyW(scanCode, MAPVK_VSC_TO_VK_EX) : virtualKey;
-    tellLine("key " + std::to_string(key) + (down ? " down" : " up"));
+    tellLine("key " + std::to_string(virtualKey) + (down ? " down" : " up"));
 }
 
 LRESULT CALLBACK recorderProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
@@ -84,6 +81,9 @@ LRESULT CALLBACK recorderProcedure(HWND window, UINT message, WPARAM wParam, LPA
         return TRUE;
     case WM_MOUSEWHEEL:
         tellLine("scroll");
+        return 0;
+    case WM_SETFOCUS:
+        tellLine("keyboard");
         return 0;
     case WM_KEYDOWN:
     case WM_SYSKEYDOWN:

@@ -77,22 +77,25 @@ public:
     explicit ProcessRecorder(const Rect& place)
         : process({"recorder", std::to_string(place.left), std::to_string(place.top),
                    std::to_string(place.right), std::to_string(place.bottom)}) {
-        EXPECT_TRUE(pumpUntil([this] { return !process.lines().empty(); })) << "the recorder has not started";
-        EXPECT_TRUE(pumpUntil([this] { return foregroundWindow() == window(); }))
-            << "the recorder got no keyboard";
+        EXPECT_TRUE(process.tells("keyboard")) << "the recorder got no keyboard";
+        EXPECT_TRUE(pumpUntil([this] { return window() != nullptr && foregroundWindow() == window(); }));
     }
 
     WindowHandle window() const override {
-        const std::vector<std::string> lines = process.lines();
         const std::string intro = "window ";
-        return lines.empty() ? nullptr
-                             : reinterpret_cast<WindowHandle>(static_cast<std::uintptr_t>(
-                                   std::stoull(lines.front().substr(intro.size()))));
+        for (const std::string& line : process.lines()) {
+            if (line.starts_with(intro)) {
+                return reinterpret_cast<WindowHandle>(
+                    static_cast<std::uintptr_t>(std::stoull(line.substr(intro.size()))));
+            }
+        }
+        return nullptr;
     }
 
     std::vector<std::string> events() const override {
         std::vector<std::string> lines = process.lines();
-        lines.erase(lines.begin());
+        std::erase_if(
+            lines, [](const std::string& line) { return line.starts_with("window ") || line == "keyboard"; });
         return lines;
     }
 

@@ -34,5 +34,6 @@ int playRole(const std::vector<std::string>& role);
 /// Tells the process that started us one line.
 void tellLine(const std::string& line);
 
-/// Shows the recorder's window, tells "window N" and then each event; never returns. Once per platform.
+/// Shows the recorder's window, tells "window N", then "keyboard" whenever it gets the keyboard, and each
+/// event. Never returns. Once per platform.
 [[noreturn]] void playRecorder(const Rect& place);

@@ -30,6 +30,9 @@ inline void deletePen(Gdiplus::GpPen* object) {
 inline void deleteGdipFont(Gdiplus::GpFont* object) {
     gdip::GdipDeleteFont(object);
 }
+inline void disposeImage(Gdiplus::GpImage* object) {
+    gdip::GdipDisposeImage(object);
+}
 inline void deleteFontFamily(Gdiplus::GpFontFamily* object) {
     gdip::GdipDeleteFontFamily(object);
 }
@@ -44,6 +47,7 @@ using GraphicsHandle = UniqueHandle<Gdiplus::GpGraphics*, deleteGraphics>;
 using BrushHandle = UniqueHandle<Gdiplus::GpSolidFill*, deleteBrush>;
 using PenHandle = UniqueHandle<Gdiplus::GpPen*, deletePen>;
 using GdipFontHandle = UniqueHandle<Gdiplus::GpFont*, deleteGdipFont>;
+using ImageHandle = UniqueHandle<Gdiplus::GpImage*, disposeImage>;
 using FontFamilyHandle = UniqueHandle<Gdiplus::GpFontFamily*, deleteFontFamily>;
 using StringFormatHandle = UniqueHandle<Gdiplus::GpStringFormat*, deleteStringFormat>;
 using ImageAttributesHandle = UniqueHandle<Gdiplus::GpImageAttributes*, disposeImageAttributes>;

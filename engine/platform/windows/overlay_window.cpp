@@ -42,6 +42,8 @@ LRESULT CALLBACK wheelProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
     case WM_LBUTTONDOWN:
         leftButtonDown();
         return 0;
+    case WM_MOUSEACTIVATE: // what WS_EX_NOACTIVATE means; Wine activates in spite of it
+        return MA_NOACTIVATE;
     default:
         break;
     }

@@ -170,6 +170,26 @@ private:
     std::vector<CachedFont> fonts;
 };
 
+/// Pixels in memory: an image that comes from a file keeps it open and locked, and is decoded anew at each
+/// drawing. Null when its data is broken.
+Gdiplus::GpImage* decodedCopy(Gdiplus::GpImage* image) {
+    UINT width = 0;
+    UINT height = 0;
+    gdip::GdipGetImageWidth(image, &width);
+    gdip::GdipGetImageHeight(image, &height);
+    const auto w = static_cast<INT>(width);
+    const auto h = static_cast<INT>(height);
+    Gdiplus::GpBitmap* bitmap = nullptr;
+    gdip::GdipCreateBitmapFromScan0(w, h, 0, PixelFormat32bppPARGB, nullptr, &bitmap);
+    ImageHandle copy(bitmap);
+    GraphicsHandle graphics;
+    gdip::GdipGetImageGraphicsContext(copy.get(), graphics.slot());
+    gdip::GdipSetInterpolationMode(graphics.get(), Gdiplus::InterpolationModeNearestNeighbor);
+    gdip::GdipSetPixelOffsetMode(graphics.get(), Gdiplus::PixelOffsetModeHalf);
+    const bool drawn = gdip::GdipDrawImageRectI(graphics.get(), image, 0, 0, w, h) == Gdiplus::Ok;
+    return drawn ? copy.release() : nullptr;
+}
+
 } // namespace
 
 void startDrawing() {
@@ -186,9 +206,10 @@ void drawPicture(HDC surface, const Picture& picture) {
 }
 
 const PictureImage* loadPictureImage(const std::u16string& path) {
-    Gdiplus::GpImage* image = nullptr;
-    if (gdip::GdipLoadImageFromFile(wideText(path), &image) != Gdiplus::Ok) {
+    ImageHandle file;
+    if (gdip::GdipLoadImageFromFile(wideText(path), file.slot()) != Gdiplus::Ok) {
         return nullptr;
     }
-    return new PictureImage{image};
+    Gdiplus::GpImage* const decoded = decodedCopy(file.get());
+    return decoded == nullptr ? nullptr : new PictureImage{decoded};
 }

@@ -106,6 +106,7 @@ TEST_F(WheelCapture, EachOpeningStartsAfreshInTheCentre) {
     aimAt(inRightArrow);
     clickMouse();
     aimAt(inFieldOfFour[0]);
+    aimAt(inLeftArrow);
     desktop.moveMouse(50, 50); // not yet applied
     engineState.dwellProgress = 0.5F;
     pressToggleKey();
@@ -143,6 +144,15 @@ TEST_F(WheelCapture, TheRealMouseIsHeldBackWhileInjectedEventsPass) {
     pressToggleKey();
     EXPECT_EQ(playMouse().size(), 14U);
     EXPECT_EQ(desktop.cursor, (Point{260, -300}));
+}
+
+TEST_F(WheelCapture, ACaptureThatOutlivesTheWheelWouldPassEventsOn) {
+    startWith({wheelOf(4)});
+    pressToggleKey();
+    engineState.wheelVisible = false;
+    desktop.moveMouse(5, 5);
+    EXPECT_EQ(desktop.seenByPrograms, (Texts{"motion"}));
+    EXPECT_EQ(engineState.pendingDx, 0);
 }
 
 TEST_F(WheelCapture, AButtonReleasedDuringTheCaptureDoesNotStayDownForPrograms) {

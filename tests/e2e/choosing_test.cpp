@@ -2,22 +2,122 @@
 
 namespace e2e {
 
-class Choosing : public Scenario {};
+namespace {
 
-TEST_F(Choosing, OpenChooseRun) {
-    Stage& s = stage();
-    s.writeFile("default.json", oneWheelText("Koło", clickActions({"a", "b", "c", "d"})));
-    s.startAll();
-    placePointer(s.screen.eyes(), {500, 300});
-    s.recording.mark();
+using Texts = std::vector<std::string>;
 
-    s.openWheel();
-    s.choose(fieldPoint(2, 4));
-    s.waitUntilWheelIsClosed();
+class Choosing : public Scenario {
+protected:
+    /// Four fields that click a, b, c and d; the real cursor at 500, 300.
+    Stage& fourFields() {
+        Stage& s = stage();
+        s.writeFile("default.json", oneWheelText("Litery", clickActions({"a", "b", "c", "d"})));
+        s.startAll();
+        placePointer(s.screen.eyes(), {500, 300});
+        s.recording.waitForKind("motion");
+        s.recording.mark();
+        return s;
+    }
+};
 
-    s.recording.waitForPresses(2);
-    EXPECT_EQ(s.recording.pressTexts(), (std::vector<std::string>{"key-down c", "key-up c"}));
-    EXPECT_EQ(s.screen.eyes().pointer(), (ScreenPoint{500, 300}));
+TEST_F(Choosing, AFieldRunsAndTheProgramInFrontSeesNothingElse) {
+    Stage& s = fourFields();
+    for (const auto& [field, key] : {std::pair{2, "c"}, {0, "a"}, {3, "d"}}) {
+        s.recording.mark();
+        s.openWheel();
+        s.aim(fieldPoint(1, 4));
+        s.choose(fieldPoint(field, 4));
+        s.waitUntilWheelIsClosed();
+        s.recording.waitForPress("key-up " + std::string(key));
+        EXPECT_EQ(s.recording.pressTexts(),
+                  (Texts{"key-down " + std::string(key), "key-up " + std::string(key)}));
+        EXPECT_EQ(s.recording.count("focus-out"), 0);
+        EXPECT_EQ(s.screen.eyes().pointer(), (ScreenPoint{500, 300}));
+        for (const RecordedEvent& event : s.recording.all()) {
+            if (event.kind == "motion") {
+                EXPECT_EQ((ScreenPoint{event.x, event.y}), (ScreenPoint{500, 300}));
+            }
+        }
+    }
 }
+
+TEST_F(Choosing, KeysGoOnReachingTheProgramInFront) {
+    Stage& s = fourFields();
+    s.openWheel();
+    tapKey(s.screen.eyes(), "q");
+    s.recording.waitForPress("key-up q");
+    EXPECT_TRUE(s.wheelIsOpen());
+    EXPECT_EQ(s.recording.pressTexts(), (Texts{"key-down q", "key-up q"}));
+}
+
+TEST_F(Choosing, OnlyALeftPressOnAFieldCloses) {
+    Stage& s = fourFields();
+    s.openWheel();
+    s.mouse->click(MouseButton::left); // in the hole
+    s.choose({560, 20});               // beside the ring; with one wheel there are no arrows
+    s.aim(fieldPoint(0, 4));
+    s.mouse->click(MouseButton::right);
+    s.mouse->click(MouseButton::middle);
+    // The cursor moves on, so all of these have been handled.
+    s.aim(fieldPoint(1, 4));
+    EXPECT_TRUE(s.wheelIsOpen());
+    EXPECT_EQ(s.recording.presses().size(), 0U);
+
+    s.mouse->click(MouseButton::left);
+    s.waitUntilWheelIsClosed();
+    s.recording.waitForPress("key-up b");
+    EXPECT_EQ(s.recording.pressTexts(), (Texts{"key-down b", "key-up b"}));
+}
+
+TEST_F(Choosing, TheToggleKeyClosesWithoutRunning) {
+    Stage& s = fourFields();
+    s.openWheel();
+    s.aim(fieldPoint(2, 4));
+    s.toggle();
+    s.waitUntilWheelIsClosed();
+    EXPECT_EQ(s.screen.eyes().pointer(), (ScreenPoint{500, 300}));
+    s.mouse->move(10, 0);
+    waitFor("the real cursor to move", [&] { return s.screen.eyes().pointer() == ScreenPoint{510, 300}; });
+    s.mouse->click(MouseButton::left);
+    s.recording.waitForPress("button-up left");
+    // Had the field run, its key would have come by the time the next field's has.
+    s.openWheel();
+    s.choose(fieldPoint(3, 4));
+    s.recording.waitForPress("key-up d");
+    EXPECT_EQ(s.recording.pressTexts(),
+              (Texts{"button-down left", "button-up left", "key-down d", "key-up d"}));
+}
+
+TEST_F(Choosing, AFieldWithoutStepsClosesAndRunsNothing) {
+    Stage& s = stage();
+    s.writeFile("default.json",
+                oneWheelText("Pusty", {"{ \"name\": \"nic\" }", clickActions({"b"}).front()}));
+    s.startAll();
+    s.recording.mark();
+    s.openWheel();
+    s.choose(fieldPoint(0, 2));
+    s.waitUntilWheelIsClosed();
+    s.openWheel();
+    s.choose(fieldPoint(1, 2));
+    s.recording.waitForPress("key-up b");
+    EXPECT_EQ(s.recording.pressTexts(), (Texts{"key-down b", "key-up b"}));
+}
+
+TEST_F(Choosing, ABareLetterOpensTheWheelAndIsTakenFromTheProgram) {
+    Stage& s = stage();
+    s.writeFile("config.json", "{ \"toggleKey\": \"x\", \"gazeEnabled\": false, \"voiceEnabled\": false }");
+    s.startAll();
+    s.recording.mark();
+    tapKey(s.screen.eyes(), "x");
+    waitFor("the wheel", [&] { return s.wheel.cursorIsAt(layerCentre); });
+    tapKey(s.screen.eyes(), "x");
+    s.waitUntilWheelIsClosed();
+    tapKey(s.screen.eyes(), "y");
+    s.recording.waitForPress("key-up y");
+    const Texts got = s.recording.pressTexts();
+    EXPECT_EQ(std::count(got.begin(), got.end(), "key-down x"), 0);
+}
+
+} // namespace
 
 } // namespace e2e

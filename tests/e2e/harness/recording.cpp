@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 namespace e2e {
@@ -30,11 +31,21 @@ std::vector<RecordedEvent> Recording::all() const {
 }
 
 std::vector<RecordedEvent> Recording::presses() const {
-    std::vector<RecordedEvent> events = all();
-    std::erase_if(events, [](const RecordedEvent& event) {
-        return !event.kind.ends_with("-down") && !event.kind.ends_with("-up");
-    });
-    return events;
+    std::vector<RecordedEvent> kept;
+    std::set<std::string> down;
+    const std::vector<RecordedEvent> events = readLines();
+    for (std::size_t i = 0; i < events.size(); ++i) {
+        const RecordedEvent& event = events[i];
+        const std::string thing = event.kind.substr(0, event.kind.find('-')) + event.name;
+        const bool isPress = event.kind.ends_with("-down");
+        if (isPress)
+            down.insert(thing);
+        else if (!event.kind.ends_with("-up") || down.erase(thing) == 0)
+            continue;
+        if (i >= first)
+            kept.push_back(event);
+    }
+    return kept;
 }
 
 std::vector<std::string> Recording::pressTexts() const {

@@ -58,6 +58,16 @@ std::vector<std::string> clickActions(const std::vector<std::string>& keys) {
     return actions;
 }
 
+std::string jsonText(const std::string& text) {
+    std::string quoted = "\"";
+    for (const char sign : text) {
+        if (sign == '"' || sign == '\\')
+            quoted += '\\';
+        quoted += sign;
+    }
+    return quoted + '"';
+}
+
 Stage::Stage(const ScreenSetup& setup)
     : screen(setup), target(makeTarget()), wheel(screen.eyes()), programFolder(screen.folder() / "program"),
       executable(programFolder / testArguments().program.filename()) {
@@ -84,7 +94,16 @@ Process Stage::launchProgram(const std::filesystem::path& startFolder) const {
     Command command = target->commandFor(executable, {});
     command.folder = startFolder.empty() ? screen.folder() : startFolder;
     command.outputFile = screen.folder() / "program.log";
+    command.environment["RECORDER_NOTES"] = target->pathText(screen.folder() / "notes.txt");
     return Process(command);
+}
+
+std::vector<std::string> Stage::notes() const {
+    std::ifstream stream(screen.folder() / "notes.txt");
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line.ends_with('\r') ? line.substr(0, line.size() - 1) : line);
+    return lines;
 }
 
 void Stage::startProgram() {
@@ -106,6 +125,8 @@ void Stage::startRecorder() {
     recording = Recording(log);
     recording.waitForKind("ready");
     recording.waitForKind("focus-in");
+    waitFor("the recorder to be in front",
+            [this] { return screen.eyes().titleOfActiveWindow() == "recorder"; });
 }
 
 void Stage::startAll() {

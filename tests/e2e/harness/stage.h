@@ -23,6 +23,9 @@ std::string oneWheelText(const std::string& name, const std::vector<std::string>
 /// Plain fields named "Pole 1" and so on, each of which clicks one key.
 std::vector<std::string> clickActions(const std::vector<std::string>& keys);
 
+/// A text as it stands in a JSON file, with its quotation marks. ASCII.
+std::string jsonText(const std::string& text);
+
 /// A private screen with a copy of the program of its own, and a recorder in front of it.
 class Stage {
 public:
@@ -37,6 +40,9 @@ public:
 
     /// Starts the program and waits until its window stands, so that the engine runs.
     void startProgram();
+    /// What has been opened by means of the recorder, as recorder/record.h tells; one entry each.
+    std::vector<std::string> notes() const;
+
     /// Starts it and waits for nothing.
     Process launchProgram(const std::filesystem::path& startFolder = {}) const;
     /// Puts a recorder with the patterned background over the whole screen and waits until it has the focus.

@@ -41,7 +41,7 @@ public:
     virtual bool holdsMouse(const XConnection& eyes) const = 0;
     /// Chooses the theme that the program's settings hold, without the program.
     virtual void saveTheme(const std::string& themeId) const = 0;
-    /// From now on files ending in `.handled` and addresses of the scheme `handled:` are opened by `handler`,
+    /// From now on text files ending in `.txt` and addresses of the scheme `handled:` are opened by `handler`,
     /// a program of the target's kind that gets the file or address as its only argument.
     virtual void setHandler(const std::filesystem::path& handler) const = 0;
     /// Ends what prepare() has started.

@@ -56,14 +56,12 @@ public:
     }
 
     void setHandler(const std::filesystem::path& handler) const override {
-        const std::filesystem::path data = home() / ".local" / "share";
-        writeText(data / "applications" / "handler.desktop",
+        writeText(home() / ".local" / "share" / "applications" / "handler.desktop",
                   "[Desktop Entry]\nType=Application\nName=Handler\nExec=" + handler.string() +
-                      " %u\nMimeType=x-scheme-handler/handled;application/x-handled;\n");
-        writeText(data / "mime" / "globs2", "50:application/x-handled:*.handled\n");
+                      " %u\nMimeType=x-scheme-handler/handled;text/plain;\n");
         writeText(home() / ".config" / "mimeapps.list",
                   "[Default Applications]\nx-scheme-handler/handled=handler.desktop\n"
-                  "application/x-handled=handler.desktop\n");
+                  "text/plain=handler.desktop\n");
     }
 
     void finish() override {}

@@ -69,9 +69,9 @@ public:
     }
 
     void setHandler(const std::filesystem::path& handler) const override {
-        const std::string classes = "HKCU\\Software\\Classes\\";
+        const std::string classes = "HKCR\\";
         const std::string command = "\"" + pathText(handler) + "\" \"%1\"";
-        addToRegistry(classes + ".handled", "", "handledfile");
+        addToRegistry(classes + ".txt", "", "handledfile");
         addToRegistry(classes + "handledfile\\shell\\open\\command", "", command);
         addToRegistry(classes + "handled", "URL Protocol", "");
         addToRegistry(classes + "handled\\shell\\open\\command", "", command);

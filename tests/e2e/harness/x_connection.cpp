@@ -38,6 +38,19 @@ std::string propertyText(Display* display, Window window, const char* property) 
                                            : std::string();
 }
 
+/// A window that a property of the root names, or None.
+Window rootWindowProperty(Display* display, const char* property) {
+    Atom type = None;
+    int format = 0;
+    unsigned long count = 0;
+    unsigned long left = 0;
+    unsigned char* bytes = nullptr;
+    XGetWindowProperty(display, DefaultRootWindow(display), XInternAtom(display, property, False), 0, 1,
+                       False, XA_WINDOW, &type, &format, &count, &left, &bytes);
+    const std::unique_ptr<unsigned char, XFreeing> owned(bytes);
+    return count == 1 ? *reinterpret_cast<Window*>(bytes) : None;
+}
+
 void collectShown(Display* display, Window window, int depth, std::vector<ShownWindow>& found) {
     Window root = 0;
     Window parent = 0;
@@ -58,8 +71,7 @@ void collectShown(Display* display, Window window, int depth, std::vector<ShownW
                           attributes.height,
                           propertyText(display, children[i], "_NET_WM_NAME")};
         Window ignored = 0;
-        if (attributes.c_class == InputOutput)
-            XTranslateCoordinates(display, children[i], root, 0, 0, &shown.left, &shown.top, &ignored);
+        XTranslateCoordinates(display, children[i], root, 0, 0, &shown.left, &shown.top, &ignored);
         found.push_back(shown);
         if (depth < deepestFrame)
             collectShown(display, children[i], depth + 1, found);
@@ -161,6 +173,11 @@ std::optional<ShownWindow> XConnection::shownWindow(const std::string& title) co
     return std::nullopt;
 }
 
+std::string XConnection::titleOfActiveWindow() const {
+    const Window active = rootWindowProperty(raw(), "_NET_ACTIVE_WINDOW");
+    return active != None ? propertyText(raw(), active, "_NET_WM_NAME") : std::string();
+}
+
 void XConnection::close(const ShownWindow& window) const {
     XEvent event{};
     event.xclient.type = ClientMessage;
@@ -226,15 +243,7 @@ unsigned XConnection::keycodeOf(const std::string& keysymName) const {
 }
 
 bool XConnection::hasWindowManager() const {
-    Atom type = None;
-    int format = 0;
-    unsigned long count = 0;
-    unsigned long left = 0;
-    unsigned char* bytes = nullptr;
-    XGetWindowProperty(raw(), DefaultRootWindow(raw()), XInternAtom(raw(), "_NET_SUPPORTING_WM_CHECK", False),
-                       0, 1, False, XA_WINDOW, &type, &format, &count, &left, &bytes);
-    const std::unique_ptr<unsigned char, XFreeing> owned(bytes);
-    return count == 1;
+    return rootWindowProperty(raw(), "_NET_SUPPORTING_WM_CHECK") != None;
 }
 
 void XConnection::waitUntilWindowsAreShown() const {

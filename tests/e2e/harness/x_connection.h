@@ -71,6 +71,8 @@ public:
     std::vector<ShownWindow> shownWindows() const;
     std::optional<ShownWindow> shownWindow(int width, int height) const;
     std::optional<ShownWindow> shownWindow(const std::string& title) const;
+    /// The window manager's idea of it, which may lag behind the focus; empty if there is none.
+    std::string titleOfActiveWindow() const;
     void close(const ShownWindow& window) const;
 
     ScreenPoint pointer() const;

@@ -133,6 +133,8 @@ HWND makeWindow() {
 } // namespace
 
 int main(int argc, char** argv) {
+    if (noteOpening(argc, argv))
+        return 0;
     arguments = RecorderArguments::parse(argc, argv);
     SetProcessDPIAware();
     eventLog = std::make_unique<EventLog>(arguments.logFile);

@@ -129,6 +129,8 @@ private:
 } // namespace
 
 int main(int argc, char** argv) {
+    if (noteOpening(argc, argv))
+        return 0;
     const RecorderArguments arguments = RecorderArguments::parse(argc, argv);
     Display* display = XOpenDisplay(nullptr);
     if (display == nullptr)

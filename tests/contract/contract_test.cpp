@@ -42,9 +42,20 @@ MainWindowHandlers mainHandlers() {
                 noteThread();
                 heard.byMain.push_back({message, wParam, lParam});
             },
-        .dataArrived = [](std::uintptr_t, const void*, std::size_t) noexcept { return false; },
-        .statusText = [] { return std::u16string(); },
-        .editorRequested = []() noexcept {},
+        .dataArrived =
+            [](std::uintptr_t kind, const void* bytes, std::size_t byteCount) noexcept {
+                noteThread();
+                const std::string text =
+                    bytes == nullptr ? "" : std::string(static_cast<const char*>(bytes), byteCount);
+                heard.data.push_back(std::to_string(kind) + ": " + text);
+                return kind == 1;
+            },
+        .statusText =
+            [] {
+                ++heard.statusPages;
+                return std::u16string(u"Koło");
+            },
+        .editorRequested = []() noexcept { ++heard.editorRequests; },
         .destroyed = []() noexcept {},
     };
 }

@@ -219,3 +219,5 @@ void playRecorder(const Rect& place) {
         tellEvent(event);
     }
 }
+
+void playPlatformRole(const std::vector<std::string>&) {}

@@ -160,3 +160,15 @@ void playRecorder(const Rect& place) {
         MsgWaitForMultipleObjects(0, nullptr, FALSE, INFINITE, QS_ALLINPUT);
     }
 }
+
+void playPlatformRole(const std::vector<std::string>& role) {
+    if (role.at(0) != "send-data") {
+        return;
+    }
+    std::string text = role.at(2);
+    COPYDATASTRUCT data{static_cast<ULONG_PTR>(std::stoull(role.at(1))), static_cast<DWORD>(text.size()),
+                        text.data()};
+    const HWND engine = FindWindowW(L"RadialOverlayMain", L"Rotika");
+    const LRESULT answer = SendMessageW(engine, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data));
+    tellLine("answer " + std::to_string(answer));
+}

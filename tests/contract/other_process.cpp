@@ -134,6 +134,7 @@ int playRole(const std::vector<std::string>& role) {
     if (name == "recorder") {
         playRecorder({number(1), number(2), number(3), number(4)});
     }
+    playPlatformRole(role);
     if (!openPlatform()) {
         return 1;
     }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QDialog>
 #include <QFile>
 #include <QFrame>
@@ -11,6 +12,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QMenu>
+#include <QRadioButton>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTreeWidget>
@@ -70,6 +72,8 @@ QRect textPlace(QWidget* widget) {
         place = list->visualItemRect(list->currentItem()).translated(list->viewport()->pos());
     else if (auto* tree = qobject_cast<QTreeWidget*>(widget))
         place = tree->visualItemRect(tree->currentItem()).translated(tree->viewport()->pos());
+    else if (qobject_cast<QCheckBox*>(widget) != nullptr || qobject_cast<QRadioButton*>(widget) != nullptr)
+        place.setLeft(28); // past the indicator
     return place.adjusted(4, 4, -4, -4).translated(widget->mapTo(widget->window(), QPoint(0, 0)));
 }
 

@@ -108,6 +108,77 @@ TEST_F(Picture, FieldsShineThroughUntilHoveredAndTheRestIsUntouched) {
     }
 }
 
+/// A plain red square with a transparent lower half.
+void writeIcon(const std::filesystem::path& file) {
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 64, 64);
+    cairo_t* context = cairo_create(surface);
+    cairo_set_source_rgb(context, 1, 0, 0);
+    cairo_rectangle(context, 0, 0, 64, 32);
+    cairo_fill(context);
+    cairo_destroy(context);
+    cairo_surface_write_to_png(surface, file.c_str());
+    cairo_surface_destroy(surface);
+}
+
+TEST_F(Picture, IconsColoursLongNamesAndTwoWheels) {
+    Stage& s = stage();
+    writeIcon(s.folder() / "znak.png");
+    const std::string absoluteIcon = jsonText(s.target->pathText(s.folder() / "znak.png"));
+    const std::string first =
+        oneWheelText("Zażółć gęślą",
+                     {R"({ "icon": "znak.png", "color": "#102030", "key": "a" })",
+                      "{ \"name\": \"Głośność\", \"icon\": " + absoluteIcon + ", \"key\": \"b\" }",
+                      R"({ "name": "Bez obrazka", "icon": "brak.png", "key": "c" })", R"({ "key": "d" })",
+                      R"({ "name": "Bardzo długa nazwa źdźbła, która nie mieści się w polu", "key": "e" })",
+                      R"({ "name": "Zażółć gęślą jaźń", "color": "#FFFFFF", "key": "f" })"});
+    const std::string second = "{ \"name\": \"Drugie\", \"actions\": [ { \"name\": \"x\" } ] } ] }\n";
+    const std::string both = first.substr(0, first.rfind("] }")) + ", " + second;
+    show(both);
+    s.aim(fieldPoint(3, 6, 190));
+    keepPicture("wheel-with-icons");
+
+    // A resting icon is as translucent as its field; its lower half leaves the field alone.
+    const PixelColor red{255, 0, 0};
+    const LayerPoint label = fieldPoint(0, 6);
+    const auto underIcon = [&](LayerPoint point, const PixelColor& field) {
+        return mixed(field, restingOpacity, backgroundAt(s.wheel.onScreen(point)));
+    };
+    const LayerPoint upper{label.x, label.y - 12};
+    const LayerPoint lower{label.x, label.y + 12};
+    expectColor(upper, mixed(red, restingOpacity, underIcon(upper, {0x10, 0x20, 0x30})),
+                "the icon's upper half");
+    expectColor(lower, underIcon(lower, {0x10, 0x20, 0x30}), "the icon's lower half");
+    // With a name beside it the icon stands 11 higher.
+    const LayerPoint named = fieldPoint(1, 6);
+    const LayerPoint namedUpper{named.x, named.y - 23};
+    expectColor(namedUpper, mixed(red, restingOpacity, underIcon(namedUpper, segmentColor)),
+                "the icon over a name");
+    expectBackgroundUntouched(true);
+
+    s.aim({label.x + 25, label.y});
+    waitFor("the icon to be lit", [&] { return s.wheel.pixel(upper) == red; });
+    EXPECT_EQ(s.wheel.pixel(lower), (PixelColor{0x10, 0x20, 0x30}));
+    keepPicture("wheel-with-icons-hovered");
+}
+
+TEST_F(Picture, TheWheelLeavesNothingBehind) {
+    Stage& s = show(oneWheelText("", clickActions({"a", "b", "c"})));
+    s.aim(fieldPoint(1, 3));
+    s.toggle();
+    s.waitUntilWheelIsClosed();
+    const XConnection& eyes = s.screen.eyes();
+    waitFor("the background to be whole again", [&] {
+        const ScreenPart screen = eyes.look(0, 0, eyes.width(), eyes.height());
+        for (int y = 0; y < screen.height; ++y) {
+            for (int x = 0; x < screen.width; ++x) {
+                if (!(screen.at(x, y) == backgroundAt({x, y})))
+                    return false;
+            }
+        }
+        return true;
+    });
+}
+
 } // namespace
 
 } // namespace e2e

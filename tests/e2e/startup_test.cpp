@@ -1,5 +1,6 @@
 #include "scenario.h"
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -23,6 +24,16 @@ protected:
                 return shown;
         }
         return std::nullopt;
+    }
+
+    /// There is something in it: the window is painted as a whole.
+    bool isPainted(const ShownWindow& window) {
+        const ScreenPart part =
+            stage().screen.eyes().look(window.left, window.top, window.width, window.height);
+        const auto other = std::find_if(part.pixels.begin(), part.pixels.end(), [&](const PixelColor& pixel) {
+            return !(pixel == part.pixels.front());
+        });
+        return other != part.pixels.end();
     }
 
     void expectWheelOpensByKey(const std::string& key) {
@@ -53,12 +64,9 @@ TEST_F(Startup, AnUnknownThemeLooksLikeTheFirst) {
         s.target->saveTheme(theme);
         s.startProgram();
         const ShownWindow window = *s.mainWindow();
-        const ScreenPoint place{window.left + 20, window.top + window.height - 20};
-        waitFor("the window to be painted", [&] {
-            return differenceOf(s.screen.eyes().pixel(place.x, place.y), {0, 0, 0}) > 8;
-        });
+        waitFor("the window to be painted", [&] { return isPainted(window); });
         keepPicture("theme-" + theme);
-        const PixelColor color = s.screen.eyes().pixel(place.x, place.y);
+        const PixelColor color = s.screen.eyes().pixel(window.left + 20, window.top + window.height - 20);
         s.endProgram();
         return color;
     };

@@ -43,7 +43,6 @@ run_ctest() {
 # A build that fails costs its own tests, not those of the others.
 test_linux() {
     need_packages build test
-    mkdir -p "$root/build"
     step "Build for Linux" build_preset linux
     if step_held; then
         step "Tests: style, unit, contract, shell, end to end" run_ctest linux --label-exclude e2e_windows
@@ -95,7 +94,6 @@ run_fuzz() {
 test_windows() {
     need_packages build test windows wine
     need_qt_windows
-    mkdir -p "$root/build"
     step "Wine prefix" "$root/scripts/wine.sh" --prepare
     step "Build for Windows" build_preset windows -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
     if step_held; then
@@ -116,7 +114,6 @@ format_sources() {
 
 tidy_sources() {
     need_packages build test
-    mkdir -p "$root/build"
     build_preset linux
     (cd "$root" && run-clang-tidy -quiet -p build/linux -j "$jobs" '/(engine|shell|licence)/[^.]*\.cpp$')
 }

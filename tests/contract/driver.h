@@ -26,7 +26,7 @@ public:
     virtual ~Recorder() = default;
 
     virtual WindowHandle window() const = 0;
-    /// "button 0 down", "scroll", "key 65 up": in order, without motion and auto-repeat.
+    /// "button 0 down", "scroll", "key 65 up": in order, without motion, auto-repeat and the Z key.
     virtual std::vector<std::string> events() const = 0;
 };
 std::unique_ptr<Recorder> openRecorder(const Rect& place);

@@ -220,4 +220,6 @@ void playRecorder(const Rect& place) {
     }
 }
 
-void playPlatformRole(const std::vector<std::string>&) {}
+bool playPlatformRole(const std::vector<std::string>&) {
+    return false;
+}

@@ -161,9 +161,9 @@ void playRecorder(const Rect& place) {
     }
 }
 
-void playPlatformRole(const std::vector<std::string>& role) {
+bool playPlatformRole(const std::vector<std::string>& role) {
     if (role.at(0) != "send-data") {
-        return;
+        return false;
     }
     std::string text = role.at(2);
     COPYDATASTRUCT data{static_cast<ULONG_PTR>(std::stoull(role.at(1))), static_cast<DWORD>(text.size()),
@@ -171,4 +171,5 @@ void playPlatformRole(const std::vector<std::string>& role) {
     const HWND engine = FindWindowW(L"RadialOverlayMain", L"Rotika");
     const LRESULT answer = SendMessageW(engine, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data));
     tellLine("answer " + std::to_string(answer));
+    return true;
 }

@@ -24,7 +24,7 @@ TEST_F(PointerContract, TheCursorGoesWhereItIsPut) {
     for (const Point place : {Point{120, 140}, Point{0, 0}, Point{431, 7}}) {
         setCursorPosition(place);
         EXPECT_TRUE(pumpUntil([&] { return cursorPosition() == place; }))
-            << cursorPosition().x << ", " << cursorPosition().y;
+            << testing::PrintToString(cursorPosition());
     }
 }
 
@@ -72,7 +72,8 @@ TEST_F(PointerContract, TheEndGivesTheRealMouseBack) {
     beginCapture(overRecorder);
     pressRealButton(0);
     releaseRealButton(0);
-    ASSERT_TRUE(pumpUntil([] { return heard.capturePresses >= 1; }));
+    moveRealMouse(1, 0); // when it has arrived, so has the release
+    ASSERT_TRUE(pumpUntil([] { return heard.capturePresses >= 1 && heard.motion.x >= 1; }));
     endPointerCapture();
     endPointerCapture(); // harmless
     const int before = heard.capturePresses;
@@ -94,6 +95,8 @@ TEST_F(PointerContract, AButtonLetGoDuringTheCaptureIsLetGoForThePrograms) {
     ASSERT_TRUE(pumpUntil([&] { return contains(recorder->events(), "button 2 down"); }));
     beginCapture(overRecorder);
     releaseRealButton(2);
+    moveRealMouse(1, 0); // when it has arrived, so has the release
+    EXPECT_TRUE(pumpUntil([] { return heard.motion.x >= 1; }));
     EXPECT_TRUE(seesInjectedClick(*recorder));
     EXPECT_FALSE(contains(recorder->events(), "button 2 up"));
     endPointerCapture();
@@ -106,7 +109,10 @@ TEST_F(PointerContract, ACaptureCanBeginAgain) {
         heard = {};
         beginCapture(overRecorder);
         moveRealMouse(3, 4);
-        EXPECT_TRUE(pumpUntil([] { return heard.motion == Point{3, 4}; })) << round;
+        EXPECT_TRUE(pumpUntil([] {
+            return heard.motion == Point{3, 4};
+        })) << round
+            << ": " << testing::PrintToString(heard.motion);
         endPointerCapture();
     }
     EXPECT_TRUE(recorder->events().empty());

@@ -135,6 +135,22 @@ TEST_F(Choosing, TogglesInQuickSuccessionAllCount) {
     EXPECT_EQ(s.recording.pressTexts(), (Texts{"key-down b", "key-up b"}));
 }
 
+TEST_F(Choosing, APressCountsWhereTheCursorStoodHoweverFastTheMouseMovesOn) {
+    stage().writeFile("config.json", settingsText("\"sendDelay\": 0, \"keyHold\": 10"));
+    Stage& s = fourFields();
+    for (int i = 0; i < 40; ++i) {
+        s.recording.mark();
+        s.openWheel();
+        s.aim(fieldPoint(0, 4));
+        s.mouse->press(MouseButton::left);
+        s.mouse->move(0, 200);
+        s.mouse->release(MouseButton::left);
+        s.waitUntilWheelIsClosed();
+        s.recording.waitForPresses(2);
+        ASSERT_EQ(s.recording.pressTexts(), (Texts{"key-down a", "key-up a"}));
+    }
+}
+
 TEST_F(Choosing, TheVirtualCursorStaysOnTheLayer) {
     Stage& s = fourFields();
     s.openWheel();

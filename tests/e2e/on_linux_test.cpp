@@ -211,6 +211,26 @@ TEST_F(OnLinux, AFieldChosenWithTakeFocusTypesIntoTheProgramInFront) {
     EXPECT_EQ(s.recording.pressTexts(), (Texts{"key-down b", "key-up b"}));
 }
 
+TEST_F(OnLinux, AGameThatHoldsThePointerSeesNothingWhileTheWheelIsOpen) {
+    Stage& s = oneField();
+    Display* game = s.screen.eyes().raw();
+    ASSERT_EQ(XGrabPointer(game, DefaultRootWindow(game), False, PointerMotionMask | ButtonPressMask,
+                           GrabModeAsync, GrabModeAsync, DefaultRootWindow(game), None, CurrentTime),
+              GrabSuccess);
+    s.openWheel();
+    s.choose(fieldPoint(1, 2, 150));
+    s.waitUntilWheelIsClosed();
+    s.recording.waitForPress("key-up b");
+    XSync(game, False);
+    XEvent event;
+    while (XCheckMaskEvent(game, PointerMotionMask, &event) != 0)
+        EXPECT_EQ((ScreenPoint{event.xmotion.x_root, event.xmotion.y_root}), (ScreenPoint{300, 300}));
+    EXPECT_EQ(XCheckMaskEvent(game, ButtonPressMask, &event), 0);
+    s.mouse->move(9, 9);
+    waitFor("the game to have the mouse again",
+            [&] { return XCheckMaskEvent(game, PointerMotionMask, &event) != 0; });
+}
+
 } // namespace
 
 } // namespace e2e

@@ -31,6 +31,10 @@ void copyProgram(const std::filesystem::path& from, const std::filesystem::path&
     }
 }
 
+/// Where input may be lost or doubled: how long one attempt is given, and how many there are.
+constexpr std::chrono::milliseconds patience{3000};
+constexpr int patientAttempts = 8;
+
 std::string joined(const std::vector<std::string>& texts) {
     std::string all;
     for (const std::string& text : texts)
@@ -164,11 +168,29 @@ void Stage::openWheel(const std::string& key) {
     openWheelAfter([&] { tapKey(screen.eyes(), key); });
 }
 
+bool Stage::wheelOpensWell(std::chrono::milliseconds limit) const {
+    return holdsWithin(limit,
+                       [this] { return wheel.cursorIsAt(layerCentre) && target->holdsMouse(screen.eyes()); });
+}
+
 void Stage::openWheelAfter(const std::function<void()>& opening) {
     opening();
-    waitFor("the wheel", [this] { return wheel.cursorIsAt(layerCentre); });
-    waitFor("the mouse being held back", [this] { return target->holdsMouse(screen.eyes()); });
+    waitFor("the wheel", [this] { return wheelIsOpen(); });
     cursor = layerCentre;
+    if (target->inputIsExact()) {
+        if (!wheelOpensWell(generousLimit))
+            throw ScenarioError("the wheel stands, but not as it should");
+        return;
+    }
+    // As a person would: close it and open it again.
+    for (int attempt = 0; attempt < patientAttempts && !wheelOpensWell(patience); ++attempt) {
+        toggle();
+        waitFor("the wheel to close for another attempt", [this] { return !wheelIsOpen(); });
+        toggle();
+        waitFor("the wheel to open again", [this] { return wheelIsOpen(); });
+    }
+    if (!wheelOpensWell(patience))
+        throw ScenarioError("the wheel stands, but not as it should, time and again");
 }
 
 void Stage::waitUntilWheelIsClosed() const {
@@ -176,11 +198,22 @@ void Stage::waitUntilWheelIsClosed() const {
     waitFor("the mouse being given back", [this] { return !target->holdsMouse(screen.eyes()); });
 }
 
+bool Stage::cursorArrives(LayerPoint point, std::chrono::milliseconds limit) const {
+    return holdsWithin(limit, [&] { return wheel.cursorIsAt(point); });
+}
+
 void Stage::aim(LayerPoint point) {
-    mouse->move(point.x - cursor.x, point.y - cursor.y);
-    cursor = point;
-    waitFor("the virtual cursor at " + std::to_string(point.x) + ", " + std::to_string(point.y),
-            [&] { return wheel.cursorIsAt(point); });
+    const bool isExact = target->inputIsExact();
+    for (int attempt = 0; attempt < (isExact ? 1 : patientAttempts); ++attempt) {
+        mouse->move(point.x - cursor.x, point.y - cursor.y);
+        cursor = point;
+        if (cursorArrives(point, isExact ? generousLimit : patience))
+            return;
+        // As a person would: look where it is and correct.
+        cursor = wheel.findCursor().value_or(cursor);
+    }
+    throw ScenarioError("waited in vain for the virtual cursor at " + std::to_string(point.x) + ", " +
+                        std::to_string(point.y));
 }
 
 void Stage::choose(LayerPoint point) {

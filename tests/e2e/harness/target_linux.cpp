@@ -52,6 +52,7 @@ public:
         return floats;
     }
 
+    bool inputIsExact() const override { return true; }
     int turnsPerPress() const override { return 1; }
 
     void askToQuit(const Process& program) const override { program.send(SIGTERM); }

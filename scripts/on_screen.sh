@@ -58,8 +58,9 @@ openbox --sm-disable >"$folder/openbox.log" 2>&1 &
 helpers+=($!)
 wait_for "window manager" sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"'
 
-picom --backend xrender --config /dev/null >"$folder/picom.log" 2>&1 &
+# Not picom: it now and then goes on showing what was there before, after a window of Wine has been shown.
+xcompmgr >"$folder/compositor.log" 2>&1 &
 helpers+=($!)
-wait_for "compositor" sh -c 'xprop -root _NET_SUPPORTED >/dev/null && xwininfo -root -tree | grep -qi picom'
+wait_for "compositor" sh -c 'xwininfo -root -tree | grep -qi xcompmgr'
 
 "$@"

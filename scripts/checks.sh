@@ -62,16 +62,17 @@ test_linux() {
     conclude "Linux"
 }
 
+# Paths stand in quotes of the sanitizers' own, since the checkout's may hold a space.
 # The sanitizer must leave faults to the guard around foreign libraries, which the tests provoke.
 test_with_asan() {
     export ASAN_OPTIONS=handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:detect_stack_use_after_return=1
     export UBSAN_OPTIONS=print_stacktrace=1
-    export LSAN_OPTIONS=suppressions="$root/scripts/leaks.supp":print_suppressions=0
+    export LSAN_OPTIONS="suppressions='$root/scripts/leaks.supp':print_suppressions=0"
     run_ctest asan
 }
 
 test_with_tsan() {
-    export TSAN_OPTIONS=suppressions="$root/scripts/races.supp":second_deadlock_stack=1
+    export TSAN_OPTIONS="suppressions='$root/scripts/races.supp':second_deadlock_stack=1"
     run_ctest tsan --label-regex unit
 }
 

@@ -205,12 +205,17 @@ bool Stage::cursorArrives(LayerPoint point, std::chrono::milliseconds limit) con
 void Stage::aim(LayerPoint point) {
     const bool isExact = target->inputIsExact();
     for (int attempt = 0; attempt < (isExact ? 1 : patientAttempts); ++attempt) {
-        mouse->move(point.x - cursor.x, point.y - cursor.y);
+        // Half the way every other time: where movements count twice, that leads there.
+        const int part = attempt % 2 == 0 ? 1 : 2;
+        mouse->move((point.x - cursor.x) / part, (point.y - cursor.y) / part);
         cursor = point;
         if (cursorArrives(point, isExact ? generousLimit : patience))
             return;
-        // As a person would: look where it is and correct.
-        cursor = wheel.findCursor().value_or(cursor);
+        // As a person would: look where it is, or else begin in the corner, and correct.
+        const std::optional<LayerPoint> seen = wheel.findCursor();
+        if (!seen)
+            mouse->move(-2 * layerWidth, -2 * layerHeight);
+        cursor = seen.value_or(LayerPoint{});
     }
     throw ScenarioError("waited in vain for the virtual cursor at " + std::to_string(point.x) + ", " +
                         std::to_string(point.y));

@@ -2,10 +2,8 @@
 
 #include "harness/waiting.h"
 
-#include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <utility>
 
 namespace e2e {
 
@@ -33,25 +31,26 @@ PixelColor WheelView::pixel(LayerPoint point) const {
 
 namespace {
 
-/// The arrow is white with a black edge along x = 0: what lies this far inside is plain white, and the edge
-/// is black in the middle of its width. `left` and `top` are the tip's place on the screen.
+/// The arrow is white with a black edge along x = 0 and across the column x = 2 at 1 to 3 and 20 to 22: right
+/// to a pixel. `left` and `top` are the tip's place on the screen.
 bool showsCursorAt(const ScreenPart& part, int left, int top) {
     constexpr int nearlyPlain = 8;
     constexpr int halfCovered = 140;
-    for (const auto& [dx, dy] : {std::pair{2, 8}, {2, 12}, {2, 15}, {6, 12}}) {
-        if (differenceOf(part.at(left + dx, top + dy), {255, 255, 255}) >= nearlyPlain)
-            return false;
-    }
-    for (const int dy : {6, 12, 16}) {
-        if (std::min(differenceOf(part.at(left, top + dy), {0, 0, 0}),
-                     differenceOf(part.at(left - 1, top + dy), {0, 0, 0})) >= halfCovered)
-            return false;
-    }
-    return true;
+    const auto isWhite = [&](int dx, int dy) {
+        return differenceOf(part.at(left + dx, top + dy), {255, 255, 255}) < nearlyPlain;
+    };
+    const auto isDark = [&](int dx, int dy) {
+        return differenceOf(part.at(left + dx, top + dy), {0, 0, 0}) < halfCovered;
+    };
+    if (!isWhite(2, 5) || !isWhite(2, 12) || !isWhite(2, 18) || !isWhite(6, 12) || isWhite(2, 1) ||
+        isWhite(2, 21))
+        return false;
+    return (isDark(0, 6) || isDark(-1, 6)) && (isDark(0, 12) || isDark(-1, 12)) &&
+           (isDark(0, 16) || isDark(-1, 16));
 }
 
 constexpr int shownWidth = 10; // so much of the arrow is looked at
-constexpr int shownHeight = 20;
+constexpr int shownHeight = 24;
 
 } // namespace
 

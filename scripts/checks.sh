@@ -62,8 +62,8 @@ test_linux() {
     conclude "Linux"
 }
 
-# Paths stand in quotes of the sanitizers' own, since the checkout's may hold a space.
-# The sanitizer must leave faults to the guard around foreign libraries, which the tests provoke.
+# The sanitizer must leave faults to the guard around foreign libraries, which the tests provoke. Paths stand
+# in quotes of the sanitizers' own, since the checkout's may hold a space.
 test_with_asan() {
     export ASAN_OPTIONS=handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:detect_stack_use_after_return=1
     export UBSAN_OPTIONS=print_stacktrace=1

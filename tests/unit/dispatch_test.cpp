@@ -5,6 +5,8 @@
 #include "overlay.h"
 
 #include <memory>
+#include <optional>
+#include <tuple>
 
 namespace {
 
@@ -97,20 +99,17 @@ TEST_F(Dispatch, VoiceTurnsThePageOfAnOpenWheelBothWaysUnderAStillCursor) {
     EXPECT_EQ(engineState.activeWheel, 0) << "closed";
     pressToggleKey();
     aimAt(inFieldOfFour[3]);
-    struct PageCase {
-        std::uintptr_t command;
-        std::int32_t wheel;
-        std::int32_t field; // the ring is divided anew
-    };
-    constexpr PageCase cases[] = {{nextWheelCommand, 1, 0},
-                                  {nextWheelCommand, 2, 19},
-                                  {nextWheelCommand, 0, 3},
-                                  {previousWheelCommand, 2, 19}};
+    // command, and the wheel and hovered field after it: the ring is divided anew
+    constexpr std::tuple<std::uintptr_t, std::int32_t, std::int32_t> cases[] = {
+        {nextWheelCommand, 1, 0},
+        {nextWheelCommand, 2, 19},
+        {nextWheelCommand, 0, 3},
+        {previousWheelCommand, 2, 19}};
     int paintCount = wheelPaintCount();
-    for (const PageCase& c : cases) {
-        postToMain(MsgVoiceCommand, c.command);
-        EXPECT_EQ(engineState.activeWheel, c.wheel);
-        EXPECT_EQ(engineState.hoveredField, c.field);
+    for (const auto& [command, wheel, hovered] : cases) {
+        postToMain(MsgVoiceCommand, command);
+        EXPECT_EQ(engineState.activeWheel, wheel);
+        EXPECT_EQ(engineState.hoveredField, hovered);
         EXPECT_EQ(wheelPaintCount(), ++paintCount);
     }
     engineState.wheels = {wheelOf(4)};
@@ -125,13 +124,8 @@ TEST_F(Dispatch, VoiceClicksAtTheRealCursorOrOnWhatTheVirtualOneIsOn) {
     const std::string left = "60 button 0 down, 120 button 0 up";
     const std::string twice = left + ", 180 button 0 down, 240 button 0 up";
     const std::string right = "60 button 1 down, 120 button 1 up";
-    struct ClickCase {
-        std::uintptr_t command;
-        std::optional<Point> virtualCursor; // of the open wheel
-        std::string expected;
-        bool wheelStaysOpen;
-    };
-    const ClickCase cases[] = {
+    // command, virtual cursor of the open wheel, what is played, does the wheel stay open
+    const std::tuple<std::uintptr_t, std::optional<Point>, std::string, bool> cases[] = {
         {clickCommand, {}, left, false},
         {doubleClickCommand, {}, twice, false},
         {rightClickCommand, {}, right, false},
@@ -140,18 +134,18 @@ TEST_F(Dispatch, VoiceClicksAtTheRealCursorOrOnWhatTheVirtualOneIsOn) {
         {doubleClickCommand, inFieldOfFour[0], twice, true}, // these two pass an open wheel
         {rightClickCommand, inFieldOfFour[0], right, true},
     };
-    for (const ClickCase& c : cases) {
-        if (c.virtualCursor) {
+    for (const auto& [command, virtualCursor, expected, wheelStaysOpen] : cases) {
+        if (virtualCursor) {
             pressToggleKey();
-            aimAt(*c.virtualCursor);
+            aimAt(*virtualCursor);
         }
         desktop.clearJournal();
         const std::uint64_t start = desktop.clock.now();
-        postToMain(MsgVoiceCommand, c.command);
+        postToMain(MsgVoiceCommand, command);
         desktop.advanceBy(2000);
-        EXPECT_EQ(played(start), c.expected);
-        EXPECT_EQ(OverlayIsWheelVisible(), c.wheelStaysOpen);
-        if (c.wheelStaysOpen)
+        EXPECT_EQ(played(start), expected);
+        EXPECT_EQ(OverlayIsWheelVisible(), wheelStaysOpen);
+        if (wheelStaysOpen)
             pressToggleKey();
     }
 }

@@ -3,6 +3,7 @@
 #include "run/function_run.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace {
 
@@ -42,39 +43,27 @@ TEST_F(FunctionRun, AFieldOfTwoClicksAndAnOpenIsPlayedToTheMillisecond) {
 }
 
 TEST_F(FunctionRun, EveryKindOfStepKeepsItsTimes) {
-    struct StepsCase {
-        std::vector<ActionStep> steps;
-        std::int32_t delay;
-        const char* expected;
-    };
     KeyCode arrow = keyOf(37);
     arrow.extended = true;
     const ActionStep unknownKind{keyOf(70), static_cast<StepKind>(9), 1, {}};
-    const StepsCase cases[] = {
-        {{hold(keyOf(65), 1500), click(keyOf(66))},
-         30,
-         "0 key 65 down, 1500 key 65 up, 1530 key 66 down, 1590 key 66 up"},
-        {{hold(keyOf(16), 0), click(keyOf(66))}, 30, "0 key 16 down and left, 30 key 66 down, 90 key 66 up"},
-        {{hold(keyOf(65), -1)}, 30, "0 key 65 down and left"},
-        {{click(keyOf(65)), click(keyOf(66))},
-         0,
-         "0 key 65 down, 60 key 65 up, 60 key 66 down, 120 key 66 up"},
-        {{release(keyOf(65)), release(keyOf(66))}, 2000, "0 key 65 up, 2000 key 66 up"},
-        {{click(keyOf(65), 0), click(keyOf(66), -7)},
-         30,
-         "0 key 65 down, 60 key 65 up, 90 key 66 down, 150 key 66 up"},
-        {{click(KeyCode{}, 2), release(keyOf(66))}, 30, "210 key 66 up"}, // an unknown key takes its time
-        {{unknownKind, release(keyOf(66))}, 30, "30 key 66 up"},
-        {{click(arrow)}, 30, "0 extended key 37 down, 60 extended key 37 up"},
-        {{open(u"brak.exe"), open(u"notes.txt"), release(keyOf(65))},
-         30,
-         "0 open brak.exe, 30 open notes.txt, 60 key 65 up"},
+    const std::tuple<std::int32_t, std::vector<ActionStep>, const char*> cases[] = {
+        {30, {hold(keyOf(65), 1500), release(keyOf(66))}, "0 key 65 down, 1500 key 65 up, 1530 key 66 up"},
+        {30, {hold(keyOf(16), 0), click(keyOf(66))}, "0 key 16 down and left, 30 key 66 down, 90 key 66 up"},
+        {30, {hold(keyOf(65), -1)}, "0 key 65 down and left"},
+        {0, {click(keyOf(65)), release(keyOf(66))}, "0 key 65 down, 60 key 65 up, 60 key 66 up"},
+        {2000, {release(keyOf(65)), release(keyOf(66))}, "0 key 65 up, 2000 key 66 up"},
+        {30, {click(keyOf(65), 0)}, "0 key 65 down, 60 key 65 up"},
+        {30, {click(keyOf(65), -7)}, "0 key 65 down, 60 key 65 up"},
+        {30, {click(KeyCode{}, 2), release(keyOf(66))}, "210 key 66 up"}, // an unknown key takes its time
+        {30, {unknownKind, release(keyOf(66))}, "30 key 66 up"},
+        {30, {click(arrow)}, "0 extended key 37 down, 60 extended key 37 up"},
+        {30, {open(u"brak.exe"), release(keyOf(65))}, "0 open brak.exe, 30 key 65 up"},
     };
-    for (const StepsCase& c : cases) {
+    for (const auto& [delay, steps, expected] : cases) {
         const std::uint64_t start = desktop.clock.now();
-        run(c.steps, 0, c.delay);
+        run(steps, 0, delay);
         EXPECT_TRUE(desktop.journal.empty()) << "the owner thread played it itself";
-        EXPECT_EQ(playedFrom(start), c.expected);
+        EXPECT_EQ(playedFrom(start), expected);
     }
 }
 

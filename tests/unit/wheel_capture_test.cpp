@@ -3,6 +3,8 @@
 #include "platform/injection.h"
 #include "wheel/capture.h"
 
+#include <functional>
+
 namespace {
 
 class WheelCapture : public EngineTest {
@@ -35,31 +37,21 @@ TEST_F(WheelCapture, OpeningPaintsBeforeShowingAndClosingUndoesTheCaptureFirst) 
 TEST_F(WheelCapture, FocusIsGivenBackOnlyToAWindowThatLivesAndHasLostIt) {
     startWith({wheelOf(4)});
     const WindowHandle chat = desktop.addProgram("chat");
-    enum class Meanwhile { nothing, gameToFront, chatDies };
-    struct FocusCase {
-        bool takeFocus;
-        Meanwhile meanwhile;
-        const char* expected;
-    };
-    constexpr FocusCase cases[] = {{false, Meanwhile::nothing, "cursor 960,540"},
-                                   {false, Meanwhile::gameToFront, "cursor 960,540, focus chat"},
-                                   {true, Meanwhile::chatDies, "cursor 960,540"}};
-    for (const FocusCase& c : cases) {
-        engineConfig.takeFocus = c.takeFocus;
-        desktop.focusProgram(chat);
+    const auto givenBackAfter = [&](const std::function<void()>& meanwhile) {
         pressToggleKey();
-        if (c.meanwhile == Meanwhile::gameToFront)
-            desktop.focusProgram(desktop.windowNamed("game"));
-        if (c.meanwhile == Meanwhile::chatDies)
-            desktop.closeProgram(chat);
+        meanwhile();
         desktop.clearJournal();
         pressToggleKey();
-        EXPECT_EQ(journal({JournalKind::cursor, JournalKind::focus}), c.expected);
-    }
-    desktop.foreground = nullptr;
-    pressToggleKey();
-    pressToggleKey();
-    EXPECT_EQ(desktop.foreground, nullptr) << "nobody to borrow the focus from";
+        return journal({JournalKind::cursor, JournalKind::focus});
+    };
+    desktop.focusProgram(chat);
+    EXPECT_EQ(givenBackAfter([] {}), "cursor 960,540");
+    EXPECT_EQ(givenBackAfter([&] { desktop.focusProgram(desktop.windowNamed("game")); }),
+              "cursor 960,540, focus chat");
+    engineConfig.takeFocus = true;
+    EXPECT_EQ(givenBackAfter([&] { desktop.closeProgram(chat); }), "cursor 960,540");
+    desktop.foreground = nullptr; // nobody to borrow the focus from
+    EXPECT_EQ(givenBackAfter([&] { EXPECT_EQ(desktop.foreground, nullptr); }), "cursor 960,540");
 }
 
 TEST_F(WheelCapture, OpensInTheMiddleOfTheCursorsMonitorOrThePrimaryOne) {
@@ -155,37 +147,27 @@ void PrintTo(const Transition& row, std::ostream* out) {
     *out << row.name;
 }
 
-void toggle(EngineTest& t) {
-    t.pressToggleKey();
-}
-void toggleByShell(EngineTest&) {
-    OverlayToggleWheel();
-}
+using Event = void (*)(EngineTest&);
+
+constexpr Event toggle = [](EngineTest& t) { t.pressToggleKey(); };
+constexpr Event toggleByShell = [](EngineTest&) { OverlayToggleWheel(); };
+constexpr Event stop = [](EngineTest&) { OverlayEngineStop(); };
+constexpr Event destroy = [](EngineTest& t) { t.desktop.destroyMainWindow(); };
 template <std::uintptr_t command>
-void voice(EngineTest& t) {
-    t.postToMain(MsgVoiceCommand, command);
-}
+constexpr Event voice = [](EngineTest& t) { t.postToMain(MsgVoiceCommand, command); };
 template <std::intptr_t index>
-void voiceField(EngineTest& t) {
-    t.postToMain(MsgVoiceField, 0, index);
-}
+constexpr Event voiceField = [](EngineTest& t) { t.postToMain(MsgVoiceField, 0, index); };
 template <const Point& point>
-void clickAt(EngineTest& t) {
+constexpr Event clickAt = [](EngineTest& t) {
     t.aimAt(point);
     t.clickMouse();
-}
+};
 /// The wheel's window lies over the real cursor.
-void pressOnWindow(EngineTest& t) {
+constexpr Event pressOnWindow = [](EngineTest& t) {
     t.aimAt(inFieldOfFour[0]);
     injectMouseButton(0, InputMotion::downUntilReleased);
     t.desktop.pumpMessages();
-}
-void stop(EngineTest&) {
-    OverlayEngineStop();
-}
-void destroy(EngineTest& t) {
-    t.desktop.destroyMainWindow();
-}
+};
 
 class WheelTransition : public WheelCapture, public testing::WithParamInterface<Transition> {};
 

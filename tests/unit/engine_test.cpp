@@ -30,7 +30,12 @@ void EngineTest::pressToggleKey() {
 void EngineTest::aimAt(Point point) {
     desktop.moveMouse(point.x - engineState.cursorX, point.y - engineState.cursorY);
     desktop.advanceBy(15);
-    ASSERT_EQ((Point{engineState.cursorX, engineState.cursorY}), point);
+    ASSERT_EQ(virtualCursor(), point);
+}
+
+void EngineTest::putCursorAt(Point point) {
+    engineState.cursorX = point.x;
+    engineState.cursorY = point.y;
 }
 
 void EngineTest::clickMouse() {

@@ -29,6 +29,9 @@ public:
 
     /// Moves the virtual cursor of the open wheel there, with the real mouse and one tick.
     void aimAt(Point point);
+    /// Puts the virtual cursor there without a mouse.
+    static void putCursorAt(Point point);
+    static Point virtualCursor() { return {engineState.cursorX, engineState.cursorY}; }
 
     /// A press and release of the real left button, and what follows at once.
     void clickMouse();

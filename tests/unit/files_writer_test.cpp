@@ -9,24 +9,13 @@ using namespace std::string_literals;
 
 namespace {
 
-const char* const firstWheels = R"({
-  "wheels": [
-    {
-      "name": "Kolo 1",
-      "actions": [
-        { "name": "Funkcja 1", "key": "1" },
-        { "name": "Funkcja 2", "key": "2" },
-        { "name": "Funkcja 3", "key": "3" },
-        { "name": "Funkcja 4", "key": "4" },
-        { "name": "Funkcja 5", "key": "5" },
-        { "name": "Funkcja 6", "key": "6" },
-        { "name": "Funkcja 7", "key": "7" },
-        { "name": "Funkcja 8", "key": "8" }
-      ]
-    }
-  ]
+std::string firstWheels() {
+    std::string text = "{\n  \"wheels\": [\n    {\n      \"name\": \"Kolo 1\",\n      \"actions\": [\n";
+    for (const char digit : "12345678"s)
+        text += "        { \"name\": \"Funkcja "s + digit + "\", \"key\": \"" + digit +
+                (digit < '8' ? "\" },\n" : "\" }\n");
+    return text + "      ]\n    }\n  ]\n}\n";
 }
-)";
 
 const char* const firstVoiceFunctions = R"({
   "actions": [
@@ -75,7 +64,7 @@ TEST_F(FilesWriter, AFreshFolderGetsThreeFilesThatLoadWithoutAProblem) {
     loadConfiguration(problems);
     EXPECT_EQ(problems, u"");
     EXPECT_EQ(folder.read("config.json"), "{\n  \"segmentColor\": \"#3498DB\",\n  \"toggleKey\": \"x\"\n}\n");
-    EXPECT_EQ(folder.read("default.json"), firstWheels);
+    EXPECT_EQ(folder.read("default.json"), firstWheels());
     EXPECT_EQ(folder.read("voice.json"), firstVoiceFunctions);
     EXPECT_EQ(folder.fileCount(), 3u);
     EXPECT_EQ(describe(engineState.voiceActions, "; "),
@@ -89,7 +78,7 @@ TEST_F(FilesWriter, ExistingFilesAreNeverTouched) {
     folder.write("voice.json", "my own");
     ensureDefaultFiles(folder.path());
     EXPECT_EQ(folder.read("config.json"), "");
-    EXPECT_EQ(folder.read("default.json"), firstWheels);
+    EXPECT_EQ(folder.read("default.json"), firstWheels());
     EXPECT_EQ(folder.read("voice.json"), "my own");
 }
 

@@ -88,7 +88,7 @@ TEST_F(WheelCapture, EachOpeningStartsAfreshInTheCentreOnTheSamePage) {
     EXPECT_EQ(engineState.dwellProgress, 0);
     EXPECT_EQ(engineState.activeWheel, 1);
     desktop.advanceBy(15);
-    EXPECT_EQ((Point{engineState.cursorX, engineState.cursorY}), inHole);
+    EXPECT_EQ(virtualCursor(), inHole);
     EXPECT_TRUE(engineState.gridVisible);
     EXPECT_TRUE(engineState.elementsVisible);
 }

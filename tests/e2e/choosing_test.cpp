@@ -163,8 +163,8 @@ TEST_F(Choosing, TheVirtualCursorStaysOnTheLayer) {
         s.mouse->move(1, 1);
     waitFor("the virtual cursor where the sum of the movements leads", [&] {
         const LayerPoint seen = s.wheel.findCursor().value_or(LayerPoint{});
-        const int most = s.target->inputIsExact() ? 101 : 201;
-        return seen.x >= 99 && seen.x <= most && seen.y >= 99 && seen.y <= most;
+        const int most = s.target->inputIsExact() ? 103 : 203;
+        return seen.x >= 97 && seen.x <= most && seen.y >= 97 && seen.y <= most;
     });
     s.trackCursor();
     s.aim(fieldPoint(3, 4));

@@ -113,6 +113,12 @@ std::vector<std::string> Stage::notes() const {
 void Stage::startProgram() {
     program = launchProgram();
     waitForMainWindow();
+    // It takes the focus a little later than it is shown, and would take it from what is started next.
+    waitFor("the program's window to have the focus", [this] { return isInFront("Rotika"); });
+}
+
+bool Stage::isInFront(const std::string& title) const {
+    return screen.eyes().titleOfFocusedWindow() == title && screen.eyes().titleOfActiveWindow() == title;
 }
 
 std::optional<ShownWindow> Stage::mainWindow() const {
@@ -147,8 +153,7 @@ void Stage::startRecorder() {
     recording = Recording(log);
     recording.waitForKind("ready");
     recording.waitForKind("focus-in");
-    waitFor("the recorder to be in front",
-            [this] { return screen.eyes().titleOfActiveWindow() == "recorder"; });
+    waitFor("the recorder to be in front", [this] { return isInFront("recorder"); });
 }
 
 void Stage::startAll() {

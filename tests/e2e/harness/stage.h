@@ -81,6 +81,7 @@ public:
     WheelView wheel;
 
 private:
+    bool isInFront(const std::string& title) const;
     bool wheelOpensWell(std::chrono::milliseconds limit) const;
     bool cursorArrives(LayerPoint point, std::chrono::milliseconds limit) const;
 

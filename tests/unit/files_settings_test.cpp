@@ -144,14 +144,3 @@ TEST_F(FilesSettings, VoiceFunctionsAreFlattenedAndNeedAPhrase) {
     EXPECT_EQ(load(), unreadable("voice.json"));
     EXPECT_TRUE(engineState.voiceActions.empty());
 }
-
-TEST_F(FilesSettings, ProblemsComeInTheOrderOfTheLoad) {
-    folder.write("config.json", "");
-    folder.write("default.json", R"({"wheels":[5,{"actions":[{"name":"f","key":"nic"}]}]})");
-    folder.write("voice.json", "[]");
-    std::u16string problems = u"przedtem\n";
-    loadConfiguration(problems);
-    EXPECT_EQ(utf8FromUtf16(problems), "przedtem\n" + unreadableLine + noActionsLine +
-                                           "default.json: nieznany klawisz \"nic\" dla pola \"f\".\n" +
-                                           noFormLine);
-}

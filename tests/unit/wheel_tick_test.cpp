@@ -84,19 +84,6 @@ TEST_F(WheelTick, AnIdleWheelPaintsNothingAndAGazeAtNothingSelectsNothing) {
     EXPECT_EQ(wheelPaintCount(), 1) << "the one before it was shown";
 }
 
-TEST_F(WheelTick, HoverFollowsTheCursorOverFieldsAndArrows) {
-    using Hover = std::pair<std::int32_t, std::int32_t>; // field and arrow
-    const std::pair<Point, Hover> cases[] = {{inFieldOfFour[0], {0, -1}}, {inRightArrow, {-1, 1}},
-                                             {inFieldOfFour[3], {3, -1}}, {inLeftArrow, {-1, 0}},
-                                             {inHole, {-1, -1}},          {besideRing, {-1, -1}}};
-    startWith({wheelOf(4), wheelOf(4)});
-    pressToggleKey();
-    for (const auto& [point, hover] : cases) {
-        aimAt(point);
-        EXPECT_EQ((Hover{engineState.hoveredField, engineState.hoveredArrow}), hover);
-    }
-}
-
 TEST_F(WheelTick, TheGazePullsThirtyFivePercentTruncatedTowardTheCursor) {
     // Of the gaze, 1 is 0.192 px of the screen in x and 0.108 px in y; 5000 is the wheel's centre.
     const std::pair<Point, Point> cases[] = {
@@ -128,19 +115,11 @@ TEST_F(WheelTick, TheGazePullsThirtyFivePercentTruncatedTowardTheCursor) {
 }
 
 TEST_F(WheelTick, TheGazePullsOnlyWithAFreshSampleAndARestedMouse) {
-    struct GateCase {
-        std::uint64_t sampleAgeMs;
-        std::uint64_t mouseRestMs;
-        bool isEnabled;
-        std::int32_t status;
-        bool pulls;
-    };
-    constexpr GateCase cases[] = {
-        {0, 701, true, 4, true},     {249, 5000, true, 4, true},
-        {250, 5000, true, 4, false}, {10, 700, true, 4, false},
-        {10, 5000, false, 4, false}, {10, 5000, true, 1, false}, // the tracker is still searching
-        {10, 5000, true, 5, false},                              // or has failed
-    };
+    // age of the sample and rest of the mouse in ms, gaze enabled, status of the tracker, does it pull
+    constexpr std::tuple<std::uint64_t, std::uint64_t, bool, std::int32_t, bool> cases[] = {
+        {0, 701, true, 4, true},   {249, 5000, true, 4, true},  {250, 5000, true, 4, false},
+        {10, 700, true, 4, false}, {10, 5000, false, 4, false}, {10, 5000, true, 1, false},
+        {10, 5000, true, 5, false}};
     openWithGaze({wheelOf(4)});
     for (const auto& [sampleAge, mouseRest, isEnabled, status, pulls] : cases) {
         putCursorAt(inHole);

@@ -16,6 +16,9 @@
 /// end.
 bool pumpUntil(const std::function<bool()>& condition);
 
+/// Milliseconds by a clock of the test's own. Any thread.
+std::uint64_t watchMs();
+
 /// A window of another program, at `place`, with the keyboard; it writes down what it is told.
 class Recorder {
 public:
@@ -49,6 +52,6 @@ void moveRealMouse(std::int32_t dx, std::int32_t dy);
 void pressRealButton(std::uint32_t button); // 0 left, 1 right, 2 middle
 void releaseRealButton(std::uint32_t button);
 void scrollRealWheel();
-/// Letters alone.
+/// Letters and Caps Lock.
 void pressRealKey(std::uint16_t virtualKey);
 void releaseRealKey(std::uint16_t virtualKey);

@@ -55,8 +55,11 @@ void playButton(unsigned xButton, bool down) {
     XSync(personsDisplay(), 0);
 }
 
-void playKey(std::uint16_t letterKey, bool down) {
-    const KeyCode code = XKeysymToKeycode(personsDisplay(), static_cast<KeySym>(letterKey - 'A' + XK_a));
+void playKey(std::uint16_t virtualKey, bool down) {
+    constexpr std::uint16_t capsLock = 0x14;
+    const KeySym letter = KeySym{XK_a} + virtualKey - 'A';
+    const KeyCode code =
+        XKeysymToKeycode(personsDisplay(), virtualKey == capsLock ? KeySym{XK_Caps_Lock} : letter);
     XTestFakeDeviceKeyEvent(personsDisplay(), keyboard(), code, down ? 1 : 0, nullptr, 0, now);
     XSync(personsDisplay(), 0);
 }
@@ -168,6 +171,12 @@ bool pumpUntil(const std::function<bool()>& condition) {
     }
     g_source_remove(wake);
     return holds;
+}
+
+std::uint64_t watchMs() {
+    const auto sinceBoot = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(sinceBoot).count());
 }
 
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <string>
 
@@ -43,8 +44,8 @@ std::string hostButton(std::uint32_t button) {
     return names[button];
 }
 
-std::string hostKey(std::uint16_t letterKey) {
-    return std::string(1, static_cast<char>(letterKey - 'A' + 'a'));
+std::string hostKey(std::uint16_t virtualKey) {
+    return virtualKey == VK_CAPITAL ? "Caps_Lock" : std::string(1, static_cast<char>(virtualKey - 'A' + 'a'));
 }
 
 // The recorder
@@ -113,6 +114,12 @@ bool pumpUntil(const std::function<bool()>& condition) {
         }
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 5, QS_ALLINPUT);
     }
+}
+
+std::uint64_t watchMs() {
+    const auto sinceBoot = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(sinceBoot).count());
 }
 
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {

@@ -123,15 +123,28 @@ tidy_sources() {
 
 show_doctor() {
     local wanted missing
-    if ! have dpkg-query; then
-        die "This system has no apt; ./dev install packages on Debian and its kin only."
-    fi
     for wanted in "${package_sets[@]}"; do
-        missing=$(missing_packages "$wanted" | tr '\n' ' ')
-        printf '%-8s %s\n' "$wanted" "${missing:+missing: $missing}"
+        if have dpkg-query; then
+            missing=$(missing_packages "$wanted" | tr '\n' ' ')
+            printf '%-16s %s\n' "$wanted" "${missing:+missing: }${missing:-complete}"
+        else
+            printf '%-16s cannot tell without dpkg; on Debian: %s\n' "$wanted" "$(packages_of "$wanted" | tr '\n' ' ')"
+        fi
     done
-    printf '%-8s %s\n' cache "$cache"
-    if have dpkg-query && package_is_installed qt6-base-dev; then
-        qt_windows_is_built && note "Qt for Windows: $(qt_windows_prefix)" || note "Qt for Windows: not built yet"
+    printf '%-16s %s\n' "cache" "$cache"
+    if have dpkg-query && package_is_installed qt6-base-dev && qt_windows_is_built; then
+        printf '%-16s %s\n' "Qt for Windows" "$(qt_windows_prefix)"
+    else
+        printf '%-16s %s\n' "Qt for Windows" "not built yet; ./dev windows builds it, once"
+    fi
+    show_program "for Linux" "$root/build/linux/rotika/rotika"
+    show_program "for Windows" "$root/build/windows/rotika/rotika.exe"
+}
+
+show_program() {
+    if [ -f "$2" ]; then
+        printf '%-16s %s\n' "$1" "$2, of $(date -r "$2" '+%Y-%m-%d %H:%M')"
+    else
+        printf '%-16s %s\n' "$1" "not built yet"
     fi
 }

@@ -23,7 +23,7 @@ packages_windows="
     g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev libwine-dev
     cmake ninja-build pkg-config ccache librsvg2-bin icoutils
     qt6-base-dev qt6-base-dev-tools googletest
-    dpkg-dev perl python3"
+    dpkg-dev perl"
 
 # Running the Windows build here.
 packages_wine="wine wine64 fonts-liberation"

@@ -108,8 +108,7 @@ TEST_F(Choosing, ABareLetterOpensTheWheelAndIsTakenFromTheProgram) {
     s.writeFile("config.json", "{ \"toggleKey\": \"x\", \"gazeEnabled\": false, \"voiceEnabled\": false }");
     s.startAll();
     s.recording.mark();
-    tapKey(s.screen.eyes(), "x");
-    waitFor("the wheel", [&] { return s.wheel.cursorIsAt(layerCentre); });
+    s.openWheel("x");
     tapKey(s.screen.eyes(), "x");
     s.waitUntilWheelIsClosed();
     tapKey(s.screen.eyes(), "y");

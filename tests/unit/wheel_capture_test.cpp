@@ -232,6 +232,10 @@ struct Transition {
     bool runsFunction;
 };
 
+void PrintTo(const Transition& row, std::ostream* out) {
+    *out << row.name;
+}
+
 void toggle(EngineTest& t) {
     t.pressToggleKey();
 }

@@ -43,10 +43,8 @@ PrivateScreen::PrivateScreen(const ScreenSetup& setup) {
     windowManager = startHelper({"openbox", "--sm-disable"});
     waitFor("the window manager", [this] { return connection->hasWindowManager(); });
     connection->waitUntilWindowsAreShown();
-    if (setup.compositing == Compositing::on) {
-        compositor = startHelper({"picom", "--backend", "xrender", "--config", "/dev/null"});
-        waitFor("the compositor", [this] { return connection->hasCompositor(); });
-    }
+    if (setup.compositing == Compositing::on)
+        setCompositing(Compositing::on);
     int number = 0;
     for (const std::string& monitor : setup.monitors) {
         // One monitor may own the server's only output; the others own none.
@@ -96,6 +94,14 @@ void PrivateScreen::startBus() {
 
 Process PrivateScreen::startHelper(const std::vector<std::string>& words) const {
     return Process({words, variables, folder(), folder() / (words.front() + ".log")});
+}
+
+void PrivateScreen::setCompositing(Compositing compositing) {
+    compositor.end();
+    if (compositing == Compositing::on)
+        compositor = startHelper({"picom", "--backend", "xrender", "--config", "/dev/null"});
+    waitFor("the compositor to come or go",
+            [&] { return connection->hasCompositor() == (compositing == Compositing::on); });
 }
 
 void PrivateScreen::takeAway() {

@@ -43,6 +43,7 @@ public:
     const XConnection& eyes() const { return *connection; }
     const std::string& display() const { return displayName; }
 
+    void setCompositing(Compositing compositing);
     /// As when the person logs out or the server crashes: every client loses it at once.
     void takeAway();
     bool isThere() const { return connection != nullptr; }

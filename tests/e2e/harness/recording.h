@@ -26,8 +26,9 @@ public:
     explicit Recording(std::filesystem::path logFile) : file(std::move(logFile)) {}
 
     std::vector<RecordedEvent> all() const;
-    /// Keys and buttons since the mark, without the repeats of held keys and without releases of what was never
-    /// pressed here: the wheel takes a press for itself, and has closed again when Windows passes its release on.
+    /// Keys and buttons since the mark, without the repeats of held keys and without releases of what was
+    /// never pressed here: the wheel takes a press for itself, and has closed again when Windows passes its
+    /// release on.
     std::vector<RecordedEvent> presses() const;
     /// The same as texts, "key-down a".
     std::vector<std::string> pressTexts() const;

@@ -108,11 +108,29 @@ std::vector<std::string> Stage::notes() const {
 
 void Stage::startProgram() {
     program = launchProgram();
+    waitForMainWindow();
+}
+
+std::optional<ShownWindow> Stage::mainWindow() const {
+    for (const ShownWindow& shown : screen.eyes().shownWindows()) {
+        if (shown.title == "Rotika" && shown.width >= smallestMainWindow)
+            return shown;
+    }
+    return std::nullopt;
+}
+
+void Stage::waitForMainWindow() {
     waitFor("the program's window", [this] {
         if (!program.isRunning())
             throw ScenarioError("the program ended by itself at its start");
-        return screen.eyes().shownWindow("Rotika").has_value();
+        return mainWindow().has_value();
     });
+}
+
+void Stage::endProgram() {
+    target->askToQuit(program);
+    if (program.statusWithin(generousLimit) != 0)
+        throw ScenarioError("the program did not end well");
 }
 
 void Stage::startRecorder() {
@@ -142,8 +160,8 @@ void Stage::toggle() const {
     tapKey(screen.eyes(), toggleKey);
 }
 
-void Stage::openWheel() {
-    toggle();
+void Stage::openWheel(const std::string& key) {
+    tapKey(screen.eyes(), key);
     waitFor("the wheel", [this] { return wheel.cursorIsAt(layerCentre); });
     waitFor("the mouse being held back", [this] { return target->holdsMouse(screen.eyes()); });
     cursor = layerCentre;

@@ -15,6 +15,9 @@ namespace e2e {
 /// The key that opens the wheel in the scenarios.
 constexpr const char* toggleKey = "F9";
 
+/// The main window is wider than this, and every box of the program is not.
+constexpr int smallestMainWindow = 600;
+
 /// Settings for a scenario: the devices that no scenario has are off, and the key is the one above. `more`
 /// holds further members, such as "\"keyHold\": 500".
 std::string settingsText(const std::string& more = "");
@@ -40,6 +43,10 @@ public:
 
     /// Starts the program and waits until its window stands, so that the engine runs.
     void startProgram();
+    void waitForMainWindow();
+    std::optional<ShownWindow> mainWindow() const;
+    /// Ends it as the end of a session would.
+    void endProgram();
     /// What has been opened by means of the recorder, as recorder/record.h tells; one entry each.
     std::vector<std::string> notes() const;
 
@@ -51,7 +58,7 @@ public:
     void startAll();
 
     /// Presses the toggle key and waits until the wheel stands and the mouse is held back.
-    void openWheel();
+    void openWheel(const std::string& key = toggleKey);
     void toggle() const;
     void waitUntilWheelIsClosed() const;
     bool wheelIsOpen() const;

@@ -39,10 +39,17 @@ public:
     virtual std::unique_ptr<RealMouse> openMouse(const XConnection& eyes) const = 0;
     /// Whether the mouse is held back from the other programs.
     virtual bool holdsMouse(const XConnection& eyes) const = 0;
+    /// How often one press of the left button on an arrow turns the page: on Windows the press comes by two
+    /// roads, and both count.
+    virtual int turnsPerPress() const = 0;
+    /// What the system says to a program that is to end, as at the end of a session.
+    virtual void askToQuit(const Process& program) const = 0;
+    /// What recorder/sender_win32.cpp knows to say; its exit status. Windows only.
+    virtual int sendToEngine(const std::vector<std::string>& words) const = 0;
     /// Chooses the theme that the program's settings hold, without the program.
     virtual void saveTheme(const std::string& themeId) const = 0;
-    /// From now on text files ending in `.txt` and addresses of the scheme `handled:` are opened by `handler`,
-    /// a program of the target's kind that gets the file or address as its only argument.
+    /// From now on text files ending in `.txt` and addresses of the scheme `handled:` are opened by
+    /// `handler`, a program of the target's kind that gets the file or address as its only argument.
     virtual void setHandler(const std::filesystem::path& handler) const = 0;
     /// Ends what prepare() has started.
     virtual void finish() = 0;

@@ -5,6 +5,7 @@
 #include <X11/Xlib.h>
 #include <X11/extensions/XInput2.h>
 
+#include <csignal>
 #include <fstream>
 #include <string_view>
 
@@ -51,8 +52,16 @@ public:
         return floats;
     }
 
+    int turnsPerPress() const override { return 1; }
+
+    void askToQuit(const Process& program) const override { program.send(SIGTERM); }
+
     void saveTheme(const std::string& themeId) const override {
         writeText(home() / ".config" / "Rotika" / "UI.conf", "[General]\ntheme=" + themeId + "\n");
+    }
+
+    int sendToEngine(const std::vector<std::string>& /*words*/) const override {
+        throw ScenarioError("the engine's window takes no messages from outside on this system");
     }
 
     void setHandler(const std::filesystem::path& handler) const override {

@@ -64,8 +64,19 @@ public:
         });
     }
 
+    int turnsPerPress() const override { return 2; }
+
+    void askToQuit(const Process& program) const override {
+        static_cast<void>(program);
+        sendToEngine({"quit"});
+    }
+
     void saveTheme(const std::string& themeId) const override {
         addToRegistry("HKCU\\Software\\Rotika\\UI", "theme", themeId);
+    }
+
+    int sendToEngine(const std::vector<std::string>& words) const override {
+        return runToEnd(commandFor(testArguments().recorder.parent_path() / "rotika_sender.exe", words));
     }
 
     void setHandler(const std::filesystem::path& handler) const override {

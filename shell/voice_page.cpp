@@ -82,6 +82,7 @@ QWidget* VoicePage::makePhrases() {
     phraseList->setMinimumHeight(140);
     QLabel* title = makeLabel(tr("Globalne komendy (voice.json)"), "cardTitle");
     title->setBuddy(phraseList);
+    phraseList->setAccessibleName(title->text());
     auto* edit = new QPushButton(tr("Edytuj w edytorze kół"));
     connect(edit, &QPushButton::clicked, this, [this] {
         if (openInEditor)

@@ -34,6 +34,7 @@ QStringList offeredKeys() {
 QLabel* makeFieldLabel(const QString& text, QWidget* of) {
     QLabel* label = makeLabel(text, "cardTitle");
     label->setBuddy(of);
+    of->setAccessibleName(text); // lists do not take it from their label
     return label;
 }
 

@@ -1,17 +1,26 @@
 #include "fake_overlay.h"
 #include "shell/main_window.h"
+#include "shell/settings.h"
 #include "shell/themes.h"
+#include "shell/wheel_preview.h"
 #include "wait_until.h"
 
 #include <gtest/gtest.h>
 
+#include <QAbstractSpinBox>
+#include <QAccessible>
 #include <QApplication>
+#include <QComboBox>
+#include <QFile>
 #include <QFontMetrics>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QStackedWidget>
 #include <QSystemTrayIcon>
+#include <QTreeWidget>
 
 namespace {
 
@@ -19,6 +28,7 @@ class MainWindowTest : public testing::Test {
 protected:
     void SetUp() override {
         fakeOverlay = FakeOverlay();
+        uiSettings().clear();
         applyTheme("fluent");
     }
 
@@ -26,9 +36,14 @@ protected:
         return std::make_unique<MainWindow>(licence, LicenceResult{.go = true, .accountText = accountText});
     }
 
-    static QStringList labels(const MainWindow& window, const char* role) {
+    static QWidget* pageOf(const MainWindow& window, int row) {
+        return window.findChild<QStackedWidget*>()->widget(row);
+    }
+
+    /// Those of one page, the dashboard unless told.
+    static QStringList labels(const MainWindow& window, const char* role, int row = 0) {
         QStringList texts;
-        for (const QLabel* label : window.findChildren<QLabel*>())
+        for (const QLabel* label : pageOf(window, row)->findChildren<QLabel*>())
             if (label->property("role") == role)
                 texts.append(label->text());
         return texts;
@@ -95,7 +110,7 @@ TEST_F(MainWindowTest, OffersTheSameActionsInTheTrayAndOnThePage) {
     EXPECT_EQ(entries, QStringList({"Pokaż koło", "Pokaż okno", "-", "Zakończ"}));
 
     trayAction(*window, "Pokaż koło")->trigger();
-    auto* primary = window->findChild<QPushButton*>("Primary");
+    auto* primary = pageOf(*window, 0)->findChild<QPushButton*>("Primary");
     EXPECT_EQ(primary->text(), "Pokaż koło (X)");
     primary->click();
     EXPECT_EQ(fakeOverlay.toggles, 2);
@@ -112,6 +127,78 @@ TEST_F(MainWindowTest, GivesTheRowsOfThePageListTheHeightOfTheSheet) {
     window->show();
     const auto* sidebar = window->findChild<QListWidget*>("Sidebar");
     EXPECT_GT(sidebar->visualItemRect(sidebar->item(0)).height(), sidebar->fontMetrics().height() + 12);
+}
+
+TEST_F(MainWindowTest, TurnsPagesByTheSidebar) {
+    const auto window = makeWindow();
+    auto* sidebar = window->findChild<QListWidget*>("Sidebar");
+    QStringList rows;
+    for (int row = 0; row < sidebar->count(); ++row) {
+        rows.append(sidebar->item(row)->text());
+        sidebar->setCurrentRow(row);
+        EXPECT_EQ(window->findChild<QStackedWidget*>()->currentIndex(), row);
+    }
+    EXPECT_EQ(rows,
+              QStringList({"Start", "Koła wyboru", "Komendy głosowe", "Sterowanie wzrokiem", "Ustawienia"}));
+    EXPECT_EQ(labels(*window, "pageTitle", 4), QStringList({"Ustawienia"}));
+}
+
+TEST_F(MainWindowTest, OpensTheVoiceFileInTheEditor) {
+    QFile file(QCoreApplication::applicationDirPath() + "/voice.json");
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(R"({"actions":[{"name":"Okno","voice":"okno"}]})");
+    file.close();
+    const auto window = makeWindow();
+    for (QPushButton* button : pageOf(*window, 2)->findChildren<QPushButton*>())
+        button->click();
+    EXPECT_EQ(window->findChild<QListWidget*>("Sidebar")->currentRow(), 1);
+    EXPECT_EQ(pageOf(*window, 1)->findChild<QTreeWidget*>()->topLevelItem(0)->child(0)->text(0), "Okno");
+    EXPECT_TRUE(file.remove());
+}
+
+TEST_F(MainWindowTest, SwitchesTheThemeAtOnceAndRemembersIt) {
+    const auto window = makeWindow();
+    window->show();
+    const auto previewColor = [&] {
+        return window->findChild<WheelPreview*>()->grab().toImage().pixelColor(120, 120);
+    };
+    const QColor before = previewColor();
+    const auto choices = pageOf(*window, 4)->findChildren<QRadioButton*>();
+    ASSERT_EQ(choices.size(), 3);
+    EXPECT_TRUE(choices[0]->isChecked());
+    choices[1]->click();
+    EXPECT_EQ(currentThemeId(), "neon");
+    EXPECT_EQ(uiSettings().value(themeKey).toString(), "neon");
+    EXPECT_NE(previewColor(), before);
+    EXPECT_FALSE(choices[0]->isChecked());
+}
+
+TEST_F(MainWindowTest, LogsOutThroughTheLicenceCheck) {
+    EXPECT_FALSE(labels(*makeWindow(), "value", 4).contains("Konto"));
+    const auto window = makeWindow("jan@przyklad.pl");
+    EXPECT_TRUE(labels(*window, "value", 4).contains("Konto"));
+    for (QPushButton* button : pageOf(*window, 4)->findChildren<QPushButton*>())
+        if (button->text() == "Wyloguj")
+            QMetaObject::invokeMethod(button, "click", Qt::QueuedConnection);
+    EXPECT_EQ(QApplication::exec(), 0);
+}
+
+TEST_F(MainWindowTest, NamesEveryControlForAScreenReader) {
+    const auto window = makeWindow("konto");
+    window->show();
+    int controls = 0;
+    for (QWidget* widget : window->findChildren<QWidget*>()) {
+        const bool isPartOfControl = qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) != nullptr ||
+                                     qobject_cast<QComboBox*>(widget->parentWidget()) != nullptr ||
+                                     widget->window() != window.get();
+        if ((widget->focusPolicy() & Qt::TabFocus) == 0 || isPartOfControl)
+            continue;
+        ++controls;
+        QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(widget);
+        ASSERT_NE(accessible, nullptr);
+        EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty()) << widget->metaObject()->className();
+    }
+    EXPECT_GT(controls, 30);
 }
 
 } // namespace

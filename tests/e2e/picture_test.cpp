@@ -37,7 +37,7 @@ bool isInBox(LayerPoint point, int left, int top, int right, int bottom) {
 /// Whether the wheel may cover this point: its ring with the edge of the outline, and the arrows.
 bool mayBeCovered(LayerPoint point, bool hasArrows) {
     const double distance = std::hypot(point.x + 0.5 - layerCentre.x, point.y + 0.5 - layerCentre.y);
-    constexpr double innerEdge = 46 - 1;
+    constexpr double innerEdge = 46 - 2;
     constexpr double outerEdge = 224 + 1.25 + 1;
     if (distance > innerEdge && distance < outerEdge)
         return true;

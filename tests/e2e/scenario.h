@@ -14,6 +14,7 @@ namespace e2e {
 /// kept with the artefacts.
 class Scenario : public testing::Test {
 protected:
+    void SetUp() override;
     void TearDown() override;
 
     /// The stage, made at the first call; `setup` counts only then.

@@ -44,7 +44,7 @@ QuitSignals::QuitSignals() {
     notifier = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
     QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), [this] {
         notifier->setEnabled(false);
-        quitOrRetry();
+        exitOrRetry();
     });
     writeEnd = ends[1];
     for (const int number : quitSignalNumbers)
@@ -61,11 +61,11 @@ QuitSignals::~QuitSignals() {
     close(ends[1]);
 }
 
-void QuitSignals::quitOrRetry() {
-    // A warning of the engine may be dispatching events while no loop of Qt runs yet; a quit would be lost
-    // there.
+void QuitSignals::exitOrRetry() {
+    // A warning of the engine may be dispatching events while no loop of Qt runs yet; an exit would be lost
+    // there. A quit is no good here: it asks the open windows first, and one of them may refuse.
     if (QThread::currentThread()->loopLevel() > 0)
-        QCoreApplication::quit();
+        QCoreApplication::exit(0);
     else
-        QTimer::singleShot(retryPause, notifier.get(), [this] { quitOrRetry(); });
+        QTimer::singleShot(retryPause, notifier.get(), [this] { exitOrRetry(); });
 }

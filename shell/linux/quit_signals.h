@@ -4,10 +4,10 @@
 #include <array>
 #include <memory>
 
-/// Turns SIGTERM, SIGINT and SIGHUP into the same quit as that of the tray menu, so that a held key is let go
-/// and the mouse is given back. A signal that was ignored when the program started stays ignored. A signal
-/// that comes before the application's event loop runs is kept until it does. At most one object at a time.
-/// First thread.
+/// Turns SIGTERM, SIGINT and SIGHUP into an end of the event loop with status 0, so that the program takes
+/// itself down in order: a held key is let go and the mouse is given back. A signal that was ignored when the
+/// program started stays ignored. A signal that comes before the application's event loop runs is kept until
+/// it does. At most one object at a time. First thread.
 class QuitSignals {
 public:
     QuitSignals();
@@ -16,7 +16,7 @@ public:
     QuitSignals& operator=(const QuitSignals&) = delete;
 
 private:
-    void quitOrRetry();
+    void exitOrRetry();
 
     std::array<int, 2> ends{-1, -1};
     std::unique_ptr<QSocketNotifier> notifier;

@@ -117,6 +117,70 @@ TEST_F(Choosing, ABareLetterOpensTheWheelAndIsTakenFromTheProgram) {
     EXPECT_EQ(std::count(got.begin(), got.end(), "key-down x"), 0);
 }
 
+TEST_F(Choosing, TogglesInQuickSuccessionAllCount) {
+    Stage& s = fourFields();
+    for (int i = 0; i < 12; ++i) {
+        s.toggle();
+        waitFor("the wheel to open", [&] { return s.wheelIsOpen(); });
+        s.toggle();
+        waitFor("the wheel to close", [&] { return !s.wheelIsOpen(); });
+    }
+    s.waitUntilWheelIsClosed();
+    s.mouse->move(7, 7);
+    waitFor("the real cursor to move", [&] { return s.screen.eyes().pointer() == ScreenPoint{507, 307}; });
+    s.openWheel();
+    s.choose(fieldPoint(1, 4));
+    s.waitUntilWheelIsClosed();
+    s.recording.waitForPress("key-up b");
+    EXPECT_EQ(s.recording.pressTexts(), (Texts{"key-down b", "key-up b"}));
+}
+
+TEST_F(Choosing, TheVirtualCursorStaysOnTheLayer) {
+    Stage& s = fourFields();
+    s.openWheel();
+    s.mouse->move(-4000, -3000);
+    waitFor("the virtual cursor in the corner", [&] { return s.wheel.cursorIsAt({0, 0}); });
+    // Many small movements between two pictures add up.
+    for (int i = 0; i < 200; ++i)
+        s.mouse->move(1, 1);
+    waitFor("the virtual cursor at 200, 200", [&] { return s.wheel.cursorIsAt({200, 200}); });
+    s.mouse->click(MouseButton::left);
+    s.recording.waitForPress("key-up d");
+    EXPECT_EQ(s.screen.eyes().pointer(), (ScreenPoint{500, 300}));
+}
+
+TEST_F(Choosing, WithTakeFocusTheProgramInFrontGetsTheFocusBack) {
+    Stage& s = stage();
+    s.writeFile("config.json", settingsText("\"takeFocus\": true"));
+    s.startAll();
+    s.recording.mark();
+    s.openWheel();
+    s.recording.waitForKind("focus-out");
+    s.recording.mark();
+    s.toggle();
+    s.recording.waitForKind("focus-in");
+    s.waitUntilWheelIsClosed();
+    tapKey(s.screen.eyes(), "q");
+    s.recording.waitForPress("key-up q");
+    EXPECT_EQ(s.recording.pressTexts(), (Texts{"key-down q", "key-up q"}));
+}
+
+TEST_F(Choosing, TheButtonOfTheMainWindowOpensTheWheel) {
+    Stage& s = stage();
+    s.writeFile("default.json", oneWheelText("Litery", clickActions({"a", "b"})));
+    s.startProgram();
+    const PixelColor primary{0x18, 0x5F, 0xA5};
+    std::optional<ScreenPoint> button;
+    waitFor("the button",
+            [&] { return (button = s.screen.eyes().findPlain(*s.mainWindow(), primary)).has_value(); });
+    placePointer(s.screen.eyes(), *button);
+    s.openWheelAfter([&] { s.mouse->click(MouseButton::left); });
+    keepPicture("wheel-over-main-window");
+    s.choose(fieldPoint(0, 2));
+    s.waitUntilWheelIsClosed();
+    EXPECT_EQ(s.screen.eyes().pointer(), *button);
+}
+
 } // namespace
 
 } // namespace e2e

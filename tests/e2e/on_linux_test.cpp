@@ -181,6 +181,31 @@ TEST_F(OnLinux, AWheelOpenWhileTheCompositorGoesAndComesStaysUsable) {
     s.recording.waitForPress("key-up b");
 }
 
+// Wine repeats a hot key even when told not to.
+TEST_F(OnLinux, AHeldToggleKeyTogglesOnce) {
+    Stage& s = oneField();
+    setKeyRepeat(s.screen.eyes(), 100, 30);
+    setKey(s.screen.eyes(), toggleKey, true);
+    waitFor("the wheel", [&] { return s.wheelIsOpen(); });
+    EXPECT_FALSE(holdsWithin(std::chrono::milliseconds(1200), [&] { return !s.wheelIsOpen(); }));
+    setKey(s.screen.eyes(), toggleKey, false);
+    s.toggle();
+    s.waitUntilWheelIsClosed();
+}
+
+// Wine loses raw input when a window takes the foreground while it shares another thread's input.
+TEST_F(OnLinux, AFieldChosenWithTakeFocusTypesIntoTheProgramInFront) {
+    stage().writeFile("config.json", settingsText("\"takeFocus\": true"));
+    Stage& s = oneField();
+    s.openWheel();
+    s.recording.waitForKind("focus-out");
+    s.recording.mark();
+    s.choose(fieldPoint(1, 2));
+    s.recording.waitForKind("focus-in");
+    s.recording.waitForPress("key-up b");
+    EXPECT_EQ(s.recording.pressTexts(), (Texts{"key-down b", "key-up b"}));
+}
+
 } // namespace
 
 } // namespace e2e

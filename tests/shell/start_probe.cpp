@@ -8,6 +8,7 @@
 #include "shell/update_library.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDir>
 #include <QMessageBox>
 #include <QThread>
@@ -50,6 +51,11 @@ void raiseBeforeTheLoop() {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
 }
 
+/// A window that will not be closed.
+class StubbornWindow : public QWidget {
+    void closeEvent(QCloseEvent* event) override { event->ignore(); }
+};
+
 void onEngineStart() {
     engineStarted = true;
     const bool inOwnFolder = QDir::current() == QDir(QCoreApplication::applicationDirPath());
@@ -57,6 +63,10 @@ void onEngineStart() {
              std::to_string(qApp->styleSheet().toUtf8().size()) + ", icon " +
              (QApplication::windowIcon().availableSizes().isEmpty() ? "empty" : "there") + ", folder " +
              (inOwnFolder ? "own" : "other") + ", window " + (findMainWindow() == nullptr ? "no" : "yes"));
+    if (probeAsked("ROTIKA_PROBE_STUBBORN")) {
+        // Nobody owns it: it goes with the process.
+        (new StubbornWindow)->show();
+    }
     if (probeAsked("ROTIKA_PROBE_GLIB"))
         attachGlibSource();
     if (probeAsked("ROTIKA_PROBE_EARLY_SIGNAL"))
@@ -84,10 +94,11 @@ void watch() {
     auto* timer = new QTimer(QCoreApplication::instance());
     QObject::connect(timer, &QTimer::timeout, [told = false]() mutable {
         dismissBox();
-        if (told || !engineStarted || QThread::currentThread()->loopLevel() == 0)
+        if (told || !engineStarted || QThread::currentThread()->loopLevel() == 0 ||
+            !findMainWindow()->isVisible())
             return;
         told = true;
-        probeLog(findMainWindow()->isVisible() ? "running" : "running without a window");
+        probeLog("running");
     });
     timer->start(5);
 }

@@ -2,6 +2,7 @@
 
 #include "harness/waiting.h"
 
+#include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/extensions/XInput.h>
 #include <X11/extensions/XTest.h>
@@ -88,6 +89,11 @@ void setKey(const XConnection& connection, const std::string& keysymName, bool d
 void tapKey(const XConnection& connection, const std::string& keysymName) {
     setKey(connection, keysymName, true);
     setKey(connection, keysymName, false);
+}
+
+void setKeyRepeat(const XConnection& connection, unsigned delayMs, unsigned intervalMs) {
+    XkbSetAutoRepeatRate(connection.raw(), XkbUseCoreKbd, delayMs, intervalMs);
+    XSync(connection.raw(), False);
 }
 
 void placePointer(const XConnection& connection, ScreenPoint place) {

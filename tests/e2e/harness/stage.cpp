@@ -161,7 +161,11 @@ void Stage::toggle() const {
 }
 
 void Stage::openWheel(const std::string& key) {
-    tapKey(screen.eyes(), key);
+    openWheelAfter([&] { tapKey(screen.eyes(), key); });
+}
+
+void Stage::openWheelAfter(const std::function<void()>& opening) {
+    opening();
     waitFor("the wheel", [this] { return wheel.cursorIsAt(layerCentre); });
     waitFor("the mouse being held back", [this] { return target->holdsMouse(screen.eyes()); });
     cursor = layerCentre;

@@ -7,6 +7,7 @@
 #include "harness/wheel_view.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -59,6 +60,8 @@ public:
 
     /// Presses the toggle key and waits until the wheel stands and the mouse is held back.
     void openWheel(const std::string& key = toggleKey);
+    /// The same after something else that opens it.
+    void openWheelAfter(const std::function<void()>& opening);
     void toggle() const;
     void waitUntilWheelIsClosed() const;
     bool wheelIsOpen() const;

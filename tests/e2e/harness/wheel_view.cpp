@@ -30,19 +30,25 @@ PixelColor WheelView::pixel(LayerPoint point) const {
 }
 
 // The arrow is white with a black edge along x = 0 and along the diagonal from the tip; what lies this far
-// inside is plain white, and the edge is black in the middle of its width.
+// inside is plain white, and the edge is black in the middle of its width. The point is so far from the
+// layer's lower and right edge that this much of the arrow is there.
 bool WheelView::cursorIsAt(LayerPoint point) const {
-    if (!window())
+    const std::optional<ShownWindow> shown = window();
+    if (!shown)
         return false;
-    const auto isWhite = [&](int dx, int dy) {
-        return differenceOf(pixel({point.x + dx, point.y + dy}), {255, 255, 255}) < 8;
+    const int left = shown->left + point.x;
+    const int top = shown->top + point.y;
+    const ScreenPart part = eyes->look(left - 1, top, 10, 20);
+    const auto differsFrom = [&](const PixelColor& color, int dx, int dy) {
+        return differenceOf(part.at(left + dx, top + dy), color);
     };
-    const auto isDark = [&](int dx, int dy) {
-        return differenceOf(pixel({point.x + dx, point.y + dy}), {0, 0, 0}) < 140;
-    };
-    if (point.y + 28 > layerHeight || point.x + 14 > layerWidth)
-        return true; // cut off by the layer's edge: nothing to see
-    return isWhite(2, 8) && isWhite(2, 15) && isWhite(6, 12) && (isDark(0, 12) || isDark(-1, 12));
+    const PixelColor white{255, 255, 255};
+    const PixelColor black{0, 0, 0};
+    constexpr int nearlyPlain = 8;
+    constexpr int halfCovered = 140;
+    return differsFrom(white, 2, 8) < nearlyPlain && differsFrom(white, 2, 15) < nearlyPlain &&
+           differsFrom(white, 6, 12) < nearlyPlain &&
+           (differsFrom(black, 0, 12) < halfCovered || differsFrom(black, -1, 12) < halfCovered);
 }
 
 } // namespace e2e

@@ -133,6 +133,28 @@ PixelColor XConnection::pixel(int x, int y) const {
     return look(x, y, 1, 1).pixels.front();
 }
 
+std::optional<ScreenPoint> XConnection::findPlain(const ShownWindow& window, const PixelColor& color) const {
+    constexpr int plainWidth = 40;
+    constexpr int plainHeight = 12;
+    const ScreenPart part = look(window.left, window.top, window.width, window.height);
+    const auto isPlainFrom = [&](int left, int top) {
+        for (int y = top; y < top + plainHeight; ++y) {
+            for (int x = left; x < left + plainWidth; ++x) {
+                if (!(part.at(x, y) == color))
+                    return false;
+            }
+        }
+        return true;
+    };
+    for (int y = part.top; y + plainHeight <= part.top + part.height; ++y) {
+        for (int x = part.left; x + plainWidth <= part.left + part.width; ++x) {
+            if (isPlainFrom(x, y))
+                return ScreenPoint{x + plainWidth / 2, y + plainHeight / 2};
+        }
+    }
+    return std::nullopt;
+}
+
 void XConnection::savePicture(const std::filesystem::path& file) const {
     const ScreenPart part = look(0, 0, width(), height());
     cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, part.width, part.height);

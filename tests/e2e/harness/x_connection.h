@@ -65,6 +65,9 @@ public:
 
     ScreenPart look(int left, int top, int width, int height) const;
     PixelColor pixel(int x, int y) const;
+    /// The middle of a plain area of this colour, at least so large that a button may be one; none: no such
+    /// area.
+    std::optional<ScreenPoint> findPlain(const ShownWindow& window, const PixelColor& color) const;
     void savePicture(const std::filesystem::path& file) const;
 
     /// Every viewable window of the tree, frames and the windows in them alike.

@@ -80,6 +80,7 @@ QWidget* VoicePage::makePhrases() {
     column->setSpacing(8);
     phraseList = new QListWidget;
     phraseList->setMinimumHeight(140);
+    phraseList->ensurePolished(); // as the main window's page list
     QLabel* title = makeLabel(tr("Globalne komendy (voice.json)"), "cardTitle");
     title->setBuddy(phraseList);
     phraseList->setAccessibleName(title->text());

@@ -90,6 +90,7 @@ QBoxLayout* WheelEditorPage::makeTreeColumn() {
     tree->setHeaderHidden(true);
     tree->setFixedWidth(230);
     tree->setUniformRowHeights(true);
+    tree->ensurePolished(); // or rows made before the style sheet reaches it keep the height of bare text
     connect(tree, &QTreeWidget::itemSelectionChanged, this, &WheelEditorPage::onTreeSelection);
     column->addWidget(tree, 1);
     auto* row = makeRow();

@@ -9,6 +9,7 @@
 #include <QSlider>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
@@ -80,7 +81,10 @@ void GazePage::fillFromConfig() {
     loading = true;
     const QJsonObject config = readConfigObject();
     enabledBox->setChecked(config["gazeEnabled"].toBool(true));
-    dwellSlider->setValue(config["gazeDwell"].toInt(defaultDwellMs));
+    // As the engine reads it: cut off to a whole number, whatever its size.
+    const double dwellMs =
+        std::clamp<double>(config["gazeDwell"].toDouble(defaultDwellMs), 0, longestDwellMs);
+    dwellSlider->setValue(static_cast<int>(dwellMs));
     loading = false;
 }
 

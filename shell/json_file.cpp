@@ -1,6 +1,7 @@
 #include "shell/json_file.h"
 
-#include <QCoreApplication>
+#include "shell/data_folder.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
@@ -9,7 +10,7 @@
 namespace {
 
 QString configPath() {
-    return QCoreApplication::applicationDirPath() + "/config.json";
+    return dataFolder() + "/config.json";
 }
 
 } // namespace

@@ -7,7 +7,7 @@
 /// one. False when the file is as it was. First thread.
 bool writeJsonFile(const QString& path, const QJsonObject& root);
 
-/// config.json beside the program; empty when there is none or it holds no JSON object.
+/// config.json of the data folder; empty when there is none or it holds no JSON object.
 QJsonObject readConfigObject();
 
 /// Rewrites config.json. A file that cannot be written is passed over without a word.

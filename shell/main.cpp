@@ -1,5 +1,6 @@
 #include "engine/overlay.h"
 #include "licence/licence_check.h"
+#include "shell/data_folder.h"
 #include "shell/event_loop_support.h"
 #include "shell/main_window.h"
 #include "shell/settings.h"
@@ -42,7 +43,8 @@ int main(int argc, char** argv) {
     }
 
     applyTheme(savedTheme());
-    QDir::setCurrent(QCoreApplication::applicationDirPath());
+    QDir::setCurrent(dataFolder());
+    prepareDataFolder();
 
     LicenceCheck licence;
     const LicenceResult licenceResult = licence.check();

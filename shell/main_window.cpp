@@ -4,6 +4,7 @@
 #include "shell/cards.h"
 #include "shell/engine_status.h"
 #include "shell/gaze_page.h"
+#include "shell/page_area.h"
 #include "shell/voice_page.h"
 #include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
@@ -22,6 +23,8 @@
 namespace {
 
 constexpr int editorRow = 1;
+constexpr int sidebarWidth = 190;
+constexpr int sidebarEdges = 20; // the sheets' padding left and right, and the border
 
 } // namespace
 
@@ -38,16 +41,17 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
     sidebar = new QListWidget;
     sidebar->setObjectName("Sidebar");
     sidebar->setAccessibleName(tr("Strony"));
-    sidebar->setFixedWidth(190);
     // Rows that are laid out before the style sheet has reached the list keep the height of bare text.
     sidebar->ensurePolished();
     sidebar->addItems(
         {tr("Start"), tr("Koła wyboru"), tr("Komendy głosowe"), tr("Sterowanie wzrokiem"), tr("Ustawienia")});
     sidebar->setCurrentRow(0);
+    // Wider only where somebody needs letters so large that the names would be cut.
+    sidebar->setFixedWidth(std::max(sidebarWidth, sidebar->sizeHintForColumn(0) + sidebarEdges));
     makePages();
     connect(sidebar, &QListWidget::currentRowChanged, stack, &QStackedWidget::setCurrentIndex);
     row->addWidget(sidebar);
-    row->addWidget(stack, 1);
+    row->addWidget(new PageArea(stack, sidebar->width()), 1);
     setCentralWidget(central);
 
     createTray();

@@ -2,12 +2,12 @@
 
 #include "engine/overlay.h"
 #include "shell/cards.h"
+#include "shell/data_folder.h"
 #include "shell/engine_status.h"
 #include "shell/json_file.h"
 #include "shell/wheel_document.h"
 
 #include <QCheckBox>
-#include <QCoreApplication>
 #include <QListWidget>
 #include <QPushButton>
 #include <QTimer>
@@ -19,7 +19,7 @@ namespace {
 constexpr int ticksPerPhraseRefresh = 4; // the status is cheap, the list reads a file
 
 QString voiceFilePath() {
-    return QCoreApplication::applicationDirPath() + "/voice.json";
+    return dataFolder() + "/voice.json";
 }
 
 } // namespace

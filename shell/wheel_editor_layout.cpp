@@ -1,4 +1,5 @@
 #include "shell/cards.h"
+#include "shell/path_label.h"
 #include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
 
@@ -76,9 +77,8 @@ QBoxLayout* WheelEditorPage::makeFileRow() {
     activate->setObjectName("Primary");
     connect(activate, &QPushButton::clicked, this, &WheelEditorPage::activateOnEngine);
     row->addSpacing(10);
-    fileLabel = makeLabel(tr("(nie wczytano pliku)"), "cardTitle");
-    // A long path must not widen the window.
-    fileLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    fileLabel = new PathLabel(tr("(nie wczytano pliku)"));
+    fileLabel->setProperty("role", "cardTitle");
     row->addWidget(fileLabel, 1);
     return row;
 }
@@ -88,7 +88,9 @@ QBoxLayout* WheelEditorPage::makeTreeColumn() {
     tree = new QTreeWidget;
     tree->setAccessibleName(tr("Koła i funkcje"));
     tree->setHeaderHidden(true);
-    tree->setFixedWidth(230);
+    // As wide as this, or as the buttons below where large letters make them wider.
+    tree->setMinimumWidth(230);
+    tree->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
     tree->setUniformRowHeights(true);
     tree->ensurePolished(); // or rows made before the style sheet reaches it keep the height of bare text
     connect(tree, &QTreeWidget::itemSelectionChanged, this, &WheelEditorPage::onTreeSelection);
@@ -116,6 +118,7 @@ QWidget* WheelEditorPage::makeDetails() {
     column->addLayout(makeFieldForm());
     stepList = new QListWidget;
     stepList->setMinimumHeight(120);
+    stepList->ensurePolished(); // as the tree
     column->addWidget(makeFieldLabel(tr("Czynności (kroki sekwencji)"), stepList));
     column->addWidget(stepList, 1);
     column->addLayout(makeStepRow());
@@ -173,7 +176,8 @@ QBoxLayout* WheelEditorPage::makeStepRow() {
     openRow->setContentsMargins(0, 0, 0, 0);
     openRow->addWidget(openEdit);
     stepStack = new QStackedWidget;
-    stepStack->setFixedHeight(34);
+    stepStack->setMinimumHeight(34);
+    stepStack->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     stepStack->addWidget(makeKeyRow());
     stepStack->addWidget(openPage);
     auto* row = makeRow();

@@ -18,6 +18,8 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
+#include <QScrollBar>
 #include <QStackedWidget>
 #include <QSystemTrayIcon>
 #include <QTreeWidget>
@@ -127,6 +129,25 @@ TEST_F(MainWindowTest, GivesTheRowsOfThePageListTheHeightOfTheSheet) {
     window->show();
     const auto* sidebar = window->findChild<QListWidget*>("Sidebar");
     EXPECT_GT(sidebar->visualItemRect(sidebar->item(0)).height(), sidebar->fontMetrics().height() + 12);
+}
+
+TEST_F(MainWindowTest, CutsNothingWithLargeLettersAndStaysOnTheScreen) {
+    const QFont before = QApplication::font();
+    QFont large = before;
+    large.setPointSizeF(before.pointSizeF() * 2);
+    QApplication::setFont(large);
+    const auto window = makeWindow();
+    window->show();
+    const auto* sidebar = window->findChild<QListWidget*>("Sidebar");
+    EXPECT_FALSE(sidebar->horizontalScrollBar()->isVisible());
+    const QSize screen = window->screen()->availableSize();
+    EXPECT_LE(window->width(), screen.width());
+    EXPECT_LE(window->height(), screen.height());
+    // What is wider than the screen scrolls.
+    const auto* stack = window->findChild<QStackedWidget*>();
+    EXPECT_GE(stack->width(), stack->minimumSizeHint().width());
+    EXPECT_GE(stack->height(), stack->minimumSizeHint().height());
+    QApplication::setFont(before);
 }
 
 TEST_F(MainWindowTest, TurnsPagesByTheSidebar) {

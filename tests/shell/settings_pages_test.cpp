@@ -101,6 +101,13 @@ TEST_F(SettingsPagesTest, TheDwellIsSavedAtTheEndOfADragOnly) {
     EXPECT_EQ(fakeOverlay.reloads, 1);
 }
 
+TEST_F(SettingsPagesTest, TheDwellIsReadAsTheEngineReadsIt) {
+    for (const auto& [text, shown] : {std::pair{"1250.7", 1250}, {"-4", 0}, {"1e12", 3000}, {"\"5\"", 900}}) {
+        write("config.json", QByteArray(R"({"gazeDwell":)") + text + "}");
+        EXPECT_EQ(GazePage().findChild<QSlider*>()->value(), shown) << text;
+    }
+}
+
 TEST_F(SettingsPagesTest, AMissingFileShowsTheDefaults) {
     QFile::remove(beside("config.json"));
     const GazePage page;

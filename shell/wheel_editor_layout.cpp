@@ -39,6 +39,12 @@ QLabel* makeFieldLabel(const QString& text, QWidget* of) {
     return label;
 }
 
+/// A selector's name is its choice on some systems, and only the description is left to say what it is.
+void nameSelector(QComboBox* combo, const QString& name) {
+    combo->setAccessibleName(name);
+    combo->setAccessibleDescription(name);
+}
+
 QHBoxLayout* makeRow(const QMargins& margins = {}) {
     auto* row = new QHBoxLayout;
     row->setContentsMargins(margins);
@@ -139,11 +145,13 @@ QBoxLayout* WheelEditorPage::makeFieldForm() {
     iconLabel = new QLabel;
     iconLabel->setFixedSize(34, 34);
     iconLabel->setScaledContents(true);
-    iconButton = new QPushButton(tr("Wybierz…"));
+    iconButton = new QPushButton;
     auto* iconRow = makeRow();
     iconRow->addWidget(iconLabel);
     iconRow->addWidget(iconButton, 1);
-    colorButton = new QPushButton(tr("domyślny"));
+    colorButton = new QPushButton;
+    showIcon({});
+    showColor({});
     delaySpin = new QSpinBox;
     delaySpin->setAccessibleName(tr("Odstęp między krokami w milisekundach"));
     delaySpin->setRange(0, 2000);
@@ -166,7 +174,7 @@ QBoxLayout* WheelEditorPage::makeFieldForm() {
 
 QBoxLayout* WheelEditorPage::makeStepRow() {
     stepKindCombo = new QComboBox;
-    stepKindCombo->setAccessibleName(tr("Rodzaj kroku"));
+    nameSelector(stepKindCombo, tr("Rodzaj kroku"));
     stepKindCombo->addItems({tr("klik"), tr("przytrzymaj"), tr("puść"), tr("otwórz")});
     openEdit = new QLineEdit;
     openEdit->setAccessibleName(tr("Adres lub program do otwarcia"));
@@ -188,7 +196,7 @@ QBoxLayout* WheelEditorPage::makeStepRow() {
 
 QWidget* WheelEditorPage::makeKeyRow() {
     keyCombo = new QComboBox;
-    keyCombo->setAccessibleName(tr("Klawisz lub przycisk myszy"));
+    nameSelector(keyCombo, tr("Klawisz lub przycisk myszy"));
     keyCombo->setEditable(true);
     keyCombo->setInsertPolicy(QComboBox::NoInsert); // what is typed is a step's, not the list's
     keyCombo->addItems(offeredKeys());

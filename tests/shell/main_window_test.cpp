@@ -204,6 +204,41 @@ TEST_F(MainWindowTest, LogsOutThroughTheLicenceCheck) {
     EXPECT_EQ(QApplication::exec(), 0);
 }
 
+TEST_F(MainWindowTest, TabGoesThroughThePagesInReadingOrder) {
+    const auto window = makeWindow();
+    const auto controlsOf = [&](int row) {
+        QStringList names;
+        const QWidget* page = pageOf(*window, row);
+        // Without a file the form is off, but its place in the order is the same.
+        for (QWidget* each = window->nextInFocusChain(); each != window.get();
+             each = each->nextInFocusChain()) {
+            const bool isReached = (each->focusPolicy() & Qt::TabFocus) != 0 && page->isAncestorOf(each) &&
+                                   each->focusProxy() == nullptr;
+            if (!isReached)
+                continue;
+            const QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(each);
+            const bool isSelector = qobject_cast<QComboBox*>(each) != nullptr;
+            names.append(accessible->text(isSelector ? QAccessible::Description : QAccessible::Name));
+        }
+        return names.join(" | ").toStdString();
+    };
+    // A selector's name is its choice on some systems, and the description tells what it is.
+    EXPECT_EQ(controlsOf(1),
+              "Otwórz… | Zapisz | Zapisz jako… | Aktywuj | Koła i funkcje | Dodaj koło | "
+              "Dodaj funkcję | Usuń koło lub funkcję | Nazwa | Fraza głosowa | Ikona: Wybierz… | "
+              "Kolor pola: domyślny | Odstęp między krokami w milisekundach | "
+              "Czynności (kroki sekwencji) | Rodzaj kroku | "
+              "Klawisz lub przycisk myszy | Liczba kliknięć albo czas w milisekundach | Adres lub program do "
+              "otwarcia | "
+              "Dodaj krok | Zamień | Usuń krok | Przesuń krok wyżej | Przesuń krok niżej");
+    EXPECT_EQ(controlsOf(2),
+              "Komendy głosowe włączone | Frazy pól kół działają zawsze (nie tylko przy otwartym "
+              "kole) | Globalne komendy (voice.json) | Edytuj w edytorze kół");
+    EXPECT_EQ(controlsOf(3), "Steruj wirtualnym kursorem wzrokiem, gdy koło jest otwarte | "
+                             "Czas wyboru spojrzeniem (dwell)");
+    EXPECT_EQ(controlsOf(4), "Fluent (jasny) | Neon (gaming) | Pro studio (grafit)");
+}
+
 TEST_F(MainWindowTest, NamesEveryControlForAScreenReader) {
     const auto window = makeWindow("konto");
     window->show();

@@ -287,4 +287,8 @@ bool XConnection::hasCompositor() const {
     return XGetSelectionOwner(raw(), XInternAtom(raw(), "_NET_WM_CM_S0", False)) != None;
 }
 
+bool XConnection::hasTray() const {
+    return XGetSelectionOwner(raw(), XInternAtom(raw(), "_NET_SYSTEM_TRAY_S0", False)) != None;
+}
+
 } // namespace e2e

@@ -90,6 +90,8 @@ public:
     /// the first.
     void waitUntilWindowsAreShown() const;
     bool hasCompositor() const;
+    /// Somebody shows the icons of programs that run in the background.
+    bool hasTray() const;
 
 private:
     struct Closer {

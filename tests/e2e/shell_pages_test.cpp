@@ -182,7 +182,8 @@ TEST_F(ShellPages, AWheelIsMadeSavedActivatedAndPlayed) {
     user.goTo(WheelControl::remove);
     user.key("space");
     answerBox();
-    user.clickPlain(fluentPrimary); // "Aktywuj", which saves first
+    placePointer(s.screen.eyes(), user.findSquare(fluentPrimary, 6)); // "Aktywuj", which saves first
+    s.mouse->click(MouseButton::left);
     waitForFile("default.json", shooterText);
 
     s.startRecorder();
@@ -234,23 +235,8 @@ TEST_F(ShellPages, TheDwellIsSavedWhenTheSliderIsLetGo) {
     user.goTo(Page::gaze);
     user.waitForRest();
     keepPicture("gaze-dwell-zero");
-    const ShownWindow window = *s.mainWindow();
-    // The handle: the one round thing in the theme's colour that no text and no box interrupts.
-    const ScreenPart part =
-        s.screen.eyes().look(window.left + 200, window.top, window.width - 200, window.height);
-    constexpr int handle = 9;
-    std::optional<ScreenPoint> found;
-    for (int y = part.top; y + handle < part.top + part.height; ++y) {
-        for (int x = part.left; x + handle < part.left + part.width; ++x) {
-            bool isPlain = true;
-            for (int i = 0; isPlain && i < handle * handle; ++i)
-                isPlain = part.at(x + i % handle, y + i / handle) == fluentPrimary;
-            if (isPlain)
-                found = ScreenPoint{x + handle / 2, y + handle / 2};
-        }
-    }
-    ASSERT_TRUE(found.has_value());
-    placePointer(s.screen.eyes(), *found);
+    // The handle: nothing else in the theme's colour is so thick without a sign in it.
+    placePointer(s.screen.eyes(), user.findSquare(fluentPrimary, 10));
     s.mouse->press(MouseButton::left);
     s.mouse->move(4000, 0); // as far as it goes
     user.waitForRest();

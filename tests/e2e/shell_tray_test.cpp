@@ -1,7 +1,8 @@
 #include "scenario.h"
 #include "shell_user.h"
 
-#include <gtest/gtest.h>
+#include <algorithm>
+#include <set>
 
 namespace e2e {
 
@@ -41,8 +42,17 @@ protected:
     }
 
     void openMenu() {
-        placePointer(stage().screen.eyes(), icon());
+        const XConnection& eyes = stage().screen.eyes();
+        placePointer(eyes, icon());
+        std::set<unsigned long> before;
+        for (const ShownWindow& shown : eyes.shownWindows())
+            before.insert(shown.id);
         stage().mouse->click(MouseButton::right);
+        waitFor("the menu", [&] {
+            const std::vector<ShownWindow> now = eyes.shownWindows();
+            return std::any_of(now.begin(), now.end(),
+                               [&](const ShownWindow& shown) { return !before.contains(shown.id); });
+        });
         user.waitForRest();
     }
 

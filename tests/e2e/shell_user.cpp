@@ -50,29 +50,45 @@ void ShellUser::typeOver(const std::string& text) const {
     type(text);
 }
 
-ShownWindow ShellUser::waitForDialog(const std::string& title) const {
-    waitFor("the dialog " + title, [&] { return stage.screen.eyes().titleOfActiveWindow() == title; });
-    std::optional<ShownWindow> dialog;
-    waitFor("the dialog " + title + " being shown",
-            [&] { return (dialog = stage.screen.eyes().shownWindow(title)).has_value(); });
-    return *dialog;
+void ShellUser::waitForDialog(const std::string& title) const {
+    waitFor("the dialog " + title, [&] {
+        const std::optional<ShownWindow> dialog = stage.screen.eyes().shownWindow(title);
+        return dialog && stage.screen.eyes().hasFocus(*dialog);
+    });
+    waitForRest();
 }
 
 void ShellUser::waitUntilInFront() const {
-    waitFor("the program's window to be in front",
-            [&] { return stage.screen.eyes().titleOfActiveWindow() == "Rotika" && stage.mainWindow(); });
+    waitFor("the program's window to have the focus", [&] {
+        const std::optional<ShownWindow> window = stage.mainWindow();
+        return window && stage.screen.eyes().hasFocus(*window);
+    });
+    waitForRest();
 }
 
-void ShellUser::clickPlain(const PixelColor& color) const {
-    std::optional<ScreenPoint> place;
-    waitFor("an area of colour " + textOf(color),
-            [&] { return (place = stage.screen.eyes().findPlain(*stage.mainWindow(), color)).has_value(); });
-    clickAt(*place);
-}
-
-void ShellUser::clickAt(ScreenPoint place) const {
-    placePointer(stage.screen.eyes(), place);
-    stage.mouse->click(MouseButton::left);
+ScreenPoint ShellUser::findSquare(const PixelColor& color, int side) const {
+    constexpr int besidePageList = 200;
+    std::optional<ScreenPoint> found;
+    waitFor("a square of colour " + textOf(color), [&] {
+        const ShownWindow window = *stage.mainWindow();
+        const ScreenPart part = stage.screen.eyes().look(window.left + besidePageList, window.top,
+                                                         window.width - besidePageList, window.height);
+        const auto isSquareAt = [&](int left, int top) {
+            for (int i = 0; i < side * side; ++i) {
+                if (!(part.at(left + i % side, top + i / side) == color))
+                    return false;
+            }
+            return true;
+        };
+        for (int y = part.top; !found && y + side <= part.top + part.height; ++y) {
+            for (int x = part.left; !found && x + side <= part.left + part.width; ++x) {
+                if (isSquareAt(x, y))
+                    found = ScreenPoint{x + side / 2, y + side / 2};
+            }
+        }
+        return found.has_value();
+    });
+    return *found;
 }
 
 void ShellUser::waitForRest() const {

@@ -49,13 +49,14 @@ public:
     /// In place of what a field holds.
     void typeOver(const std::string& text) const;
 
-    /// The box or dialog of this title, once it has the focus.
-    ShownWindow waitForDialog(const std::string& title) const;
+    /// Until the box or dialog of this title has the focus and shows that it knows: keys that come sooner are
+    /// nobody's.
+    void waitForDialog(const std::string& title) const;
+    /// The same of the program's window.
     void waitUntilInFront() const;
 
-    /// Clicks the plain area of this colour.
-    void clickPlain(const PixelColor& color) const;
-    void clickAt(ScreenPoint place) const;
+    /// The middle of the first square of this colour beside the page list, in reading order. Waits for it.
+    ScreenPoint findSquare(const PixelColor& color, int side) const;
 
     /// Waits until nothing on the screen moves any more.
     void waitForRest() const;

@@ -200,6 +200,13 @@ std::string XConnection::titleOfActiveWindow() const {
     return active != None ? propertyText(raw(), active, "_NET_WM_NAME") : std::string();
 }
 
+bool XConnection::hasFocus(const ShownWindow& window) const {
+    Window focused = None;
+    int revert = 0;
+    XGetInputFocus(raw(), &focused, &revert);
+    return focused == window.id;
+}
+
 void XConnection::close(const ShownWindow& window) const {
     XEvent event{};
     event.xclient.type = ClientMessage;

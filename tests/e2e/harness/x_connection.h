@@ -76,6 +76,8 @@ public:
     std::optional<ShownWindow> shownWindow(const std::string& title) const;
     /// The window manager's idea of it, which may lag behind the focus; empty if there is none.
     std::string titleOfActiveWindow() const;
+    /// Keys go to this window. The window manager calls a window active before that is so.
+    bool hasFocus(const ShownWindow& window) const;
     void close(const ShownWindow& window) const;
 
     ScreenPoint pointer() const;

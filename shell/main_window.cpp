@@ -5,6 +5,7 @@
 #include "shell/engine_status.h"
 #include "shell/gaze_page.h"
 #include "shell/page_area.h"
+#include "shell/quit_order.h"
 #include "shell/voice_page.h"
 #include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
@@ -55,6 +56,7 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
     setCentralWidget(central);
 
     createTray();
+    new QuitOrder(this);
     refreshStatus();
     auto* poll = new QTimer(this);
     connect(poll, &QTimer::timeout, this, &MainWindow::refreshStatus);

@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QScreen>
 #include <QScrollBar>
+#include <algorithm>
 
 namespace {
 
@@ -28,6 +29,9 @@ QSize PageArea::minimumSizeHint() const {
     const QSize room =
         (screen()->availableGeometry().size() - frame - QSize(besidePx, 0)).expandedTo(smallestArea);
     QSize wanted = widget()->minimumSizeHint();
+    // Texts that wrap are higher than the least size tells.
+    wanted.setHeight(
+        std::max(wanted.height(), widget()->heightForWidth(std::min(wanted.width(), room.width()))));
     if (wanted.width() > room.width())
         wanted.rheight() += horizontalScrollBar()->sizeHint().height();
     return wanted.boundedTo(room);

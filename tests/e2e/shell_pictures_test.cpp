@@ -62,6 +62,8 @@ TEST_P(ShellPictures, OfEveryPage) {
                                      {Page::settings, "settings"}}) {
         user.goTo(page);
         if (page == Page::wheels) {
+            user.goTo(WheelControl::open);
+            user.waitForRest();
             keepPicture("page-" + GetParam().name + "-wheels-empty");
             user.press(WheelControl::open);
             user.waitForDialog("Otwórz plik kół");

@@ -9,6 +9,7 @@ namespace e2e {
 namespace {
 
 constexpr int traySize = 40; // px: one icon fills it
+constexpr int tallestToolTip = 50;
 
 class ShellTray : public Scenario {
 protected:
@@ -50,8 +51,9 @@ protected:
         stage().mouse->click(MouseButton::right);
         waitFor("the menu", [&] {
             const std::vector<ShownWindow> now = eyes.shownWindows();
-            return std::any_of(now.begin(), now.end(),
-                               [&](const ShownWindow& shown) { return !before.contains(shown.id); });
+            return std::any_of(now.begin(), now.end(), [&](const ShownWindow& shown) {
+                return !before.contains(shown.id) && shown.height > tallestToolTip;
+            });
         });
         user.waitForRest();
     }

@@ -61,6 +61,9 @@ void ShellUser::waitForDialog(const std::string& title) const {
 void ShellUser::waitUntilInFront() const {
     waitFor("the program's window to have the focus", [&] {
         const std::optional<ShownWindow> window = stage.mainWindow();
+        // After a dialog of the system's own Wine may leave no window in front.
+        if (window && stage.screen.eyes().titleOfActiveWindow().empty())
+            stage.screen.eyes().activate(*window);
         return window && stage.screen.eyes().hasFocus(*window);
     });
     waitForRest();

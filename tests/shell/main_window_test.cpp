@@ -120,6 +120,7 @@ TEST_F(MainWindowTest, OffersTheSameActionsInTheTrayAndOnThePage) {
 
 TEST_F(MainWindowTest, QuitsFromTheTray) {
     const auto window = makeWindow();
+    window->show(); // a window that would refuse to close
     QMetaObject::invokeMethod(trayAction(*window, "Zakończ"), "trigger", Qt::QueuedConnection);
     EXPECT_EQ(QApplication::exec(), 0);
 }

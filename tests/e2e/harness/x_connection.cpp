@@ -207,6 +207,19 @@ bool XConnection::hasFocus(const ShownWindow& window) const {
     return focused == window.id;
 }
 
+void XConnection::activate(const ShownWindow& window) const {
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window.id;
+    event.xclient.message_type = XInternAtom(raw(), "_NET_ACTIVE_WINDOW", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = 2; // asked by a person, not by the program
+    event.xclient.data.l[1] = CurrentTime;
+    XSendEvent(raw(), DefaultRootWindow(raw()), False, SubstructureRedirectMask | SubstructureNotifyMask,
+               &event);
+    XFlush(raw());
+}
+
 void XConnection::close(const ShownWindow& window) const {
     XEvent event{};
     event.xclient.type = ClientMessage;

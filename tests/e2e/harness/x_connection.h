@@ -78,6 +78,8 @@ public:
     std::string titleOfActiveWindow() const;
     /// Keys go to this window. The window manager calls a window active before that is so.
     bool hasFocus(const ShownWindow& window) const;
+    /// As by a click on its name in a list of windows.
+    void activate(const ShownWindow& window) const;
     void close(const ShownWindow& window) const;
 
     ScreenPoint pointer() const;

@@ -123,6 +123,44 @@ double memoryMegabytes(pid_t process) {
     return kilobytes / 1024;
 }
 
+/// 24 wheels of 24 fields with icons, as the editor had open when the program was last ended.
+void rememberFullFile(const Stage& stage) {
+    std::string wheels;
+    for (int i = 0; i < 24; ++i) {
+        std::string fields;
+        for (int j = 0; j < 24; ++j)
+            fields +=
+                std::string(j == 0 ? "" : ",") + R"({"name":"Pole","icon":"icons/tarcza.png","key":"a"})";
+        wheels += std::string(i == 0 ? "" : ",") + R"({"name":"Koło","actions":[)" + fields + "]}";
+    }
+    stage.writeFile("full.json", R"({"wheels":[)" + wheels + "]}");
+    const std::filesystem::path settings = stage.screen.folder() / "home/.config/Rotika";
+    std::filesystem::create_directories(settings);
+    std::ofstream(settings / "UI.conf")
+        << "[General]\nlastWheelFile=" << (stage.folder() / "full.json").string() << "\n";
+}
+
+void measureWindow() {
+    Stage stage;
+    std::vector<double> values;
+    for (int i = 0; i < 6; ++i) {
+        const Clock::time_point start = Clock::now();
+        Process program = stage.launchProgram();
+        while (!stage.screen.eyes().shownWindow("Rotika"))
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        if (i > 0)
+            values.push_back(msSince(start));
+        program.end();
+        waitFor("the key to be free", [&] { return !toggleKeyIsTaken(stage.screen.eyes()); });
+    }
+    report("process start to main window shown", values, 300, "ms");
+    rememberFullFile(stage);
+    stage.startProgram();
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    report("resident memory, 24 wheels of 24 fields in the editor", {memoryMegabytes(stage.program.pid())},
+           90, "MB");
+}
+
 void measureStart() {
     Stage stage;
     std::vector<double> values;
@@ -204,6 +242,7 @@ int main(int argc, char** argv) {
     try {
         printFigureHead();
         measureStart();
+        measureWindow();
         measureOpening("compositor", Compositing::on, 12);
         measureOpening("no compositor", Compositing::off, 8);
         measureMotion();

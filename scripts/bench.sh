@@ -7,6 +7,9 @@ build=$1
 say "Inside the process, on a screen of its own"
 "$root/scripts/on_screen.sh" "$build/bench/engine_bench"
 
+say "The shell's window, on a screen of its own"
+"$root/scripts/on_screen.sh" "$build/bench/shell/shell_bench"
+
 say "The whole program, from outside"
 "$build/bench/program_probe" --target=linux --program="$build/rotika/rotika" \
     --recorder="$(find "$build/tests/e2e" -name rotika_recorder -type f)" --artefacts="$build/bench/artefacts"

@@ -1,7 +1,9 @@
 #include "engine/overlay.h"
 #include "licence/licence_check.h"
+#include "shell/data_folder.h"
 #include "shell/event_loop_support.h"
 #include "shell/main_window.h"
+#include "shell/settings.h"
 #include "shell/single_instance.h"
 #include "shell/themes.h"
 #include "shell/update_service.h"
@@ -10,12 +12,11 @@
 #include <QDir>
 #include <QIcon>
 #include <QMessageBox>
-#include <QSettings>
 
 namespace {
 
 QString savedTheme() {
-    return QSettings(QStringLiteral("Rotika"), QStringLiteral("UI")).value("theme", "fluent").toString();
+    return uiSettings().value(themeKey, "fluent").toString();
 }
 
 /// Runs on a thread of the update library, so it only posts.
@@ -42,7 +43,8 @@ int main(int argc, char** argv) {
     }
 
     applyTheme(savedTheme());
-    QDir::setCurrent(QCoreApplication::applicationDirPath());
+    QDir::setCurrent(dataFolder());
+    prepareDataFolder();
 
     LicenceCheck licence;
     const LicenceResult licenceResult = licence.check();

@@ -1,49 +1,31 @@
 #include "shell/main_window.h"
 
 #include "engine/overlay.h"
+#include "shell/cards.h"
+#include "shell/engine_status.h"
+#include "shell/gaze_page.h"
+#include "shell/page_area.h"
+#include "shell/quit_order.h"
+#include "shell/voice_page.h"
+#include "shell/wheel_editor_page.h"
+#include "shell/wheel_preview.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QFrame>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QSystemTrayIcon>
 #include <QTimer>
-#include <QVBoxLayout>
-#include <chrono>
+#include <algorithm>
 
 namespace {
 
-constexpr std::chrono::milliseconds pollPeriod{1500};
-
-QString engineText(const OverlayChar* text) {
-    return QStringView(text).toString();
-}
-
-QLabel* makeLabel(const QString& text, const char* role) {
-    auto* label = new QLabel(text);
-    label->setProperty("role", role);
-    return label;
-}
-
-QFrame* makeStatusCard(const QString& title, const QString& text, const char* role,
-                       QLabel** labelOut = nullptr) {
-    auto* card = new QFrame;
-    card->setObjectName("Card");
-    auto* column = new QVBoxLayout(card);
-    column->setContentsMargins(14, 10, 14, 10);
-    column->setSpacing(2);
-    column->addWidget(makeLabel(title, "cardTitle"));
-    QLabel* value = makeLabel(text, role);
-    column->addWidget(value);
-    if (labelOut != nullptr)
-        *labelOut = value;
-    return card;
-}
+constexpr int editorRow = 1;
+constexpr int sidebarWidth = 190;
+constexpr int sidebarEdges = 20; // the sheets' padding left and right, and the border
 
 } // namespace
 
@@ -59,46 +41,66 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
 
     sidebar = new QListWidget;
     sidebar->setObjectName("Sidebar");
-    sidebar->setFixedWidth(190);
+    sidebar->setAccessibleName(tr("Strony"));
     // Rows that are laid out before the style sheet has reached the list keep the height of bare text.
     sidebar->ensurePolished();
-    sidebar->addItem(tr("Start"));
+    sidebar->addItems(
+        {tr("Start"), tr("Koła wyboru"), tr("Komendy głosowe"), tr("Sterowanie wzrokiem"), tr("Ustawienia")});
     sidebar->setCurrentRow(0);
-    stack = new QStackedWidget;
-    stack->addWidget(makeDashboard());
+    // Wider only where somebody needs letters so large that the names would be cut.
+    sidebar->setFixedWidth(std::max(sidebarWidth, sidebar->sizeHintForColumn(0) + sidebarEdges));
+    makePages();
     connect(sidebar, &QListWidget::currentRowChanged, stack, &QStackedWidget::setCurrentIndex);
-
     row->addWidget(sidebar);
-    row->addWidget(stack, 1);
+    row->addWidget(new PageArea(stack, sidebar->width()), 1);
     setCentralWidget(central);
 
     createTray();
+    new QuitOrder(this);
     refreshStatus();
     auto* poll = new QTimer(this);
     connect(poll, &QTimer::timeout, this, &MainWindow::refreshStatus);
-    poll->start(pollPeriod);
+    poll->start(statusPollPeriod);
+}
+
+void MainWindow::makePages() {
+    stack = new QStackedWidget;
+    editorPage = new WheelEditorPage;
+    stack->addWidget(makeDashboard());
+    stack->addWidget(editorPage);
+    stack->addWidget(new VoicePage([this](const QString& path) { openInEditor(path); }));
+    stack->addWidget(new GazePage);
+    stack->addWidget(makeSettingsPage());
 }
 
 QWidget* MainWindow::makeDashboard() {
-    auto* page = new QWidget;
-    auto* column = new QVBoxLayout(page);
-    column->setContentsMargins(18, 18, 18, 18);
-    column->setSpacing(10);
+    auto* left = new QVBoxLayout;
+    left->setSpacing(10);
     if (!licenceResult.accountText.isEmpty())
-        column->addWidget(makeStatusCard(tr("Konto"), licenceResult.accountText, "value"));
-    column->addWidget(makeStatusCard(tr("Tobii Eye Tracker"), {}, "ok", &gazeLabel));
-    column->addWidget(makeStatusCard(tr("Komendy głosowe"), {}, "ok", &voiceLabel));
-    column->addWidget(makeStatusCard(tr("Konfiguracja kół"), {}, "value", &wheelCountLabel));
-    column->addStretch();
-
+        left->addWidget(makeStatusCard(tr("Konto"), licenceResult.accountText, "value"));
+    left->addWidget(makeStatusCard(tr("Tobii Eye Tracker"), {}, "ok", &gazeLabel));
+    left->addWidget(makeStatusCard(tr("Komendy głosowe"), {}, "ok", &voiceLabel));
+    left->addWidget(makeStatusCard(tr("Konfiguracja kół"), {}, "value", &wheelCountLabel));
+    left->addStretch();
     auto* toggle = new QPushButton(tr("Pokaż koło (X)"));
     toggle->setObjectName("Primary");
     toggle->setMinimumHeight(38);
     connect(toggle, &QPushButton::clicked, this, [] { OverlayToggleWheel(); });
-    column->addWidget(toggle);
-    auto* quit = new QPushButton(tr("Zakończ"));
-    connect(quit, &QPushButton::clicked, qApp, &QCoreApplication::quit);
-    column->addWidget(quit);
+    left->addWidget(toggle);
+
+    dashboardPreview = new WheelPreview;
+    dashboardPreview->setMinimumSize(240, 240);
+    auto* right = new QVBoxLayout;
+    right->addStretch();
+    right->addWidget(dashboardPreview);
+    right->addStretch();
+
+    auto* page = new QWidget;
+    auto* columns = new QHBoxLayout(page);
+    columns->setContentsMargins(18, 18, 18, 18);
+    columns->setSpacing(14);
+    columns->addLayout(left, 1);
+    columns->addLayout(right, 1);
     return page;
 }
 
@@ -119,13 +121,21 @@ void MainWindow::createTray() {
 }
 
 void MainWindow::refreshStatus() {
+    const int wheelCount = OverlayWheelCount();
     if (gazeLabel != nullptr)
-        gazeLabel->setText(engineText(OverlayGazeStatus()));
+        gazeLabel->setText(gazeStatusLine());
     if (voiceLabel != nullptr)
-        voiceLabel->setText(
-            tr("%1 · %2 fraz").arg(engineText(OverlayVoiceStatus())).arg(OverlayVoicePhraseCount()));
+        voiceLabel->setText(voiceStatusLine());
     if (wheelCountLabel != nullptr)
-        wheelCountLabel->setText(tr("%n koło(a)", nullptr, OverlayWheelCount()));
+        wheelCountLabel->setText(tr("%n koło(a)", nullptr, wheelCount));
+    // Decoration: twice as many fields as there are wheels, not a real wheel.
+    if (dashboardPreview != nullptr)
+        dashboardPreview->setSegments(std::max(2 * wheelCount, 2));
+}
+
+void MainWindow::openInEditor(const QString& path) {
+    editorPage->loadFile(path);
+    sidebar->setCurrentRow(editorRow);
 }
 
 void MainWindow::bringUp() {

@@ -8,6 +8,9 @@ class QLabel;
 class QListWidget;
 class QStackedWidget;
 class QSystemTrayIcon;
+class WheelEditorPage;
+class WheelPreview;
+struct ThemeInfo;
 
 /// The shell's one top-level window, and the owner of the tray icon that keeps the program reachable while
 /// the window is closed. The engine sends no events, so what is shown is polled. First thread.
@@ -15,20 +18,29 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// `licence` outlives the window.
+    /// `licence` outlives the window. The engine has been started.
     MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidget* parent = nullptr);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void makePages();
     QWidget* makeDashboard();
+    QWidget* makeSettingsPage();
+    QWidget* makeThemeCard();
+    QWidget* makeAccountCard();
+    QWidget* makeUpdateCard();
     void createTray();
     void refreshStatus();
+    void chooseTheme(const ThemeInfo& theme);
+    void openInEditor(const QString& path);
     void bringUp();
 
     QListWidget* sidebar = nullptr;
     QStackedWidget* stack = nullptr;
+    WheelPreview* dashboardPreview = nullptr;
+    WheelEditorPage* editorPage = nullptr;
     QSystemTrayIcon* tray = nullptr;
     QLabel* gazeLabel = nullptr;
     QLabel* voiceLabel = nullptr;

@@ -25,10 +25,14 @@ void OverlayEngineStop() {
         fakeOverlay.onStop();
 }
 
-void OverlayReloadConfig() {}
+void OverlayReloadConfig() {
+    ++fakeOverlay.reloads;
+}
 
-bool OverlayActivateWheelFile(const OverlayChar* /*path*/) {
-    return false;
+bool OverlayActivateWheelFile(const OverlayChar* path) {
+    const std::basic_string<OverlayChar> text(path);
+    fakeOverlay.activated.emplace_back(text.begin(), text.end());
+    return fakeOverlay.acceptsActivation;
 }
 
 void OverlayToggleWheel() {

@@ -1,12 +1,18 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QSettings>
+#include <QTemporaryDir>
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     // The widgets need no screen, and a test must not depend on one.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);
+    // Nobody's settings but the tests' own (on Windows the prefix is).
+    const QTemporaryDir settings;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
     QGuiApplication::setQuitOnLastWindowClosed(false);
     return RUN_ALL_TESTS();
 }

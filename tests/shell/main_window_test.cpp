@@ -1,17 +1,28 @@
 #include "fake_overlay.h"
 #include "shell/main_window.h"
+#include "shell/settings.h"
 #include "shell/themes.h"
+#include "shell/wheel_preview.h"
 #include "wait_until.h"
 
 #include <gtest/gtest.h>
 
+#include <QAbstractSpinBox>
+#include <QAccessible>
 #include <QApplication>
+#include <QComboBox>
+#include <QFile>
 #include <QFontMetrics>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QScreen>
+#include <QScrollBar>
+#include <QStackedWidget>
 #include <QSystemTrayIcon>
+#include <QTreeWidget>
 
 namespace {
 
@@ -19,6 +30,7 @@ class MainWindowTest : public testing::Test {
 protected:
     void SetUp() override {
         fakeOverlay = FakeOverlay();
+        uiSettings().clear();
         applyTheme("fluent");
     }
 
@@ -26,9 +38,14 @@ protected:
         return std::make_unique<MainWindow>(licence, LicenceResult{.go = true, .accountText = accountText});
     }
 
-    static QStringList labels(const MainWindow& window, const char* role) {
+    static QWidget* pageOf(const MainWindow& window, int row) {
+        return window.findChild<QStackedWidget*>()->widget(row);
+    }
+
+    /// Those of one page, the dashboard unless told.
+    static QStringList labels(const MainWindow& window, const char* role, int row = 0) {
         QStringList texts;
-        for (const QLabel* label : window.findChildren<QLabel*>())
+        for (const QLabel* label : pageOf(window, row)->findChildren<QLabel*>())
             if (label->property("role") == role)
                 texts.append(label->text());
         return texts;
@@ -95,7 +112,7 @@ TEST_F(MainWindowTest, OffersTheSameActionsInTheTrayAndOnThePage) {
     EXPECT_EQ(entries, QStringList({"Pokaż koło", "Pokaż okno", "-", "Zakończ"}));
 
     trayAction(*window, "Pokaż koło")->trigger();
-    auto* primary = window->findChild<QPushButton*>("Primary");
+    auto* primary = pageOf(*window, 0)->findChild<QPushButton*>("Primary");
     EXPECT_EQ(primary->text(), "Pokaż koło (X)");
     primary->click();
     EXPECT_EQ(fakeOverlay.toggles, 2);
@@ -103,6 +120,7 @@ TEST_F(MainWindowTest, OffersTheSameActionsInTheTrayAndOnThePage) {
 
 TEST_F(MainWindowTest, QuitsFromTheTray) {
     const auto window = makeWindow();
+    window->show(); // a window that would refuse to close
     QMetaObject::invokeMethod(trayAction(*window, "Zakończ"), "trigger", Qt::QueuedConnection);
     EXPECT_EQ(QApplication::exec(), 0);
 }
@@ -112,6 +130,132 @@ TEST_F(MainWindowTest, GivesTheRowsOfThePageListTheHeightOfTheSheet) {
     window->show();
     const auto* sidebar = window->findChild<QListWidget*>("Sidebar");
     EXPECT_GT(sidebar->visualItemRect(sidebar->item(0)).height(), sidebar->fontMetrics().height() + 12);
+}
+
+TEST_F(MainWindowTest, CutsNothingWithLargeLettersAndStaysOnTheScreen) {
+    const QFont before = QApplication::font();
+    QFont large = before;
+    large.setPointSizeF(before.pointSizeF() * 2);
+    QApplication::setFont(large);
+    const auto window = makeWindow();
+    window->show();
+    const auto* sidebar = window->findChild<QListWidget*>("Sidebar");
+    EXPECT_FALSE(sidebar->horizontalScrollBar()->isVisible());
+    const QSize screen = window->screen()->availableSize();
+    EXPECT_LE(window->minimumSizeHint().width(), screen.width());
+    EXPECT_LE(window->minimumSizeHint().height(), screen.height());
+    // What is wider than the screen scrolls.
+    const auto* stack = window->findChild<QStackedWidget*>();
+    EXPECT_GE(stack->width(), stack->minimumSizeHint().width());
+    EXPECT_GE(stack->height(), stack->minimumSizeHint().height());
+    QApplication::setFont(before);
+}
+
+TEST_F(MainWindowTest, TurnsPagesByTheSidebar) {
+    const auto window = makeWindow();
+    auto* sidebar = window->findChild<QListWidget*>("Sidebar");
+    QStringList rows;
+    for (int row = 0; row < sidebar->count(); ++row) {
+        rows.append(sidebar->item(row)->text());
+        sidebar->setCurrentRow(row);
+        EXPECT_EQ(window->findChild<QStackedWidget*>()->currentIndex(), row);
+    }
+    EXPECT_EQ(rows,
+              QStringList({"Start", "Koła wyboru", "Komendy głosowe", "Sterowanie wzrokiem", "Ustawienia"}));
+    EXPECT_EQ(labels(*window, "pageTitle", 4), QStringList({"Ustawienia"}));
+}
+
+TEST_F(MainWindowTest, OpensTheVoiceFileInTheEditor) {
+    QFile file(QCoreApplication::applicationDirPath() + "/voice.json");
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(R"({"actions":[{"name":"Okno","voice":"okno"}]})");
+    file.close();
+    const auto window = makeWindow();
+    for (QPushButton* button : pageOf(*window, 2)->findChildren<QPushButton*>())
+        button->click();
+    EXPECT_EQ(window->findChild<QListWidget*>("Sidebar")->currentRow(), 1);
+    EXPECT_EQ(pageOf(*window, 1)->findChild<QTreeWidget*>()->topLevelItem(0)->child(0)->text(0), "Okno");
+    EXPECT_TRUE(file.remove());
+}
+
+TEST_F(MainWindowTest, SwitchesTheThemeAtOnceAndRemembersIt) {
+    const auto window = makeWindow();
+    window->show();
+    const auto previewColor = [&] {
+        return window->findChild<WheelPreview*>()->grab().toImage().pixelColor(120, 120);
+    };
+    const QColor before = previewColor();
+    const auto choices = pageOf(*window, 4)->findChildren<QRadioButton*>();
+    ASSERT_EQ(choices.size(), 3);
+    EXPECT_TRUE(choices[0]->isChecked());
+    choices[1]->click();
+    EXPECT_EQ(currentThemeId(), "neon");
+    EXPECT_EQ(uiSettings().value(themeKey).toString(), "neon");
+    EXPECT_NE(previewColor(), before);
+    EXPECT_FALSE(choices[0]->isChecked());
+}
+
+TEST_F(MainWindowTest, LogsOutThroughTheLicenceCheck) {
+    EXPECT_FALSE(labels(*makeWindow(), "value", 4).contains("Konto"));
+    const auto window = makeWindow("jan@przyklad.pl");
+    EXPECT_TRUE(labels(*window, "value", 4).contains("Konto"));
+    for (QPushButton* button : pageOf(*window, 4)->findChildren<QPushButton*>())
+        if (button->text() == "Wyloguj")
+            QMetaObject::invokeMethod(button, "click", Qt::QueuedConnection);
+    EXPECT_EQ(QApplication::exec(), 0);
+}
+
+TEST_F(MainWindowTest, TabGoesThroughThePagesInReadingOrder) {
+    const auto window = makeWindow();
+    const auto controlsOf = [&](int row) {
+        QStringList names;
+        const QWidget* page = pageOf(*window, row);
+        // Without a file the form is off, but its place in the order is the same.
+        for (QWidget* each = window->nextInFocusChain(); each != window.get();
+             each = each->nextInFocusChain()) {
+            const bool isReached = (each->focusPolicy() & Qt::TabFocus) != 0 && page->isAncestorOf(each) &&
+                                   each->focusProxy() == nullptr;
+            if (!isReached)
+                continue;
+            const QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(each);
+            const bool isSelector = qobject_cast<QComboBox*>(each) != nullptr;
+            names.append(accessible->text(isSelector ? QAccessible::Description : QAccessible::Name));
+        }
+        return names.join(" | ").toStdString();
+    };
+    // A selector's name is its choice on some systems, and the description tells what it is.
+    EXPECT_EQ(controlsOf(1),
+              "Otwórz… | Zapisz | Zapisz jako… | Aktywuj | Koła i funkcje | Dodaj koło | "
+              "Dodaj funkcję | Usuń koło lub funkcję | Nazwa | Fraza głosowa | Ikona: Wybierz… | "
+              "Kolor pola: domyślny | Odstęp między krokami w milisekundach | "
+              "Czynności (kroki sekwencji) | Rodzaj kroku | "
+              "Klawisz lub przycisk myszy | Liczba kliknięć albo czas w milisekundach | Adres lub program do "
+              "otwarcia | "
+              "Dodaj krok | Zamień | Usuń krok | Przesuń krok wyżej | Przesuń krok niżej");
+    EXPECT_EQ(controlsOf(2),
+              "Komendy głosowe włączone | Frazy pól kół działają zawsze (nie tylko przy otwartym "
+              "kole) | Globalne komendy (voice.json) | Edytuj w edytorze kół");
+    EXPECT_EQ(controlsOf(3), "Steruj wirtualnym kursorem wzrokiem, gdy koło jest otwarte | "
+                             "Czas wyboru spojrzeniem (dwell)");
+    EXPECT_EQ(controlsOf(4), "Fluent (jasny) | Neon (gaming) | Pro studio (grafit)");
+}
+
+TEST_F(MainWindowTest, NamesEveryControlForAScreenReader) {
+    const auto window = makeWindow("konto");
+    window->show();
+    int controls = 0;
+    for (QWidget* widget : window->findChildren<QWidget*>()) {
+        const bool isPartOfControl = qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) != nullptr ||
+                                     qobject_cast<QComboBox*>(widget->parentWidget()) != nullptr ||
+                                     widget->window() != window.get();
+        if ((widget->focusPolicy() & Qt::TabFocus) == 0 || isPartOfControl)
+            continue;
+        ++controls;
+        QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(widget);
+        ASSERT_NE(accessible, nullptr);
+        EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty()) << widget->metaObject()->className();
+    }
+    EXPECT_GT(controls, 30);
 }
 
 } // namespace

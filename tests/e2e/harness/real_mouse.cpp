@@ -91,6 +91,22 @@ void tapKey(const XConnection& connection, const std::string& keysymName) {
     setKey(connection, keysymName, false);
 }
 
+void typeText(const XConnection& connection, const std::string& text) {
+    for (const char sign : text) {
+        const auto symbol = static_cast<KeySym>(static_cast<unsigned char>(sign));
+        const char* name = XKeysymToString(symbol);
+        if (name == nullptr)
+            throw ScenarioError("no key writes " + std::string(1, sign));
+        const auto code = static_cast<::KeyCode>(connection.keycodeOf(name));
+        const bool isShifted = XkbKeycodeToKeysym(connection.raw(), code, 0, 0) != symbol;
+        if (isShifted)
+            setKey(connection, "Shift_L", true);
+        tapKey(connection, name);
+        if (isShifted)
+            setKey(connection, "Shift_L", false);
+    }
+}
+
 void setKeyRepeat(const XConnection& connection, unsigned delayMs, unsigned intervalMs) {
     XkbSetAutoRepeatRate(connection.raw(), XkbUseCoreKbd, delayMs, intervalMs);
     XSync(connection.raw(), False);

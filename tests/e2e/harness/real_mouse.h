@@ -27,6 +27,8 @@ std::unique_ptr<RealMouse> openTestMouse(const XConnection& connection);
 /// A key press and release by the server's test device: to all programs a key like any other.
 void tapKey(const XConnection& connection, const std::string& keysymName);
 void setKey(const XConnection& connection, const std::string& keysymName, bool down);
+/// Taps the keys that write this on the server's keyboard. ASCII.
+void typeText(const XConnection& connection, const std::string& text);
 /// How soon and how often the server repeats a held key.
 void setKeyRepeat(const XConnection& connection, unsigned delayMs, unsigned intervalMs);
 /// Puts the real cursor somewhere, before anything is at stake.

@@ -218,6 +218,26 @@ std::string XConnection::titleOfActiveWindow() const {
     return active != None ? propertyText(raw(), active, "_NET_WM_NAME") : std::string();
 }
 
+bool XConnection::hasFocus(const ShownWindow& window) const {
+    Window focused = None;
+    int revert = 0;
+    XGetInputFocus(raw(), &focused, &revert);
+    return focused == window.id;
+}
+
+void XConnection::activate(const ShownWindow& window) const {
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window.id;
+    event.xclient.message_type = XInternAtom(raw(), "_NET_ACTIVE_WINDOW", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = 2; // asked by a person, not by the program
+    event.xclient.data.l[1] = CurrentTime;
+    XSendEvent(raw(), DefaultRootWindow(raw()), False, SubstructureRedirectMask | SubstructureNotifyMask,
+               &event);
+    XFlush(raw());
+}
+
 void XConnection::close(const ShownWindow& window) const {
     XEvent event{};
     event.xclient.type = ClientMessage;
@@ -303,6 +323,10 @@ void XConnection::waitUntilWindowsAreShown() const {
 
 bool XConnection::hasCompositor() const {
     return XGetSelectionOwner(raw(), XInternAtom(raw(), "_NET_WM_CM_S0", False)) != None;
+}
+
+bool XConnection::hasTray() const {
+    return XGetSelectionOwner(raw(), XInternAtom(raw(), "_NET_SYSTEM_TRAY_S0", False)) != None;
 }
 
 } // namespace e2e

@@ -78,6 +78,10 @@ public:
     std::string titleOfFocusedWindow() const;
     /// The window manager's idea of it, which may lag behind the focus; empty if there is none.
     std::string titleOfActiveWindow() const;
+    /// Keys go to this window. The window manager calls a window active before that is so.
+    bool hasFocus(const ShownWindow& window) const;
+    /// As by a click on its name in a list of windows.
+    void activate(const ShownWindow& window) const;
     void close(const ShownWindow& window) const;
 
     ScreenPoint pointer() const;
@@ -92,6 +96,8 @@ public:
     /// the first.
     void waitUntilWindowsAreShown() const;
     bool hasCompositor() const;
+    /// Somebody shows the icons of programs that run in the background.
+    bool hasTray() const;
 
 private:
     struct Closer {

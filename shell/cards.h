@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QFrame>
+#include <QLabel>
+#include <QString>
+
+// What the pages are made of. The style sheets select on the object name "Card" and on the property "role",
+// which is set before the widget is first styled and never changes. First thread; the caller's layout takes
+// what is returned.
+
+QLabel* makeLabel(const QString& text, const char* role);
+
+/// A frame around `content`.
+QFrame* makeCard(QWidget* content);
+
+/// A title over a value; `valueLabel`, if given, receives the value's label.
+QFrame* makeStatusCard(const QString& title, const QString& text, const char* role,
+                       QLabel** valueLabel = nullptr);

@@ -1,0 +1,107 @@
+#include "shell/gaze_page.h"
+
+#include "engine/overlay.h"
+#include "shell/cards.h"
+#include "shell/engine_status.h"
+#include "shell/json_file.h"
+
+#include <QCheckBox>
+#include <QSlider>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <algorithm>
+
+namespace {
+
+constexpr int longestDwellMs = 3000; // the engine takes up to 10000 from the file
+constexpr int defaultDwellMs = 900;
+
+} // namespace
+
+GazePage::GazePage(QWidget* parent) : QWidget(parent) {
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(18, 18, 18, 18);
+    column->setSpacing(10);
+    column->addWidget(makeLabel(tr("Sterowanie wzrokiem"), "pageTitle"));
+    column->addWidget(makeCard(makeStatus()));
+    column->addWidget(makeCard(makeControls()));
+    column->addStretch();
+    fillFromConfig();
+    showDwell(dwellSlider->value());
+    connect(dwellSlider, &QSlider::valueChanged, this, &GazePage::showDwell);
+    connect(dwellSlider, &QSlider::sliderReleased, this, &GazePage::saveSettings);
+    connect(enabledBox, &QCheckBox::toggled, this, &GazePage::saveSettings);
+    refreshStatus();
+    auto* poll = new QTimer(this);
+    connect(poll, &QTimer::timeout, this, &GazePage::refreshStatus);
+    poll->start(statusPollPeriod);
+}
+
+QWidget* GazePage::makeStatus() {
+    auto* content = new QWidget;
+    auto* column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(2);
+    column->addWidget(makeLabel(tr("Tobii Eye Tracker"), "cardTitle"));
+    statusLabel = makeLabel({}, "ok");
+    column->addWidget(statusLabel);
+    return content;
+}
+
+QWidget* GazePage::makeControls() {
+    auto* content = new QWidget;
+    auto* column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(10);
+    enabledBox = new QCheckBox(tr("Steruj wirtualnym kursorem wzrokiem, gdy koło jest otwarte"));
+    dwellSlider = new QSlider(Qt::Horizontal);
+    dwellSlider->setRange(0, longestDwellMs);
+    dwellSlider->setSingleStep(50);
+    dwellSlider->setPageStep(100);
+    dwellLabel = makeLabel({}, "value");
+    dwellLabel->setMinimumWidth(140);
+    QLabel* title = makeLabel(tr("Czas wyboru spojrzeniem (dwell)"), "cardTitle");
+    title->setBuddy(dwellSlider);
+    auto* row = new QHBoxLayout;
+    row->addWidget(dwellSlider, 1);
+    row->addWidget(dwellLabel);
+    QLabel* note =
+        makeLabel(tr("Zatrzymanie wzroku na polu przez ten czas wybiera funkcję. Wartość 0 wyłącza wybór "
+                     "spojrzeniem — wtedy potwierdzasz kliknięciem albo komendą \"kliknij\"."),
+                  "cardTitle");
+    note->setWordWrap(true);
+    column->addWidget(enabledBox);
+    column->addWidget(title);
+    column->addLayout(row);
+    column->addWidget(note);
+    return content;
+}
+
+void GazePage::fillFromConfig() {
+    loading = true;
+    const QJsonObject config = readConfigObject();
+    enabledBox->setChecked(config["gazeEnabled"].toBool(true));
+    // As the engine reads it: cut off to a whole number, whatever its size.
+    const double dwellMs =
+        std::clamp<double>(config["gazeDwell"].toDouble(defaultDwellMs), 0, longestDwellMs);
+    dwellSlider->setValue(static_cast<int>(dwellMs));
+    loading = false;
+}
+
+void GazePage::saveSettings() {
+    if (loading)
+        return;
+    QJsonObject config = readConfigObject();
+    config["gazeEnabled"] = enabledBox->isChecked();
+    config["gazeDwell"] = dwellSlider->value();
+    writeConfigObject(config);
+    OverlayReloadConfig();
+}
+
+void GazePage::refreshStatus() {
+    statusLabel->setText(gazeStatusLine());
+}
+
+void GazePage::showDwell(int dwellMs) {
+    dwellLabel->setText(dwellMs < 1 ? tr("tylko kliknięcie") : tr("%1 ms").arg(dwellMs));
+}

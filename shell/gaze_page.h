@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QWidget>
+
+class QCheckBox;
+class QLabel;
+class QSlider;
+
+/// Settings and status of gaze control. A change is written to config.json and the engine reads it again at
+/// once.
+class GazePage : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit GazePage(QWidget* parent = nullptr);
+
+private:
+    QWidget* makeStatus();
+    QWidget* makeControls();
+    void fillFromConfig();
+    void saveSettings();
+    void refreshStatus();
+    void showDwell(int dwellMs);
+
+    QLabel* statusLabel = nullptr;
+    QCheckBox* enabledBox = nullptr;
+    QSlider* dwellSlider = nullptr;
+    QLabel* dwellLabel = nullptr;
+    bool loading = false; // the controls are being filled from the file
+};

@@ -1,0 +1,36 @@
+#include "shell/icon_picker_dialog.h"
+
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QListWidget>
+#include <QVBoxLayout>
+
+IconPickerDialog::IconPickerDialog(const QString& folder, QWidget* parent) : QDialog(parent) {
+    setWindowTitle(tr("Wybierz ikonę"));
+    resize(520, 420);
+    auto* column = new QVBoxLayout(this);
+    list = new QListWidget;
+    list->setAccessibleName(tr("Ikony"));
+    list->setViewMode(QListView::IconMode);
+    list->setIconSize({48, 48});
+    list->setGridSize({86, 78});
+    list->setResizeMode(QListView::Adjust);
+    list->setMovement(QListView::Static);
+    auto* none = new QListWidgetItem(tr("(bez ikony)"), list);
+    none->setData(Qt::UserRole, QString());
+    for (const QFileInfo& file : QDir(folder).entryInfoList({"*.png"}, QDir::Files, QDir::Name)) {
+        auto* item = new QListWidgetItem(QIcon(file.filePath()), file.baseName(), list);
+        item->setData(Qt::UserRole, "icons/" + file.fileName());
+    }
+    column->addWidget(list);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    column->addWidget(buttons);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(list, &QListWidget::itemDoubleClicked, this, &QDialog::accept);
+}
+
+QString IconPickerDialog::chosenIcon() const {
+    const QListWidgetItem* item = list->currentItem();
+    return item == nullptr ? QString() : item->data(Qt::UserRole).toString();
+}

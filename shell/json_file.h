@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+
+/// Replaces a file by `root` as indented JSON, whole or not at all: a full disk or a crash leaves the old
+/// one. False when the file is as it was. First thread.
+bool writeJsonFile(const QString& path, const QJsonObject& root);
+
+/// config.json of the data folder; empty when there is none or it holds no JSON object.
+QJsonObject readConfigObject();
+
+/// Rewrites config.json. A file that cannot be written is passed over without a word.
+void writeConfigObject(const QJsonObject& object);

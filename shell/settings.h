@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QSettings>
+
+inline constexpr char themeKey[] = "theme";
+inline constexpr char lastWheelFileKey[] = "lastWheelFile";
+
+/// The shell's own settings, apart from the engine's config.json. First thread.
+inline QSettings uiSettings() {
+    return QSettings(QStringLiteral("Rotika"), QStringLiteral("UI"));
+}

@@ -1,0 +1,136 @@
+#include "shell/voice_page.h"
+
+#include "engine/overlay.h"
+#include "shell/cards.h"
+#include "shell/data_folder.h"
+#include "shell/engine_status.h"
+#include "shell/json_file.h"
+#include "shell/wheel_document.h"
+
+#include <QCheckBox>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <utility>
+
+namespace {
+
+constexpr int ticksPerPhraseRefresh = 4; // the status is cheap, the list reads a file
+
+QString voiceFilePath() {
+    return dataFolder() + "/voice.json";
+}
+
+} // namespace
+
+VoicePage::VoicePage(OpenInEditor callback, QWidget* parent)
+    : QWidget(parent), openInEditor(std::move(callback)) {
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(18, 18, 18, 18);
+    column->setSpacing(10);
+    column->addWidget(makeLabel(tr("Komendy głosowe"), "pageTitle"));
+    column->addWidget(makeCard(makeStatus()));
+    column->addWidget(makeCard(makeSwitches()));
+    column->addWidget(makeCard(makePhrases()), 1);
+    QLabel* note = makeLabel(
+        tr("Wbudowane: \"pokaż/schowaj koło\", \"następne/poprzednie koło\", \"pokaż/schowaj siatkę\", "
+           "\"pokaż elementy (strony)\", \"ukryj elementy\", liczby 1–99, \"kliknij\", \"dwuklik\", "
+           "\"prawy klik\", \"kliknij dwa razy/prawy na N\"."),
+        "cardTitle");
+    note->setWordWrap(true);
+    column->addWidget(note);
+    fillFromConfig();
+    connect(enabledBox, &QCheckBox::toggled, this, &VoicePage::saveSettings);
+    connect(globalBox, &QCheckBox::toggled, this, &VoicePage::saveSettings);
+    refreshPhrases();
+    refreshStatus();
+    auto* poll = new QTimer(this);
+    connect(poll, &QTimer::timeout, this, &VoicePage::onTick);
+    poll->start(statusPollPeriod);
+}
+
+QWidget* VoicePage::makeStatus() {
+    auto* content = new QWidget;
+    auto* column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(2);
+    column->addWidget(makeLabel(tr("Rozpoznawanie mowy (Vosk, offline)"), "cardTitle"));
+    statusLabel = makeLabel({}, "ok");
+    column->addWidget(statusLabel);
+    return content;
+}
+
+QWidget* VoicePage::makeSwitches() {
+    auto* content = new QWidget;
+    auto* column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(8);
+    enabledBox = new QCheckBox(tr("Komendy głosowe włączone"));
+    globalBox = new QCheckBox(tr("Frazy pól kół działają zawsze (nie tylko przy otwartym kole)"));
+    column->addWidget(enabledBox);
+    column->addWidget(globalBox);
+    return content;
+}
+
+QWidget* VoicePage::makePhrases() {
+    auto* content = new QWidget;
+    auto* column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(8);
+    phraseList = new QListWidget;
+    phraseList->setMinimumHeight(140);
+    phraseList->ensurePolished(); // as the main window's page list
+    QLabel* title = makeLabel(tr("Globalne komendy (voice.json)"), "cardTitle");
+    title->setBuddy(phraseList);
+    phraseList->setAccessibleName(title->text());
+    auto* edit = new QPushButton(tr("Edytuj w edytorze kół"));
+    connect(edit, &QPushButton::clicked, this, [this] {
+        if (openInEditor)
+            openInEditor(voiceFilePath());
+    });
+    column->addWidget(title);
+    column->addWidget(phraseList, 1);
+    column->addWidget(edit);
+    return content;
+}
+
+void VoicePage::fillFromConfig() {
+    loading = true;
+    const QJsonObject config = readConfigObject();
+    enabledBox->setChecked(config["voiceEnabled"].toBool(true));
+    globalBox->setChecked(config["voiceGlobal"].toBool(true));
+    loading = false;
+}
+
+void VoicePage::saveSettings() {
+    if (loading)
+        return;
+    QJsonObject config = readConfigObject();
+    config["voiceEnabled"] = enabledBox->isChecked();
+    config["voiceGlobal"] = globalBox->isChecked();
+    writeConfigObject(config);
+    OverlayReloadConfig();
+}
+
+void VoicePage::refreshStatus() {
+    statusLabel->setText(voiceStatusLine());
+}
+
+void VoicePage::refreshPhrases() {
+    WheelDocument voice;
+    if (!voice.load(voiceFilePath(), nullptr))
+        return;
+    phraseList->clear();
+    for (const EditorWheel& wheel : voice.wheels)
+        for (const EditorFunction& function : wheel.actions)
+            if (!function.voice.isEmpty())
+                phraseList->addItem(tr("„%1” — %2").arg(function.voice, function.name));
+}
+
+void VoicePage::onTick() {
+    static int ticks = 0;
+    refreshStatus();
+    if (++ticks % ticksPerPhraseRefresh == 0)
+        refreshPhrases();
+}

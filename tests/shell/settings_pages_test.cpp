@@ -1,0 +1,164 @@
+#include "fake_overlay.h"
+#include "shell/gaze_page.h"
+#include "shell/themes.h"
+#include "shell/voice_page.h"
+#include "shell/wheel_preview.h"
+#include "wait_until.h"
+
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLabel>
+#include <QListWidget>
+#include <QPainter>
+#include <QPushButton>
+#include <QSlider>
+
+namespace {
+
+class SettingsPagesTest : public testing::Test {
+protected:
+    void SetUp() override {
+        fakeOverlay = FakeOverlay();
+        write("config.json", R"({"toggleKey":"F9","mystery":[1,2.5],"voiceGlobal":false,"gazeDwell":5000})");
+        write("voice.json", R"({"actions":[{"name":"Okno","voice":"przełącz okno"},{"name":"nieme"}]})");
+    }
+    void TearDown() override {
+        QFile::remove(beside("config.json"));
+        QFile::remove(beside("voice.json"));
+    }
+
+    static QString beside(const QString& name) { return QCoreApplication::applicationDirPath() + "/" + name; }
+    static void write(const QString& name, const QByteArray& text) {
+        QFile file(beside(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+    static QJsonObject config() {
+        QFile file(beside("config.json"));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return QJsonDocument::fromJson(file.readAll()).object();
+    }
+    static QJsonObject json(const QByteArray& text) { return QJsonDocument::fromJson(text).object(); }
+
+    static QString status(const QWidget& page) {
+        for (const QLabel* label : page.findChildren<QLabel*>())
+            if (label->property("role") == "ok")
+                return label->text();
+        return {};
+    }
+};
+
+TEST_F(SettingsPagesTest, AVoiceSwitchChangesItsTwoKeysAndKeepsTheRest) {
+    const VoicePage page({});
+    const auto boxes = page.findChildren<QCheckBox*>();
+    ASSERT_EQ(boxes.size(), 2);
+    EXPECT_TRUE(boxes[0]->isChecked()); // no key in the file
+    EXPECT_FALSE(boxes[1]->isChecked());
+    EXPECT_EQ(fakeOverlay.reloads, 0);
+    boxes[0]->click();
+    EXPECT_EQ(config(), json(R"({"toggleKey":"F9","mystery":[1,2.5],"voiceGlobal":false,"gazeDwell":5000,
+                                 "voiceEnabled":false})"));
+    EXPECT_EQ(fakeOverlay.reloads, 1);
+}
+
+TEST_F(SettingsPagesTest, TheVoicePageFollowsTheEngineAndTheFile) {
+    QString opened;
+    const VoicePage page([&](const QString& path) { opened = path; });
+    const auto* list = page.findChild<QListWidget*>();
+    ASSERT_EQ(list->count(), 1);
+    EXPECT_EQ(list->item(0)->text(), "„przełącz okno” — Okno");
+    EXPECT_EQ(status(page), "ładowanie modelu… · 7 fraz");
+    fakeOverlay.voiceStatus = L"aktywny";
+    write("voice.json", R"({"actions":[{"voice":"a"},{"voice":"b"}]})");
+    EXPECT_TRUE(waitUntil([&] { return status(page) == "aktywny · 7 fraz"; }));
+    EXPECT_TRUE(waitUntil([&] { return list->count() == 2; }));
+    write("voice.json", "{");
+    page.findChild<QPushButton*>()->click();
+    EXPECT_EQ(opened, beside("voice.json"));
+}
+
+TEST_F(SettingsPagesTest, TheDwellIsSavedAtTheEndOfADragOnly) {
+    const GazePage page;
+    auto* slider = page.findChild<QSlider*>();
+    const auto label = [&] {
+        for (const QLabel* each : page.findChildren<QLabel*>())
+            if (each->property("role") == "value")
+                return each->text();
+        return QString();
+    };
+    EXPECT_EQ(label(), "3000 ms"); // 5000 in the file, beyond the slider
+    slider->setSliderDown(true);
+    slider->setValue(0);
+    EXPECT_EQ(label(), "tylko kliknięcie");
+    EXPECT_EQ(config()["gazeDwell"], 5000);
+    slider->setSliderDown(false);
+    EXPECT_EQ(config()["gazeDwell"], 0);
+    EXPECT_EQ(config()["mystery"], json(R"({"m":[1,2.5]})")["m"]);
+    EXPECT_EQ(fakeOverlay.reloads, 1);
+}
+
+TEST_F(SettingsPagesTest, TheDwellIsReadAsTheEngineReadsIt) {
+    for (const auto& [text, shown] : {std::pair{"1250.7", 1250}, {"-4", 0}, {"1e12", 3000}, {"\"5\"", 900}}) {
+        write("config.json", QByteArray(R"({"gazeDwell":)") + text + "}");
+        EXPECT_EQ(GazePage().findChild<QSlider*>()->value(), shown) << text;
+    }
+}
+
+TEST_F(SettingsPagesTest, AMissingFileShowsTheDefaults) {
+    QFile::remove(beside("config.json"));
+    const GazePage page;
+    EXPECT_TRUE(page.findChild<QCheckBox*>()->isChecked());
+    EXPECT_EQ(page.findChild<QSlider*>()->value(), 900);
+}
+
+class WheelPreviewTest : public testing::Test {
+protected:
+    void SetUp() override { applyTheme("pro"); }
+
+    /// Colour at an angle from twelve o'clock and a share of the wheel's radius.
+    static QColor at(WheelPreview& preview, double degrees, double share) {
+        preview.resize(240, 240);
+        const QImage picture = preview.grab().toImage();
+        const double angle = (degrees - 90) * 3.14159265 / 180;
+        return picture.pixelColor(qRound(120 + std::cos(angle) * 114 * share),
+                                  qRound(120 + std::sin(angle) * 114 * share));
+    }
+    static QColor lit() { return themeInfo("pro").highlightColor; }
+    static QColor field() { return themeInfo("pro").fieldColor; }
+};
+
+TEST_F(WheelPreviewTest, LightsTheRightField) {
+    WheelPreview preview;
+    EXPECT_EQ(at(preview, 67, 0.9), lit()); // the second of eight, as decoration
+    EXPECT_EQ(at(preview, 22, 0.9), field());
+    EXPECT_EQ(at(preview, 22, 0.1), themeInfo("pro").hubColor);
+
+    preview.setLabels({"a", "b", "c", "d"});
+    preview.setHighlight(3);
+    EXPECT_EQ(at(preview, 315, 0.9), lit());
+    EXPECT_EQ(at(preview, 135, 0.9), field());
+    preview.setHighlight(99);
+    EXPECT_EQ(at(preview, 315, 0.9), field());
+
+    preview.setLabels({}); // one field, and the one to light would be the second
+    EXPECT_EQ(at(preview, 100, 0.9), field());
+}
+
+TEST_F(WheelPreviewTest, HoldsTheNumberOfFieldsToWhatAWheelCanHave) {
+    WheelPreview preview;
+    for (const int count : {0, -3, 1}) {
+        preview.setSegments(count);
+        EXPECT_EQ(at(preview, 20, 0.9), field()) << count;
+    }
+    for (const int count : {24, 100}) {
+        preview.setSegments(count);
+        EXPECT_EQ(at(preview, 22.5, 0.9), lit()) << count;
+        EXPECT_EQ(at(preview, 37.5, 0.9), field()) << count;
+    }
+}
+
+} // namespace

@@ -1,0 +1,140 @@
+#include "shell/wheel_document.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QTemporaryDir>
+
+namespace {
+
+class WheelDocumentTest : public testing::Test {
+protected:
+    QString fileWith(const QByteArray& text) {
+        const QString path = folder.filePath("kola.json");
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        return path;
+    }
+
+    static QByteArray bytesOf(const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
+    }
+
+    /// What a file becomes by being opened and saved.
+    QJsonObject saved(const QByteArray& text) {
+        WheelDocument document;
+        QString error;
+        EXPECT_TRUE(document.load(fileWith(text), &error)) << error.toStdString();
+        EXPECT_TRUE(document.save(&error)) << error.toStdString();
+        return QJsonDocument::fromJson(bytesOf(document.path)).object();
+    }
+
+    static QJsonObject json(const QByteArray& text) { return QJsonDocument::fromJson(text).object(); }
+
+    QTemporaryDir folder;
+};
+
+TEST_F(WheelDocumentTest, SavesWhatItUnderstoodOfAFile) {
+    const struct {
+        QByteArray opened;
+        QByteArray saved;
+    } cases[] = {
+        {R"({"actions":[]})", R"({"actions":[]})"},
+        {R"({"wheels":[]})", R"({"wheels":[{"name":"Koło 1","actions":[]}]})"},
+        {R"({"wheels":5,"actions":[{"key":"a"}]})",
+         R"({"actions":[{"name":"","steps":[{"action":"click","key":"a","value":1}]}]})"},
+        {R"({"wheels":[{"name":"x"},7]})",
+         R"({"wheels":[{"name":"x","actions":[]},{"name":"","actions":[]}]})"},
+        {R"({"actions":[{"name":"f","keys":["a",5,5.7,"",true],"mystery":1}]})",
+         R"({"actions":[{"name":"f","steps":[{"action":"click","key":"a","value":1},
+            {"action":"click","key":"5","value":1},{"action":"click","key":"0","value":1}]}]})"},
+        {R"({"actions":[{"steps":"x","key":"b"}]})",
+         R"({"actions":[{"name":"","steps":[{"action":"click","key":"b","value":1}]}]})"},
+        {R"({"actions":[{"name":"f","delay":30,"color":"red","icon":"icons/a.png","voice":"głos"}]})",
+         R"({"actions":[{"name":"f","color":"#FF0000","icon":"icons/a.png","voice":"głos","steps":[]}]})"},
+        {R"({"actions":[{"delay":31,"color":"nonsense"},{"delay":9000},{"delay":"7"}]})",
+         R"({"actions":[{"name":"","delay":31,"steps":[]},{"name":"","delay":9000,"steps":[]},
+            {"name":"","steps":[]}]})"},
+        {R"({"actions":[{"steps":[{"key":"a","action":"click","value":500},{"key":"a","value":0},
+            {"key":"a","action":"HOLD","value":7},{"key":"a","action":"hold"},
+            {"key":"a","action":"przytrzymaj","value":70000},{"key":"a","action":"puść","value":9},
+            {"open":5,"key":"a"},{"open":"x"},3]}]})",
+         R"({"actions":[{"name":"","steps":[{"action":"click","key":"a","value":100},
+            {"action":"click","key":"a","value":1},{"action":"click","key":"a","value":7},
+            {"action":"hold","key":"a","value":0},{"action":"hold","key":"a","value":70000},
+            {"action":"release","key":"a"},{"open":""},{"open":"x"},
+            {"action":"click","key":"","value":1}]}]})"},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(saved(each.opened), json(each.saved)) << each.opened.toStdString();
+}
+
+TEST_F(WheelDocumentTest, RefusesAFileWithAReasonAndOnlyThen) {
+    const struct {
+        QByteArray text;
+        QString beginning;
+    } cases[] = {
+        {"", "Błąd JSON: "},
+        {"[1,2]", "Błąd JSON: "},
+        {"{\"wheels\":[],}", "Błąd JSON: "},
+        {"{\"wheels\":5}", "Plik nie zawiera \"wheels\" ani \"actions\""},
+        {"{}", "Plik nie zawiera \"wheels\" ani \"actions\""},
+    };
+    for (const auto& each : cases) {
+        WheelDocument document;
+        QString error;
+        EXPECT_FALSE(document.load(fileWith(each.text), &error)) << each.text.toStdString();
+        EXPECT_TRUE(error.startsWith(each.beginning)) << error.toStdString();
+        EXPECT_FALSE(document.load(folder.filePath("kola.json"), nullptr));
+    }
+    WheelDocument document;
+    QString error;
+    const QString missing = folder.filePath("nie ma.json");
+    EXPECT_FALSE(document.load(missing, &error));
+    EXPECT_EQ(error, "Nie można otworzyć pliku " + missing);
+}
+
+TEST_F(WheelDocumentTest, KeepsTheOldFileWhenItCannotBeReplaced) {
+    WheelDocument document;
+    ASSERT_TRUE(document.load(fileWith(R"({"actions":[]})"), nullptr));
+    const QString nowhere = folder.filePath("nie ma/kola.json");
+    QString error;
+    EXPECT_FALSE(document.saveAs(nowhere, &error));
+    EXPECT_EQ(error, "Nie można zapisać pliku " + nowhere);
+    EXPECT_EQ(document.path, nowhere);
+
+    document.path = fileWith("old");
+    ASSERT_TRUE(QFile::setPermissions(document.path, QFile::ReadOwner));
+    if (!QFileInfo(document.path).isWritable()) { // the superuser may write everything
+        EXPECT_FALSE(document.save(&error));
+        EXPECT_EQ(bytesOf(document.path), "old");
+    }
+    QFile::setPermissions(document.path, QFile::ReadOwner | QFile::WriteOwner);
+    EXPECT_TRUE(document.save(&error));
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList({"kola.json"}));
+}
+
+TEST(DescribeStep, TellsAStepInOneLine) {
+    using enum EditorStepKind;
+    const struct {
+        EditorStep step;
+        QString text;
+    } cases[] = {
+        {{Click, "a", 1, {}}, "klik:  a"},
+        {{Click, "%1", 0, {}}, "klik:  %1"},
+        {{Click, "%1", 3, {}}, "klik ×3:  %1"},
+        {{Hold, "alt", 0, {}}, "przytrzymaj (bez puszczania):  alt"},
+        {{Hold, "alt", 1500, {}}, "przytrzymaj 1500 ms:  alt"},
+        {{Release, "alt", 1, {}}, "puść:  alt"},
+        {{Open, {}, 1, "https://x"}, "otwórz:  https://x"},
+        {{static_cast<EditorStepKind>(9), "a", 1, {}}, ""},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(describeStep(each.step), each.text);
+}
+
+} // namespace

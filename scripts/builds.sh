@@ -5,38 +5,40 @@ use_ccache() {
     export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
 }
 
-# build_preset preset [target] [configure options]: configure one of the presets and compile it, all of it
-# unless a target is named.
+# What makes up the program.
+program_targets=(rotika rotika-guard)
+
+# build_preset preset [target...] [-Doption...]: configure one of the presets and compile it, all of it unless
+# targets are named.
 build_preset() {
-    local preset=$1 target=all
+    local preset=$1 targets=()
     shift
-    if [ $# -gt 0 ] && [[ $1 != -* ]]; then
-        target=$1
+    while [ $# -gt 0 ] && [[ $1 != -* ]]; do
+        targets+=("$1")
         shift
-    fi
+    done
     use_ccache
     say "Building $preset"
+    mkdir -p "$root/build"
     # The configuration's chatter is of interest only when it fails.
     if ! (cd "$root" && cmake --preset "$preset" "$@") >"$root/build/$preset.configure.log" 2>&1; then
         cat "$root/build/$preset.configure.log"
         return 1
     fi
-    cmake --build "$root/build/$preset" --target "$target" --parallel "$jobs"
+    cmake --build "$root/build/$preset" --target "${targets[@]:-all}" --parallel "$jobs"
 }
 
 build_linux() {
     need_packages build
-    mkdir -p "$root/build"
-    build_preset linux
-    [ ! -x "$root/build/linux/rotika/rotika" ] || note "The program: $root/build/linux/rotika/rotika"
+    build_preset linux "${program_targets[@]}"
+    note "The program: $root/build/linux/rotika/rotika"
 }
 
 build_windows() {
     need_packages windows
     need_qt_windows
-    mkdir -p "$root/build"
-    build_preset windows -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
-    [ ! -f "$root/build/windows/rotika/rotika.exe" ] || note "The program: $root/build/windows/rotika/rotika.exe"
+    build_preset windows "${program_targets[@]}" -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
+    note "The program: $root/build/windows/rotika/rotika.exe"
 }
 
 run_program() {
@@ -52,7 +54,7 @@ run_program() {
 
 run_demo() {
     need_packages build test
-    build_linux
+    build_preset linux "${program_targets[@]}" real_mouse
     say "The tour, on a private screen"
     rm -rf "$root/build/demo"
     mkdir -p "$root/build/demo"
@@ -63,6 +65,6 @@ run_demo() {
 
 run_bench() {
     need_packages build test
-    build_linux
+    build_preset linux
     "$root/scripts/bench.sh" "$root/build/linux"
 }

@@ -78,7 +78,9 @@ mkdir -p "$HOME/.config/gtk-3.0"
 printf '[Settings]\ngtk-cursor-blink=0\ngtk-enable-animations=0\n' >"$HOME/.config/gtk-3.0/settings.ini"
 hsetroot -add '#2c5d7c' -add '#16242f' -gradient 35
 
+# A copy, so that the tour begins from the files that it brings, whatever the build's own folder holds.
 cp -r "$build/rotika" "$work/rotika"
+cp "$(dirname "${BASH_SOURCE[0]}")/demo_wheels.json" "$work/rotika/default.json"
 start "$work/rotika/rotika"
 until_that "The main window" xdotool search --onlyvisible --name Rotika
 picture main-window
@@ -93,17 +95,19 @@ xdotool mousemove 640 400 click 1
 after xdotool type 'Notatki: '
 picture another-program
 
+# The virtual cursor starts in the middle of the wheel; the mouse's counts move it pixel by pixel.
 mouse=$build/tests/tools/real_mouse
 after xdotool key x
 picture wheel-open
-after "$mouse" move 90 -90
+after "$mouse" move 262 0
+picture arrow-under-cursor
+after "$mouse" click 1
+picture next-page
+after "$mouse" click 1
+after "$mouse" move -150 50
 picture field-under-cursor
-after "$mouse" move -90 200
-picture another-field
 words_before=$(first_words)
 after "$mouse" click 1
-until_that "The field's key in the other program" has_received
+until_that "The field's keys in the other program" has_received
+until_that "The end of the field's steps" is_at_rest
 picture field-chosen
-after xdotool key x
-after xdotool key x
-picture wheel-closed-again

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # on_screen.sh command...: the command on a virtual screen of its own, with a window manager, a
 # compositor, a session bus and fresh folders for settings and run-time files. Everything ends with it.
-# ROTIKA_SCREEN sets the size, 1280x800 unless told. The command's exit status is passed on.
+# ROTIKA_SCREEN sets the size, 1280x800 unless told. ROTIKA_COMPOSITOR is picom, or xcompmgr for programs
+# under Wine: picom now and then goes on showing what was there before one of their layers came up, and
+# xcompmgr does the like with native windows. The command's exit status is passed on.
 set -euo pipefail
 
 # Listing the cases of a test program needs no screen.
@@ -9,6 +11,7 @@ for argument in "$@"; do
     [ "$argument" != --gtest_list_tests ] || exec "$@"
 done
 
+compositor=${ROTIKA_COMPOSITOR:-picom}
 folder=$(mktemp -d "${TMPDIR:-/tmp}/rotika-screen.XXXXXX")
 helpers=()
 
@@ -58,8 +61,12 @@ openbox --sm-disable >"$folder/openbox.log" 2>&1 &
 helpers+=($!)
 wait_for "window manager" sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"'
 
-picom --backend xrender --config /dev/null >"$folder/picom.log" 2>&1 &
+case $compositor in
+    picom) picom --backend xrender --config /dev/null >"$folder/compositor.log" 2>&1 & ;;
+    xcompmgr) xcompmgr >"$folder/compositor.log" 2>&1 & ;;
+    *) echo "on_screen: no such compositor: $compositor" >&2 && exit 1 ;;
+esac
 helpers+=($!)
-wait_for "compositor" sh -c 'xprop -root _NET_SUPPORTED >/dev/null && xwininfo -root -tree | grep -qi picom'
+wait_for "compositor" sh -c "xprop -root _NET_SUPPORTED >/dev/null && xwininfo -root -tree | grep -qi $compositor"
 
 "$@"

@@ -12,8 +12,8 @@ packages_build="
 
 # Running the tests, the tour and the measurements on a private screen.
 packages_test="
-    clang clang-format clang-tidy
-    xvfb openbox picom xdotool imagemagick x11-utils x11-xserver-utils x11-xkb-utils xauth
+    clang libclang-rt-dev clang-format clang-tidy
+    xvfb openbox picom xcompmgr xdotool imagemagick x11-utils x11-xserver-utils x11-xkb-utils xauth
     dbus at-spi2-core libatk-adaptor gtk-3-examples
     pulseaudio pulseaudio-utils espeak-ng
     hsetroot fonts-dejavu-core trayer"

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # wine.sh program.exe [arguments]: a Windows program in the project's own Wine prefix, which the first
-# call makes. "wine.sh --prepare" only makes it. WINEPREFIX chooses another.
+# call makes. "wine.sh --prepare" only makes it; "wine.sh --alone program.exe" begins with nothing else
+# running in the prefix and leaves nothing behind. WINEPREFIX chooses another prefix.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -39,5 +40,18 @@ make_prefix() {
 if [ ! -d "$WINEPREFIX" ]; then
     with_lock "$WINEPREFIX.lock" make_prefix "$WINEPREFIX"
 fi
-[ "${1:-}" != --prepare ] || exit 0
-exec "$wine" "$@"
+
+case "${1:-}" in
+    --prepare) ;;
+    --alone)
+        shift
+        # What a killed program was just starting stays for ever, and with it Wine's own services, which
+        # are bound to a screen that is gone by the next run and hold this one's output open.
+        end_session() { "$wineserver" -k || :; }
+        trap end_session EXIT
+        end_session
+        "$wineserver" -w
+        "$wine" "$@"
+        ;;
+    *) exec "$wine" "$@" ;;
+esac

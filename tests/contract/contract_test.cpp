@@ -8,6 +8,7 @@
 #include "platform/timer.h"
 
 #include <algorithm>
+#include <ostream>
 #include <random>
 #include <system_error>
 #include <thread>
@@ -144,6 +145,14 @@ std::u16string ContractTest::temporaryFolder() {
     std::filesystem::create_directory(folder);
     folders.push_back(folder);
     return folder.u16string();
+}
+
+void PrintTo(const Point& point, std::ostream* out) {
+    *out << point.x << ", " << point.y;
+}
+
+void PrintTo(const Rect& rect, std::ostream* out) {
+    *out << rect.left << ", " << rect.top << " to " << rect.right << ", " << rect.bottom;
 }
 
 Picture plainPicture(std::int32_t width, std::int32_t height, PictureColor color) {

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <iosfwd>
 #include <string>
 #include <thread>
 #include <vector>
@@ -59,6 +60,9 @@ protected:
 private:
     std::vector<std::filesystem::path> folders;
 };
+
+void PrintTo(const Point& point, std::ostream* out);
+void PrintTo(const Rect& rect, std::ostream* out);
 
 /// One opaque colour.
 Picture plainPicture(std::int32_t width, std::int32_t height, PictureColor color);

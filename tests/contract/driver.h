@@ -16,6 +16,9 @@
 /// end.
 bool pumpUntil(const std::function<bool()>& condition);
 
+/// Milliseconds by a clock of the test's own. Any thread.
+std::uint64_t watchMs();
+
 /// A window of another program, at `place`, with the keyboard; it writes down what it is told.
 class Recorder {
 public:
@@ -26,7 +29,7 @@ public:
     virtual ~Recorder() = default;
 
     virtual WindowHandle window() const = 0;
-    /// "button 0 down", "scroll", "key 65 up": in order, without motion and auto-repeat.
+    /// "button 0 down", "scroll", "key 65 up": in order, without motion, auto-repeat and the Z key.
     virtual std::vector<std::string> events() const = 0;
 };
 std::unique_ptr<Recorder> openRecorder(const Rect& place);
@@ -49,6 +52,6 @@ void moveRealMouse(std::int32_t dx, std::int32_t dy);
 void pressRealButton(std::uint32_t button); // 0 left, 1 right, 2 middle
 void releaseRealButton(std::uint32_t button);
 void scrollRealWheel();
-/// Letters alone.
+/// Letters and Caps Lock.
 void pressRealKey(std::uint16_t virtualKey);
 void releaseRealKey(std::uint16_t virtualKey);

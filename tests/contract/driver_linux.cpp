@@ -55,8 +55,11 @@ void playButton(unsigned xButton, bool down) {
     XSync(personsDisplay(), 0);
 }
 
-void playKey(std::uint16_t letterKey, bool down) {
-    const KeyCode code = XKeysymToKeycode(personsDisplay(), static_cast<KeySym>(letterKey - 'A' + XK_a));
+void playKey(std::uint16_t virtualKey, bool down) {
+    constexpr std::uint16_t capsLock = 0x14;
+    const KeySym letter = KeySym{XK_a} + virtualKey - 'A';
+    const KeyCode code =
+        XKeysymToKeycode(personsDisplay(), virtualKey == capsLock ? KeySym{XK_Caps_Lock} : letter);
     XTestFakeDeviceKeyEvent(personsDisplay(), keyboard(), code, down ? 1 : 0, nullptr, 0, now);
     XSync(personsDisplay(), 0);
 }
@@ -170,6 +173,12 @@ bool pumpUntil(const std::function<bool()>& condition) {
     return holds;
 }
 
+std::uint64_t watchMs() {
+    const auto sinceBoot = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(sinceBoot).count());
+}
+
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {
     int delta[2] = {dx, dy};
     XTestFakeDeviceMotionEvent(personsDisplay(), mouse(), 1, 0, delta, 2, now);
@@ -220,4 +229,6 @@ void playRecorder(const Rect& place) {
     }
 }
 
-void playPlatformRole(const std::vector<std::string>&) {}
+bool playPlatformRole(const std::vector<std::string>&) {
+    return false;
+}

@@ -96,6 +96,10 @@ bool pumpUntil(const std::function<bool()>& condition) {
     return condition();
 }
 
+std::uint64_t watchMs() {
+    return simulatedDesktop().clock.now();
+}
+
 std::unique_ptr<Recorder> openRecorder(const Rect& place) {
     return std::make_unique<SimulatedRecorder>(place);
 }

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <string>
 
@@ -43,8 +44,8 @@ std::string hostButton(std::uint32_t button) {
     return names[button];
 }
 
-std::string hostKey(std::uint16_t letterKey) {
-    return std::string(1, static_cast<char>(letterKey - 'A' + 'a'));
+std::string hostKey(std::uint16_t virtualKey) {
+    return virtualKey == VK_CAPITAL ? "Caps_Lock" : std::string(1, static_cast<char>(virtualKey - 'A' + 'a'));
 }
 
 // The recorder
@@ -115,6 +116,12 @@ bool pumpUntil(const std::function<bool()>& condition) {
     }
 }
 
+std::uint64_t watchMs() {
+    const auto sinceBoot = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(sinceBoot).count());
+}
+
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {
     playOnHost("mousemove_relative -- " + std::to_string(dx) + " " + std::to_string(dy));
 }
@@ -161,9 +168,9 @@ void playRecorder(const Rect& place) {
     }
 }
 
-void playPlatformRole(const std::vector<std::string>& role) {
+bool playPlatformRole(const std::vector<std::string>& role) {
     if (role.at(0) != "send-data") {
-        return;
+        return false;
     }
     std::string text = role.at(2);
     COPYDATASTRUCT data{static_cast<ULONG_PTR>(std::stoull(role.at(1))), static_cast<DWORD>(text.size()),
@@ -171,4 +178,5 @@ void playPlatformRole(const std::vector<std::string>& role) {
     const HWND engine = FindWindowW(L"RadialOverlayMain", L"Rotika");
     const LRESULT answer = SendMessageW(engine, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data));
     tellLine("answer " + std::to_string(answer));
+    return true;
 }

@@ -38,6 +38,20 @@ TEST_F(InputContract, HotKeyIsHeardOncePerPressAndByNobodyElse) {
     unregisterHotKey(mainWindow(), 1);
 }
 
+TEST_F(InputContract, ALitCapsLockDoesNotHideTheHotKey) {
+    constexpr std::uint16_t capsLock = 0x14;
+    const auto recorder = openRecorder(recorderPlace);
+    ASSERT_TRUE(registerHotKey(mainWindow(), 1, keyX));
+    pressRealKey(capsLock);
+    releaseRealKey(capsLock);
+    pressRealKey(keyX);
+    releaseRealKey(keyX);
+    EXPECT_TRUE(pumpUntil([] { return heard.hotKeys.size() == 1; }));
+    pressRealKey(capsLock);
+    releaseRealKey(capsLock);
+    unregisterHotKey(mainWindow(), 1);
+}
+
 TEST_F(InputContract, AnUnregisteredHotKeyIsHeardNoMore) {
     const auto recorder = openRecorder(recorderPlace);
     ASSERT_TRUE(registerHotKey(mainWindow(), 1, keyX));

@@ -68,26 +68,23 @@ TEST_F(LoopContract, TimerTicksUntilStopped) {
     EXPECT_TRUE(pumpUntil([&] { return heard.ticks > atStop; }));
 }
 
-TEST_F(LoopContract, LateTicksAreNotMadeUpFor) {
+TEST_F(LoopContract, TicksKeepToThePeriodOfTheLastStart) {
     startWindowTimer(wheelWindow(), 15, countTick);
-    ASSERT_TRUE(pumpUntil([] { return heard.ticks >= 1; }));
-    stopWindowTimer(wheelWindow());
-    heard.ticks = 0;
     startWindowTimer(wheelWindow(), 60, countTick);
-    const std::uint64_t startedAt = tickCount();
+    const std::uint64_t startedAt = watchMs();
     ASSERT_TRUE(pumpUntil([] { return heard.ticks >= 3; }));
-    EXPECT_GE(tickCount() - startedAt, 140U); // three periods, less the coarseness of both clocks
+    EXPECT_GE(watchMs() - startedAt, 140U); // three periods, less the coarseness of both clocks
 }
 
-TEST_F(LoopContract, SleepLastsAndTimeNeverRunsBack) {
+TEST_F(LoopContract, SleepLastsAndTicksNeverRunBack) {
     static std::atomic<std::uint64_t> sleptMs;
     static std::atomic<bool> ended;
     sleptMs = 0;
     ended = false;
     startDetachedThread([] {
-        const std::uint64_t before = tickCount();
+        const std::uint64_t before = watchMs();
         sleepMs(100);
-        sleptMs = tickCount() - before;
+        sleptMs = watchMs() - before;
         ended = true;
     });
     std::uint64_t last = tickCount();
@@ -97,8 +94,8 @@ TEST_F(LoopContract, SleepLastsAndTimeNeverRunsBack) {
         last = now;
         return ended.load();
     }));
-    EXPECT_GE(sleptMs, 80U); // Windows counts in steps of 16 ms
-    EXPECT_LE(sleptMs, 2000U);
+    EXPECT_GE(sleptMs, 80U); // Windows may wake a sleeper up to one of its 16 ms steps early
+    EXPECT_LE(sleptMs, 5000U);
 }
 
 } // namespace

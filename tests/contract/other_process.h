@@ -38,5 +38,5 @@ void tellLine(const std::string& line);
 /// event. Never returns. Once per platform.
 [[noreturn]] void playRecorder(const Rect& place);
 
-/// A role that one platform alone has; returns if it is none of its.
-void playPlatformRole(const std::vector<std::string>& role);
+/// A role that one platform alone has; false if it is none of its.
+bool playPlatformRole(const std::vector<std::string>& role);

@@ -29,6 +29,24 @@ protected:
         return s;
     }
 
+    /// How many points of the screen are not the recorder's pattern, the wheel's ring left aside.
+    int differentOutsideOfRing() {
+        const XConnection& eyes = stage().screen.eyes();
+        const ScreenPart screen = eyes.look(0, 0, eyes.width(), eyes.height());
+        const ScreenPoint centre = stage().wheel.onScreen(layerCentre);
+        int different = 0;
+        for (int y = 0; y < screen.height; ++y) {
+            for (int x = 0; x < screen.width; ++x) {
+                const double distance = std::hypot(x + 0.5 - centre.x, y + 0.5 - centre.y);
+                const PatternColor pattern = patternColor(x, y);
+                const bool isOnRing = distance > 44 && distance < 227;
+                if (!isOnRing && !(screen.at(x, y) == PixelColor{pattern.red, pattern.green, pattern.blue}))
+                    ++different;
+            }
+        }
+        return different;
+    }
+
     /// As when a mouse is unplugged and plugged in.
     void setMouseEnabled(bool enabled) {
         Display* display = stage().screen.eyes().raw();
@@ -106,23 +124,10 @@ TEST_F(OnLinux, WithoutACompositorTheRestOfTheScreenStaysVisible) {
     s.openWheel();
     s.aim(fieldPoint(0, 2, 150));
     keepPicture("without-compositor");
-    const XConnection& eyes = s.screen.eyes();
-    const ScreenPart screen = eyes.look(0, 0, eyes.width(), eyes.height());
-    const ScreenPoint origin = s.wheel.onScreen({0, 0});
-    int different = 0;
-    for (int y = 0; y < screen.height; ++y) {
-        for (int x = 0; x < screen.width; ++x) {
-            const double distance =
-                std::hypot(x + 0.5 - origin.x - layerCentre.x, y + 0.5 - origin.y - layerCentre.y);
-            const PatternColor pattern = patternColor(x, y);
-            if (distance > 45 && distance < 227)
-                continue;
-            if (!(screen.at(x, y) == PixelColor{pattern.red, pattern.green, pattern.blue}))
-                ++different;
-        }
-    }
-    EXPECT_EQ(different, 0);
-    EXPECT_EQ(s.wheel.pixel(fieldPoint(0, 2, 75)), (PixelColor{0x34, 0x98, 0xDB}));
+    waitFor("the background around the wheel and in its hole", [&] { return differentOutsideOfRing() == 0; });
+    waitFor("the field to be lit", [&] {
+        return s.wheel.pixel(fieldPoint(0, 2, 75)) == PixelColor{0x34, 0x98, 0xDB};
+    });
     s.mouse->click(MouseButton::left);
     s.recording.waitForPress("key-up a");
 }
@@ -204,6 +209,26 @@ TEST_F(OnLinux, AFieldChosenWithTakeFocusTypesIntoTheProgramInFront) {
     s.recording.waitForKind("focus-in");
     s.recording.waitForPress("key-up b");
     EXPECT_EQ(s.recording.pressTexts(), (Texts{"key-down b", "key-up b"}));
+}
+
+TEST_F(OnLinux, AGameThatHoldsThePointerSeesNothingWhileTheWheelIsOpen) {
+    Stage& s = oneField();
+    Display* game = s.screen.eyes().raw();
+    ASSERT_EQ(XGrabPointer(game, DefaultRootWindow(game), False, PointerMotionMask | ButtonPressMask,
+                           GrabModeAsync, GrabModeAsync, DefaultRootWindow(game), None, CurrentTime),
+              GrabSuccess);
+    s.openWheel();
+    s.choose(fieldPoint(1, 2, 150));
+    s.waitUntilWheelIsClosed();
+    s.recording.waitForPress("key-up b");
+    XSync(game, False);
+    XEvent event;
+    while (XCheckMaskEvent(game, PointerMotionMask, &event) != 0)
+        EXPECT_EQ((ScreenPoint{event.xmotion.x_root, event.xmotion.y_root}), (ScreenPoint{300, 300}));
+    EXPECT_EQ(XCheckMaskEvent(game, ButtonPressMask, &event), 0);
+    s.mouse->move(9, 9);
+    waitFor("the game to have the mouse again",
+            [&] { return XCheckMaskEvent(game, PointerMotionMask, &event) != 0; });
 }
 
 } // namespace

@@ -97,6 +97,31 @@ TEST_F(Safety, ADeathInATimedHoldLetsGoOfTheKey) {
     EXPECT_LE(sinceGone(), recoveryLimit);
 }
 
+TEST_F(Safety, AnOrderlyEndInATimedHoldLetsGoOfTheKeyToo) {
+    Stage& s = fieldWith(R"({ "key": "shift", "action": "hold", "value": 60000 })");
+    runField();
+    s.recording.waitForPress("key-down Shift_L");
+    s.endProgram();
+    s.recording.waitForPress("key-up Shift_L");
+    tapKey(s.screen.eyes(), "q");
+    s.recording.waitForPress("key-up q");
+    EXPECT_EQ(s.recording.pressTexts(),
+              (Texts{"key-down Shift_L", "key-up Shift_L", "key-down q", "key-up q"}));
+}
+
+TEST_F(Safety, AKeyHeldOnPurposeStaysDownAfterADeathUntilThePersonTapsIt) {
+    Stage& s = fieldWith(R"({ "key": "w", "action": "hold" })");
+    runField();
+    s.recording.waitForPress("key-down w");
+    kill();
+    s.program.statusWithin(generousLimit);
+    waitFor("the key to repeat again as it did",
+            [&] { return s.screen.eyes().autoRepeats(s.screen.eyes().keycodeOf("w")); });
+    tapKey(s.screen.eyes(), "w");
+    s.recording.waitForPress("key-up w");
+    EXPECT_EQ(s.recording.pressTexts(), (Texts{"key-down w", "key-up w"}));
+}
+
 TEST_F(Safety, ADeathInAMouseClickLetsGoOfTheButton) {
     Stage& s = fieldWith(R"({ "key": "rmb" })", R"("keyHold": 1000)");
     runField();

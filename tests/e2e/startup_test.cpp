@@ -58,6 +58,16 @@ TEST_F(Startup, ASecondCopySaysSoAndEndsWithoutDisturbingTheFirst) {
     expectWheelOpensByKey(toggleKey);
 }
 
+TEST_F(Startup, AClosedMainWindowLeavesTheWheelWorking) {
+    Stage& s = stage();
+    s.startProgram();
+    s.screen.eyes().close(*s.mainWindow());
+    waitFor("the window to go", [&] { return !s.mainWindow(); });
+    s.startRecorder();
+    expectWheelOpensByKey(toggleKey);
+    EXPECT_TRUE(s.program.isRunning());
+}
+
 TEST_F(Startup, AnUnknownThemeLooksLikeTheFirst) {
     Stage& s = stage();
     const auto sidebarOf = [&](const std::string& theme) {

@@ -119,18 +119,36 @@ TEST_F(Steps, RunsDoNotWaitForEachOther) {
     EXPECT_EQ(s.recording.pressTexts(), (Texts{"key-down w", "key-down b", "key-up b", "key-up w"}));
 }
 
-TEST_F(Steps, EditingKeysArriveAsThemselves) {
-    Stage& s =
-        fieldsWith({R"("keys": [ "up", "home", "delete", "pagedown", "space", "enter", "tab", "esc", "5" ])"},
-                   R"("keyHold": 5, "sendDelay": 50)");
+TEST_F(Steps, KeysOfEveryKindArriveAsThemselves) {
+    Stage& s = fieldsWith(
+        {R"("keys": [ "up", "home", "delete", "pagedown", "space", "enter", "tab", "esc", "5", "F1",
+                              "F13", "capslock", "capslock", "backspace", "win", "volumeup", "playpause" ])"},
+        R"("keyHold": 20, "sendDelay": 50)");
     run(0);
-    s.recording.waitForPresses(18);
+    const Texts expected = {"Up",
+                            "Home",
+                            "Delete",
+                            "Next",
+                            "space",
+                            "Return",
+                            "Tab",
+                            "Escape",
+                            "5",
+                            "F1",
+                            "F13",
+                            "Caps_Lock",
+                            "Caps_Lock",
+                            "BackSpace",
+                            "Super_L",
+                            "XF86AudioRaiseVolume",
+                            "XF86AudioPlay"};
+    s.recording.waitForPresses(2 * expected.size());
     Texts downs;
     for (const RecordedEvent& event : s.recording.presses()) {
         if (event.kind == "key-down")
             downs.push_back(event.name);
     }
-    EXPECT_EQ(downs, (Texts{"Up", "Home", "Delete", "Next", "space", "Return", "Tab", "Escape", "5"}));
+    EXPECT_EQ(downs, expected);
 }
 
 TEST_F(Steps, OpensFilesProgramsAndAddresses) {

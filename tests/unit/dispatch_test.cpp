@@ -3,55 +3,55 @@
 #include "core/text.h"
 #include "engine_test.h"
 #include "overlay.h"
-#include "platform/paths.h"
 
 #include <memory>
+#include <optional>
+#include <tuple>
 
 namespace {
 
-using Played = std::vector<TimedText>;
-using Texts = std::vector<std::string>;
-
 enum : std::uintptr_t {
     showWheelCommand = 1,
-    hideWheelCommand,
-    nextWheelCommand,
+    nextWheelCommand = 3,
     previousWheelCommand,
     clickCommand = 7,
     doubleClickCommand,
     rightClickCommand,
 };
 
-constexpr char oneWheel[] = R"({"wheels": [{"name": "pusty", "actions": []},
-                               {"name": "Nowe", "actions": [{"name": "z", "key": "z"}]}]})";
-constexpr char emptyWheels[] = R"({"wheels": [{"name": "a", "actions": []}]})";
+struct MessageCase {
+    std::uint32_t message;
+    std::uintptr_t wParam;
+    std::intptr_t lParam;
+    std::string key = {};
+};
 
 class Dispatch : public EngineTest {
 protected:
     /// Sends a path as another process would; the answer.
-    bool sendPath(std::u16string path, std::uintptr_t kind = 1) {
+    bool sendPath(const std::u16string& path, std::uintptr_t kind = 1) {
         return desktop.sendData(kind, path.data(), path.size() * sizeof(char16_t));
     }
 
-    static std::u16string programPath(const std::u16string& name) { return joinPath(programFolder(), name); }
+    /// Posts the phrases that the recogniser skipped; the balloon.
+    std::string skip(const std::u16string& phrases) {
+        desktop.clearJournal();
+        auto payload = std::make_unique<std::u16string>(phrases);
+        postToMain(MsgVoiceSkipped, 0, reinterpret_cast<std::intptr_t>(payload.release()));
+        return journal({JournalKind::tray});
+    }
 };
 
 TEST_F(Dispatch, AFunctionRunByVoiceWaitsSendDelayOnlyIfItClosedTheWheel) {
     startWith({wheelOf(4), wheelOf(3)});
     engineState.voiceActions = {field({}, 80), field({}, 81)};
     engineConfig.sendDelay = 400;
-    struct RoadCase {
-        std::uint32_t message;
-        std::uintptr_t wParam;
-        std::intptr_t lParam;
-        const char* key;
-    };
-    constexpr RoadCase cases[] = {
+    const MessageCase cases[] = {
         {MsgVoiceField, 0, 3, "key 68"},
         {MsgVoiceField, 1, 2, "key 67"}, // not the active wheel
         {MsgVoiceFunction, 1, 0, "key 81"},
     };
-    for (const RoadCase& c : cases) {
+    for (const MessageCase& c : cases) {
         for (const bool isOpen : {false, true}) {
             if (isOpen)
                 pressToggleKey();
@@ -59,236 +59,160 @@ TEST_F(Dispatch, AFunctionRunByVoiceWaitsSendDelayOnlyIfItClosedTheWheel) {
             const std::uint64_t start = desktop.clock.now();
             postToMain(c.message, c.wParam, c.lParam);
             EXPECT_FALSE(OverlayIsWheelVisible());
-            EXPECT_FALSE(engineState.restorePending);
             desktop.advanceBy(2000);
-            const std::uint64_t delay = isOpen ? 400 : 100;
-            const Played expected{{delay, c.key + std::string(" down")},
-                                  {delay + 60, c.key + std::string(" up")}};
-            EXPECT_EQ(played(start), expected);
+            EXPECT_EQ(played(start), (isOpen ? "400 " : "100 ") + c.key + " down, " +
+                                         (isOpen ? "460 " : "160 ") + c.key + " up");
         }
     }
 }
 
-TEST_F(Dispatch, StaleIndicesDoNothingAndLeaveTheWheelOpen) {
+TEST_F(Dispatch, StaleIndicesAndWhatNobodyAnswersLeaveTheWheelAsItIs) {
     startWith({wheelOf(4)});
     engineState.voiceActions = {field({}, 80)};
-    pressToggleKey();
-    struct StaleCase {
-        std::uint32_t message;
-        std::uintptr_t wParam;
-        std::intptr_t lParam;
-    };
     constexpr auto minusOne = static_cast<std::uintptr_t>(-1);
-    constexpr StaleCase cases[] = {
-        {MsgVoiceField, 1, 0},           {MsgVoiceField, 0, 4},  {MsgVoiceField, 0, -1},
-        {MsgVoiceField, minusOne, 0},    {MsgVoiceField, 9, 99}, {MsgVoiceFunction, 1, 0},
-        {MsgVoiceFunction, minusOne, 0},
-    };
-    for (const StaleCase& c : cases)
-        postToMain(c.message, c.wParam, c.lParam);
-    desktop.advanceBy(1000);
-    EXPECT_TRUE(OverlayIsWheelVisible());
-    EXPECT_TRUE(played().empty());
+    const MessageCase cases[] = {
+        {MsgVoiceField, 1, 0},        {MsgVoiceField, 0, 4},       {MsgVoiceField, 0, -1},
+        {MsgVoiceField, minusOne, 0}, {MsgVoiceField, 9, 99},      {MsgVoiceFunction, 1, 0},
+        {MsgVoiceCommand, 0, 0},      {MsgVoiceCommand, 5, 0},     {MsgVoiceCommand, 100, 0},
+        {MsgVoiceCommand, 600, 0},    {MsgVoiceCommand, 9999, 0},  {MsgVoiceFunction, minusOne, 0},
+        {MsgVoiceSkipped, 0, 0},      {MsgSelectUnderCursor, 0, 0}};
+    for (const bool isOpen : {false, true}) {
+        if (isOpen)
+            pressToggleKey();
+        desktop.clearJournal();
+        for (const MessageCase& c : cases)
+            postToMain(c.message, c.wParam, c.lParam);
+        desktop.mainHandlers->hotKeyPressed(2);
+        ASSERT_TRUE(postWindowMessage(engineState.wheelWindow, MsgVoiceCommand, showWheelCommand));
+        ASSERT_TRUE(
+            postWindowMessage(engineState.wheelWindow, MsgSelectUnderCursor)); // closed, or in the hole
+        ASSERT_TRUE(postWindowMessage(engineState.gridWindow, MsgSelectUnderCursor));
+        desktop.advanceBy(1000);
+        EXPECT_EQ(OverlayIsWheelVisible(), isOpen);
+        EXPECT_TRUE(desktop.journal.empty());
+    }
 }
 
-TEST_F(Dispatch, AVoicedFieldWithoutStepsClosesTheWheelAndRunsNothing) {
-    startWith({wheelOf(4)});
-    engineState.wheels[0].actions[0].steps.clear();
-    pressToggleKey();
-    postToMain(MsgVoiceField, 0, 0);
-    EXPECT_FALSE(OverlayIsWheelVisible());
-    EXPECT_EQ(desktop.clock.workerCount(), 0U);
-}
-
-TEST_F(Dispatch, VoiceTurnsThePageOfAnOpenWheelOnly) {
-    startWith({wheelOf(4), wheelOf(3), wheelOf(2)});
+TEST_F(Dispatch, VoiceTurnsThePageOfAnOpenWheelBothWaysUnderAStillCursor) {
+    startWith({wheelOf(4), wheelOf(1), wheelOf(24)});
     postToMain(MsgVoiceCommand, nextWheelCommand);
     EXPECT_EQ(engineState.activeWheel, 0) << "closed";
     pressToggleKey();
     aimAt(inFieldOfFour[3]);
-    struct PageCase {
-        std::uintptr_t command;
-        std::int32_t wheel;
-        std::int32_t field;
-    };
-    constexpr PageCase cases[] = {
-        {previousWheelCommand, 2, 1}, {nextWheelCommand, 0, 3}, {nextWheelCommand, 1, 2}};
-    for (const PageCase& c : cases) {
-        const int paintsBefore = wheelPaintCount();
-        postToMain(MsgVoiceCommand, c.command);
-        EXPECT_EQ(engineState.activeWheel, c.wheel);
-        EXPECT_EQ(engineState.hoveredField, c.field);
-        EXPECT_EQ(wheelPaintCount(), paintsBefore + 1);
+    // command, and the wheel and hovered field after it: the ring is divided anew
+    constexpr std::tuple<std::uintptr_t, std::int32_t, std::int32_t> cases[] = {
+        {nextWheelCommand, 1, 0},
+        {nextWheelCommand, 2, 19},
+        {nextWheelCommand, 0, 3},
+        {previousWheelCommand, 2, 19}};
+    int paintCount = wheelPaintCount();
+    for (const auto& [command, wheel, hovered] : cases) {
+        postToMain(MsgVoiceCommand, command);
+        EXPECT_EQ(engineState.activeWheel, wheel);
+        EXPECT_EQ(engineState.hoveredField, hovered);
+        EXPECT_EQ(wheelPaintCount(), ++paintCount);
     }
     engineState.wheels = {wheelOf(4)};
     engineState.activeWheel = 0;
-    const int paintsBefore = wheelPaintCount();
     postToMain(MsgVoiceCommand, nextWheelCommand);
-    postToMain(MsgVoiceCommand, previousWheelCommand);
-    EXPECT_EQ(wheelPaintCount(), paintsBefore) << "a single wheel";
+    EXPECT_EQ(wheelPaintCount(), paintCount) << "a single wheel";
 }
 
 TEST_F(Dispatch, VoiceClicksAtTheRealCursorOrOnWhatTheVirtualOneIsOn) {
     startWith({wheelOf(4)});
     desktop.cursor = {100, 100};
-    const Played left{{60, "button 0 down"}, {120, "button 0 up"}};
-    const Played twice{
-        {60, "button 0 down"}, {120, "button 0 up"}, {180, "button 0 down"}, {240, "button 0 up"}};
-    const Played right{{60, "button 1 down"}, {120, "button 1 up"}};
-    struct ClickCase {
-        const char* what;
-        std::uintptr_t command;
-        bool wheelIsOpen;
-        Point cursor;
-        Played expected;
-        bool wheelStaysOpen;
+    const std::string left = "60 button 0 down, 120 button 0 up";
+    const std::string twice = left + ", 180 button 0 down, 240 button 0 up";
+    const std::string right = "60 button 1 down, 120 button 1 up";
+    // command, virtual cursor of the open wheel, what is played, does the wheel stay open
+    const std::tuple<std::uintptr_t, std::optional<Point>, std::string, bool> cases[] = {
+        {clickCommand, {}, left, false},
+        {doubleClickCommand, {}, twice, false},
+        {rightClickCommand, {}, right, false},
+        {clickCommand, inFieldOfFour[0], "250 key 65 down, 310 key 65 up", false},
+        {clickCommand, inHole, "", true},
+        {doubleClickCommand, inFieldOfFour[0], twice, true}, // these two pass an open wheel
+        {rightClickCommand, inFieldOfFour[0], right, true},
     };
-    const ClickCase cases[] = {
-        {"click, closed", clickCommand, false, {}, left, false},
-        {"double click, closed", doubleClickCommand, false, {}, twice, false},
-        {"right click, closed", rightClickCommand, false, {}, right, false},
-        {"click, open on a field",
-         clickCommand,
-         true,
-         inFieldOfFour[0],
-         {{250, "key 65 down"}, {310, "key 65 up"}},
-         false},
-        {"click, open on nothing", clickCommand, true, inHole, {}, true},
-        {"double click passes an open wheel", doubleClickCommand, true, inFieldOfFour[0], twice, true},
-        {"right click passes an open wheel", rightClickCommand, true, inFieldOfFour[0], right, true},
-    };
-    for (const ClickCase& c : cases) {
-        SCOPED_TRACE(c.what);
-        if (c.wheelIsOpen) {
+    for (const auto& [command, virtualCursor, expected, wheelStaysOpen] : cases) {
+        if (virtualCursor) {
             pressToggleKey();
-            aimAt(c.cursor);
+            aimAt(*virtualCursor);
         }
         desktop.clearJournal();
-        desktop.seenByPrograms.clear();
         const std::uint64_t start = desktop.clock.now();
-        postToMain(MsgVoiceCommand, c.command);
+        postToMain(MsgVoiceCommand, command);
         desktop.advanceBy(2000);
-        EXPECT_EQ(played(start), c.expected);
-        EXPECT_EQ(OverlayIsWheelVisible(), c.wheelStaysOpen);
-        const bool isPointing = !c.expected.empty() && c.expected[0].text.starts_with("button");
-        EXPECT_EQ(desktop.seenByPrograms.size(), isPointing ? c.expected.size() : 0U);
-        if (c.wheelStaysOpen)
+        EXPECT_EQ(played(start), expected);
+        EXPECT_EQ(OverlayIsWheelVisible(), wheelStaysOpen);
+        if (wheelStaysOpen)
             pressToggleKey();
     }
 }
 
 TEST_F(Dispatch, AVoicedClickTakesTheGridAwayButNeitherWheelNorLabels) {
     startWith({wheelOf(4)});
+    engineState.elementsVisible = true;
     for (const std::uintptr_t command : {clickCommand, doubleClickCommand, rightClickCommand}) {
+        showOverlayWindow(engineState.gridWindow);
         engineState.gridVisible = true;
-        engineState.elementsVisible = true;
         postToMain(MsgVoiceCommand, command);
         EXPECT_FALSE(engineState.gridVisible) << command;
-        EXPECT_TRUE(engineState.elementsVisible) << command;
+        EXPECT_FALSE(desktop.windowNamed("grid")->isShown) << command;
     }
+    EXPECT_TRUE(engineState.elementsVisible);
+    showOverlayWindow(engineState.gridWindow); // now it holds the labels alone
+    postToMain(MsgVoiceCommand, clickCommand);
+    EXPECT_TRUE(desktop.windowNamed("grid")->isShown);
     pressToggleKey();
     engineState.gridVisible = true;
     postToMain(MsgVoiceCommand, clickCommand);
     EXPECT_TRUE(engineState.gridVisible) << "with the wheel open the word belongs to the wheel";
 }
 
-TEST_F(Dispatch, WhatNobodyAnswersIsHarmless) {
-    startWith({wheelOf(4)});
-    for (const std::uintptr_t command : {0U, 100U, 200U, 300U, 400U, 600U, 99999U})
-        postToMain(MsgVoiceCommand, command);
-    for (const std::uint32_t message : {0x8002U, 0x8008U, 0U})
-        postToMain(message, 0);
-    postToMain(MsgVoiceSkipped, 0, 0);
-    desktop.mainHandlers->hotKeyPressed(2);
-    ASSERT_TRUE(postWindowMessage(engineState.wheelWindow, MsgVoiceCommand, showWheelCommand));
-    ASSERT_TRUE(postWindowMessage(engineState.wheelWindow, MsgSelectUnderCursor)); // while closed
-    ASSERT_TRUE(postWindowMessage(engineState.gridWindow, MsgSelectUnderCursor));
-    desktop.advanceBy(1000);
-    EXPECT_TRUE(desktop.journal.empty());
-}
-
-TEST_F(Dispatch, AHeldToggleKeyTogglesOnce) {
-    startWith({wheelOf(4)});
-    for (int i = 0; i < 5; ++i)
-        desktop.pressKey(engineConfig.toggleKeyCode.vk);
-    desktop.pumpMessages();
-    EXPECT_TRUE(OverlayIsWheelVisible());
-}
-
 TEST_F(Dispatch, SkippedPhrasesAreToldInABalloonCutToItsRoom) {
-    const std::string prefix =
-        "warning [Rotika — komendy głosowe] Pominięto frazy ze słowami spoza słownika modelu: ";
-    const auto skip = [this](const std::u16string& phrases) {
-        desktop.clearJournal();
-        auto payload = std::make_unique<std::u16string>(phrases);
-        postToMain(MsgVoiceSkipped, 0, reinterpret_cast<std::intptr_t>(payload.release()));
-        return desktop.journalOf({JournalKind::tray});
-    };
+    const std::u16string text = u"Pominięto frazy ze słowami spoza słownika modelu: ";
+    const std::string prefix = "warning [Rotika — komendy głosowe] " + utf8FromUtf16(text);
     ASSERT_TRUE(startEngine(true));
-    EXPECT_EQ(skip(u"skok w bok, żółw"), (Texts{prefix + "skok w bok, żółw"}));
-    const std::u16string fixed = u"Pominięto frazy ze słowami spoza słownika modelu: ";
-    EXPECT_EQ(skip(std::u16string(300, u'x')), (Texts{prefix + std::string(255 - fixed.size(), 'x')}));
+    EXPECT_EQ(skip(u"skok w bok, żółw"), prefix + "skok w bok, żółw");
+    EXPECT_EQ(skip(std::u16string(300, u'x')), prefix + std::string(255 - text.size(), 'x'));
     desktop.destroyMainWindow();
     EXPECT_FALSE(postWindowMessage(engineState.mainWindow, MsgVoiceSkipped))
         << "the payload stays the sender's";
 }
 
-TEST_F(Dispatch, WithoutATrayIconABalloonIsLost) {
-    startWith({wheelOf(4)});
-    auto payload = std::make_unique<std::u16string>(u"skok");
-    postToMain(MsgVoiceSkipped, 0, reinterpret_cast<std::intptr_t>(payload.release()));
-    EXPECT_TRUE(desktop.journal.empty());
-}
-
 TEST_F(Dispatch, DataFromAnotherProcessActivatesAWheelFile) {
     ASSERT_TRUE(startEngine(true));
-    writeProgramFile(u"koła.json", oneWheel);
-    pressToggleKey();
-    const int paintsBefore = wheelPaintCount();
+    EXPECT_EQ(journal({JournalKind::box}), "") << "sound files";
+    const std::u16string path = folder.write(
+        "koła.json", R"({"wheels": [{"actions": []}, {"name": "Nowe", "actions": [{"key": "z"}]}]})");
     desktop.clearJournal();
-    const std::u16string path = programPath(u"koła.json");
     EXPECT_TRUE(sendPath(path + std::u16string(3, u'\0')));
-    ASSERT_EQ(OverlayWheelCount(), 1);
-    EXPECT_EQ(engineState.wheels[0].name, u"Nowe");
-    EXPECT_EQ(engineState.hoveredField, -1);
-    EXPECT_EQ(wheelPaintCount(), paintsBefore + 1);
+    EXPECT_EQ(describe(engineState.wheels), "Nowe[{click z 1}]");
     EXPECT_EQ(desktop.mainWindowRepaints, 1);
-    EXPECT_EQ(desktop.journalOf({JournalKind::tray}),
-              (Texts{"info [Rotika] Aktywowano konfigurację: " + utf8FromUtf16(path)}));
-    EXPECT_TRUE(OverlayIsWheelVisible());
+    EXPECT_EQ(journal({JournalKind::tray}), "info [Rotika] Aktywowano konfigurację: " + utf8FromUtf16(path));
+    const std::u16string longer = path + u'Ł'; // an odd byte at the end is no part of the path
+    EXPECT_TRUE(desktop.sendData(1, longer.data(), path.size() * sizeof(char16_t) + 1));
 }
 
 TEST_F(Dispatch, DataThatIsNoWheelFileIsRefusedWithoutAWord) {
     ASSERT_TRUE(startEngine(true));
-    writeProgramFile(u"dobre.json", oneWheel);
-    writeProgramFile(u"puste.json", emptyWheels);
-    writeProgramFile(u"zle.json", "{");
+    const std::u16string good = folder.write("dobre.json", R"({"actions": [{"key": "z"}]})");
     engineState.wheels = {wheelOf(4), wheelOf(5)};
     engineState.activeWheel = 1;
     desktop.clearJournal();
-    const std::u16string good = programPath(u"dobre.json");
-    EXPECT_FALSE(sendPath(good, 0));
-    EXPECT_FALSE(sendPath(good, 2));
-    EXPECT_FALSE(desktop.sendData(1, good.data(), 1));
-    EXPECT_FALSE(desktop.sendData(1, good.data(), 0));
+    for (const std::uintptr_t kind : {0U, 2U})
+        EXPECT_FALSE(sendPath(good, kind));
+    for (const std::size_t byteCount : {0U, 1U})
+        EXPECT_FALSE(desktop.sendData(1, good.data(), byteCount));
     EXPECT_FALSE(desktop.sendData(1, nullptr, 100));
-    EXPECT_FALSE(sendPath(std::u16string(8, u'\0')));
-    EXPECT_FALSE(sendPath(programPath(u"puste.json")));
-    EXPECT_FALSE(sendPath(programPath(u"zle.json")));
-    EXPECT_FALSE(sendPath(programPath(u"brak.json")));
+    for (const std::u16string& path :
+         {std::u16string(8, u'\0'), folder.write("puste.json", R"({"wheels": [{"actions": []}]})")})
+        EXPECT_FALSE(sendPath(path));
     EXPECT_EQ(OverlayWheelCount(), 2);
     EXPECT_EQ(engineState.activeWheel, 1);
     EXPECT_EQ(desktop.mainWindowRepaints, 0);
     EXPECT_TRUE(desktop.journal.empty());
-}
-
-TEST_F(Dispatch, AnOddByteAtTheEndOfTheDataIsNotPartOfThePath) {
-    startWith({wheelOf(4)});
-    writeProgramFile(u"dobre.json", oneWheel);
-    std::u16string path = programPath(u"dobre.json");
-    const std::size_t byteCount = path.size() * sizeof(char16_t) + 1;
-    path += u'Ł';
-    EXPECT_TRUE(desktop.sendData(1, path.data(), byteCount));
 }
 
 TEST_F(Dispatch, TheStatusPageQuotesTheSettingsInForce) {

@@ -1,12 +1,7 @@
 #include "engine_test.h"
 
 #include "overlay.h"
-#include "platform/files.h"
-#include "platform/paths.h"
-
-#include "platform/simulated/simulated_files.h"
-
-#include <random>
+#include "picture_text.h"
 
 namespace {
 
@@ -15,32 +10,12 @@ SimulatedDesktop& freshDesktop() {
     return simulatedDesktop();
 }
 
-/// An empty folder that no other test uses, also in a test program that runs at the same time.
-std::filesystem::path makeTemporaryFolder() {
-    std::random_device source;
-    std::filesystem::path folder;
-    do
-        folder = std::filesystem::temp_directory_path() / ("rotika-unit-" + std::to_string(source()));
-    while (!std::filesystem::create_directory(folder));
-    return folder;
-}
-
 } // namespace
 
-EngineTest::EngineTest() : desktop(freshDesktop()), programFolderPath(makeTemporaryFolder()) {
-    resetSimulatedFiles();
-    setSimulatedProgramFolder(programFolderPath.u16string());
-    resetEngineForTest();
-}
-
-EngineTest::~EngineTest() {
-    desktop.clock.drain();
-    resetSimulatedFiles();
-    std::filesystem::remove_all(programFolderPath);
-}
+EngineTest::EngineTest() : desktop(freshDesktop()) {}
 
 void EngineTest::startWith(std::vector<Wheel> wheels) {
-    writeProgramFile(u"config.json", R"({"gazeEnabled": false, "voiceEnabled": false})");
+    folder.write("config.json", R"({"gazeEnabled": false, "voiceEnabled": false})");
     ASSERT_TRUE(OverlayEngineStart());
     engineState.wheels = std::move(wheels);
     desktop.clearJournal();
@@ -52,11 +27,15 @@ void EngineTest::pressToggleKey() {
     desktop.pumpMessages();
 }
 
-void EngineTest::aimAt(std::int32_t x, std::int32_t y) {
-    desktop.moveMouse(x - engineState.cursorX, y - engineState.cursorY);
+void EngineTest::aimAt(Point point) {
+    desktop.moveMouse(point.x - engineState.cursorX, point.y - engineState.cursorY);
     desktop.advanceBy(15);
-    ASSERT_EQ(engineState.cursorX, x);
-    ASSERT_EQ(engineState.cursorY, y);
+    ASSERT_EQ(virtualCursor(), point);
+}
+
+void EngineTest::putCursorAt(Point point) {
+    engineState.cursorX = point.x;
+    engineState.cursorY = point.y;
 }
 
 void EngineTest::clickMouse() {
@@ -70,23 +49,31 @@ void EngineTest::postToMain(std::uint32_t message, std::uintptr_t wParam, std::i
     desktop.settle();
 }
 
-std::vector<TimedText> EngineTest::played(std::uint64_t sinceMs) const {
-    return desktop.timedJournalOf({JournalKind::input, JournalKind::target}, sinceMs);
+std::string EngineTest::journal(std::initializer_list<JournalKind> kinds) const {
+    std::string text;
+    for (const std::string& entry : desktop.journalOf(kinds))
+        text += (text.empty() ? "" : ", ") + entry;
+    return text;
+}
+
+std::string EngineTest::played(std::uint64_t sinceMs) const {
+    std::string text;
+    for (const JournalEntry& entry : desktop.journal)
+        if (entry.kind == JournalKind::input || entry.kind == JournalKind::target)
+            text += (text.empty() ? "" : ", ") + std::to_string(entry.atMs - sinceMs) + " " + entry.text;
+    return text;
+}
+
+std::vector<std::string> EngineTest::shownLines(const std::string& word) {
+    return linesOf(pictureLines(*desktop.windowNamed("wheel")->picture), word);
 }
 
 KeyCode keyOf(std::uint16_t virtualKey) {
-    KeyCode key;
-    key.vk = virtualKey;
-    key.valid = true;
-    return key;
+    return {.vk = virtualKey, .valid = true, .text = {}};
 }
 
 KeyCode mouseKey(std::uint32_t button) {
-    KeyCode key;
-    key.isMouse = true;
-    key.mouseButton = button;
-    key.valid = true;
-    return key;
+    return {.isMouse = true, .mouseButton = button, .valid = true, .text = {}};
 }
 
 ActionStep click(KeyCode key, std::int32_t count) {
@@ -112,17 +99,9 @@ WheelAction field(const std::u16string& name, std::uint16_t virtualKey) {
     return action;
 }
 
-Wheel wheelOf(int fieldCount, const std::u16string& name) {
-    Wheel wheel{name, {}};
+Wheel wheelOf(int fieldCount) {
+    Wheel wheel;
     for (int i = 0; i < fieldCount; ++i)
         wheel.actions.push_back(field({}, static_cast<std::uint16_t>(65 + i)));
     return wheel;
-}
-
-void writeProgramFile(const std::u16string& name, const std::string& bytes) {
-    ASSERT_TRUE(replaceFileBytes(joinPath(programFolder(), name), bytes));
-}
-
-void PrintTo(const TimedText& entry, std::ostream* out) {
-    *out << entry.atMs << " " << entry.text;
 }

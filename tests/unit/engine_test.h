@@ -4,23 +4,22 @@
 #include "core/engine_state.h"
 #include "core/private_messages.h"
 #include "core/wheel_records.h"
+#include "files_support.h"
 
 #include "platform/simulated/simulated_desktop.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <filesystem>
-#include <ostream>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
-/// A fresh process on a fresh simulated desktop: the engine not yet started, an empty folder of
-/// the program.
-class EngineTest : public testing::Test {
+/// A fresh process on a fresh simulated desktop: the engine not yet started.
+class EngineTest : public FilesTest {
 public:
     EngineTest();
-    ~EngineTest() override;
+    ~EngineTest() override { desktop.clock.drain(); }
 
     /// Starts the engine with gaze and voice off and puts `wheels` in force.
     void startWith(std::vector<Wheel> wheels);
@@ -29,24 +28,27 @@ public:
     void pressToggleKey();
 
     /// Moves the virtual cursor of the open wheel there, with the real mouse and one tick.
-    void aimAt(std::int32_t x, std::int32_t y);
-    void aimAt(Point point) { aimAt(point.x, point.y); }
+    void aimAt(Point point);
+    /// Puts the virtual cursor there without a mouse.
+    static void putCursorAt(Point point);
+    static Point virtualCursor() { return {engineState.cursorX, engineState.cursorY}; }
 
     /// A press and release of the real left button, and what follows at once.
     void clickMouse();
 
     void postToMain(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam = 0);
 
-    /// Injected input and opened targets, timed from `sinceMs`.
-    std::vector<TimedText> played(std::uint64_t sinceMs = 0) const;
+    /// What the engine did, joined by ", ".
+    std::string journal(std::initializer_list<JournalKind> kinds) const;
+    /// Injected input and opened targets, each behind its time from `sinceMs`: "0 key 65 down, 60 key 65 up".
+    std::string played(std::uint64_t sinceMs = 0) const;
 
     bool isForeground(const std::string& name) { return desktop.foreground == desktop.windowNamed(name); }
     int wheelPaintCount() { return desktop.windowNamed("wheel")->paintCount; }
+    /// Those lines of the wheel's picture on show that begin with `word`.
+    std::vector<std::string> shownLines(const std::string& word);
 
     SimulatedDesktop& desktop;
-
-private:
-    std::filesystem::path programFolderPath;
 };
 
 // Layer points that lie in a wheel of four fields, and beside the ring
@@ -66,9 +68,4 @@ ActionStep open(const std::u16string& target);
 /// A field that clicks one key.
 WheelAction field(const std::u16string& name, std::uint16_t virtualKey);
 /// `fieldCount` fields, the first of which clicks key 65, the second 66, and so on.
-Wheel wheelOf(int fieldCount, const std::u16string& name = {});
-
-/// Puts a file beside the program.
-void writeProgramFile(const std::u16string& name, const std::string& bytes);
-
-void PrintTo(const TimedText& entry, std::ostream* out);
+Wheel wheelOf(int fieldCount);

@@ -14,16 +14,17 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
-/// A folder of its own for each test, gone with it.
+/// A folder that no other test uses, also in a test program that runs at the same time; gone with it.
 class TemporaryFolder {
 public:
     TemporaryFolder() {
         std::random_device random;
-        do {
+        do
             folder = std::filesystem::temp_directory_path() / ("rotika-test-" + std::to_string(random()));
-        } while (!std::filesystem::create_directory(folder));
+        while (!std::filesystem::create_directory(folder));
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -45,67 +46,65 @@ public:
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
     std::size_t fileCount() const {
-        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder),
-                                                      std::filesystem::directory_iterator()));
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
     }
 
 private:
     std::filesystem::path folder;
 };
 
+/// A fresh process whose program lies in an empty folder.
 class FilesTest : public testing::Test {
-protected:
-    void SetUp() override {
+public:
+    FilesTest() {
         resetEngineForTest();
         setSimulatedProgramFolder(folder.path());
     }
-    void TearDown() override {
-        resetSimulatedFiles();
-        resetEngineForTest();
-    }
+    ~FilesTest() override { resetSimulatedFiles(); }
 
     TemporaryFolder folder;
 };
 
+template <typename Text>
+Text repeated(const Text& piece, std::size_t count) {
+    Text text;
+    text.reserve(piece.size() * count);
+    for (std::size_t i = 0; i < count; ++i)
+        text += piece;
+    return text;
+}
+
 /// A wheel as one line, with everything that differs from a default shown:
 /// "name[field{click a 2, hold b 0, open c 1} delay=5 bgr=ABCDEF icon=i voice=v; field{}]".
-inline std::string describe(const WheelAction& action) {
+template <typename Item>
+std::string describe(const std::vector<Item>& items, const std::string& separator = " ") {
+    std::string text;
+    for (const Item& item : items)
+        text += (&item == &items.front() ? "" : separator) + describe(item);
+    return text;
+}
+
+inline std::string describe(const ActionStep& step) {
     static const char* const kinds[] = {"click ", "hold ", "release ", "open "};
+    const bool opens = step.kind == StepKind::open;
+    return kinds[static_cast<int>(step.kind)] + utf8FromUtf16(opens ? step.target : step.key.text) + " " +
+           std::to_string(step.value);
+}
+
+inline std::string describe(const WheelAction& action) {
     std::ostringstream text;
-    text << utf8FromUtf16(action.name) << '{';
-    for (const ActionStep& step : action.steps) {
-        text << (&step == &action.steps.front() ? "" : ", ") << kinds[static_cast<int>(step.kind)]
-             << utf8FromUtf16(step.kind == StepKind::open ? step.target : step.key.text) << ' ' << step.value;
-    }
-    text << '}';
-    if (action.delay != 30) {
+    text << utf8FromUtf16(action.name) << "{" << describe(action.steps, ", ") << "}";
+    if (action.delay != 30)
         text << " delay=" << action.delay;
-    }
-    if (action.hasColor) {
+    if (action.hasColor)
         text << " bgr=" << std::hex << std::uppercase << action.color;
-    }
-    if (!action.icon.empty()) {
+    if (!action.icon.empty())
         text << " icon=" << utf8FromUtf16(action.icon);
-    }
-    if (!action.voice.empty()) {
+    if (!action.voice.empty())
         text << " voice=" << utf8FromUtf16(action.voice);
-    }
     return text.str();
 }
 
-inline std::string describe(const std::vector<WheelAction>& actions) {
-    std::ostringstream text;
-    for (const WheelAction& action : actions) {
-        text << (&action == &actions.front() ? "" : "; ") << describe(action);
-    }
-    return text.str();
-}
-
-inline std::string describe(const std::vector<Wheel>& wheels) {
-    std::ostringstream text;
-    for (const Wheel& wheel : wheels) {
-        text << (&wheel == &wheels.front() ? "" : " ") << utf8FromUtf16(wheel.name) << '['
-             << describe(wheel.actions) << ']';
-    }
-    return text.str();
+inline std::string describe(const Wheel& wheel) {
+    return utf8FromUtf16(wheel.name) + "[" + describe(wheel.actions, "; ") + "]";
 }

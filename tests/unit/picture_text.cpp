@@ -5,67 +5,58 @@
 #include "platform/simulated/simulated_desktop.h"
 
 #include <cstdio>
+#include <sstream>
 
 namespace {
 
-std::string text(float number) {
-    char digits[32];
-    std::snprintf(digits, sizeof digits, "%g", static_cast<double>(number));
-    return digits;
+std::ostream& operator<<(std::ostream& out, const PictureBox& box) {
+    return out << " " << box.x << "," << box.y << " " << box.width << "x" << box.height;
 }
 
-std::string text(const PictureBox& box) {
-    return " " + text(box.x) + "," + text(box.y) + " " + text(box.width) + "x" + text(box.height);
-}
-
-std::string text(const PictureColor& color) {
+std::ostream& operator<<(std::ostream& out, const PictureColor& color) {
     char digits[32];
     std::snprintf(digits, sizeof digits, " of %02X %02X %02X %02X", color.alpha, color.red, color.green,
                   color.blue);
-    return digits;
+    return out << digits;
 }
 
-std::string angles(float start, float sweep) {
-    return " from " + text(start) + " by " + text(sweep);
-}
-
-std::string pen(float width) {
-    return " pen " + text(width);
-}
-
+/// Writes one command into the stream.
 struct CommandText {
-    std::string operator()(const FilledPie& c) const {
-        return "pie" + text(c.box) + angles(c.startAngle, c.sweepAngle) + text(c.color);
+    std::ostringstream& out;
+
+    void operator()(const FilledPie& c) const {
+        out << "pie" << c.box << " from " << c.startAngle << " by " << c.sweepAngle << c.color;
     }
-    std::string operator()(const OutlinedPie& c) const {
-        return "pie outline" + text(c.box) + angles(c.startAngle, c.sweepAngle) + text(c.color) +
-               pen(c.penWidth);
+    void operator()(const OutlinedPie& c) const {
+        out << "pie outline" << c.box << " from " << c.startAngle << " by " << c.sweepAngle << c.color
+            << " pen " << c.penWidth;
     }
-    std::string operator()(const OutlinedArc& c) const {
-        return "arc" + text(c.box) + angles(c.startAngle, c.sweepAngle) + text(c.color) + pen(c.penWidth);
+    void operator()(const OutlinedArc& c) const {
+        out << "arc" << c.box << " from " << c.startAngle << " by " << c.sweepAngle << c.color << " pen "
+            << c.penWidth;
     }
-    std::string operator()(const CutOutEllipse& c) const { return "cut-out" + text(c.box); }
-    std::string operator()(const OutlinedEllipse& c) const {
-        return "ellipse" + text(c.box) + text(c.color) + pen(c.penWidth);
+    void operator()(const CutOutEllipse& c) const { out << "cut-out" << c.box; }
+    void operator()(const OutlinedEllipse& c) const {
+        out << "ellipse" << c.box << c.color << " pen " << c.penWidth;
     }
-    std::string operator()(const FilledRectangle& c) const {
-        return "rectangle" + text(c.box) + text(c.color);
+    void operator()(const FilledRectangle& c) const { out << "rectangle" << c.box << c.color; }
+    void operator()(const OutlinedRectangle& c) const {
+        out << "rectangle outline" << c.box << c.color << " pen " << c.penWidth;
     }
-    std::string operator()(const OutlinedRectangle& c) const {
-        return "rectangle outline" + text(c.box) + text(c.color) + pen(c.penWidth);
-    }
-    std::string operator()(const Polygon& c) const {
-        std::string line = c.penWidth > 0 ? "polygon outline" : "polygon";
+    void operator()(const Polygon& c) const {
+        out << (c.penWidth > 0 ? "polygon outline" : "polygon");
         for (std::size_t i = 0; i < c.count; ++i)
-            line += " " + text(c.points[i].x) + "," + text(c.points[i].y);
-        return line + text(c.color) + (c.penWidth > 0 ? pen(c.penWidth) : "");
+            out << " " << c.points[i].x << "," << c.points[i].y;
+        out << c.color;
+        if (c.penWidth > 0)
+            out << " pen " << c.penWidth;
     }
-    std::string operator()(const TextInBox& c) const {
-        return "text '" + utf8FromUtf16(c.text) + "'" + text(c.box) + " size " + text(c.sizePx) +
-               (c.bold ? " bold" : "") + text(c.color);
+    void operator()(const TextInBox& c) const {
+        out << "text '" << utf8FromUtf16(c.text) << "'" << c.box << " size " << c.sizePx
+            << (c.bold ? " bold" : "") << c.color;
     }
-    std::string operator()(const ImageInBox& c) const {
-        return "image " + utf8FromUtf16(c.image->path) + text(c.box) + " opacity " + text(c.opacity);
+    void operator()(const ImageInBox& c) const {
+        out << "image " << utf8FromUtf16(c.image->path) << c.box << " opacity " << c.opacity;
     }
 };
 
@@ -73,15 +64,15 @@ struct CommandText {
 
 std::vector<std::string> pictureLines(const Picture& picture) {
     std::vector<std::string> lines;
-    for (const DrawCommand& command : picture.commands)
-        lines.push_back(std::visit(CommandText{}, command));
+    for (const DrawCommand& command : picture.commands) {
+        std::ostringstream line;
+        std::visit(CommandText{line}, command);
+        lines.push_back(line.str());
+    }
     return lines;
 }
 
-std::vector<std::string> linesOf(const std::vector<std::string>& lines, const std::string& word) {
-    std::vector<std::string> chosen;
-    for (const std::string& line : lines)
-        if (line.starts_with(word))
-            chosen.push_back(line);
-    return chosen;
+std::vector<std::string> linesOf(std::vector<std::string> lines, const std::string& word) {
+    std::erase_if(lines, [&word](const std::string& line) { return !line.starts_with(word); });
+    return lines;
 }

@@ -10,4 +10,4 @@
 std::vector<std::string> pictureLines(const Picture& picture);
 
 /// Those lines that begin with `word`.
-std::vector<std::string> linesOf(const std::vector<std::string>& lines, const std::string& word);
+std::vector<std::string> linesOf(std::vector<std::string> lines, const std::string& word);

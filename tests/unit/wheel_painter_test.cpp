@@ -5,7 +5,7 @@
 #include "platform/paths.h"
 #include "wheel/painter.h"
 
-#include <algorithm>
+#include <tuple>
 
 namespace {
 
@@ -13,14 +13,8 @@ using Lines = std::vector<std::string>;
 
 class WheelPainter : public EngineTest {
 protected:
-    WheelPainter() { putCursorAt(294, 230); }
-
-    static void putCursorAt(std::int32_t x, std::int32_t y) {
-        engineState.cursorX = x;
-        engineState.cursorY = y;
-    }
-
     static Lines painted() { return pictureLines(buildWheelPicture()); }
+    static Lines painted(const std::string& word) { return linesOf(painted(), word); }
 
     /// Makes an icon file that loads, beside the program; its full path.
     std::string addIcon(const std::u16string& name) {
@@ -32,11 +26,12 @@ protected:
 
 TEST_F(WheelPainter, PaintsPiesThenLabelsThenHoleNameAndCursor) {
     Wheel wheel{u"Gra", {field(u"Skok", 65), field(u"", 66)}};
+    wheel.actions[0].color = 0xFFFFFF; // without hasColor it does not count
     wheel.actions[1].color = 0x030201;
     wheel.actions[1].hasColor = true;
     engineState.wheels = {wheel};
     engineState.hoveredField = 1;
-    putCursorAt(149, 230);
+    putCursorAt({149, 230});
     const Picture picture = buildWheelPicture();
     EXPECT_EQ(picture.width, 588);
     EXPECT_EQ(picture.height, 460);
@@ -75,106 +70,75 @@ TEST_F(WheelPainter, SeveralWheelsShowTheirNumberAndTheArrowsInTheSegmentColour)
                   "polygon 548,214 548,246 566,230 of FF FF FF FF",
               }));
     engineState.activeWheel = 1;
-    EXPECT_EQ(linesOf(painted(), "text '2/2'").size(), 1U);
-    engineState.wheels.pop_back();
-    engineState.activeWheel = 0;
-    EXPECT_TRUE(linesOf(painted(), "rectangle").empty());
-    EXPECT_TRUE(linesOf(painted(), "text '1/1'").empty());
+    EXPECT_EQ(painted("text '2/2'").size(), 1U);
 }
 
 TEST_F(WheelPainter, AFieldShowsItsIconItsNameBothOrItsNumber) {
-    const std::string good = addIcon(u"ok.png");
-    struct LabelCase {
-        std::u16string name;
-        std::u16string icon;
-        Lines label;
-    };
-    const LabelCase cases[] = {
-        {u"", u"", {"text '1' 233.5,342.5 124x68 size 19", "text '1' 232,341 124x68 size 19"}},
-        {u"Bieg", u"", {"text 'Bieg' 233.5,342.5 124x68 size 19", "text 'Bieg' 232,341 124x68 size 19"}},
-        {u"", u"ok.png", {"image " + good + " 273,354 42x42 opacity 0.529412"}},
+    const std::string icon = "image " + addIcon(u"ok.png");
+    const std::string small = " 124x34 size 14 bold of ";
+    const std::string large = " 124x68 size 19 bold of ";
+    const std::string shadow = "78 00 00 00";
+    const std::string face = "D7 FF FF FF";
+    const std::tuple<std::u16string, std::u16string, Lines> cases[] = {
+        {u"", u"ok.png", {icon + " 273,354 42x42 opacity 0.529412"}},
         {u"Bieg",
          u"ok.png",
-         {"image " + good + " 273,343 42x42 opacity 0.529412", "text 'Bieg' 233.5,387.5 124x34 size 14",
-          "text 'Bieg' 232,386 124x34 size 14"}},
+         {icon + " 273,343 42x42 opacity 0.529412", "text 'Bieg' 233.5,387.5" + small + shadow,
+          "text 'Bieg' 232,386" + small + face}},
         // a broken icon counts as none
         {u"Bieg",
          u"zly.png",
-         {"text 'Bieg' 233.5,342.5 124x68 size 19", "text 'Bieg' 232,341 124x68 size 19"}},
-        {u"", u"zly.png", {"text '1' 233.5,342.5 124x68 size 19", "text '1' 232,341 124x68 size 19"}},
+         {"text 'Bieg' 233.5,342.5" + large + shadow, "text 'Bieg' 232,341" + large + face}},
+        {u"", u"zly.png", {"text '1' 233.5,342.5" + large + shadow, "text '1' 232,341" + large + face}},
     };
-    for (const LabelCase& c : cases) {
-        engineState.wheels = {wheelOf(1)};
-        engineState.wheels[0].actions[0].name = c.name;
-        engineState.wheels[0].actions[0].icon = c.icon;
-        Lines lines = painted();
-        lines.resize(lines.size() - 3); // hole and cursor
-        lines.erase(lines.begin(), lines.begin() + 2);
-        ASSERT_EQ(lines.size(), c.label.size());
-        for (std::size_t i = 0; i < lines.size(); ++i)
-            EXPECT_TRUE(lines[i].starts_with(c.label[i])) << lines[i] << "\nwanted " << c.label[i];
+    engineState.wheels = {wheelOf(1)};
+    WheelAction& action = engineState.wheels[0].actions[0];
+    for (const auto& [name, iconName, label] : cases) {
+        action.name = name;
+        action.icon = iconName;
+        const Lines lines = painted();
+        EXPECT_EQ(Lines(lines.begin() + 2, lines.end() - 3), label); // between the pie and hole and cursor
     }
-    engineState.wheels[0].actions[0].icon = u"ok.png";
+    action.icon = u"ok.png";
     engineState.hoveredField = 0;
-    EXPECT_EQ(linesOf(painted(), "image"), (Lines{"image " + good + " 273,354 42x42 opacity 1"}));
+    EXPECT_EQ(painted("image"), (Lines{icon + " 273,354 42x42 opacity 1"}));
 }
 
 TEST_F(WheelPainter, TextShrinksBeyondEightFields) {
     for (const auto& [fieldCount, size] : {std::pair{8, " size 19 "}, std::pair{9, " size 16 "}}) {
         engineState.wheels = {wheelOf(fieldCount)};
-        const Lines texts = linesOf(painted(), "text");
-        EXPECT_EQ(texts.size(), static_cast<std::size_t>(2 * fieldCount));
-        for (const std::string& line : texts)
+        for (const std::string& line : painted("text"))
             EXPECT_NE(line.find(size), std::string::npos) << line;
     }
 }
 
-TEST_F(WheelPainter, AFieldsOwnColourCountsOnlyWhenItHasOne) {
-    engineState.wheels = {wheelOf(2)};
-    engineConfig.segmentColor = 0x563412;
-    engineState.wheels[0].actions[0].hasColor = true; // black
-    engineState.wheels[0].actions[1].color = 0xFFFFFF;
-    EXPECT_EQ(linesOf(painted(), "pie 70"), (Lines{"pie 70,6 448x448 from -90 by 180 of 87 00 00 00",
-                                                   "pie 70,6 448x448 from 90 by 180 of 87 12 34 56"}));
-}
-
-TEST_F(WheelPainter, DwellRingAppearsAboveThreePercentAndStopsAtAFullTurn) {
+TEST_F(WheelPainter, DwellRingAppearsOnTopAboveThreePercentAndStopsAtAFullTurn) {
     engineState.wheels = {wheelOf(4)};
-    putCursorAt(300, 100);
-    struct RingCase {
-        float progress;
-        Lines ring;
-    };
+    putCursorAt({300, 100});
     const std::string circle = "ellipse 283,83 34x34 of 5A FF FF FF pen 3.5";
-    const RingCase cases[] = {
-        {0, {}},
+    const std::pair<float, Lines> cases[] = {
         {0.03F, {}},
         {0.25F, {circle, "arc 283,83 34x34 from -90 by 90 of EB FF FF FF pen 3.5"}},
         {1.5F, {circle, "arc 283,83 34x34 from -90 by 360 of EB FF FF FF pen 3.5"}},
     };
-    for (const RingCase& c : cases) {
-        engineState.dwellProgress = c.progress;
-        const Lines lines = painted();
-        const auto cursorEnd = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {
-            return line.starts_with("polygon outline");
-        });
-        EXPECT_EQ(Lines(cursorEnd + 1, lines.end()), c.ring) << c.progress; // on top of the cursor
+    const std::size_t lineCount = painted().size();
+    for (const auto& [progress, ring] : cases) {
+        engineState.dwellProgress = progress;
+        Lines lines = painted();
+        lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(lineCount));
+        EXPECT_EQ(lines, ring) << progress;
     }
 }
 
 TEST_F(WheelPainter, IconPathsAreJoinedToTheProgramsFolderUnlessAbsolute) {
-    struct PathCase {
-        std::u16string written;
-        bool isAbsolute;
-    };
-    const PathCase cases[] = {{u"a.png", false},  {u"icons/a.png", false}, {u"C:\\a.png", true},
-                              {u"\\a.png", true}, {u"/tmp/a.png", true},   {u"/", false},
-                              {u"x:", true}};
-    for (const PathCase& c : cases) {
+    const std::pair<std::u16string, bool> cases[] = {{u"icons/a.png", false}, {u"C:\\a.png", true},
+                                                     {u"\\a.png", true},      {u"/tmp/a.png", true},
+                                                     {u"/", false},           {u"x:", true}};
+    for (const auto& [written, isAbsolute] : cases) {
         WheelAction action;
-        action.icon = c.written;
+        action.icon = written;
         EXPECT_EQ(iconFor(action), nullptr);
-        EXPECT_EQ(desktop.imageLoads.back(), c.isAbsolute ? c.written : joinPath(programFolder(), c.written));
+        EXPECT_EQ(desktop.imageLoads.back(), isAbsolute ? written : joinPath(programFolder(), written));
     }
 }
 
@@ -189,7 +153,6 @@ TEST_F(WheelPainter, AnIconIsLoadedOnceForGoodAlsoWhenItFails) {
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(iconFor(bad), nullptr);
     addIcon(u"OK.png");
-    desktop.loadableImages.erase(joinPath(programFolder(), u"ok.png"));
     OverlayReloadConfig();
     EXPECT_EQ(iconFor(good), image);
     EXPECT_EQ(iconFor(bad), nullptr);

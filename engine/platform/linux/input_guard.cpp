@@ -8,8 +8,6 @@
 #include <filesystem>
 #include <string>
 
-extern char** environ;
-
 namespace {
 
 int guardSocket = -1; // written once, before any run thread exists

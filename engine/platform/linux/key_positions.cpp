@@ -147,7 +147,7 @@ bool isLetter(std::uint16_t virtualKey) {
 }
 
 KeyCode keycodeOfLetter(Display* display, std::uint16_t virtualKey) {
-    const auto lowerCase = static_cast<KeySym>(virtualKey - 'A' + XK_a);
+    const auto lowerCase = KeySym{XK_a} + virtualKey - 'A';
     if (const KeyCode typed = keycodeTyping(display, lowerCase); typed != 0)
         return typed;
     return KeyNames(display).keycodeNamed(findPosition(letterPositions, virtualKey)->name);

@@ -69,7 +69,8 @@ void paintButton(cairo_t* context) {
     int height = 0;
     pango_layout_get_pixel_size(label.get(), &width, &height);
     cairo_set_source_rgb(context, 1, 1, 1);
-    cairo_move_to(context, button.left, button.top + (button.height() - height) / 2);
+    const int labelTop = button.top + (button.height() - height) / 2; // whole pixels keep the letters sharp
+    cairo_move_to(context, button.left, labelTop);
     pango_cairo_show_layout(context, label.get());
 }
 

@@ -8,7 +8,5 @@ void showWarningBox(const std::u16string& title, const std::u16string& text) {
     SimulatedDesktop& desktop = simulatedDesktop();
     desktop.requireOwner("box shown by a worker");
     desktop.note(JournalKind::box, "[" + utf8FromUtf16(title) + "] " + utf8FromUtf16(text));
-    if (desktop.whileBoxIsOpen)
-        desktop.whileBoxIsOpen();
     desktop.pumpMessages();
 }

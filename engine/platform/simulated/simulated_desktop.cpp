@@ -41,22 +41,13 @@ void SimulatedDesktop::note(JournalKind kind, std::string text) {
 }
 
 std::vector<std::string> SimulatedDesktop::journalOf(std::initializer_list<JournalKind> kinds) const {
-    std::vector<std::string> texts;
-    for (const TimedText& entry : timedJournalOf(kinds))
-        texts.push_back(entry.text);
-    return texts;
-}
-
-std::vector<TimedText> SimulatedDesktop::timedJournalOf(std::initializer_list<JournalKind> kinds,
-                                                        std::uint64_t sinceMs) const {
     const std::lock_guard lock(guard);
-    std::vector<TimedText> entries;
+    std::vector<std::string> texts;
     for (const JournalEntry& entry : journal) {
-        if (std::ranges::find(kinds, entry.kind) != kinds.end()) {
-            entries.push_back({entry.atMs - sinceMs, entry.text});
-        }
+        if (std::ranges::find(kinds, entry.kind) != kinds.end())
+            texts.push_back(entry.text);
     }
-    return entries;
+    return texts;
 }
 
 // Time and the owner's loop
@@ -117,11 +108,6 @@ void SimulatedDesktop::enqueue(WindowHandle window, std::function<void()> delive
     queue.push_back({window, std::move(deliver)});
 }
 
-std::optional<std::uint32_t> SimulatedDesktop::timerPeriod(WindowHandle window) const {
-    const auto found = timers.find(window);
-    return found == timers.end() ? std::nullopt : std::optional(found->second.periodMs);
-}
-
 // Windows
 
 PlatformWindow& SimulatedDesktop::addWindow(const std::string& name, const Rect& place) {
@@ -162,11 +148,6 @@ void SimulatedDesktop::closeProgram(WindowHandle window) {
 WindowHandle SimulatedDesktop::windowNamed(const std::string& name) {
     const auto found = std::ranges::find(windows, name, &PlatformWindow::name);
     return found == windows.end() ? nullptr : &*found;
-}
-
-WindowHandle SimulatedDesktop::topWindow() const {
-    const auto found = std::find_if(stack.rbegin(), stack.rend(), [](WindowHandle w) { return w->isShown; });
-    return found == stack.rend() ? nullptr : *found;
 }
 
 WindowHandle SimulatedDesktop::topProgram() const {

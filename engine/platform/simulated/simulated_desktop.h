@@ -50,14 +50,6 @@ struct JournalEntry {
     std::string text;
 };
 
-/// What a step of the engine did and when; compared whole by tests.
-struct TimedText {
-    std::uint64_t atMs = 0;
-    std::string text;
-
-    bool operator==(const TimedText&) const = default;
-};
-
 /// The systems differ in how often they tell of one press of a real button while the capture stands.
 enum class PressDelivery {
     onceAsRaw,  // X11
@@ -80,7 +72,6 @@ public:
     bool buttonsAreSwapped = false;
     std::set<std::uint16_t> keysTakenByOthers; // hot keys that cannot be had
     std::set<std::u16string> loadableImages;   // full paths that hold an image
-    std::function<void()> whileBoxIsOpen;      // what happens before the person dismisses a box
     PressDelivery pressDelivery = PressDelivery::onceAsRaw;
 
     // Time and the owner's loop
@@ -122,15 +113,12 @@ public:
     // What can be seen
 
     WindowHandle windowNamed(const std::string& name);
-    WindowHandle topWindow() const;  // of the shown ones
     WindowHandle topProgram() const; // of the other programs' windows
     WindowHandle foreground = nullptr;
     std::optional<MainWindowHandlers> mainHandlers;
     std::optional<Rect> pinnedAt; // the only place that the cursor can be
     bool isCaptured() const { return capture.has_value(); }
-    std::optional<std::uint32_t> timerPeriod(WindowHandle window) const;
     std::set<std::uint16_t> registeredKeys() const;
-    std::size_t queuedMessageCount() const { return queue.size(); }
     std::vector<std::string>
         seenByPrograms;                  // mouse events that reached them, as "left down", "injected left up"
     std::set<std::uint16_t> keysDown;    // pressed by injection and not yet released
@@ -142,9 +130,6 @@ public:
     std::vector<JournalEntry> journal;
     void clearJournal() { journal.clear(); }
     std::vector<std::string> journalOf(std::initializer_list<JournalKind> kinds) const;
-    /// Times are counted from `sinceMs`.
-    std::vector<TimedText> timedJournalOf(std::initializer_list<JournalKind> kinds,
-                                          std::uint64_t sinceMs = 0) const;
 
     // For the functions of the seam alone
 

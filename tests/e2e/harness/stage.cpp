@@ -31,6 +31,10 @@ void copyProgram(const std::filesystem::path& from, const std::filesystem::path&
     }
 }
 
+/// Where input may be lost or doubled: how long one attempt is given, and how many there are.
+constexpr std::chrono::milliseconds patience{3000};
+constexpr int patientAttempts = 8;
+
 std::string joined(const std::vector<std::string>& texts) {
     std::string all;
     for (const std::string& text : texts)
@@ -109,6 +113,12 @@ std::vector<std::string> Stage::notes() const {
 void Stage::startProgram() {
     program = launchProgram();
     waitForMainWindow();
+    // It takes the focus a little later than it is shown, and would take it from what is started next.
+    waitFor("the program's window to have the focus", [this] { return isInFront("Rotika"); });
+}
+
+bool Stage::isInFront(const std::string& title) const {
+    return screen.eyes().titleOfFocusedWindow() == title && screen.eyes().titleOfActiveWindow() == title;
 }
 
 std::optional<ShownWindow> Stage::mainWindow() const {
@@ -143,8 +153,7 @@ void Stage::startRecorder() {
     recording = Recording(log);
     recording.waitForKind("ready");
     recording.waitForKind("focus-in");
-    waitFor("the recorder to be in front",
-            [this] { return screen.eyes().titleOfActiveWindow() == "recorder"; });
+    waitFor("the recorder to be in front", [this] { return isInFront("recorder"); });
 }
 
 void Stage::startAll() {
@@ -164,11 +173,29 @@ void Stage::openWheel(const std::string& key) {
     openWheelAfter([&] { tapKey(screen.eyes(), key); });
 }
 
+bool Stage::wheelOpensWell(std::chrono::milliseconds limit) const {
+    return holdsWithin(limit,
+                       [this] { return wheel.cursorIsAt(layerCentre) && target->holdsMouse(screen.eyes()); });
+}
+
 void Stage::openWheelAfter(const std::function<void()>& opening) {
     opening();
-    waitFor("the wheel", [this] { return wheel.cursorIsAt(layerCentre); });
-    waitFor("the mouse being held back", [this] { return target->holdsMouse(screen.eyes()); });
+    waitFor("the wheel", [this] { return wheelIsOpen(); });
     cursor = layerCentre;
+    if (target->inputIsExact()) {
+        if (!wheelOpensWell(generousLimit))
+            throw ScenarioError("the wheel stands, but not as it should");
+        return;
+    }
+    // As a person would: close it and open it again.
+    for (int attempt = 0; attempt < patientAttempts && !wheelOpensWell(patience); ++attempt) {
+        toggle();
+        waitFor("the wheel to close for another attempt", [this] { return !wheelIsOpen(); });
+        toggle();
+        waitFor("the wheel to open again", [this] { return wheelIsOpen(); });
+    }
+    if (!wheelOpensWell(patience))
+        throw ScenarioError("the wheel stands, but not as it should, time and again");
 }
 
 void Stage::waitUntilWheelIsClosed() const {
@@ -176,11 +203,27 @@ void Stage::waitUntilWheelIsClosed() const {
     waitFor("the mouse being given back", [this] { return !target->holdsMouse(screen.eyes()); });
 }
 
+bool Stage::cursorArrives(LayerPoint point, std::chrono::milliseconds limit) const {
+    return holdsWithin(limit, [&] { return wheel.cursorIsAt(point); });
+}
+
 void Stage::aim(LayerPoint point) {
-    mouse->move(point.x - cursor.x, point.y - cursor.y);
-    cursor = point;
-    waitFor("the virtual cursor at " + std::to_string(point.x) + ", " + std::to_string(point.y),
-            [&] { return wheel.cursorIsAt(point); });
+    const bool isExact = target->inputIsExact();
+    for (int attempt = 0; attempt < (isExact ? 1 : patientAttempts); ++attempt) {
+        // Half the way every other time: where movements count twice, that leads there.
+        const int part = attempt % 2 == 0 ? 1 : 2;
+        mouse->move((point.x - cursor.x) / part, (point.y - cursor.y) / part);
+        cursor = point;
+        if (cursorArrives(point, isExact ? generousLimit : patience))
+            return;
+        // As a person would: look where it is, or else begin in the corner, and correct.
+        const std::optional<LayerPoint> seen = wheel.findCursor();
+        if (!seen)
+            mouse->move(-2 * layerWidth, -2 * layerHeight);
+        cursor = seen.value_or(LayerPoint{});
+    }
+    throw ScenarioError("waited in vain for the virtual cursor at " + std::to_string(point.x) + ", " +
+                        std::to_string(point.y));
 }
 
 void Stage::choose(LayerPoint point) {

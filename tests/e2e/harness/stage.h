@@ -67,6 +67,8 @@ public:
     bool wheelIsOpen() const;
     /// Moves the real mouse until the virtual cursor is drawn at `point`.
     void aim(LayerPoint point);
+    /// Takes note of where the virtual cursor is after the mouse was moved in another way.
+    void trackCursor() { cursor = wheel.findCursor().value_or(cursor); }
     /// Aims and presses the left button.
     void choose(LayerPoint point);
 
@@ -79,6 +81,10 @@ public:
     WheelView wheel;
 
 private:
+    bool isInFront(const std::string& title) const;
+    bool wheelOpensWell(std::chrono::milliseconds limit) const;
+    bool cursorArrives(LayerPoint point, std::chrono::milliseconds limit) const;
+
     std::filesystem::path programFolder;
     std::filesystem::path executable;
     LayerPoint cursor; // where the virtual cursor was last sent

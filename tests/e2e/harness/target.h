@@ -39,6 +39,11 @@ public:
     virtual std::unique_ptr<RealMouse> openMouse(const XConnection& eyes) const = 0;
     /// Whether the mouse is held back from the other programs.
     virtual bool holdsMouse(const XConnection& eyes) const = 0;
+    /// Whether each movement of the mouse arrives once and each opening of the wheel holds the mouse. Wine on
+    /// a busy machine may deliver raw motion twice, drop a confinement of the cursor when the focus changes
+    /// at that moment, and keep the old outline of a layer that is hidden and shown at once, until it is
+    /// painted again.
+    virtual bool inputIsExact() const = 0;
     /// How often one press of the left button on an arrow turns the page: on Windows the press comes by two
     /// roads, and both count.
     virtual int turnsPerPress() const = 0;

@@ -52,6 +52,7 @@ public:
         return floats;
     }
 
+    bool inputIsExact() const override { return true; }
     int turnsPerPress() const override { return 1; }
 
     void askToQuit(const Process& program) const override { program.send(SIGTERM); }
@@ -66,8 +67,8 @@ public:
 
     void setHandler(const std::filesystem::path& handler) const override {
         writeText(home() / ".local" / "share" / "applications" / "handler.desktop",
-                  "[Desktop Entry]\nType=Application\nName=Handler\nExec=" + handler.string() +
-                      " %u\nMimeType=x-scheme-handler/handled;text/plain;\n");
+                  "[Desktop Entry]\nType=Application\nName=Handler\nExec=\"" + handler.string() +
+                      "\" %u\nMimeType=x-scheme-handler/handled;text/plain;\n");
         writeText(home() / ".config" / "mimeapps.list",
                   "[Default Applications]\nx-scheme-handler/handled=handler.desktop\n"
                   "text/plain=handler.desktop\n");

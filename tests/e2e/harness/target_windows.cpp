@@ -64,6 +64,7 @@ public:
         });
     }
 
+    bool inputIsExact() const override { return false; }
     int turnsPerPress() const override { return 2; }
 
     void askToQuit(const Process& program) const override {

@@ -2,8 +2,11 @@
 
 #include "harness/waiting.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
+#include <vector>
 
 namespace e2e {
 
@@ -29,26 +32,55 @@ PixelColor WheelView::pixel(LayerPoint point) const {
     return eyes->pixel(place.x, place.y);
 }
 
-// The arrow is white with a black edge along x = 0 and along the diagonal from the tip; what lies this far
-// inside is plain white, and the edge is black in the middle of its width. The point is so far from the
-// layer's lower and right edge that this much of the arrow is there.
+namespace {
+
+/// The arrow is white with a black edge along x = 0. `left` and `top` are the tip's place on the screen; some
+/// pixels above and below it look the same. What shows around the arrow may have any colour, white letters
+/// too.
+bool showsCursorAt(const ScreenPart& part, int left, int top) {
+    constexpr int nearlyPlain = 8;
+    constexpr int halfCovered = 140;
+    for (const auto& [dx, dy] : {std::pair{2, 6}, {2, 12}, {2, 17}, {6, 12}}) {
+        if (differenceOf(part.at(left + dx, top + dy), {255, 255, 255}) >= nearlyPlain)
+            return false;
+    }
+    for (const int dy : {6, 12, 17}) {
+        if (std::min(differenceOf(part.at(left, top + dy), {0, 0, 0}),
+                     differenceOf(part.at(left - 1, top + dy), {0, 0, 0})) >= halfCovered)
+            return false;
+    }
+    return true;
+}
+
+constexpr int shownWidth = 10; // so much of the arrow is looked at
+constexpr int shownHeight = 20;
+
+} // namespace
+
 bool WheelView::cursorIsAt(LayerPoint point) const {
     const std::optional<ShownWindow> shown = window();
     if (!shown)
         return false;
     const int left = shown->left + point.x;
     const int top = shown->top + point.y;
-    const ScreenPart part = eyes->look(left - 1, top, 10, 20);
-    const auto differsFrom = [&](const PixelColor& color, int dx, int dy) {
-        return differenceOf(part.at(left + dx, top + dy), color);
-    };
-    const PixelColor white{255, 255, 255};
-    const PixelColor black{0, 0, 0};
-    constexpr int nearlyPlain = 8;
-    constexpr int halfCovered = 140;
-    return differsFrom(white, 2, 8) < nearlyPlain && differsFrom(white, 2, 15) < nearlyPlain &&
-           differsFrom(white, 6, 12) < nearlyPlain &&
-           (differsFrom(black, 0, 12) < halfCovered || differsFrom(black, -1, 12) < halfCovered);
+    return showsCursorAt(eyes->look(left - 1, top, shownWidth, shownHeight), left, top);
+}
+
+std::optional<LayerPoint> WheelView::findCursor() const {
+    const std::optional<ShownWindow> shown = window();
+    if (!shown)
+        return std::nullopt;
+    const ScreenPart layer = eyes->look(shown->left - 1, shown->top, layerWidth + 1, layerHeight);
+    std::vector<LayerPoint> alike;
+    for (int y = 0; y + shownHeight <= layerHeight; ++y) {
+        for (int x = 0; x + shownWidth <= layerWidth; ++x) {
+            if (showsCursorAt(layer, shown->left + x, shown->top + y))
+                alike.push_back({x, y});
+        }
+    }
+    if (alike.empty())
+        return std::nullopt;
+    return alike[alike.size() / 2];
 }
 
 } // namespace e2e

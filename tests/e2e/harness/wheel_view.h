@@ -31,6 +31,8 @@ public:
     std::optional<ShownWindow> window() const;
     /// The virtual cursor's tip is drawn at this point of the layer.
     bool cursorIsAt(LayerPoint point) const;
+    /// Where its tip is drawn; nothing while the wheel or the cursor is not to be seen.
+    std::optional<LayerPoint> findCursor() const;
     PixelColor pixel(LayerPoint point) const;
     ScreenPoint onScreen(LayerPoint point) const;
 

@@ -195,6 +195,24 @@ std::optional<ShownWindow> XConnection::shownWindow(const std::string& title) co
     return std::nullopt;
 }
 
+std::string XConnection::titleOfFocusedWindow() const {
+    Window window = None;
+    int revertTo = 0;
+    XGetInputFocus(raw(), &window, &revertTo);
+    std::string title;
+    while (window > PointerRoot && (title = propertyText(raw(), window, "_NET_WM_NAME")).empty()) {
+        Window root = None;
+        Window parent = None;
+        Window* children = nullptr;
+        unsigned count = 0;
+        if (XQueryTree(raw(), window, &root, &parent, &children, &count) == 0)
+            break;
+        const std::unique_ptr<Window, XFreeing> owned(children);
+        window = parent;
+    }
+    return title;
+}
+
 std::string XConnection::titleOfActiveWindow() const {
     const Window active = rootWindowProperty(raw(), "_NET_ACTIVE_WINDOW");
     return active != None ? propertyText(raw(), active, "_NET_WM_NAME") : std::string();

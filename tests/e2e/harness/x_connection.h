@@ -74,6 +74,8 @@ public:
     std::vector<ShownWindow> shownWindows() const;
     std::optional<ShownWindow> shownWindow(int width, int height) const;
     std::optional<ShownWindow> shownWindow(const std::string& title) const;
+    /// Of the window that has the keyboard, or the nearest around it that has a title.
+    std::string titleOfFocusedWindow() const;
     /// The window manager's idea of it, which may lag behind the focus; empty if there is none.
     std::string titleOfActiveWindow() const;
     /// Keys go to this window. The window manager calls a window active before that is so.

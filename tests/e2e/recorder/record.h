@@ -21,8 +21,9 @@ struct RecorderArguments {
     static RecorderArguments parse(int count, char** words);
 };
 
-/// Started with nothing, or with one file or address, a recorder only notes that in the file that the variable
-/// RECORDER_NOTES names: so it stands in for what a step opens. False if the arguments are of neither kind.
+/// Started with nothing, or with one file or address, a recorder only notes that in the file that the
+/// variable RECORDER_NOTES names: so it stands in for what a step opens. False if the arguments are of
+/// neither kind.
 bool noteOpening(int count, char** words);
 
 class EventLog {

@@ -32,12 +32,28 @@ const char* buttonName(UINT message, WPARAM wParam) {
 
 /// X11's name of what the key types without shift on a plain keyboard.
 std::string keyName(WPARAM key) {
-    static const std::map<WPARAM, const char*> names = {
-        {VK_SPACE, "space"},   {VK_RETURN, "Return"},     {VK_TAB, "Tab"},     {VK_ESCAPE, "Escape"},
-        {VK_SHIFT, "Shift_L"}, {VK_CONTROL, "Control_L"}, {VK_MENU, "Alt_L"},  {VK_UP, "Up"},
-        {VK_DOWN, "Down"},     {VK_LEFT, "Left"},         {VK_RIGHT, "Right"}, {VK_INSERT, "Insert"},
-        {VK_DELETE, "Delete"}, {VK_HOME, "Home"},         {VK_END, "End"},     {VK_PRIOR, "Prior"},
-        {VK_NEXT, "Next"},     {VK_BACK, "BackSpace"},    {VK_LWIN, "Super_L"}};
+    static const std::map<WPARAM, const char*> names = {{VK_SPACE, "space"},
+                                                        {VK_RETURN, "Return"},
+                                                        {VK_TAB, "Tab"},
+                                                        {VK_ESCAPE, "Escape"},
+                                                        {VK_SHIFT, "Shift_L"},
+                                                        {VK_CONTROL, "Control_L"},
+                                                        {VK_MENU, "Alt_L"},
+                                                        {VK_UP, "Up"},
+                                                        {VK_DOWN, "Down"},
+                                                        {VK_LEFT, "Left"},
+                                                        {VK_RIGHT, "Right"},
+                                                        {VK_INSERT, "Insert"},
+                                                        {VK_DELETE, "Delete"},
+                                                        {VK_HOME, "Home"},
+                                                        {VK_END, "End"},
+                                                        {VK_PRIOR, "Prior"},
+                                                        {VK_NEXT, "Next"},
+                                                        {VK_BACK, "BackSpace"},
+                                                        {VK_LWIN, "Super_L"},
+                                                        {VK_CAPITAL, "Caps_Lock"},
+                                                        {VK_VOLUME_UP, "XF86AudioRaiseVolume"},
+                                                        {VK_MEDIA_PLAY_PAUSE, "XF86AudioPlay"}};
     if (const auto named = names.find(key); named != names.end())
         return named->second;
     if (key >= VK_F1 && key <= VK_F24)

@@ -16,7 +16,7 @@ packages_test="
     xvfb openbox picom xcompmgr xdotool imagemagick x11-utils x11-xserver-utils x11-xkb-utils xauth
     dbus at-spi2-core libatk-adaptor gtk-3-examples
     pulseaudio pulseaudio-utils espeak-ng
-    hsetroot fonts-dejavu-core"
+    hsetroot fonts-dejavu-core trayer"
 
 # Cross-building for Windows, Qt included.
 packages_windows="

@@ -51,12 +51,11 @@ public:
     SimulatedDesktop& desktop;
 };
 
-// Layer points that lie in a wheel of four fields, and beside the ring
+// Layer points that lie in a wheel of four fields, and elsewhere
 inline constexpr Point inFieldOfFour[] = {{334, 130}, {394, 270}, {254, 330}, {194, 190}};
 inline constexpr Point inLeftArrow{20, 230};
 inline constexpr Point inRightArrow{560, 230};
 inline constexpr Point inHole{294, 230};
-inline constexpr Point besideRing{80, 20};
 
 KeyCode keyOf(std::uint16_t virtualKey);
 KeyCode mouseKey(std::uint32_t button);

@@ -157,9 +157,9 @@ template <std::uintptr_t command>
 constexpr Event voice = [](EngineTest& t) { t.postToMain(MsgVoiceCommand, command); };
 template <std::intptr_t index>
 constexpr Event voiceField = [](EngineTest& t) { t.postToMain(MsgVoiceField, 0, index); };
-template <const Point& point>
+template <std::int32_t x, std::int32_t y>
 constexpr Event clickAt = [](EngineTest& t) {
-    t.aimAt(point);
+    t.aimAt({x, y});
     t.clickMouse();
 };
 /// The wheel's window lies over the real cursor.
@@ -201,12 +201,12 @@ constexpr Transition transitions[] = {
     {"OpenToggleByShell", From::open, toggleByShell, To::closed},
     {"OpenVoiceShow", From::open, voice<1>, To::open},
     {"OpenVoiceHide", From::open, voice<2>, To::closed},
-    {"OpenSelectionOnField", From::open, clickAt<inFieldOfFour[0]>, To::closed, true},
-    {"OpenSelectionOnFieldWithoutSteps", From::open, clickAt<inFieldOfFour[3]>, To::closed},
+    {"OpenSelectionOnField", From::open, clickAt<334, 130>, To::closed, true},
+    {"OpenSelectionOnFieldWithoutSteps", From::open, clickAt<194, 190>, To::closed},
     {"OpenPressOnWindow", From::open, pressOnWindow, To::closed, true},
-    {"OpenSelectionOnArrow", From::open, clickAt<inLeftArrow>, To::open},
-    {"OpenSelectionInHole", From::open, clickAt<inHole>, To::open},
-    {"OpenSelectionBesideRing", From::open, clickAt<besideRing>, To::open},
+    {"OpenSelectionOnArrow", From::open, clickAt<20, 230>, To::open},
+    {"OpenSelectionInHole", From::open, clickAt<294, 231>, To::open},
+    {"OpenSelectionBesideRing", From::open, clickAt<80, 20>, To::open},
     {"OpenVoiceField", From::open, voiceField<1>, To::closed, true},
     {"OpenVoiceFieldWithoutSteps", From::open, voiceField<3>, To::closed},
     {"OpenStop", From::open, stop, To::closedWithoutRestoration},

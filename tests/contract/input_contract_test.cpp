@@ -108,6 +108,7 @@ TEST_F(InputContract, AKeyLeftDownStaysDownUntilReleased) {
 TEST_F(InputContract, InjectedButtonsArriveWhereTheCursorIs) {
     const auto recorder = openRecorder(recorderPlace);
     setCursorPosition({300, 250});
+    ASSERT_TRUE(pumpUntil([] { return cursorPosition() == Point{300, 250}; }));
     std::vector<std::string> expected;
     for (std::uint32_t button = 0; button <= 4; ++button) {
         injectMouseButton(button, InputMotion::downUntilReleased);

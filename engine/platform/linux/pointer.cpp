@@ -55,7 +55,8 @@ void setCursorPosition(Point position) {
     if (ownerDisplay() == nullptr || cursorPosition() == position)
         return;
     XWarpPointer(ownerDisplay(), noXid, rootWindow(), 0, 0, 0, 0, position.x, position.y);
-    XFlush(ownerDisplay());
+    // Clicks go over another connection, and must not come there before the warp.
+    XSync(ownerDisplay(), 0);
 }
 
 Rect monitorAt(Point point) {

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 /// The bytes of a file, read with sharing allowed; empty optional when it cannot be opened. A read that stops
 /// early is not reported: what was read is the content. A folder cannot be opened. Any thread.
@@ -14,3 +15,7 @@ bool replaceFileBytes(const std::u16string& path, const std::string& bytes);
 
 /// Whether the system can tell the attributes of `path`; any failure counts as absent.
 bool pathExists(const std::u16string& path);
+
+/// Names of the folders in `folder`, in the order of the system's listing, without "." and "..". None when it
+/// cannot be listed. Links to folders count, as the system follows them. Any thread.
+std::vector<std::u16string> foldersIn(const std::u16string& folder);

@@ -25,4 +25,5 @@ struct MainWindowHandlers {
 WindowHandle createMainWindow(const MainWindowHandlers& handlers);
 
 /// Has the status page painted anew if it is on show. Windows only; elsewhere the main window is never shown.
+/// Any thread.
 void repaintMainWindow(WindowHandle mainWindow);

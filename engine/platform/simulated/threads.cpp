@@ -2,6 +2,16 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+#include <chrono>
+
 void startDetachedThread(std::function<void()> body) {
     simulatedDesktop().clock.startWorker(std::move(body));
+}
+
+bool waitForEnd(const std::future<void>& ended, std::uint32_t limitMs) {
+    const auto isReady = [&ended] {
+        return ended.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    };
+    simulatedDesktop().clock.playWorkersUntil(isReady, limitMs);
+    return isReady();
 }

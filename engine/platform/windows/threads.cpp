@@ -1,5 +1,6 @@
 #include "platform/threads.h"
 
+#include <chrono>
 #include <exception>
 #include <system_error>
 #include <thread>
@@ -11,4 +12,8 @@ void startDetachedThread(std::function<void()> body) {
     } catch (const std::system_error&) {
         std::terminate();
     }
+}
+
+bool waitForEnd(const std::future<void>& ended, std::uint32_t limitMs) {
+    return ended.wait_for(std::chrono::milliseconds(limitMs)) == std::future_status::ready;
 }

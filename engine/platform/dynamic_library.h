@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// Libraries that may be absent, bound at run time and never released. Any thread.
+
+using LibraryHandle = struct PlatformLibrary*;
+
+enum class LibrarySearch {
+    /// The libraries that it needs are looked for beside it first, where the system knows of such a search.
+    besideItself,
+    /// As the system looks for any library.
+    asSystemDoes,
+};
+
+/// A full path, or a bare name for the system's own search order. Null when it cannot be loaded; silent.
+LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch search);
+
+/// Null when the library has no such name.
+void* findLibraryFunction(LibraryHandle library, const char* name);
+
+/// File name of the speech recogniser's library on this system.
+std::u16string speechLibraryName();
+
+/// File name of the eye tracker's library on this system.
+std::u16string gazeLibraryName();
+
+/// Folders below which the eye tracker's maker installs its library, in the order of the search.
+std::vector<std::u16string> gazeLibraryRoots();

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <string_view>
 
 namespace {
 
@@ -57,6 +58,16 @@ bool renameOver(const std::u16string& from, const std::u16string& to) {
     }
 }
 
+void closeListing(HANDLE handle) {
+    FindClose(handle);
+}
+using ListingHandle = UniqueHandle<HANDLE, closeListing>;
+
+bool isFolderEntry(const WIN32_FIND_DATAW& entry) {
+    const std::wstring_view name = entry.cFileName;
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && name != L"." && name != L"..";
+}
+
 } // namespace
 
 std::optional<std::string> readFileBytes(const std::u16string& path) {
@@ -86,4 +97,20 @@ bool replaceFileBytes(const std::u16string& path, const std::string& bytes) {
 
 bool pathExists(const std::u16string& path) {
     return GetFileAttributesW(wideText(path)) != INVALID_FILE_ATTRIBUTES;
+}
+
+std::vector<std::u16string> foldersIn(const std::u16string& folder) {
+    std::vector<std::u16string> names;
+    WIN32_FIND_DATAW entry{};
+    const HANDLE opened = FindFirstFileW(wideText(folder + u"\\*"), &entry);
+    if (opened == INVALID_HANDLE_VALUE) {
+        return names;
+    }
+    const ListingHandle listing(opened);
+    do {
+        if (isFolderEntry(entry)) {
+            names.emplace_back(reinterpret_cast<const char16_t*>(entry.cFileName));
+        }
+    } while (FindNextFileW(listing.get(), &entry) != 0);
+    return names;
 }

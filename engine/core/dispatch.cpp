@@ -6,6 +6,7 @@
 #include "core/private_messages.h"
 #include "core/status_texts.h"
 #include "core/text.h"
+#include "core/voice_commands.h"
 #include "platform/hot_key.h"
 #include "platform/tray.h"
 #include "run/function_run.h"
@@ -22,17 +23,6 @@ constexpr std::uint32_t closedWheelDelayMs =
     100; // before a function that is run by voice with the wheel closed
 constexpr std::uintptr_t activationDataKind = 1;
 constexpr std::size_t balloonTextLength = 255;
-
-/// Command ids as the phrase table gives them.
-enum VoiceCommand : std::uintptr_t {
-    commandShowWheel = 1,
-    commandHideWheel = 2,
-    commandNextWheel = 3,
-    commandPreviousWheel = 4,
-    commandClick = 7,
-    commandDoubleClick = 8,
-    commandRightClick = 9,
-};
 
 void onHotKey(int id) noexcept {
     if (id == toggleHotKeyId)
@@ -159,6 +149,7 @@ bool onData(std::uintptr_t kind, const void* bytes, std::size_t byteCount) noexc
 void onDestroyed() noexcept {
     if (engineState.wheelVisible)
         hideWheel();
+    stopWorkers();
     removeTrayIcon();
     unregisterHotKey(engineState.mainWindow, toggleHotKeyId);
 }

@@ -24,4 +24,4 @@ struct EngineConfig {
     std::u16string voiceDllPath;
 };
 
-extern EngineConfig engineConfig;
+extern EngineConfig& engineConfig; // never destroyed, like the state

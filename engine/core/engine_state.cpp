@@ -4,8 +4,23 @@
 
 #include <new>
 
-EngineConfig engineConfig;
-EngineState engineState;
+namespace {
+
+/// Holds a record that is never destroyed.
+template <typename Record>
+union Immortal {
+    Immortal() : record() {}
+    ~Immortal() {}
+    Record record;
+};
+
+Immortal<EngineConfig> configStorage;
+Immortal<EngineState> stateStorage;
+
+} // namespace
+
+EngineConfig& engineConfig = configStorage.record;
+EngineState& engineState = stateStorage.record;
 
 const Wheel& activeWheelRecord() {
     return engineState.wheels[static_cast<std::size_t>(engineState.activeWheel)];

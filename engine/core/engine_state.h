@@ -2,12 +2,16 @@
 
 #include "core/relaxed.h"
 #include "core/wheel_records.h"
+#include "core/worker_thread.h"
 #include "platform/geometry_types.h"
 #include "platform/picture.h"
 #include "platform/window_handle.h"
+#include "voice/phrase_table.h"
 
 #include <atomic>
 #include <cstdint>
+#include <future>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -16,13 +20,8 @@ struct IconCacheEntry {
     const PictureImage* image = nullptr; // null: loading failed and is not tried again
 };
 
-/// What the eye tracker says of itself, in gazeStatus.
-enum GazeStatusCode : std::int32_t {
-    gazeStatusOff = 0,
-    gazeStatusActive = 4,
-};
-
-/// Process-wide state. Everything belongs to the owner thread, but for the atomics.
+/// Process-wide state. Everything belongs to the owner thread, but for the atomics and what phraseLock
+/// guards. Never destroyed, since threads that nobody waits for may outlive everything else.
 struct EngineState {
     // The wheels
     std::vector<Wheel> wheels;
@@ -30,7 +29,7 @@ struct EngineState {
     std::vector<WheelAction> voiceActions;
 
     // The open wheel
-    bool wheelVisible = false; // the one flag that every input road consults
+    Relaxed<bool> wheelVisible = false; // the one flag that every input road consults
     std::int32_t hoveredField = -1;
     std::int32_t hoveredArrow = -1; // 0 left, 1 right
     bool restorePending = false;    // cursor and focus are still to be given back
@@ -51,9 +50,16 @@ struct EngineState {
     std::atomic<std::int32_t> gazeX = -1; // ten-thousandths of the primary screen
     std::atomic<std::int32_t> gazeY = -1;
     std::atomic<std::uint64_t> gazeSampleTick = 0;
+    StopRequest gazeStop;
+    std::future<void> gazeThread; // valid from its start until it is stopped, even if it has given up before
 
     // Voice
     std::atomic<std::int32_t> voiceStatus = 0;
+    StopRequest voiceStop;
+    std::future<void> voiceThread;                   // as gazeThread
+    PhraseTable phraseTable;                         // guarded by phraseLock
+    std::mutex phraseLock;                           // the only lock; nothing is locked inside it
+    std::atomic<std::uint32_t> phraseGeneration = 0; // goes up with each rebuild of the table
 
     // Grid and element labels, which share one window
     WindowHandle gridWindow = nullptr;
@@ -72,7 +78,7 @@ struct EngineState {
     bool engineStarted = false;
 };
 
-extern EngineState engineState;
+extern EngineState& engineState;
 
 /// The wheel on show. `wheels` must not be empty.
 const Wheel& activeWheelRecord();

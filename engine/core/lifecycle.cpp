@@ -6,10 +6,13 @@
 #include "core/private_messages.h"
 #include "files/settings_file.h"
 #include "files/wheel_files.h"
+#include "gaze/gaze_thread.h"
 #include "platform/hot_key.h"
 #include "platform/message_box.h"
 #include "platform/platform.h"
 #include "platform/tray.h"
+#include "voice/phrase_table.h"
+#include "voice/voice_thread.h"
 #include "wheel/capture.h"
 #include "wheel/geometry.h"
 #include "wheel/painter.h"
@@ -19,6 +22,8 @@
 namespace {
 
 constexpr char16_t boxTitle[] = u"Rotika";
+constexpr std::uint32_t gazeStopLimitMs = 1500;
+constexpr std::uint32_t voiceStopLimitMs = 2000;
 constexpr std::int32_t gridWindowSizePx = 100; // until the grid is first placed
 
 void createWindows() {
@@ -46,6 +51,46 @@ void repaintOpenWheel() {
         paintWheel();
 }
 
+void startGaze() {
+    startWorker(
+        engineState.gazeThread, engineState.gazeStop,
+        [path = engineConfig.gazeDllPath](const std::atomic<bool>& stop) { gazeThreadMain(path, stop); });
+}
+
+void startVoice() {
+    const VoiceSettings settings{engineConfig.voiceDllPath, engineConfig.voiceModel};
+    startWorker(engineState.voiceThread, engineState.voiceStop,
+                [settings](const std::atomic<bool>& stop) { voiceThreadMain(settings, stop); });
+}
+
+void stopGaze() {
+    stopWorker(engineState.gazeThread, engineState.gazeStop, gazeStopLimitMs);
+}
+
+void stopVoice() {
+    stopWorker(engineState.voiceThread, engineState.voiceStop, voiceStopLimitMs);
+}
+
+/// A thread that has given up by itself still counts as running: it is started anew only after the setting
+/// was off.
+void followGazeSetting() {
+    if (!engineConfig.gazeEnabled) {
+        stopGaze();
+        engineState.gazeStatus = gazeStatusOff;
+    } else if (!engineState.gazeThread.valid()) {
+        startGaze();
+    }
+}
+
+void followVoiceSetting() {
+    if (!engineConfig.voiceEnabled) {
+        stopVoice();
+        engineState.voiceStatus = voiceStatusOff;
+    } else if (!engineState.voiceThread.valid()) {
+        startVoice();
+    }
+}
+
 } // namespace
 
 bool startEngine(bool standalone) {
@@ -57,6 +102,9 @@ bool startEngine(bool standalone) {
     registerToggleKey();
     if (standalone)
         announceStandalone(problems);
+    followGazeSetting();
+    rebuildPhraseTable(); // before the voice thread, whose first grammar is to be complete
+    followVoiceSetting();
     return true;
 }
 
@@ -67,13 +115,24 @@ void stopEngine() {
         hideOverlayWindow(engineState.gridWindow);
     engineState.gridVisible = false;
     engineState.elementsVisible = false;
+    stopWorkers();
     if (engineState.mainWindow != nullptr)
         unregisterHotKey(engineState.mainWindow, toggleHotKeyId);
+}
+
+void stopWorkers() {
+    stopGaze();
+    stopVoice();
 }
 
 void reloadEngine() {
     std::u16string problems; // shown to nobody on this road
     loadConfiguration(problems);
+    rebuildPhraseTable();
+    if (engineState.mainWindow != nullptr) { // workers talk to it
+        followGazeSetting();
+        followVoiceSetting();
+    }
     repaintOpenWheel();
 }
 
@@ -87,6 +146,7 @@ bool activateWheelFile(const std::u16string& path) {
     engineState.wheels = std::move(loaded);
     engineState.activeWheel = 0;
     engineState.hoveredField = -1;
+    rebuildPhraseTable();
     repaintOpenWheel();
     return true;
 }

@@ -7,6 +7,10 @@
 bool startEngine(bool standalone);
 
 void stopEngine();
+
+/// Ends the gaze and the voice thread, or leaves them to themselves after 1.5 and 2 s. Their status stays.
+void stopWorkers();
+
 void reloadEngine();
 
 /// Puts the wheels of `path` in force, those with at least one field; false and nothing changed if there is

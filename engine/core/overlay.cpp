@@ -3,6 +3,7 @@
 #include "core/engine_state.h"
 #include "core/lifecycle.h"
 #include "core/status_texts.h"
+#include "voice/phrase_table.h"
 #include "wheel/capture.h"
 
 static_assert(sizeof(OverlayChar) == sizeof(char16_t));
@@ -43,7 +44,7 @@ const OverlayChar* OverlayVoiceStatus() {
 }
 
 std::int32_t OverlayVoicePhraseCount() {
-    return 0;
+    return phraseCount();
 }
 
 std::int32_t OverlayWheelCount() {

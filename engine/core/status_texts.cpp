@@ -3,34 +3,28 @@
 #include "core/engine_config.h"
 #include "core/engine_state.h"
 #include "core/text.h"
+#include "platform/dynamic_library.h"
 
 #include <array>
 #include <cstddef>
 
 namespace {
 
-// Indexed by status code; any code outside shows the last line.
-constexpr std::array gazeTexts{
+// Indexed by status code; any code outside shows the last line. A null stands for the text about the missing
+// library, which names its file.
+constexpr std::array<const char16_t*, 6> gazeTexts{
     u"wyłączony (gazeEnabled = false)",
     u"szukanie urządzenia…",
-#ifdef _WIN32
-    u"brak tobii_stream_engine.dll (zainstaluj oprogramowanie Tobii)",
-#else
-    u"brak libtobii_stream_engine.so (zainstaluj oprogramowanie Tobii)",
-#endif
+    nullptr,
     u"nie wykryto urządzenia",
     u"aktywny",
     u"błąd inicjalizacji",
 };
 
-constexpr std::array voiceTexts{
+constexpr std::array<const char16_t*, 7> voiceTexts{
     u"wyłączony (voiceEnabled = false)",
     u"ładowanie modelu…",
-#ifdef _WIN32
-    u"brak libvosk.dll",
-#else
-    u"brak libvosk.so",
-#endif
+    nullptr,
     u"brak katalogu modelu języka",
     u"brak mikrofonu",
     u"aktywny",
@@ -38,9 +32,11 @@ constexpr std::array voiceTexts{
 };
 
 template <std::size_t count>
-const char16_t* textForCode(const std::array<const char16_t*, count>& texts, std::int32_t code) {
+const char16_t* textForCode(const std::array<const char16_t*, count>& texts, std::int32_t code,
+                            const std::u16string& libraryMissing) {
     const bool isKnown = code >= 0 && static_cast<std::size_t>(code) < count;
-    return isKnown ? texts[static_cast<std::size_t>(code)] : texts.back();
+    const char16_t* text = isKnown ? texts[static_cast<std::size_t>(code)] : texts.back();
+    return text != nullptr ? text : libraryMissing.c_str();
 }
 
 constexpr char16_t helpBlock[] = u"'  aby pokazać / schować nakładkę.\n"
@@ -65,10 +61,13 @@ constexpr char16_t closingBlock[] =
 } // namespace
 
 const char16_t* gazeStatusText() {
-    return textForCode(gazeTexts, engineState.gazeStatus);
+    static const std::u16string& libraryMissing =
+        *new std::u16string(u"brak " + gazeLibraryName() + u" (zainstaluj oprogramowanie Tobii)");
+    return textForCode(gazeTexts, engineState.gazeStatus, libraryMissing);
 }
 const char16_t* voiceStatusText() {
-    return textForCode(voiceTexts, engineState.voiceStatus);
+    static const std::u16string& libraryMissing = *new std::u16string(u"brak " + speechLibraryName());
+    return textForCode(voiceTexts, engineState.voiceStatus, libraryMissing);
 }
 
 std::u16string statusPageText() {

@@ -9,3 +9,7 @@ std::u16string programFolder();
 
 /// `folder`, the platform's separator, `name`.
 std::u16string joinPath(const std::u16string& folder, const std::u16string& name);
+
+/// Whether `path` is to be used as it stands, and not from the folder of the program: on Windows it holds a
+/// colon, on Linux it begins with a slash. Any thread.
+bool isFullPath(const std::u16string& path);

@@ -29,7 +29,7 @@ void resetVirtualCursor() {
 
 PointerCaptureHandlers captureHandlers() {
     return {
-        .isSwallowing = []() noexcept { return engineState.wheelVisible; },
+        .isSwallowing = []() noexcept { return engineState.wheelVisible.load(); },
         .leftPressed = []() noexcept { postWindowMessage(engineState.wheelWindow, MsgSelectUnderCursor); },
         .moved = addRawMotion,
     };

@@ -3,6 +3,7 @@
 #include "core/engine_config.h"
 #include "core/engine_state.h"
 #include "core/private_messages.h"
+#include "gaze/gaze_thread.h"
 #include "platform/clock.h"
 #include "platform/overlay_window.h"
 #include "platform/pointer.h"
@@ -20,9 +21,10 @@ constexpr std::uint64_t mouseRestedMs = 700; // the gaze takes over only after t
 constexpr std::int32_t arrowTargetBase = 100;
 
 bool gazeMayPull(std::uint64_t now) {
+    // A sample may be younger than `now`: its thread goes on while this one ticks.
+    const std::uint64_t sampled = std::min(engineState.gazeSampleTick.load(), now);
     return engineConfig.gazeEnabled && engineState.gazeStatus == gazeStatusActive &&
-           now - engineState.gazeSampleTick < gazeFreshMs &&
-           now - engineState.lastMouseMoveTick > mouseRestedMs;
+           now - sampled < gazeFreshMs && now - engineState.lastMouseMoveTick > mouseRestedMs;
 }
 
 /// 35 percent of the way from `cursor` to the gaze; below 3 pixels the step truncates to nothing.

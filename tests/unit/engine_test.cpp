@@ -1,5 +1,6 @@
 #include "engine_test.h"
 
+#include "core/lifecycle.h"
 #include "overlay.h"
 #include "picture_text.h"
 
@@ -13,6 +14,12 @@ SimulatedDesktop& freshDesktop() {
 } // namespace
 
 EngineTest::EngineTest() : desktop(freshDesktop()) {}
+
+/// The workers that only a stop ends must hear of it before the others can be played to their end.
+EngineTest::~EngineTest() {
+    stopWorkers();
+    desktop.clock.drain();
+}
 
 void EngineTest::startWith(std::vector<Wheel> wheels) {
     folder.write("config.json", R"({"gazeEnabled": false, "voiceEnabled": false})");

@@ -19,7 +19,7 @@
 class EngineTest : public FilesTest {
 public:
     EngineTest();
-    ~EngineTest() override { desktop.clock.drain(); }
+    ~EngineTest() override;
 
     /// Starts the engine with gaze and voice off and puts `wheels` in force.
     void startWith(std::vector<Wheel> wheels);

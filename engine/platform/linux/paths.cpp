@@ -100,3 +100,7 @@ std::u16string joinPath(const std::u16string& folder, const std::u16string& name
     std::replace(native.begin(), native.end(), u'\\', u'/');
     return folder + u'/' + native;
 }
+
+bool isFullPath(const std::u16string& path) {
+    return path.starts_with(u'/');
+}

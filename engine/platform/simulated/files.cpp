@@ -85,6 +85,19 @@ bool pathExists(const std::u16string& path) {
     return fs::exists(nativePath(path), error);
 }
 
+std::vector<std::u16string> foldersIn(const std::u16string& folder) {
+    std::vector<std::u16string> names;
+    std::error_code error;
+    for (fs::directory_iterator entry(nativePath(folder), error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code unknown;
+        if (entry->is_directory(unknown))
+            names.push_back(entry->path().filename().u16string());
+    }
+    std::ranges::sort(names); // any order is a system's own; this one is the same in every run
+    return names;
+}
+
 void setSimulatedDiskRoom(std::optional<std::size_t> bytes) {
     diskRoom = bytes;
 }

@@ -16,6 +16,7 @@ WindowHandle createMainWindow(const MainWindowHandlers& handlers) {
 }
 
 void repaintMainWindow(WindowHandle mainWindow) {
-    simulatedDesktop().requireWindow(mainWindow, "a dead main window repainted");
+    if (mainWindow == nullptr)
+        breakContract("no main window repainted");
     ++simulatedDesktop().mainWindowRepaints;
 }

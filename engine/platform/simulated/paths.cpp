@@ -39,3 +39,7 @@ void resetSimulatedFiles() {
     setSimulatedDiskRoom(std::nullopt);
     resetSimulatedLayout();
 }
+
+bool isFullPath(const std::u16string& path) {
+    return path.starts_with(u'/') || path.find(u':') != std::u16string::npos;
+}

@@ -9,6 +9,7 @@
 
 #include "platform/simulated/virtual_clock.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -27,6 +28,14 @@
 struct PictureImage {
     std::u16string path;
 };
+
+/// A library of functions that the test itself provides, by name.
+struct SimulatedLibrary {
+    std::map<std::string, void*> functions;
+};
+
+/// Thrown inside a library's function of a test, it is the fault that the guard around such calls survives.
+struct SimulatedFault {};
 
 struct PlatformWindow {
     std::string name;    // "main", "wheel", "grid", or what the test called another program's window
@@ -73,6 +82,17 @@ public:
     std::set<std::uint16_t> keysTakenByOthers; // hot keys that cannot be had
     std::set<std::u16string> loadableImages;   // full paths that hold an image
     PressDelivery pressDelivery = PressDelivery::onceAsRaw;
+
+    /// By path, or by bare name for what the system itself would find.
+    std::map<std::u16string, SimulatedLibrary> libraries;
+    std::vector<std::u16string> gazeRoots;       // what gazeLibraryRoots answers
+    std::vector<std::u16string> libraryAttempts; // everything that was tried to be loaded, in order
+
+    bool hasMicrophone = true;      // whether one can be opened
+    bool microphoneDelivers = true; // false: an open one has been unplugged
+    /// What is heard, a buffer each; nothing but silence afterwards.
+    std::deque<std::string> sound;
+    int microphonesOpen = 0;
 
     // Time and the owner's loop
 
@@ -125,7 +145,7 @@ public:
     std::set<std::uint32_t> buttonsDown; // likewise, device buttons
     std::vector<std::u16string> imageLoads; // every attempt, in order
     std::optional<std::u16string> trayTip;  // set while the tray icon exists
-    int mainWindowRepaints = 0;
+    std::atomic<int> mainWindowRepaints = 0;
 
     std::vector<JournalEntry> journal;
     void clearJournal() { journal.clear(); }

@@ -112,3 +112,21 @@ void VirtualClock::drain() {
         runDueWorker();
     }
 }
+
+void VirtualClock::playWorkersUntil(const std::function<bool()>& condition, std::uint32_t limitMs) {
+    if (isFree) {
+        while (!condition())
+            std::this_thread::yield();
+        return;
+    }
+    const std::uint64_t deadline = now() + limitMs;
+    while (!condition()) {
+        const std::optional<std::uint64_t> wake = nextWake();
+        if (!wake || *wake > deadline) {
+            nowMs = deadline;
+            return;
+        }
+        nowMs = std::max(now(), *wake);
+        runDueWorker();
+    }
+}

@@ -41,6 +41,10 @@ public:
     /// Gives one worker that is due its turn and waits until it blocks again or ends. False when none is due.
     bool runDueWorker();
 
+    /// Lets time pass for the workers alone, while the owner is blocked: until `condition` holds, or for
+    /// `limitMs`.
+    void playWorkersUntil(const std::function<bool()>& condition, std::uint32_t limitMs);
+
     /// From now on workers start at once, run side by side and never wait: for tests that hunt data races.
     void runWorkersFreely() { isFree = true; }
 

@@ -15,3 +15,7 @@ std::u16string programFolder() {
 std::u16string joinPath(const std::u16string& folder, const std::u16string& name) {
     return folder + u'\\' + name;
 }
+
+bool isFullPath(const std::u16string& path) {
+    return path.find(u':') != std::u16string::npos;
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <future>
+#include <memory>
+
+/// The wish that a worker end. Each run has one of its own, so that a run which overslept its stop stays
+/// stopped when the next one is started.
+using StopRequest = std::shared_ptr<std::atomic<bool>>;
+
+/// Starts `body` on a thread of its own; `thread` is then valid until stopWorker, even if the body ends
+/// before. Owner thread, like the next.
+void startWorker(std::future<void>& thread, StopRequest& stop,
+                 std::function<void(const std::atomic<bool>& stop)> body);
+
+/// Asks the run to end and waits for that, `limitMs` at most; one that takes longer is left to itself.
+/// Without a run nothing happens.
+void stopWorker(std::future<void>& thread, const StopRequest& stop, std::uint32_t limitMs);

@@ -1,0 +1,61 @@
+#include "gaze/gaze_library.h"
+
+#include "core/library_binding.h"
+#include "platform/files.h"
+#include "platform/paths.h"
+
+namespace {
+
+constexpr int searchDepth = 3;
+
+LibraryHandle loadFromMakersFolders() {
+    std::vector<std::u16string> found;
+    for (const std::u16string& root : gazeLibraryRoots())
+        findFileRecursive(root, gazeLibraryName(), searchDepth, found);
+    for (const std::u16string& path : found) {
+        if (const LibraryHandle library = loadLibrary(path, LibrarySearch::asSystemDoes))
+            return library;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+LibraryHandle loadGazeLibrary(const std::u16string& configuredPath) {
+    LibraryHandle library = nullptr;
+    if (!configuredPath.empty())
+        library = loadLibrary(configuredPath, LibrarySearch::asSystemDoes);
+    if (library == nullptr)
+        library = loadLibrary(joinPath(programFolder(), gazeLibraryName()), LibrarySearch::asSystemDoes);
+    if (library == nullptr)
+        library = loadLibrary(gazeLibraryName(), LibrarySearch::asSystemDoes);
+    if (library == nullptr)
+        library = loadFromMakersFolders();
+    return library;
+}
+
+bool bindGazeLibrary(LibraryHandle library, GazeLibrary& functions) {
+    bindFunction(library, "tobii_device_reconnect", functions.deviceReconnect);
+    bindFunction(library, "tobii_gaze_point_unsubscribe", functions.gazePointUnsubscribe);
+    return bindFunction(library, "tobii_api_create", functions.apiCreate) &&
+           bindFunction(library, "tobii_api_destroy", functions.apiDestroy) &&
+           bindFunction(library, "tobii_enumerate_local_device_urls", functions.enumerateLocalDeviceUrls) &&
+           bindFunction(library, "tobii_device_create", functions.deviceCreate) &&
+           bindFunction(library, "tobii_device_destroy", functions.deviceDestroy) &&
+           bindFunction(library, "tobii_gaze_point_subscribe", functions.gazePointSubscribe) &&
+           bindFunction(library, "tobii_wait_for_callbacks", functions.waitForCallbacks) &&
+           bindFunction(library, "tobii_device_process_callbacks", functions.deviceProcessCallbacks);
+}
+
+void findFileRecursive(const std::u16string& folder, const std::u16string& name, int depth,
+                       std::vector<std::u16string>& found) {
+    const std::u16string path = joinPath(folder, name);
+    if (pathExists(path))
+        found.push_back(path);
+    if (depth <= 0)
+        return;
+    for (const std::u16string& subfolder : foldersIn(folder)) {
+        if (!subfolder.starts_with(u'.'))
+            findFileRecursive(joinPath(folder, subfolder), name, depth - 1, found);
+    }
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "gaze/gaze_library.h"
+
+#include <array>
+#include <atomic>
+#include <string>
+
+/// What the gaze thread says of itself, in gazeStatus.
+enum GazeStatusCode : std::int32_t {
+    gazeStatusOff = 0,
+    gazeStatusSearching = 1,
+    gazeStatusNoLibrary = 2,
+    gazeStatusNoDevice = 3,
+    gazeStatusActive = 4,
+    gazeStatusFailed = 5,
+};
+
+/// Stores each valid gaze point of the first tracker in engineState until `gazeStop`, or ends when something
+/// it needs is missing, and says in gazeStatus how it fares. A tracker that is unplugged and plugged in again
+/// comes back by itself. `libraryPath` may be empty. The body of the gaze thread.
+void gazeThreadMain(const std::u16string& libraryPath, const std::atomic<bool>& gazeStop) noexcept;
+
+/// Address of a tracker, zero-terminated.
+using GazeDeviceUrl = std::array<char, 256>;
+
+/// Keeps the first address that it is told, cut to the buffer. `buffer` is a GazeDeviceUrl.
+void firstDeviceUrl(const char* url, void* buffer) noexcept;
+
+/// A valid point becomes the sample in force. Called by the library on the gaze thread.
+void onGazePoint(const GazePoint* point, void* user) noexcept;

@@ -1,0 +1,79 @@
+#include "voice/speech_library.h"
+
+#include "core/library_binding.h"
+#include "platform/fault_guard.h"
+#include "platform/microphone.h"
+#include "platform/paths.h"
+
+namespace {
+
+/// Runs any callable under the guard, which knows plain functions only.
+template <typename Call>
+bool survives(Call call) {
+    return runGuarded([](void* context) { (*static_cast<Call*>(context))(); }, &call);
+}
+
+} // namespace
+
+LibraryHandle loadVoskLibrary(const std::u16string& configuredPath) {
+    LibraryHandle library = nullptr;
+    if (!configuredPath.empty())
+        library = loadLibrary(configuredPath, LibrarySearch::besideItself);
+    if (library == nullptr)
+        library = loadLibrary(joinPath(programFolder(), speechLibraryName()), LibrarySearch::besideItself);
+    if (library == nullptr)
+        library = loadLibrary(speechLibraryName(), LibrarySearch::asSystemDoes);
+    return library;
+}
+
+bool bindSpeechLibrary(LibraryHandle library, SpeechLibrary& functions) {
+    bindFunction(library, "vosk_set_log_level", functions.setLogLevel);
+    bindFunction(library, "vosk_model_find_word", functions.findWord);
+    return bindFunction(library, "vosk_model_new", functions.modelNew) &&
+           bindFunction(library, "vosk_model_free", functions.modelFree) &&
+           bindFunction(library, "vosk_recognizer_new_grm", functions.recognizerNewGrm) &&
+           bindFunction(library, "vosk_recognizer_set_grm", functions.recognizerSetGrm) &&
+           bindFunction(library, "vosk_recognizer_accept_waveform", functions.acceptWaveform) &&
+           bindFunction(library, "vosk_recognizer_result", functions.result) &&
+           bindFunction(library, "vosk_recognizer_free", functions.recognizerFree);
+}
+
+std::int32_t guardedAcceptWaveform(const SpeechLibrary& functions, void* recognizer, std::string_view sound) {
+    std::int32_t answer = -1;
+    const bool survived = survives([&] {
+        answer = functions.acceptWaveform(recognizer, sound.data(), static_cast<std::int32_t>(sound.size()));
+    });
+    return survived ? answer : -1;
+}
+
+void* guardedRecognizerNew(const SpeechLibrary& functions, void* model, const std::string& grammar) {
+    void* recognizer = nullptr;
+    const bool survived = survives([&] {
+        recognizer = functions.recognizerNewGrm(model, static_cast<float>(soundSampleRate), grammar.c_str());
+    });
+    return survived ? recognizer : nullptr;
+}
+
+bool guardedSetGrammar(const SpeechLibrary& functions, void* recognizer, const std::string& grammar) {
+    return survives([&] { functions.recognizerSetGrm(recognizer, grammar.c_str()); });
+}
+
+std::string_view recognisedText(const char* answer) {
+    if (answer == nullptr)
+        return {};
+    const std::string_view json = answer;
+    constexpr std::string_view key = "\"text\"";
+    std::size_t at = json.find(key);
+    if (at == std::string_view::npos)
+        return {};
+    at = json.find(':', at + key.size());
+    if (at == std::string_view::npos)
+        return {};
+    const std::size_t opening = json.find('"', at);
+    if (opening == std::string_view::npos)
+        return {};
+    const std::size_t closing = json.find('"', opening + 1);
+    if (closing == std::string_view::npos)
+        return {};
+    return json.substr(opening + 1, closing - opening - 1);
+}

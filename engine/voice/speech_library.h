@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/dynamic_library.h"
+#include "voice/phrase_table.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// The recogniser's functions, bound by name. Models and recognisers are the library's own and opaque.
+struct SpeechLibrary {
+    void (*setLogLevel)(std::int32_t level) = nullptr; // optional
+    void* (*modelNew)(const char* path) = nullptr;     // null: not loadable
+    void (*modelFree)(void* model) = nullptr;
+    void* (*recognizerNewGrm)(void* model, float sampleRate, const char* grammar) = nullptr;
+    void (*recognizerSetGrm)(void* recognizer, const char* grammar) = nullptr;
+    std::int32_t (*acceptWaveform)(void* recognizer, const char* sound, std::int32_t byteCount) = nullptr;
+    const char* (*result)(void* recognizer) = nullptr; // the text stays the recogniser's
+    void (*recognizerFree)(void* recognizer) = nullptr;
+    FindWordFunction findWord = nullptr; // optional: without it no phrase is checked
+};
+
+/// From the configured path, else from beside the program, else from where the system looks; null if nowhere.
+LibraryHandle loadVoskLibrary(const std::u16string& configuredPath);
+
+/// False when a required function is missing.
+bool bindSpeechLibrary(LibraryHandle library, SpeechLibrary& functions);
+
+// Calls that survive a fault inside the library.
+
+/// 1 when a final result is ready; -1 after a fault.
+std::int32_t guardedAcceptWaveform(const SpeechLibrary& functions, void* recognizer, std::string_view sound);
+/// Null when the library refuses the grammar, or after a fault.
+void* guardedRecognizerNew(const SpeechLibrary& functions, void* model, const std::string& grammar);
+/// False after a fault.
+bool guardedSetGrammar(const SpeechLibrary& functions, void* recognizer, const std::string& grammar);
+
+/// The text in the recogniser's answer, {"text" : "..."}: a view into it, empty when the answer is null or of
+/// another shape.
+std::string_view recognisedText(const char* answer);

@@ -1,0 +1,22 @@
+#include "voice/voice_dispatch.h"
+
+#include "core/engine_config.h"
+#include "core/engine_state.h"
+#include "core/private_messages.h"
+#include "platform/messages.h"
+#include "voice/phrase_table.h"
+
+void dispatchRecognisedText(std::string_view text) {
+    PhraseEntry row;
+    if (text.empty() || !findPhrase(text, row))
+        return;
+    const WindowHandle main = engineState.mainWindow;
+    if (row.command != 0) {
+        postWindowMessage(main, MsgVoiceCommand, static_cast<std::uintptr_t>(row.command));
+    } else if (row.wheelIndex == VoiceActionsWheel) {
+        postWindowMessage(main, MsgVoiceFunction, static_cast<std::uintptr_t>(row.actionIndex));
+    } else if (engineConfig.voiceGlobal || engineState.wheelVisible) {
+        // Either may have changed a moment ago: a word is never more exact than that.
+        postWindowMessage(main, MsgVoiceField, static_cast<std::uintptr_t>(row.wheelIndex), row.actionIndex);
+    }
+}

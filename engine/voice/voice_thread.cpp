@@ -1,0 +1,166 @@
+#include "voice/voice_thread.h"
+
+#include "core/engine_state.h"
+#include "core/private_messages.h"
+#include "core/text.h"
+#include "platform/clock.h"
+#include "platform/main_window.h"
+#include "platform/microphone.h"
+#include "platform/paths.h"
+#include "voice/phrase_table.h"
+#include "voice/speech_library.h"
+#include "voice/voice_dispatch.h"
+
+#include <memory>
+
+namespace {
+
+constexpr std::uint32_t soundWaitMs = 250; // also how soon a stop or a new table is seen in silence
+constexpr int microphoneRetryWaits = 30;
+constexpr std::uint32_t microphoneRetryWaitMs = 100;
+
+/// One run of the voice thread. Owns model and recogniser.
+class Listener {
+public:
+    Listener(const VoiceSettings& chosenSettings, const std::atomic<bool>& stopRequest)
+        : settings(chosenSettings), voiceStop(stopRequest) {}
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    ~Listener() {
+        microphone.reset(); // before what its sound was for
+        if (recognizer != nullptr)
+            library.recognizerFree(recognizer);
+        if (model != nullptr)
+            library.modelFree(model);
+    }
+
+    bool prepare();
+    bool awaitMicrophone();
+    void listen();
+
+private:
+    void setStatus(VoiceStatusCode code) const;
+    std::string currentGrammar();
+    bool followPhraseTable();
+    void hear(std::string_view sound) const;
+
+    const VoiceSettings& settings;
+    const std::atomic<bool>& voiceStop;
+    SpeechLibrary library;
+    void* model = nullptr;
+    void* recognizer = nullptr;
+    MicrophoneHandle microphone;
+    std::uint32_t seenGeneration = 0;
+};
+
+/// A run that was given up for lost must not speak over the one that came after it.
+void Listener::setStatus(VoiceStatusCode code) const {
+    if (voiceStop)
+        return;
+    engineState.voiceStatus = code;
+    repaintMainWindow(engineState.mainWindow);
+}
+
+void postSkipped(const std::u16string& phrases) {
+    auto payload = std::make_unique<std::u16string>(phrases);
+    if (postWindowMessage(engineState.mainWindow, MsgVoiceSkipped, 0,
+                          reinterpret_cast<std::intptr_t>(payload.get())))
+        static_cast<void>(payload.release()); // the receiver's now
+}
+
+/// The generation is taken first: a rebuild during the building is then seen as one to come.
+std::string Listener::currentGrammar() {
+    seenGeneration = engineState.phraseGeneration;
+    std::u16string skipped;
+    std::string grammar = buildGrammar(model, library.findWord, &skipped);
+    if (!skipped.empty())
+        postSkipped(skipped);
+    return grammar;
+}
+
+std::u16string modelPath(const std::u16string& model) {
+    return isFullPath(model) ? model : joinPath(programFolder(), model);
+}
+
+bool Listener::prepare() {
+    setStatus(voiceStatusLoading);
+    const LibraryHandle handle = loadVoskLibrary(settings.libraryPath);
+    if (handle == nullptr) {
+        setStatus(voiceStatusNoLibrary);
+        return false;
+    }
+    if (!bindSpeechLibrary(handle, library)) {
+        setStatus(voiceStatusFailed);
+        return false;
+    }
+    if (library.setLogLevel != nullptr)
+        library.setLogLevel(-1);
+    model = library.modelNew(utf8FromUtf16(modelPath(settings.model)).c_str());
+    if (model == nullptr) {
+        setStatus(voiceStatusNoModel);
+        return false;
+    }
+    recognizer = guardedRecognizerNew(library, model, currentGrammar());
+    if (recognizer == nullptr)
+        setStatus(voiceStatusFailed);
+    return recognizer != nullptr;
+}
+
+bool Listener::awaitMicrophone() {
+    while (!voiceStop) {
+        microphone = openMicrophone();
+        if (microphone != nullptr)
+            return !voiceStop;
+        if (engineState.voiceStatus != voiceStatusNoMicrophone)
+            setStatus(voiceStatusNoMicrophone);
+        for (int i = 0; i < microphoneRetryWaits && !voiceStop; ++i)
+            sleepMs(microphoneRetryWaitMs);
+    }
+    return false;
+}
+
+/// False when there is no recogniser any more.
+bool Listener::followPhraseTable() {
+    if (engineState.phraseGeneration == seenGeneration)
+        return true;
+    const std::string grammar = currentGrammar();
+    if (guardedSetGrammar(library, recognizer, grammar))
+        return true;
+    library.recognizerFree(recognizer);
+    recognizer = guardedRecognizerNew(library, model, grammar);
+    return recognizer != nullptr;
+}
+
+void Listener::hear(std::string_view sound) const {
+    if (!sound.empty() && guardedAcceptWaveform(library, recognizer, sound) == 1 && !voiceStop)
+        dispatchRecognisedText(recognisedText(library.result(recognizer)));
+}
+
+void Listener::listen() {
+    startMicrophone(*microphone);
+    setStatus(voiceStatusListening);
+    while (!voiceStop) {
+        waitForSound(*microphone, soundWaitMs);
+        if (voiceStop)
+            return;
+        if (!followPhraseTable()) {
+            setStatus(voiceStatusFailed);
+            return;
+        }
+        for (std::size_t i = 0; i < soundBufferCount; ++i) {
+            if (const auto sound = recordedSound(*microphone, i)) {
+                hear(*sound);
+                requeueSoundBuffer(*microphone, i);
+            }
+        }
+    }
+}
+
+} // namespace
+
+void voiceThreadMain(const VoiceSettings& settings, const std::atomic<bool>& voiceStop) noexcept {
+    Listener listener(settings, voiceStop);
+    if (listener.prepare() && listener.awaitMicrophone())
+        listener.listen();
+}

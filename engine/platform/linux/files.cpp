@@ -2,6 +2,7 @@
 
 #include "core/text.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -176,4 +178,21 @@ bool replaceFileBytes(const std::u16string& path, const std::string& bytes) {
 bool pathExists(const std::u16string& path) {
     struct stat status {};
     return ::stat(utf8FromUtf16(path).c_str(), &status) == 0;
+}
+
+std::vector<std::u16string> foldersIn(const std::u16string& folder) {
+    struct FolderCloser {
+        void operator()(DIR* opened) const noexcept { ::closedir(opened); }
+    };
+    const std::unique_ptr<DIR, FolderCloser> opened(::opendir(utf8FromUtf16(folder).c_str()));
+    std::vector<std::u16string> names;
+    while (const dirent* const entry = opened ? ::readdir(opened.get()) : nullptr) {
+        const std::string_view name = entry->d_name;
+        struct stat status {};
+        if (name != "." && name != ".." && ::fstatat(::dirfd(opened.get()), entry->d_name, &status, 0) == 0 &&
+            S_ISDIR(status.st_mode)) {
+            names.push_back(utf16FromUtf8(name));
+        }
+    }
+    return names;
 }

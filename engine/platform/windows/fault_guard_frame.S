@@ -1,39 +1,92 @@
-// unsigned callInFaultFrame(void (*body)(void*), void* context)
+// unsigned callInFaultFrame(void (*body)(void*), void* context, void** stackPointer)
 //
 // Calls body(context) below a frame with a structured exception handler, which GCC cannot make by itself.
-// Zero if the body returned, else what frameFaultHandler handed to the unwinder.
+// Zero if the body returned, else what was in eax when the way went on at faultLanding. The stack pointer
+// that faultLanding needs is stored in *stackPointer.
 //
-// The unwinder brings back the general and the xmm registers by the tables of the frames in between. The
-// control words of the floating-point units are kept here, since a body that changed them did not get to put
-// them back.
+// Everything that a caller may count on is kept in the frame, the control words of the floating-point units
+// included: a body that changed them did not get to put them back, and the tables from which the system
+// restores registers are missing for hand-written code.
 
     .text
     .globl  callInFaultFrame
+    .globl  faultLanding
     .def    callInFaultFrame; .scl 2; .type 32; .endef
     .seh_proc callInFaultFrame
 callInFaultFrame:
-    subq    $56, %rsp
-    .seh_stackalloc 56
+    pushq   %rbp
+    .seh_pushreg %rbp
+    pushq   %rbx
+    .seh_pushreg %rbx
+    pushq   %rsi
+    .seh_pushreg %rsi
+    pushq   %rdi
+    .seh_pushreg %rdi
+    pushq   %r12
+    .seh_pushreg %r12
+    pushq   %r13
+    .seh_pushreg %r13
+    pushq   %r14
+    .seh_pushreg %r14
+    pushq   %r15
+    .seh_pushreg %r15
+    // 32 bytes for the callee, ten xmm registers, the control words; a multiple of 16 with what is above.
+    subq    $200, %rsp
+    .seh_stackalloc 200
+    movaps  %xmm6, 32(%rsp)
+    .seh_savexmm %xmm6, 32
+    movaps  %xmm7, 48(%rsp)
+    .seh_savexmm %xmm7, 48
+    movaps  %xmm8, 64(%rsp)
+    .seh_savexmm %xmm8, 64
+    movaps  %xmm9, 80(%rsp)
+    .seh_savexmm %xmm9, 80
+    movaps  %xmm10, 96(%rsp)
+    .seh_savexmm %xmm10, 96
+    movaps  %xmm11, 112(%rsp)
+    .seh_savexmm %xmm11, 112
+    movaps  %xmm12, 128(%rsp)
+    .seh_savexmm %xmm12, 128
+    movaps  %xmm13, 144(%rsp)
+    .seh_savexmm %xmm13, 144
+    movaps  %xmm14, 160(%rsp)
+    .seh_savexmm %xmm14, 160
+    movaps  %xmm15, 176(%rsp)
+    .seh_savexmm %xmm15, 176
     .seh_handler frameFaultHandler, @except
     .seh_endprologue
-    stmxcsr 32(%rsp)
-    fnstcw  36(%rsp)
+    stmxcsr 192(%rsp)
+    fnstcw  196(%rsp)
+    movq    %rsp, (%r8)
     movq    %rcx, %rax
     movq    %rdx, %rcx
     call    *%rax
     xorl    %eax, %eax
-    addq    $56, %rsp
+leaveFrame:
+    addq    $200, %rsp
+    popq    %r15
+    popq    %r14
+    popq    %r13
+    popq    %r12
+    popq    %rdi
+    popq    %rsi
+    popq    %rbx
+    popq    %rbp
     ret
 faultLanding:
-    // The unwinder has put its return value into eax.
     cld
     fninit
-    fldcw   36(%rsp)
-    ldmxcsr 32(%rsp)
-    addq    $56, %rsp
-    ret
-    // Where the handler finds the way out.
-    .seh_handlerdata
-    .rva    faultLanding
-    .text
+    fldcw   196(%rsp)
+    ldmxcsr 192(%rsp)
+    movaps  32(%rsp), %xmm6
+    movaps  48(%rsp), %xmm7
+    movaps  64(%rsp), %xmm8
+    movaps  80(%rsp), %xmm9
+    movaps  96(%rsp), %xmm10
+    movaps  112(%rsp), %xmm11
+    movaps  128(%rsp), %xmm12
+    movaps  144(%rsp), %xmm13
+    movaps  160(%rsp), %xmm14
+    movaps  176(%rsp), %xmm15
+    jmp     leaveFrame
     .seh_endproc

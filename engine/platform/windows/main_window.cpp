@@ -132,5 +132,8 @@ WindowHandle createMainWindow(const MainWindowHandlers& wanted) {
 }
 
 void repaintMainWindow(WindowHandle mainWindow) {
-    InvalidateRect(nativeWindow(mainWindow), nullptr, TRUE);
+    // The system takes no window for all windows of the desktop; a worker may outlive the main window.
+    if (mainWindow != nullptr) {
+        InvalidateRect(nativeWindow(mainWindow), nullptr, TRUE);
+    }
 }

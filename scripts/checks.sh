@@ -47,6 +47,7 @@ run_ctest() {
 # A build that fails costs its own tests, not those of the others.
 test_linux() {
     need_packages build test
+    step "Speech library and voice model" need_speech
     step "Build for Linux" build_preset linux
     if step_held; then
         step "Tests: style, unit, shell" run_ctest linux --label-exclude "$on_screen_labels"
@@ -101,6 +102,7 @@ run_fuzz() {
 test_windows() {
     need_packages build test windows wine
     need_qt_windows
+    step "Speech library and voice model" need_speech
     step "Wine prefix" "$root/scripts/wine.sh" --prepare
     step "Build for Windows" build_preset windows -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
     if step_held; then
@@ -131,7 +133,9 @@ tidy_sources() {
 show_doctor() {
     local wanted missing
     for wanted in "${package_sets[@]}"; do
-        if have dpkg-query; then
+        if [ "$wanted" = npm ] && have npm; then
+            printf '%-16s %s\n' npm "complete"
+        elif have dpkg-query; then
             missing=$(missing_packages "$wanted" | tr '\n' ' ')
             printf '%-16s %s\n' "$wanted" "${missing:+missing: }${missing:-complete}"
         else
@@ -144,8 +148,11 @@ show_doctor() {
     else
         printf '%-16s %s\n' "Qt for Windows" "not built yet; ./dev windows builds it, once"
     fi
+    show_speech
     show_program "for Linux" "$root/build/linux/rotika/rotika"
+    show_speech_beside "$root/build/linux/rotika/rotika" libvosk.so
     show_program "for Windows" "$root/build/windows/rotika/rotika.exe"
+    show_speech_beside "$root/build/windows/rotika/rotika.exe" libvosk.dll
 }
 
 show_program() {

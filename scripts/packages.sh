@@ -1,11 +1,11 @@
 # Debian packages by need. A set is installed only when something of it is missing.
 
-package_sets=(build test windows wine)
+package_sets=(build test speech npm windows wine)
 
 # Compiling the program and its tests for Linux.
 packages_build="
     cmake ninja-build g++ pkg-config ccache librsvg2-bin icoutils
-    qt6-base-dev
+    qt6-base-dev qt6-translations-l10n
     libx11-dev libxext-dev libxi-dev libxfixes-dev libxtst-dev libxrandr-dev libxdamage-dev libxkbcommon-dev
     libcairo2-dev libpango1.0-dev libgdk-pixbuf-2.0-dev libglib2.0-dev libatspi2.0-dev libpulse-dev
     libgtest-dev libgmock-dev libbenchmark-dev"
@@ -18,11 +18,18 @@ packages_test="
     pulseaudio pulseaudio-utils espeak-ng
     hsetroot fonts-dejavu-core trayer"
 
+# Making the voice model that the tests of speech listen with.
+packages_speech="python3 python3-numpy libopenblas0-pthread libespeak-ng1"
+
+# Fetching the speech library. With all that npm draws in some 300 MB; not installed where there is an npm from
+# elsewhere.
+packages_npm="npm"
+
 # Cross-building for Windows, Qt included.
 packages_windows="
     g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev libwine-dev
     cmake ninja-build pkg-config ccache librsvg2-bin icoutils
-    qt6-base-dev qt6-base-dev-tools googletest
+    qt6-base-dev qt6-base-dev-tools qt6-translations-l10n googletest
     dpkg-dev perl"
 
 # Running the Windows build here.

@@ -45,6 +45,8 @@ PrivateScreen::PrivateScreen(const ScreenSetup& setup) {
     connection->waitUntilWindowsAreShown();
     if (setup.compositing == Compositing::on)
         setCompositing(Compositing::on);
+    if (setup.sound != Sound::none)
+        startSound(setup.sound);
     int number = 0;
     for (const std::string& monitor : setup.monitors) {
         // One monitor may own the server's only output; the others own none.
@@ -90,6 +92,13 @@ void PrivateScreen::startBus() {
     bus = startHelper({"dbus-daemon", "--session", "--nofork", "--address=unix:path=" + socket.string()});
     variables["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + socket.string();
     waitFor("the session bus", [&] { return std::filesystem::exists(socket); });
+}
+
+void PrivateScreen::startSound(Sound sound) {
+    soundServer = std::make_unique<SoundServer>(folder(), variables);
+    variables = soundServer->environment();
+    if (sound == Sound::microphone)
+        soundServer->plugMicrophoneIn();
 }
 
 Process PrivateScreen::startHelper(const std::vector<std::string>& words) const {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "harness/process.h"
+#include "harness/sound_server.h"
 #include "harness/x_connection.h"
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -25,10 +27,15 @@ private:
 
 enum class Compositing { on, off };
 
+enum class Sound { none, silent, microphone };
+
 struct ScreenSetup {
     Compositing compositing = Compositing::on;
     /// Rectangles as xrandr takes them with --setmonitor, such as "640/200x800/250+0+0"; none: one monitor.
     std::vector<std::string> monitors;
+    /// None: there may be a server, or none, as the machine has it. Silent: one of its own without a
+    /// microphone.
+    Sound sound = Sound::none;
 };
 
 /// An X server with a window manager, a session bus and folders for settings and run-time files of its own,
@@ -42,6 +49,7 @@ public:
     const Environment& environment() const { return variables; }
     const XConnection& eyes() const { return *connection; }
     const std::string& display() const { return displayName; }
+    SoundServer& sound() const { return *soundServer; }
 
     void setCompositing(Compositing compositing);
     /// As when the person logs out or the server crashes: every client loses it at once.
@@ -51,6 +59,7 @@ public:
 private:
     void startServer();
     void startBus();
+    void startSound(Sound sound);
     Process startHelper(const std::vector<std::string>& words) const;
 
     ScratchFolder scratch;
@@ -62,6 +71,7 @@ private:
     Process bus;
     Process windowManager;
     Process compositor;
+    std::unique_ptr<SoundServer> soundServer;
 };
 
 } // namespace e2e

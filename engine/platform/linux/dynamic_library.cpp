@@ -3,13 +3,45 @@
 #include "core/text.h"
 
 #include <dlfcn.h>
-#include <sys/stat.h>
+#include <link.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
 
 namespace {
 
-bool isRegularFile(const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+/// Whether the file holds all that its program headers name. The loader takes their word for it, and a
+/// library that was cut short, by a download for instance, would end the program with a bus error.
+bool isWholeLibrary(std::ifstream& file, std::uint64_t byteCount) {
+    ElfW(Ehdr) header{};
+    file.read(reinterpret_cast<char*>(&header), sizeof header);
+    if (!file || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
+        header.e_phentsize != sizeof(ElfW(Phdr))) {
+        return false;
+    }
+    std::vector<ElfW(Phdr)> segments(header.e_phnum);
+    file.seekg(static_cast<std::streamoff>(header.e_phoff));
+    file.read(reinterpret_cast<char*>(segments.data()),
+              static_cast<std::streamsize>(segments.size() * sizeof(ElfW(Phdr))));
+    return file && std::ranges::all_of(segments, [&](const ElfW(Phdr) & segment) {
+               return segment.p_type != PT_LOAD ||
+                      (segment.p_offset <= byteCount && segment.p_filesz <= byteCount - segment.p_offset);
+           });
+}
+
+bool isWholeLibrary(const std::string& path) {
+    std::error_code failure;
+    // The opening of a pipe would wait for a writer.
+    if (!std::filesystem::is_regular_file(path, failure)) {
+        return false;
+    }
+    const std::uintmax_t byteCount = std::filesystem::file_size(path, failure);
+    std::ifstream file(path, std::ios::binary);
+    return !failure && isWholeLibrary(file, byteCount);
 }
 
 /// Text that no file name can hold would name another file after the conversion.
@@ -27,8 +59,8 @@ LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch) {
         return nullptr; // an empty name would be this program itself
     }
     const bool isPath = name.find('/') != std::string::npos;
-    if (isPath && !isRegularFile(name)) {
-        return nullptr; // the loader would wait for ever at a pipe without a writer
+    if (isPath && !isWholeLibrary(name)) {
+        return nullptr;
     }
     return static_cast<LibraryHandle>(::dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL));
 }

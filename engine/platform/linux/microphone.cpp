@@ -37,7 +37,7 @@ struct StreamCloser {
 struct SoundBuffer {
     std::array<char, soundBufferBytes> bytes;
     std::size_t filled = 0;
-    bool isOurs = true; // the listener's, not the device's
+    bool hasComeBack = false;
 };
 
 /// Which buffers the device has, in the order in which they were handed out.
@@ -103,6 +103,9 @@ void connectToServer(Microphone& microphone) {
 
 void connectToDevice(Microphone& microphone) {
     microphone.takenOfFragment = 0;
+    if (!microphone.waiting.isEmpty()) {
+        microphone.buffers[microphone.waiting.front()].filled = 0; // the rest of its sound will never come
+    }
     const pa_sample_spec format{.format = PA_SAMPLE_S16LE, .rate = soundSampleRate, .channels = 1};
     microphone.stream.reset(pa_stream_new(microphone.context.get(), "Sterowanie głosem", &format, nullptr));
     if (!microphone.stream) {
@@ -151,6 +154,12 @@ void handleMessages(Microphone& microphone, Clock::time_point deadline) {
     }
 }
 
+void handOut(Microphone& microphone, std::size_t index) {
+    microphone.buffers[index].filled = 0;
+    microphone.buffers[index].hasComeBack = false;
+    microphone.waiting.push(index);
+}
+
 /// Copies as much as the buffer at the front of the queue has room for; whether that filled it.
 bool fillFront(Microphone& microphone, const char* bytes, std::size_t byteCount) {
     SoundBuffer& buffer = microphone.buffers[microphone.waiting.front()];
@@ -161,7 +170,7 @@ bool fillFront(Microphone& microphone, const char* bytes, std::size_t byteCount)
     if (buffer.filled < soundBufferBytes) {
         return false;
     }
-    buffer.isOurs = true;
+    buffer.hasComeBack = true;
     microphone.waiting.pop();
     return true;
 }
@@ -221,8 +230,7 @@ MicrophoneHandle openMicrophone() {
 void startMicrophone(Microphone& microphone) {
     microphone.waiting.clear();
     for (std::size_t i = 0; i < soundBufferCount; ++i) {
-        microphone.buffers[i].isOurs = true;
-        requeueSoundBuffer(microphone, i);
+        handOut(microphone, i);
     }
     microphone.isStarted = true;
     if (isStreamReady(microphone)) {
@@ -246,18 +254,14 @@ void waitForSound(Microphone& microphone, std::uint32_t limitMs) {
 
 std::optional<std::string_view> recordedSound(const Microphone& microphone, std::size_t index) {
     const SoundBuffer& buffer = microphone.buffers[index];
-    if (!buffer.isOurs) {
+    if (!buffer.hasComeBack) {
         return std::nullopt;
     }
     return std::string_view(buffer.bytes.data(), buffer.filled);
 }
 
 void requeueSoundBuffer(Microphone& microphone, std::size_t index) {
-    SoundBuffer& buffer = microphone.buffers[index];
-    if (!buffer.isOurs) {
-        return;
+    if (microphone.buffers[index].hasComeBack) {
+        handOut(microphone, index);
     }
-    buffer.filled = 0;
-    buffer.isOurs = false;
-    microphone.waiting.push(index);
 }

@@ -9,6 +9,8 @@
 #include "core/voice_commands.h"
 #include "platform/hot_key.h"
 #include "platform/tray.h"
+#include "pointing/element_labels.h"
+#include "pointing/grid.h"
 #include "run/function_run.h"
 #include "wheel/capture.h"
 #include "wheel/geometry.h"
@@ -69,7 +71,28 @@ void turnPageByVoice(std::int32_t arrow) {
         turnPage(arrow);
 }
 
-void onVoiceCommand(std::uintptr_t command) {
+/// A number means a label if there are any on show, else a cell of the grid.
+void numberByVoice(std::int32_t number) {
+    if (engineState.elementsVisible)
+        clickElement(number, 0, 1);
+    else if (engineState.gridVisible)
+        narrowGrid(number);
+}
+
+bool isNumbered(std::int32_t command, std::int32_t base) {
+    return command > base && command <= base + largestSpokenNumber;
+}
+
+void onNumberedCommand(std::int32_t command) {
+    if (isNumbered(command, commandNumber))
+        numberByVoice(command - commandNumber);
+    else if (isNumbered(command, commandDoubleClickNumber))
+        clickElement(command - commandDoubleClickNumber, 0, 2);
+    else if (isNumbered(command, commandRightClickNumber))
+        clickElement(command - commandRightClickNumber, 1, 1);
+}
+
+void onVoiceCommand(std::int32_t command) {
     switch (command) {
     case commandShowWheel:
         if (!engineState.wheelVisible)
@@ -85,6 +108,12 @@ void onVoiceCommand(std::uintptr_t command) {
     case commandPreviousWheel:
         turnPageByVoice(0);
         break;
+    case commandShowGrid:
+        showGrid();
+        break;
+    case commandHideGrid:
+        hideGrid();
+        break;
     case commandClick:
         clickByVoice();
         break;
@@ -94,7 +123,17 @@ void onVoiceCommand(std::uintptr_t command) {
     case commandRightClick:
         startMouseClick(1, 1);
         break;
+    case commandLabelElements:
+        startElementScan(ElementScope::windowAndTaskbar);
+        break;
+    case commandLabelPage:
+        startElementScan(ElementScope::page);
+        break;
+    case commandHideElements:
+        cancelElementLabels();
+        break;
     default:
+        onNumberedCommand(command);
         break;
     }
 }
@@ -110,10 +149,13 @@ void onVoiceSkipped(std::intptr_t payload) {
 void onMainMessage(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) noexcept {
     switch (message) {
     case MsgVoiceCommand:
-        onVoiceCommand(wParam);
+        onVoiceCommand(static_cast<std::int32_t>(wParam));
         break;
     case MsgVoiceField:
         onVoiceField(wParam, static_cast<std::uintptr_t>(lParam));
+        break;
+    case MsgElementsReady:
+        takeScanResult(lParam);
         break;
     case MsgVoiceSkipped:
         onVoiceSkipped(lParam);

@@ -1,5 +1,6 @@
 #include "wheel/painter.h"
 
+#include "core/colors.h"
 #include "core/engine_config.h"
 #include "core/engine_state.h"
 #include "core/text.h"
@@ -26,11 +27,6 @@ PictureColor white(std::uint8_t alpha) {
 }
 PictureColor black(std::uint8_t alpha) {
     return {alpha, 0, 0, 0};
-}
-
-PictureColor withAlpha(RgbColor color, std::uint8_t alpha) {
-    return {alpha, static_cast<std::uint8_t>(color), static_cast<std::uint8_t>(color >> 8),
-            static_cast<std::uint8_t>(color >> 16)};
 }
 
 void addPies(Picture& picture, const Wheel& wheel, float span) {

@@ -73,7 +73,7 @@ TEST_F(Dispatch, StaleIndicesAndWhatNobodyAnswersLeaveTheWheelAsItIs) {
     const MessageCase cases[] = {
         {MsgVoiceField, 1, 0},        {MsgVoiceField, 0, 4},       {MsgVoiceField, 0, -1},
         {MsgVoiceField, minusOne, 0}, {MsgVoiceField, 9, 99},      {MsgVoiceFunction, 1, 0},
-        {MsgVoiceCommand, 0, 0},      {MsgVoiceCommand, 5, 0},     {MsgVoiceCommand, 100, 0},
+        {MsgVoiceCommand, 0, 0},      {MsgVoiceCommand, 99, 0},    {MsgVoiceCommand, 100, 0},
         {MsgVoiceCommand, 600, 0},    {MsgVoiceCommand, 9999, 0},  {MsgVoiceFunction, minusOne, 0},
         {MsgVoiceSkipped, 0, 0},      {MsgSelectUnderCursor, 0, 0}};
     for (const bool isOpen : {false, true}) {

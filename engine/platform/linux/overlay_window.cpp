@@ -287,6 +287,23 @@ void hideOverlayWindow(WindowHandle window) {
     XFlush(ownerDisplay());
 }
 
+/// The new background is in force before the server moves the window and paints what that uncovers.
+void presentPictureAt(WindowHandle window, Point corner, const Picture& picture) {
+    Layer* layer = layerOf(window);
+    if (layer == nullptr || picture.width < 1 || picture.height < 1)
+        return;
+    const Rect place{corner.x, corner.y, corner.x + picture.width, corner.y + picture.height};
+    if (layer->place == place) {
+        presentPicture(window, picture);
+        return;
+    }
+    layer->place = place;
+    presentPicture(window, picture);
+    XMoveResizeWindow(ownerDisplay(), windowOf(window), corner.x, corner.y,
+                      static_cast<unsigned int>(picture.width), static_cast<unsigned int>(picture.height));
+    XFlush(ownerDisplay());
+}
+
 void presentPicture(WindowHandle window, const Picture& picture) {
     Layer* layer = layerOf(window);
     if (layer == nullptr)

@@ -63,3 +63,9 @@ void presentPicture(WindowHandle window, const Picture& picture) {
     ++painted.paintCount;
     desktop.note(JournalKind::picture, "paint " + painted.name);
 }
+
+void presentPictureAt(WindowHandle window, Point corner, const Picture& picture) {
+    PlatformWindow& painted = simulatedDesktop().requireWindow(window, "a dead overlay painted");
+    painted.place = {corner.x, corner.y, corner.x + picture.width, corner.y + picture.height};
+    presentPicture(window, picture);
+}

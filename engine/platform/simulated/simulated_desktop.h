@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/elements.h"
 #include "platform/geometry_types.h"
 #include "platform/main_window.h"
 #include "platform/overlay_window.h"
@@ -87,6 +88,10 @@ public:
     std::map<std::u16string, SimulatedLibrary> libraries;
     std::vector<std::u16string> gazeRoots;       // what gazeLibraryRoots answers
     std::vector<std::u16string> libraryAttempts; // everything that was tried to be loaded, in order
+
+    FoundElements elements;             // what a search finds
+    std::uint32_t elementSearchMs = 0;  // how long it takes
+    std::vector<ElementScope> searches; // all that were begun, in order
 
     bool hasMicrophone = true;      // whether one can be opened
     bool microphoneDelivers = true; // false: an open one has been unplugged

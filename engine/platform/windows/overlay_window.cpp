@@ -125,6 +125,11 @@ void hideOverlayWindow(WindowHandle window) {
 }
 
 void presentPicture(WindowHandle window, const Picture& picture) {
+    const Rect place = overlayWindowRect(window);
+    presentPictureAt(window, {place.left, place.top}, picture);
+}
+
+void presentPictureAt(WindowHandle window, Point corner, const Picture& picture) {
     const ScreenDc screen(GetDC(nullptr));
     const MemoryDc memory(CreateCompatibleDC(screen.get()));
     const BitmapHandle bitmap = pixelBitmap(screen.get(), picture.width, picture.height);
@@ -134,8 +139,7 @@ void presentPicture(WindowHandle window, const Picture& picture) {
     const SelectedObject selected(memory.get(), bitmap.get());
     drawPicture(memory.get(), picture);
 
-    const Rect place = overlayWindowRect(window);
-    POINT target{place.left, place.top};
+    POINT target{corner.x, corner.y};
     SIZE size{picture.width, picture.height};
     POINT source{0, 0};
     BLENDFUNCTION blend{AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};

@@ -1,0 +1,5 @@
+#include "platform/elements.h"
+
+FoundElements findElements(const ElementSearch&) {
+    return {};
+}

@@ -1,0 +1,13 @@
+#include "platform/elements.h"
+
+#include "platform/clock.h"
+
+#include "platform/simulated/simulated_desktop.h"
+
+FoundElements findElements(const ElementSearch& search) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    const FoundElements found = desktop.elements;
+    desktop.searches.push_back(search.scope);
+    sleepMs(desktop.elementSearchMs);
+    return found;
+}

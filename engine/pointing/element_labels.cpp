@@ -1,0 +1,112 @@
+#include "pointing/element_labels.h"
+
+#include "core/colors.h"
+#include "core/engine_config.h"
+#include "core/engine_state.h"
+#include "core/private_messages.h"
+#include "core/text.h"
+#include "platform/messages.h"
+#include "platform/overlay_window.h"
+#include "platform/pointer.h"
+#include "platform/threads.h"
+#include "pointing/element_filter.h"
+#include "pointing/grid.h"
+#include "run/function_run.h"
+
+#include <memory>
+#include <utility>
+
+namespace {
+
+constexpr std::uint8_t elementAlpha = 0x16;
+constexpr std::uint8_t outlineAlpha = 0xD7;
+constexpr float outlineWidthPx = 2;
+constexpr std::uint8_t badgeAlpha = 0xEB;
+constexpr float badgeHeightPx = 18;
+constexpr PictureColor numberColor{0xFF, 0xFF, 0xFF, 0xFF};
+constexpr float numberSizePx = 13;
+
+/// Body of the scan's thread. The result is the receiver's once it is posted.
+void scanElements(const ElementSearch& search, WindowHandle mainWindow) noexcept {
+    auto result = std::make_unique<ElementScanResult>(filterElements(findElements(search), search.scope));
+    if (postWindowMessage(mainWindow, MsgElementsReady, 0, reinterpret_cast<std::intptr_t>(result.get())))
+        static_cast<void>(result.release());
+}
+
+void addLabel(Picture& picture, const Rect& rect, std::size_t number) {
+    const RgbColor color = engineConfig.segmentColor;
+    const Rect& origin = engineState.elementsOrigin;
+    const PictureBox box{static_cast<float>(rect.left - origin.left),
+                         static_cast<float>(rect.top - origin.top), static_cast<float>(rect.width()),
+                         static_cast<float>(rect.height())};
+    const std::u16string text = decimalText(static_cast<std::int64_t>(number));
+    const PictureBox badge{box.x, box.y, static_cast<float>(text.size()) * 9 + 14, badgeHeightPx};
+    picture.commands.push_back(FilledRectangle{box, withAlpha(color, elementAlpha)});
+    picture.commands.push_back(OutlinedRectangle{box, withAlpha(color, outlineAlpha), outlineWidthPx});
+    picture.commands.push_back(FilledRectangle{badge, withAlpha(color, badgeAlpha)});
+    picture.commands.push_back(TextInBox{text, badge, numberSizePx, true, numberColor});
+}
+
+void paintElementLabels() {
+    const Rect& origin = engineState.elementsOrigin;
+    if (origin.width() > 0 && origin.height() > 0)
+        presentPictureAt(engineState.gridWindow, {origin.left, origin.top}, elementLabelsPicture());
+}
+
+} // namespace
+
+Picture elementLabelsPicture() {
+    Picture picture{engineState.elementsOrigin.width(), engineState.elementsOrigin.height(), {}};
+    std::size_t number = 0;
+    for (const Rect& rect : engineState.elementRects)
+        addLabel(picture, rect, ++number);
+    return picture;
+}
+
+void startElementScan(ElementScope scope) {
+    if (engineState.elementScanBusy.exchange(1) != 0)
+        return;
+    // The labels' flag stays: their numbers hold until new ones take their place.
+    hideGrid();
+    const ElementSearch search{scope,
+                               {engineState.mainWindow, engineState.gridWindow, engineState.wheelWindow}};
+    startDetachedThread([search, main = engineState.mainWindow] { scanElements(search, main); });
+}
+
+void hideElementLabels() {
+    if (!engineState.elementsVisible)
+        return;
+    hideOverlayWindow(engineState.gridWindow);
+    engineState.elementsVisible = false;
+}
+
+void cancelElementLabels() {
+    engineState.elementScanBusy.exchange(0);
+    hideElementLabels();
+}
+
+void takeScanResult(std::intptr_t payload) {
+    const std::unique_ptr<ElementScanResult> result(reinterpret_cast<ElementScanResult*>(payload));
+    if (engineState.elementScanBusy.exchange(0) == 0)
+        return;
+    if (result != nullptr) {
+        engineState.elementRects = std::move(result->rects);
+        engineState.elementsOrigin = result->area;
+    }
+    if (engineState.elementRects.empty())
+        return;
+    hideGrid();
+    paintElementLabels();
+    showOverlayWindow(engineState.gridWindow);
+    engineState.elementsVisible = true;
+}
+
+void clickElement(std::int32_t number, std::uint32_t button, std::int32_t count) {
+    if (!engineState.elementsVisible || number < 1 ||
+        static_cast<std::size_t>(number) > engineState.elementRects.size())
+        return;
+    const Rect rect = engineState.elementRects[static_cast<std::size_t>(number) - 1];
+    hideElementLabels();
+    setCursorPosition({(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2});
+    startMouseClick(button, count);
+}

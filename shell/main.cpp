@@ -3,6 +3,7 @@
 #include "shell/data_folder.h"
 #include "shell/event_loop_support.h"
 #include "shell/main_window.h"
+#include "shell/polish_texts.h"
 #include "shell/settings.h"
 #include "shell/single_instance.h"
 #include "shell/themes.h"
@@ -33,6 +34,7 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationName("Rotika");
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setWindowIcon(QIcon(QCoreApplication::applicationDirPath() + "/rotika.ico"));
+    speakPolish();
 
     if (!claimSingleInstance()) {
         QMessageBox::information(

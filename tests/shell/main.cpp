@@ -1,3 +1,5 @@
+#include "shell/polish_texts.h"
+
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -13,6 +15,7 @@ int main(int argc, char** argv) {
     // Nobody's settings but the tests' own (on Windows the prefix is).
     const QTemporaryDir settings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
+    speakPolish();
     QGuiApplication::setQuitOnLastWindowClosed(false);
     return RUN_ALL_TESTS();
 }

@@ -10,6 +10,7 @@
 
 #include <QColorDialog>
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -279,6 +280,8 @@ TEST_F(WheelEditorPageTest, ChoosesColoursAndGoesBackToTheDefault) {
     open();
     onNextDialog<QColorDialog>([](QColorDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "Kolor pola");
+        const auto* buttons = dialog.findChild<QDialogButtonBox*>();
+        EXPECT_EQ(buttons->button(QDialogButtonBox::Cancel)->text(), "Anuluj"); // Qt's own texts as well
         EXPECT_EQ(dialog.currentColor(), themeInfo(currentThemeId()).ringColor);
         dialog.setCurrentColor("#102030");
         dialog.accept();

@@ -2,20 +2,27 @@
 
 #include <QScrollArea>
 
-/// Holds the pages. It asks for all the room that they need, as the pages alone would, but for no more than
-/// the screen has: there it scrolls, so that nothing is out of reach with very large letters.
+class QStackedWidget;
+
+/// Holds the pages. It asks for all the room that the page in front needs, so that the window grows when a
+/// larger one comes up, but for no more than the screen has: there it scrolls, so that nothing is out of
+/// reach with very large letters.
 class PageArea : public QScrollArea {
     Q_OBJECT
 
 public:
-    /// Takes `pages`. `besidePx` of the window's width is not the area's.
-    PageArea(QWidget* pages, int besidePx, QWidget* parent = nullptr);
+    /// Takes `pages`, which are complete. `besidePx` of the window's width is not the area's.
+    PageArea(QStackedWidget* pages, int besidePx, QWidget* parent = nullptr);
 
     QSize minimumSizeHint() const override;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void countOnlyThePageInFront();
+
+    QStackedWidget* pages;
     int besidePx;
 };

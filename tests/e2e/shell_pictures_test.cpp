@@ -44,9 +44,9 @@ protected:
 
     std::vector<PixelColor> windowPixels() {
         const ShownWindow window = *stage().mainWindow();
-        const int width = std::min(window.width, stage().screen.eyes().width() - window.left);
+        EXPECT_LE(window.left + window.width, stage().screen.eyes().width());
         const int height = std::min(window.height, stage().screen.eyes().height() - window.top);
-        return stage().screen.eyes().look(window.left, window.top, width, height).pixels;
+        return stage().screen.eyes().look(window.left, window.top, window.width, height).pixels;
     }
 
     ShellUser user{stage()};

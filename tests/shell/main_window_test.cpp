@@ -132,22 +132,30 @@ TEST_F(MainWindowTest, GivesTheRowsOfThePageListTheHeightOfTheSheet) {
     EXPECT_GT(sidebar->visualItemRect(sidebar->item(0)).height(), sidebar->fontMetrics().height() + 12);
 }
 
-TEST_F(MainWindowTest, CutsNothingWithLargeLettersAndStaysOnTheScreen) {
+TEST_F(MainWindowTest, StartsSmallAndGrowsForTheLargestPageButNotBeyondTheScreen) {
     const QFont before = QApplication::font();
-    QFont large = before;
-    large.setPointSizeF(before.pointSizeF() * 2);
-    QApplication::setFont(large);
-    const auto window = makeWindow();
-    window->show();
-    const auto* sidebar = window->findChild<QListWidget*>("Sidebar");
-    EXPECT_FALSE(sidebar->horizontalScrollBar()->isVisible());
-    const QSize screen = window->screen()->availableSize();
-    EXPECT_LE(window->minimumSizeHint().width(), screen.width());
-    EXPECT_LE(window->minimumSizeHint().height(), screen.height());
-    // What is wider than the screen scrolls.
-    const auto* stack = window->findChild<QStackedWidget*>();
-    EXPECT_GE(stack->width(), stack->minimumSizeHint().width());
-    EXPECT_GE(stack->height(), stack->minimumSizeHint().height());
+    for (const int timesLarger : {1, 2}) {
+        QFont font = before;
+        font.setPointSizeF(before.pointSizeF() * timesLarger);
+        QApplication::setFont(font);
+        const auto window = makeWindow();
+        window->show();
+        if (timesLarger == 1) {
+            EXPECT_EQ(window->size(), QSize(860, 560));
+        }
+        auto* sidebar = window->findChild<QListWidget*>("Sidebar");
+        const auto* stack = window->findChild<QStackedWidget*>();
+        for (int row = 0; row < sidebar->count(); ++row) {
+            sidebar->setCurrentRow(row);
+            QApplication::processEvents();
+            EXPECT_FALSE(sidebar->horizontalScrollBar()->isVisible());
+            EXPECT_GE(stack->width(), pageOf(*window, row)->minimumSizeHint().width()) << row;
+            EXPECT_GE(stack->height(), pageOf(*window, row)->minimumSizeHint().height()) << row;
+            const QSize screen = window->screen()->availableSize();
+            EXPECT_LE(window->minimumSize().width(), screen.width());
+            EXPECT_LE(window->minimumSize().height(), screen.height());
+        }
+    }
     QApplication::setFont(before);
 }
 

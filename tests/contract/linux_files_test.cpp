@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -165,6 +166,15 @@ TEST_F(LinuxFiles, FilesOfTheKernelThatSayTheyAreEmptyAreReadToTheirEnd) {
     const auto status = readFileBytes(u"/proc/self/status");
     ASSERT_TRUE(status);
     EXPECT_NE(status->find("VmPeak"), std::string::npos);
+}
+
+TEST_F(LinuxFiles, LinksToFoldersAreListedAsFolders) {
+    fs::create_directory(folder / "kept");
+    fs::create_symlink("kept", folder / "link");
+    fs::create_symlink("absent", folder / "broken");
+    std::vector<std::u16string> names = foldersIn(path(""));
+    std::ranges::sort(names);
+    EXPECT_EQ(names, (std::vector<std::u16string>{u"kept", u"link"}));
 }
 
 TEST_F(LinuxFiles, TheProgramsFolderIsThatOfTheExecutable) {

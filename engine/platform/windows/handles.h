@@ -21,6 +21,7 @@ public:
     ~UniqueHandle() { reset(); }
 
     Handle get() const noexcept { return handle; }
+    Handle operator->() const noexcept { return handle; }
     explicit operator bool() const noexcept { return handle != Handle{}; }
     void reset() noexcept {
         if (handle != Handle{}) {
@@ -58,6 +59,11 @@ inline void unhook(HHOOK handle) {
     UnhookWindowsHookEx(handle);
 }
 
+template <typename Interface>
+void releaseInterface(Interface* object) noexcept {
+    object->Release();
+}
+
 using KernelHandle = UniqueHandle<HANDLE, closeKernelHandle>;
 using ScreenDc = UniqueHandle<HDC, releaseScreenDc>;
 using MemoryDc = UniqueHandle<HDC, deleteMemoryDc>;
@@ -65,6 +71,10 @@ using BitmapHandle = UniqueHandle<HBITMAP, deleteBitmap>;
 using FontHandle = UniqueHandle<HFONT, deleteFont>;
 using MenuHandle = UniqueHandle<HMENU, destroyMenu>;
 using HookHandle = UniqueHandle<HHOOK, unhook>;
+
+/// A counted reference to a COM object.
+template <typename Interface>
+using ComPointer = UniqueHandle<Interface*, releaseInterface<Interface>>;
 
 /// Files answer a failed opening with a value of their own instead of null.
 inline KernelHandle fileHandle(HANDLE opened) {

@@ -15,7 +15,7 @@ QString configPath() {
 
 } // namespace
 
-bool writeJsonFile(const QString& path, const QJsonObject& root) {
+bool replaceFile(const QString& path, const QByteArray& bytes) {
     // A rename would get past the protection of a file that may not be written.
     const QFileInfo existing(path);
     if (existing.exists() && !existing.isWritable())
@@ -23,7 +23,6 @@ bool writeJsonFile(const QString& path, const QJsonObject& root) {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    const QByteArray bytes = QJsonDocument(root).toJson();
     return file.write(bytes) == bytes.size() && file.commit();
 }
 
@@ -35,5 +34,5 @@ QJsonObject readConfigObject() {
 }
 
 void writeConfigObject(const QJsonObject& object) {
-    writeJsonFile(configPath(), object);
+    replaceFile(configPath(), QJsonDocument(object).toJson());
 }

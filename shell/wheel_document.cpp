@@ -2,7 +2,9 @@
 
 #include "shell/json_file.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <algorithm>
@@ -99,6 +101,26 @@ QJsonObject rootOf(const WheelDocument& document) {
     return {{"wheels", wheels}};
 }
 
+/// Copies the file to a name of its own beside it, which it gives; empty if that failed.
+QString keepCopyOf(const QFileInfo& file) {
+    const QString ending = file.suffix().isEmpty() ? QString() : '.' + file.suffix();
+    for (int number = 1;; ++number) {
+        const QString name =
+            QStringLiteral("%1-kopia-%2").arg(file.completeBaseName(), QString::number(number));
+        const QString copy = file.dir().filePath(name + ending);
+        if (QFile::copy(file.filePath(), copy))
+            return copy;
+        if (!QFile::exists(copy))
+            return {};
+    }
+}
+
+/// Empty if there is no such file, or none that can be read.
+QByteArray contentOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 } // namespace
 
 bool WheelDocument::load(const QString& filePath, QString* error) {
@@ -108,7 +130,8 @@ bool WheelDocument::load(const QString& filePath, QString* error) {
         return false;
     }
     QJsonParseError fault;
-    const QJsonDocument json = QJsonDocument::fromJson(file.readAll(), &fault);
+    const QByteArray bytes = file.readAll();
+    const QJsonDocument json = QJsonDocument::fromJson(bytes, &fault);
     if (json.isNull() || !json.isObject()) {
         report(error, QStringLiteral("Błąd JSON: %1").arg(fault.errorString()));
         return false;
@@ -116,6 +139,7 @@ bool WheelDocument::load(const QString& filePath, QString* error) {
     const QJsonObject root = json.object();
     wheels.clear();
     path = filePath;
+    onDisk = bytes;
     if (root["wheels"].isArray()) {
         multiWheel = true;
         for (const QJsonValue& wheel : root["wheels"].toArray())
@@ -132,14 +156,24 @@ bool WheelDocument::load(const QString& filePath, QString* error) {
     return true;
 }
 
-bool WheelDocument::save(QString* error) const {
-    if (writeJsonFile(path, rootOf(*this)))
+bool WheelDocument::save(QString* error) {
+    keptCopy.clear();
+    const QByteArray found = contentOf(path);
+    const bool isForeign = !onDisk.isNull() && !found.isEmpty() && found != onDisk;
+    if (isForeign)
+        keptCopy = keepCopyOf(QFileInfo(path));
+    const QByteArray bytes = QJsonDocument(rootOf(*this)).toJson();
+    if ((!isForeign || !keptCopy.isEmpty()) && replaceFile(path, bytes)) {
+        onDisk = bytes;
         return true;
+    }
     report(error, QStringLiteral("Nie można zapisać pliku %1").arg(path));
     return false;
 }
 
 bool WheelDocument::saveAs(const QString& filePath, QString* error) {
+    if (filePath != path)
+        onDisk.clear(); // nothing is known of the file there, and its replacing was agreed to
     path = filePath;
     return save(error);
 }

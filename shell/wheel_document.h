@@ -43,14 +43,17 @@ struct WheelDocument {
     QString path;
     bool multiWheel = true; // the "wheels" form; false for the short "actions" form
     QList<EditorWheel> wheels;
+    QByteArray onDisk; // what the file held when it was last read or written here; null if never
+    QString keptCopy;  // see save()
 
     /// On false `error`, if given, holds a ready message, and the document may have been emptied: load into a
     /// temporary one. On true there is at least one wheel.
     bool load(const QString& filePath, QString* error);
 
     /// Rewrites the whole file from the model: what the records have no member for is gone. A failure leaves
-    /// the old file whole.
-    bool save(QString* error) const;
+    /// the old file whole. What another program has written there meanwhile is kept in a file beside it, whose
+    /// path is then in `keptCopy`, otherwise empty.
+    bool save(QString* error);
 
     /// The new path stays even if saving fails.
     bool saveAs(const QString& filePath, QString* error);

@@ -237,6 +237,7 @@ QBoxLayout* WheelEditorPage::makeStepButtons() {
 QBoxLayout* WheelEditorPage::makePreviewColumn() {
     auto* column = new QVBoxLayout;
     previewTitle = makeLabel({}, "value");
+    previewTitle->setTextFormat(Qt::PlainText); // a name
     previewTitle->setAlignment(Qt::AlignCenter);
     previewTitle->setMaximumWidth(240); // a long name must not push the form aside
     preview = new WheelPreview;

@@ -6,11 +6,13 @@
 #include "shell/themes.h"
 #include "shell/wheel_preview.h"
 
+#include <QApplication>
 #include <QColorDialog>
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFontMetrics>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -35,6 +37,22 @@ QString functionText(const QString& name) {
 
 QString boxTitle() {
     return WheelEditorPage::tr("Edytor kół");
+}
+
+/// A name as a box can show it with its buttons still on the screen.
+QString shortened(const QString& name) {
+    constexpr int mostLetters = 200;
+    const QString line = name.size() > mostLetters ? name.simplified() : name;
+    return QFontMetrics(QApplication::font()).elidedText(line, Qt::ElideMiddle, 600, Qt::TextSingleLine);
+}
+
+/// Names and paths stand in the text, and what looks like HTML in them must not be taken for it.
+QMessageBox* makeBox(QWidget* parent, QMessageBox::Icon icon, const QString& text,
+                     QMessageBox::StandardButtons buttons = QMessageBox::Ok) {
+    auto* box = new QMessageBox(icon, boxTitle(), text, buttons, parent);
+    box->setTextFormat(Qt::PlainText);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    return box;
 }
 
 bool isIndexOf(qsizetype index, qsizetype size) {
@@ -75,7 +93,15 @@ QString WheelEditorPage::besideFile(const QString& relativePath) const {
 }
 
 void WheelEditorPage::warn(const QString& text) {
-    QMessageBox::warning(this, boxTitle(), text, QMessageBox::Ok);
+    makeBox(this, QMessageBox::Warning, text)->exec();
+}
+
+// The file is saved, so this box holds nothing up.
+void WheelEditorPage::tellOfKeptCopy() {
+    makeBox(this, QMessageBox::Information,
+            tr("Inny program zmienił w międzyczasie plik %1. Tamta wersja jest zachowana jako %2.")
+                .arg(doc.path, doc.keptCopy))
+        ->show();
 }
 
 void WheelEditorPage::markDirty() {
@@ -127,6 +153,8 @@ void WheelEditorPage::saveFile(bool saveAs) {
     if (saveAs)
         uiSettings().setValue(lastWheelFileKey, path);
     markClean();
+    if (!doc.keptCopy.isEmpty())
+        tellOfKeptCopy();
 }
 
 void WheelEditorPage::activateOnEngine() {
@@ -305,14 +333,12 @@ void WheelEditorPage::removeSelected() {
         return;
     }
     if (doc.wheels.size() == 1) {
-        QMessageBox::information(this, boxTitle(), tr("Musi zostać przynajmniej jedno koło."),
-                                 QMessageBox::Ok);
+        makeBox(this, QMessageBox::Information, tr("Musi zostać przynajmniej jedno koło."))->exec();
         return;
     }
-    const auto answer =
-        QMessageBox::question(this, boxTitle(), tr("Usunąć koło \"%1\" wraz z funkcjami?").arg(wheel->name),
-                              QMessageBox::Yes | QMessageBox::No);
-    if (answer != QMessageBox::Yes)
+    const QString question = tr("Usunąć koło \"%1\" wraz z funkcjami?").arg(shortened(wheel->name));
+    QMessageBox* box = makeBox(this, QMessageBox::Question, question, QMessageBox::Yes | QMessageBox::No);
+    if (box->exec() != QMessageBox::Yes)
         return;
     doc.wheels.removeAt(selectedWheel);
     markDirty();

@@ -74,6 +74,7 @@ private:
     void pickIcon();
     void onStepKind(int kind);
     void warn(const QString& text);
+    void tellOfKeptCopy();
 
     WheelDocument doc;
     bool loaded = false;

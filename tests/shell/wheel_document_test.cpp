@@ -118,6 +118,31 @@ TEST_F(WheelDocumentTest, KeepsTheOldFileWhenItCannotBeReplaced) {
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList({"kola.json"}));
 }
 
+TEST_F(WheelDocumentTest, KeepsWhatAnotherProgramHasWrittenMeanwhile) {
+    WheelDocument document;
+    ASSERT_TRUE(document.load(fileWith(R"({"actions":[]})"), nullptr));
+    const QString copy = folder.filePath("kola-kopia-1.json");
+    const struct {
+        QByteArray foreign; // null: nobody writes
+        QString copy;
+    } saves[] = {
+        {{}, ""}, {"first", copy}, {{}, ""}, {"second", folder.filePath("kola-kopia-2.json")}, {"", ""},
+    };
+    for (const auto& each : saves) {
+        if (!each.foreign.isNull())
+            fileWith(each.foreign);
+        ASSERT_TRUE(document.save(nullptr));
+        EXPECT_EQ(document.keptCopy, each.copy);
+        EXPECT_EQ(QJsonDocument::fromJson(bytesOf(document.path)).object(), json(R"({"actions":[]})"));
+        if (!each.copy.isEmpty()) {
+            EXPECT_EQ(bytesOf(each.copy), each.foreign);
+        }
+    }
+    ASSERT_TRUE(QFile::remove(document.path)); // nothing there to keep
+    ASSERT_TRUE(document.save(nullptr));
+    EXPECT_EQ(document.keptCopy, "");
+}
+
 TEST(DescribeStep, TellsAStepInOneLine) {
     using enum EditorStepKind;
     const struct {

@@ -340,21 +340,47 @@ TEST_F(WheelEditorPageTest, DoesNotActivateWhatItCouldNotSave) {
     EXPECT_EQ(fileText(), file + " *");
 }
 
+TEST_F(WheelEditorPageTest, TellsWhereTheVersionOfAnotherProgramIsKept) {
+    open();
+    press("+ funkcja");
+    write(R"({"actions":[{"name":"obca"}]})");
+    press("Zapisz"); // saves, and the box waits for nobody
+    EXPECT_EQ(saved().wheels[0].actions.size(), 3);
+    EXPECT_EQ(fileText(), file);
+    const auto* box = page->findChild<QMessageBox*>();
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->text(),
+              QString("Inny program zmienił w międzyczasie plik %1. Tamta wersja jest zachowana jako %2.")
+                  .arg(file, folder.filePath("kola-kopia-1.json")));
+}
+
 TEST_F(WheelEditorPageTest, ShowsOddFilesSanely) {
     open();
     page->show();
     const int usualWidth = page->minimumSizeHint().width();
     QByteArray many = R"({"actions":[)";
-    for (int i = 0; i < 2000; ++i)
+    for (int i = 0; i < 10000; ++i)
         many += R"({"name":"f","key":"a"},)";
-    write(many + R"({"name":")" + QByteArray(10000, 'x') + R"("},{"name":"שלום 🎮 مرحبا"}]})");
+    const QByteArray longName(10000, 'x');
+    write(R"({"wheels":[)" + many + R"({"name":")" + longName +
+          R"("},{"name":"שלום 🎮 مرحبا"}]},{"name":"<h1>)" + longName + R"("}]})");
     open();
     page->show();
-    EXPECT_EQ(tree()->topLevelItem(0)->childCount(), 2002);
+    EXPECT_EQ(tree()->topLevelItem(0)->childCount(), 10002);
     EXPECT_EQ(page->minimumSizeHint().width(), usualWidth);
-    select(0, 2001);
+    select(0, 10001);
     EXPECT_EQ(labelled<QLineEdit>("Nazwa")->text(), "שלום 🎮 مرحبا");
     EXPECT_EQ(page->minimumSizeHint().width(), usualWidth);
+    select(1, -1);
+    onNextDialog<QMessageBox>([](QMessageBox& box) {
+        EXPECT_LT(box.width(), 900);
+        EXPECT_LT(box.height(), 300);
+        EXPECT_TRUE(box.text().startsWith("Usunąć koło \"<h1>xxx")) << box.text().toStdString();
+        EXPECT_EQ(box.textFormat(), Qt::PlainText);
+        box.button(QMessageBox::Yes)->click();
+    });
+    press("Usuń");
+    EXPECT_EQ(tree()->topLevelItemCount(), 1);
 }
 
 } // namespace

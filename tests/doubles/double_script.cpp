@@ -10,26 +10,6 @@
 #include <dlfcn.h>
 #endif
 
-namespace {
-
-/// Where this very library was loaded from: there may be several of its kind in one process.
-std::filesystem::path ownFolder() {
-#ifdef _WIN32
-    HMODULE self = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<LPCWSTR>(&faultOnPurpose), &self);
-    wchar_t path[1024] = {};
-    GetModuleFileNameW(self, path, 1023);
-    return std::filesystem::path(path).parent_path();
-#else
-    Dl_info self{};
-    dladdr(reinterpret_cast<void*>(&faultOnPurpose), &self);
-    return std::filesystem::absolute(self.dli_fname).parent_path();
-#endif
-}
-
-} // namespace
-
 DoubleScript::DoubleScript(std::string_view name, std::vector<std::string> eventWords)
     : scriptFile(ownFolder() / (std::string(name) + "_script.txt")),
       logFile(ownFolder() / (std::string(name) + "_log.txt")), events(std::move(eventWords)) {}
@@ -80,4 +60,19 @@ void faultOnPurpose() {
     // Out of the compiler's sight, which would turn it into something else.
     static volatile std::uintptr_t nowhere = 0;
     *reinterpret_cast<volatile int*>(nowhere) = 1;
+}
+
+std::filesystem::path ownFolder() {
+#ifdef _WIN32
+    HMODULE self = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       reinterpret_cast<LPCWSTR>(&faultOnPurpose), &self);
+    wchar_t path[1024] = {};
+    GetModuleFileNameW(self, path, 1023);
+    return std::filesystem::path(path).parent_path();
+#else
+    Dl_info self{};
+    dladdr(reinterpret_cast<void*>(&faultOnPurpose), &self);
+    return std::filesystem::absolute(self.dli_fname).parent_path();
+#endif
 }

@@ -41,5 +41,8 @@ private:
     std::mutex logLock;
 };
 
+/// Where this very library was loaded from: there may be several of its kind in one process.
+std::filesystem::path ownFolder();
+
 /// A fault of the hardware's kind, as a library with a defect brings about.
 void faultOnPurpose();

@@ -1,9 +1,12 @@
 // The speech recogniser's real library with the one name that its version 0.3.39 lacks: a change of grammar
-// makes a new recogniser inside. "vosk_library.txt" beside the adapter holds the real library's path.
+// makes a new recogniser inside. "adapter_script.txt" beside the adapter names the real one: "library PATH".
+// "adapter_log.txt" gets "listening" with the first sound, "grammar" with each change of grammar, and "heard"
+// with each answer.
 
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
+#include "double_script.h"
+
+#include <algorithm>
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -17,46 +20,30 @@
 
 namespace {
 
-int ownAddress = 0;
-
-#ifdef _WIN32
-std::filesystem::path ownFolder() {
-    HMODULE self = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<LPCWSTR>(&ownAddress), &self);
-    wchar_t path[1024] = {};
-    GetModuleFileNameW(self, path, 1023);
-    return std::filesystem::path(path).parent_path();
+DoubleScript& script() {
+    static DoubleScript& only = *new DoubleScript("adapter", {});
+    return only;
 }
-
-void* find(const char* name, const std::filesystem::path& path) {
-    static HMODULE real = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    return real == nullptr ? nullptr : reinterpret_cast<void*>(GetProcAddress(real, name));
-}
-#else
-std::filesystem::path ownFolder() {
-    Dl_info self{};
-    dladdr(&ownAddress, &self);
-    return std::filesystem::absolute(self.dli_fname).parent_path();
-}
-
-void* find(const char* name, const std::filesystem::path& path) {
-    static void* real = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    return real == nullptr ? nullptr : dlsym(real, name);
-}
-#endif
 
 std::filesystem::path realLibrary() {
-    std::ifstream stream(ownFolder() / "vosk_library.txt", std::ios::binary);
-    std::string line;
-    std::getline(stream, line);
-    return std::filesystem::path(std::u8string(line.begin(), line.end()));
+    const std::string path = script().allOf("library").at(0);
+    return std::filesystem::path(std::u8string(path.begin(), path.end()));
+}
+
+void* find(const char* name) {
+#ifdef _WIN32
+    static HMODULE library = LoadLibraryExW(realLibrary().c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    return library == nullptr ? nullptr : reinterpret_cast<void*>(GetProcAddress(library, name));
+#else
+    static void* library = dlopen(realLibrary().c_str(), RTLD_NOW | RTLD_LOCAL);
+    return library == nullptr ? nullptr : dlsym(library, name);
+#endif
 }
 
 /// The real function. Without the real library nothing here could go on: calling it then ends the process.
 template <typename Function>
 Function real(const char* name) {
-    return reinterpret_cast<Function>(find(name, realLibrary()));
+    return reinterpret_cast<Function>(find(name));
 }
 
 using NewRecognizer = void* (*)(void* model, float rate, const char* grammar);
@@ -109,16 +96,24 @@ VOSK_NAME void vosk_recognizer_set_grm(void* recognizer, const char* grammar) {
         return; // the old grammar stays in force
     freeInner(full.inner);
     full.inner = inner;
+    script().note("grammar");
 }
 
 VOSK_NAME int vosk_recognizer_accept_waveform(void* recognizer, const char* sound, int byteCount) {
+    static std::atomic<bool> isFirst = true;
+    if (isFirst.exchange(false))
+        script().note("listening");
     static const auto accept = real<int (*)(void*, const char*, int)>("vosk_recognizer_accept_waveform");
     return accept(static_cast<Recognizer*>(recognizer)->inner, sound, byteCount);
 }
 
 VOSK_NAME const char* vosk_recognizer_result(void* recognizer) {
     static const auto result = real<const char* (*)(void*)>("vosk_recognizer_result");
-    return result(static_cast<Recognizer*>(recognizer)->inner);
+    const char* answer = result(static_cast<Recognizer*>(recognizer)->inner);
+    std::string line = answer == nullptr ? "" : answer; // of several lines
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    script().note("heard " + line);
+    return answer;
 }
 
 VOSK_NAME void vosk_recognizer_free(void* recognizer) {

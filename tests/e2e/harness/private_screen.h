@@ -32,7 +32,7 @@ enum class Sound { none, silent, microphone };
 struct ScreenSetup {
     Compositing compositing = Compositing::on;
     /// Rectangles as xrandr takes them with --setmonitor, such as "640/200x800/250+0+0"; none: one monitor.
-    std::vector<std::string> monitors;
+    std::vector<std::string> monitors{};
     /// None: there may be a server, or none, as the machine has it. Silent: one of its own without a
     /// microphone.
     Sound sound = Sound::none;

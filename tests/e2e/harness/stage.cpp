@@ -99,6 +99,7 @@ Process Stage::launchProgram(const std::filesystem::path& startFolder) const {
     command.folder = startFolder.empty() ? screen.folder() : startFolder;
     command.outputFile = screen.folder() / "program.log";
     command.environment["RECORDER_NOTES"] = target->pathText(screen.folder() / "notes.txt");
+    command.environment.insert(programVariables.begin(), programVariables.end());
     return Process(command);
 }
 

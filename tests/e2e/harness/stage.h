@@ -73,6 +73,8 @@ public:
     void choose(LayerPoint point);
 
     PrivateScreen screen;
+    /// What the program is started with besides.
+    Environment programVariables;
     std::unique_ptr<Target> target;
     std::unique_ptr<RealMouse> mouse;
     Process program;

@@ -22,11 +22,11 @@ const Arguments& testArguments() {
 
 bool readTestArguments(int count, char** words) {
     Arguments& arguments = mutableArguments();
-    const std::map<std::string, std::filesystem::path*> paths = {{"--program", &arguments.program},
-                                                                 {"--recorder", &arguments.recorder},
-                                                                 {"--artefacts", &arguments.artefacts},
-                                                                 {"--wine-script", &arguments.wineScript},
-                                                                 {"--wine-prefix", &arguments.winePrefix}};
+    const std::map<std::string, std::filesystem::path*> paths = {
+        {"--program", &arguments.program},        {"--recorder", &arguments.recorder},
+        {"--artefacts", &arguments.artefacts},    {"--wine-script", &arguments.wineScript},
+        {"--wine-prefix", &arguments.winePrefix}, {"--status-reader", &arguments.statusReader},
+        {"--doubles", &arguments.doubles},        {"--speech", &arguments.speech}};
     for (int i = 1; i < count; ++i) {
         const std::string word = words[i];
         const std::size_t split = word.find('=');

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,11 @@ struct Arguments {
     std::filesystem::path program;
     std::filesystem::path recorder;
     std::filesystem::path artefacts;
-    std::filesystem::path wineScript; // makes a prefix and starts programs in it
-    std::filesystem::path winePrefix; // the one that each test takes a copy of
+    std::filesystem::path wineScript;   // makes a prefix and starts programs in it
+    std::filesystem::path winePrefix;   // the one that each test takes a copy of
+    std::filesystem::path statusReader; // reads the program's window; for Linux
+    std::filesystem::path doubles;      // folder of the libraries that stand in for the devices'
+    std::filesystem::path speech;       // folder of the speech library and the model that it loads
 };
 
 const Arguments& testArguments();
@@ -51,6 +55,13 @@ public:
     virtual void askToQuit(const Process& program) const = 0;
     /// What recorder/sender_win32.cpp knows to say; its exit status. Windows only.
     virtual int sendToEngine(const std::vector<std::string>& words) const = 0;
+    /// What the window's card of this title says of a device; nothing while there is none. Always nothing on
+    /// Windows, where Wine's windows tell nobody what they show.
+    virtual std::optional<std::string> statusText(const std::string& title) const = 0;
+    /// File name of the library that the other system calls `name`.dll.
+    virtual std::string libraryFile(const std::string& name) const = 0;
+    /// Folder of this system's libraries in the speech library's package.
+    virtual std::string runtimeFolder() const = 0;
     /// Chooses the theme that the program's settings hold, without the program.
     virtual void saveTheme(const std::string& themeId) const = 0;
     /// From now on text files ending in `.txt` and addresses of the scheme `handled:` are opened by

@@ -57,6 +57,24 @@ public:
 
     void askToQuit(const Process& program) const override { program.send(SIGTERM); }
 
+    std::optional<std::string> statusText(const std::string& title) const override {
+        const std::filesystem::path file = home() / "status.txt";
+        std::filesystem::remove(file);
+        if (runToEnd({{testArguments().statusReader, title}, environment, {}, file}) != 0)
+            return std::nullopt;
+        std::ifstream stream(file);
+        std::string last; // behind what the libraries may have said
+        for (std::string line; std::getline(stream, line);)
+            last = line;
+        return last;
+    }
+
+    std::string libraryFile(const std::string& name) const override {
+        return (name.starts_with("lib") ? name : "lib" + name) + ".so";
+    }
+
+    std::string runtimeFolder() const override { return "linux-x86_64"; }
+
     void saveTheme(const std::string& themeId) const override {
         writeText(home() / ".config" / "Rotika" / "UI.conf", "[General]\ntheme=" + themeId + "\n");
     }

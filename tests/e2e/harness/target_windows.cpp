@@ -72,6 +72,14 @@ public:
         sendToEngine({"quit"});
     }
 
+    std::optional<std::string> statusText(const std::string& /*title*/) const override {
+        return std::nullopt;
+    }
+
+    std::string libraryFile(const std::string& name) const override { return name + ".dll"; }
+
+    std::string runtimeFolder() const override { return "win-x86_64"; }
+
     void saveTheme(const std::string& themeId) const override {
         addToRegistry("HKCU\\Software\\Rotika\\UI", "theme", themeId);
     }

@@ -27,6 +27,8 @@ void OverlayEngineStop() {
 
 void OverlayReloadConfig() {
     ++fakeOverlay.reloads;
+    if (fakeOverlay.onReload)
+        fakeOverlay.onReload();
 }
 
 bool OverlayActivateWheelFile(const OverlayChar* path) {

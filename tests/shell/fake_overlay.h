@@ -17,6 +17,7 @@ struct FakeOverlay {
     int toggles = 0;
     std::function<void()> onStart;
     std::function<void()> onStop;
+    std::function<void()> onReload;
 };
 
 extern FakeOverlay fakeOverlay;

@@ -81,6 +81,26 @@ TEST_F(SettingsPagesTest, TheVoicePageFollowsTheEngineAndTheFile) {
     EXPECT_EQ(opened, beside("voice.json"));
 }
 
+TEST_F(SettingsPagesTest, ABoxTakesEffectInTheEngineAndTheStatusFollowsWithinOnePoll) {
+    // The engine reads the file, as it stands at that moment.
+    fakeOverlay.onReload = [] {
+        fakeOverlay.voiceStatus = config()["voiceEnabled"].toBool() ? L"aktywny" : L"wyłączony";
+        fakeOverlay.gazeStatus = config()["gazeEnabled"].toBool() ? L"aktywny" : L"wyłączony";
+    };
+    VoicePage voice({});
+    GazePage gaze;
+    for (const char* word : {"wyłączony", "aktywny"}) {
+        voice.findChild<QCheckBox*>()->click();
+        gaze.findChild<QCheckBox*>()->click();
+        constexpr int pollMs = 1500;
+        constexpr int slackMs = 500; // a timer may be late on a busy machine
+        EXPECT_TRUE(
+            waitUntil([&] { return status(voice) == QString(word) + " · 7 fraz" && status(gaze) == word; },
+                      pollMs + slackMs))
+            << status(voice).toStdString() << ", " << status(gaze).toStdString();
+    }
+}
+
 TEST_F(SettingsPagesTest, TheDwellIsSavedAtTheEndOfADragOnly) {
     const GazePage page;
     auto* slider = page.findChild<QSlider*>();

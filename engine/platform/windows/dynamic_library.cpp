@@ -19,6 +19,9 @@ private:
 } // namespace
 
 LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch search) {
+    if (pathOrName.find(u'\0') != std::u16string::npos) {
+        return nullptr; // the system would load what the part before it names
+    }
     const QuietLoading quiet;
     const HMODULE loaded = search == LibrarySearch::besideItself
                                ? LoadLibraryExW(wideText(pathOrName), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)

@@ -114,6 +114,17 @@ void watchFaults() {
     static_cast<void>(handler);
 }
 
+/// The search for a handler and the way back need several register sets, up to 3 kB each with the wide
+/// vectors, when the stack has overflown; the system's own reserve is two pages. A thread is asked once.
+void keepRoomForHandling() {
+    constexpr ULONG roomBytes = 64 * 1024;
+    ULONG room = roomBytes;
+    if (SetThreadStackGuarantee(&room) != 0 && room < roomBytes) {
+        // Wine guards the end of a new stack alone, and minds the reserve once a guard page is set anew.
+        _resetstkoflw();
+    }
+}
+
 } // namespace
 
 EXCEPTION_DISPOSITION frameFaultHandler(EXCEPTION_RECORD* record, void* frame, CONTEXT*,
@@ -130,6 +141,7 @@ EXCEPTION_DISPOSITION frameFaultHandler(EXCEPTION_RECORD* record, void* frame, C
 bool runGuarded(void (*body)(void* context), void* context) {
     const DWORD slot = guardSlot();
     watchFaults();
+    keepRoomForHandling();
     Guard guard{.outer = static_cast<Guard*>(TlsGetValue(slot))};
     TlsSetValue(slot, &guard);
     const unsigned outcome = callInFaultFrame(body, context, &guard.stackPointer);

@@ -17,7 +17,7 @@ export ROTIKA_SOUND_PID=$folder/pid
 keep_serving() {
     local server=
     trap 'kill -KILL $server; exit' TERM
-    while :; do
+    while kill -0 $$; do
         rm -f "$socket"
         HOME=$folder XDG_RUNTIME_DIR=$folder pulseaudio -n --daemonize=no --exit-idle-time=-1 --use-pid-file=no \
             --load="module-null-sink sink_name=room rate=16000 channels=1" \

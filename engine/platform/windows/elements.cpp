@@ -15,7 +15,7 @@ namespace {
 constexpr std::array<std::wstring_view, 3> pageClasses{L"Chrome_RenderWidgetHostHWND", L"MozillaWindowClass",
                                                        L"MozillaContentWindowClass"};
 
-/// Browsers have windows of these classes that show nothing; neither side of a page's is as short as this.
+/// Browsers have windows of these classes that show no page; those are this narrow or low, or less.
 constexpr LONG longestIdleSidePx = 200;
 
 /// The calling thread may use COM as long as this lives.

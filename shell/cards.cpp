@@ -1,7 +1,5 @@
 #include "shell/cards.h"
 
-#include <QVBoxLayout>
-
 namespace {
 
 QFrame* makeFrame(const QMargins& margins, int spacing) {
@@ -21,6 +19,23 @@ QLabel* makeLabel(const QString& text, const char* role) {
     return label;
 }
 
+QVBoxLayout* makeColumn(int spacing) {
+    auto* column = new QVBoxLayout(new QWidget);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(spacing);
+    return column;
+}
+
+QLabel* addTitledValue(QLayout& column, const QString& title, const QString& text, const char* role) {
+    column.addWidget(makeLabel(title, "cardTitle"));
+    QLabel* value = makeLabel(text, role);
+    value->setWordWrap(true);
+    // A screen reader would otherwise tell "aktywny" and not of what.
+    value->setAccessibleDescription(title);
+    column.addWidget(value);
+    return value;
+}
+
 QFrame* makeCard(QWidget* content) {
     QFrame* card = makeFrame({14, 12, 14, 12}, 8);
     card->layout()->addWidget(content);
@@ -29,12 +44,7 @@ QFrame* makeCard(QWidget* content) {
 
 QFrame* makeStatusCard(const QString& title, const QString& text, const char* role, QLabel** valueLabel) {
     QFrame* card = makeFrame({14, 10, 14, 10}, 2);
-    card->layout()->addWidget(makeLabel(title, "cardTitle"));
-    QLabel* value = makeLabel(text, role);
-    // A screen reader would otherwise tell "aktywny" and not of what.
-    value->setWordWrap(true);
-    value->setAccessibleDescription(title);
-    card->layout()->addWidget(value);
+    QLabel* value = addTitledValue(*card->layout(), title, text, role);
     if (valueLabel != nullptr)
         *valueLabel = value;
     return card;

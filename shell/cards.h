@@ -3,12 +3,19 @@
 #include <QFrame>
 #include <QLabel>
 #include <QString>
+#include <QVBoxLayout>
 
 // What the pages are made of. The style sheets select on the object name "Card" and on the property "role",
 // which is set before the widget is first styled and never changes. First thread; the caller's layout takes
 // what is returned.
 
 QLabel* makeLabel(const QString& text, const char* role);
+
+/// The layout of a widget without margins, the content of a card. The widget is the layout's parent.
+QVBoxLayout* makeColumn(int spacing);
+
+/// Adds a title over a value that may wrap, and gives the value's label.
+QLabel* addTitledValue(QLayout& column, const QString& title, const QString& text, const char* role);
 
 /// A frame around `content`.
 QFrame* makeCard(QWidget* content);

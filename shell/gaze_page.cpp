@@ -38,21 +38,13 @@ GazePage::GazePage(QWidget* parent) : QWidget(parent) {
 }
 
 QWidget* GazePage::makeStatus() {
-    auto* content = new QWidget;
-    auto* column = new QVBoxLayout(content);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(2);
-    column->addWidget(makeLabel(tr("Tobii Eye Tracker"), "cardTitle"));
-    statusLabel = makeLabel({}, "ok");
-    column->addWidget(statusLabel);
-    return content;
+    auto* column = makeColumn(2);
+    statusLabel = addTitledValue(*column, tr("Tobii Eye Tracker"), {}, "ok");
+    return column->parentWidget();
 }
 
 QWidget* GazePage::makeControls() {
-    auto* content = new QWidget;
-    auto* column = new QVBoxLayout(content);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(10);
+    auto* column = makeColumn(10);
     enabledBox = new QCheckBox(tr("Steruj wirtualnym kursorem wzrokiem, gdy koło jest otwarte"));
     dwellSlider = new QSlider(Qt::Horizontal);
     dwellSlider->setRange(0, longestDwellMs);
@@ -74,7 +66,7 @@ QWidget* GazePage::makeControls() {
     column->addWidget(title);
     column->addLayout(row);
     column->addWidget(note);
-    return content;
+    return column->parentWidget();
 }
 
 void GazePage::fillFromConfig() {

@@ -51,33 +51,22 @@ VoicePage::VoicePage(OpenInEditor callback, QWidget* parent)
 }
 
 QWidget* VoicePage::makeStatus() {
-    auto* content = new QWidget;
-    auto* column = new QVBoxLayout(content);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(2);
-    column->addWidget(makeLabel(tr("Rozpoznawanie mowy (Vosk, offline)"), "cardTitle"));
-    statusLabel = makeLabel({}, "ok");
-    column->addWidget(statusLabel);
-    return content;
+    auto* column = makeColumn(2);
+    statusLabel = addTitledValue(*column, tr("Rozpoznawanie mowy (Vosk, offline)"), {}, "ok");
+    return column->parentWidget();
 }
 
 QWidget* VoicePage::makeSwitches() {
-    auto* content = new QWidget;
-    auto* column = new QVBoxLayout(content);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(8);
+    auto* column = makeColumn(8);
     enabledBox = new QCheckBox(tr("Komendy głosowe włączone"));
     globalBox = new QCheckBox(tr("Frazy pól kół działają zawsze (nie tylko przy otwartym kole)"));
     column->addWidget(enabledBox);
     column->addWidget(globalBox);
-    return content;
+    return column->parentWidget();
 }
 
 QWidget* VoicePage::makePhrases() {
-    auto* content = new QWidget;
-    auto* column = new QVBoxLayout(content);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(8);
+    auto* column = makeColumn(8);
     phraseList = new QListWidget;
     phraseList->setMinimumHeight(140);
     phraseList->ensurePolished(); // as the main window's page list
@@ -92,7 +81,7 @@ QWidget* VoicePage::makePhrases() {
     column->addWidget(title);
     column->addWidget(phraseList, 1);
     column->addWidget(edit);
-    return content;
+    return column->parentWidget();
 }
 
 void VoicePage::fillFromConfig() {

@@ -7,12 +7,10 @@
 
 #include <gtest/gtest.h>
 
-#include <QAbstractSpinBox>
 #include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
 #include <QFile>
-#include <QFontMetrics>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenu>
@@ -159,20 +157,6 @@ TEST_F(MainWindowTest, StartsSmallAndGrowsForTheLargestPageButNotBeyondTheScreen
     QApplication::setFont(before);
 }
 
-TEST_F(MainWindowTest, TurnsPagesByTheSidebar) {
-    const auto window = makeWindow();
-    auto* sidebar = window->findChild<QListWidget*>("Sidebar");
-    QStringList rows;
-    for (int row = 0; row < sidebar->count(); ++row) {
-        rows.append(sidebar->item(row)->text());
-        sidebar->setCurrentRow(row);
-        EXPECT_EQ(window->findChild<QStackedWidget*>()->currentIndex(), row);
-    }
-    EXPECT_EQ(rows,
-              QStringList({"Start", "Koła wyboru", "Komendy głosowe", "Sterowanie wzrokiem", "Ustawienia"}));
-    EXPECT_EQ(labels(*window, "pageTitle", 4), QStringList({"Ustawienia"}));
-}
-
 TEST_F(MainWindowTest, OpensTheVoiceFileInTheEditor) {
     QFile file(QCoreApplication::applicationDirPath() + "/voice.json");
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -213,7 +197,7 @@ TEST_F(MainWindowTest, LogsOutThroughTheLicenceCheck) {
     EXPECT_EQ(QApplication::exec(), 0);
 }
 
-TEST_F(MainWindowTest, TabGoesThroughThePagesInReadingOrder) {
+TEST_F(MainWindowTest, TabGoesInReadingOrderThroughControlsThatAllHaveNames) {
     const auto window = makeWindow();
     const auto controlsOf = [&](int row) {
         QStringList names;
@@ -232,6 +216,7 @@ TEST_F(MainWindowTest, TabGoesThroughThePagesInReadingOrder) {
         return names.join(" | ").toStdString();
     };
     // A selector's name is its choice on some systems, and the description tells what it is.
+    EXPECT_EQ(controlsOf(0), "Pokaż koło (X)");
     EXPECT_EQ(controlsOf(1),
               "Otwórz… | Zapisz | Zapisz jako… | Aktywuj | Koła i funkcje | Dodaj koło | "
               "Dodaj funkcję | Usuń koło lub funkcję | Nazwa | Fraza głosowa | Ikona: Wybierz… | "
@@ -246,24 +231,6 @@ TEST_F(MainWindowTest, TabGoesThroughThePagesInReadingOrder) {
     EXPECT_EQ(controlsOf(3), "Steruj wirtualnym kursorem wzrokiem, gdy koło jest otwarte | "
                              "Czas wyboru spojrzeniem (dwell)");
     EXPECT_EQ(controlsOf(4), "Fluent (jasny) | Neon (gaming) | Pro studio (grafit)");
-}
-
-TEST_F(MainWindowTest, NamesEveryControlForAScreenReader) {
-    const auto window = makeWindow("konto");
-    window->show();
-    int controls = 0;
-    for (QWidget* widget : window->findChildren<QWidget*>()) {
-        const bool isPartOfControl = qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) != nullptr ||
-                                     qobject_cast<QComboBox*>(widget->parentWidget()) != nullptr ||
-                                     widget->window() != window.get();
-        if ((widget->focusPolicy() & Qt::TabFocus) == 0 || isPartOfControl)
-            continue;
-        ++controls;
-        QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(widget);
-        ASSERT_NE(accessible, nullptr);
-        EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty()) << widget->metaObject()->className();
-    }
-    EXPECT_GT(controls, 30);
 }
 
 } // namespace

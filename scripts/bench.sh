@@ -2,6 +2,7 @@
 # bench.sh build-tree: every measurement, each figure in a row with its target.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "${BASH_SOURCE[0]}")/voice.sh"
 build=$1
 
 say "Inside the process, on a screen of its own"
@@ -13,3 +14,8 @@ say "The shell's window, on a screen of its own"
 say "The whole program, from outside"
 "$build/bench/program_probe" --target=linux --program="$build/rotika/rotika" \
     --recorder="$(find "$build/tests/e2e" -name rotika_recorder -type f)" --artefacts="$build/bench/artefacts"
+
+say "The whole program, spoken to; some five minutes"
+"$build/bench/spoken_probe" --target=linux --program="$build/rotika/rotika" \
+    --recorder="$(find "$build/tests/e2e" -name rotika_recorder -type f)" --artefacts="$build/bench/artefacts" \
+    --doubles="$build/tests/doubles" --speech="$speech_folder"

@@ -1,4 +1,5 @@
-# Building either program, starting it, and the tour. Sourced after common.sh, packages.sh, qt_windows.sh.
+# Building either program, starting it, and the tour. Sourced after common.sh, packages.sh, qt_windows.sh,
+# voice.sh.
 
 use_ccache() {
     have ccache || return 0
@@ -65,6 +66,7 @@ run_demo() {
 
 run_bench() {
     need_packages build test
+    need_speech
     build_preset linux
     "$root/scripts/bench.sh" "$root/build/linux"
 }

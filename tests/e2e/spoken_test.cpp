@@ -39,9 +39,9 @@ protected:
 
     /// Until the recogniser has made of it what it can.
     void speak(const std::string& text) {
-        const std::size_t before = recogniser->count("heard");
         stage().screen.sound().say(text);
-        recogniser->waitForCall("heard", before + 1);
+        // It answers to a long silence too, so only what comes after the last sound counts.
+        recogniser->waitForCall("heard", recogniser->count("heard") + 1);
     }
 
     /// The key of what was said arrives, and nothing but it.

@@ -177,16 +177,28 @@ TEST_F(VoiceFaults, AMicrophoneMayComeLater) {
 }
 
 TEST_F(VoiceFaults, AMicrophoneThatIsLostLeavesTheWheelAtWork) {
-    start("");
-    library->waitForCall("accept_waveform");
-    stage().startRecorder();
-    stage().screen.sound().kill();
-    stage().openWheel();
-    stage().toggle();
-    stage().waitUntilWheelIsClosed();
-    expectStatus("aktywny");
-    stage().endProgram();
-    EXPECT_EQ(library->log().back(), "model_free");
+    Stage& s = voiceStage();
+    SoundServer& sound = s.screen.sound();
+    for (const bool isWholeServerLost : {false, true}) {
+        SCOPED_TRACE(isWholeServerLost);
+        start("");
+        library->waitForCall("accept_waveform");
+        s.startRecorder();
+        if (isWholeServerLost)
+            sound.kill();
+        else
+            sound.unplugMicrophone();
+        s.openWheel();
+        s.toggle();
+        s.waitUntilWheelIsClosed();
+        expectStatus("aktywny");
+        s.recorder.end();
+        s.endProgram();
+        EXPECT_EQ(library->log().back(), "model_free");
+        library->forgetLog();
+        if (!isWholeServerLost)
+            sound.plugMicrophoneIn();
+    }
 }
 
 TEST_F(VoiceFaults, ALibraryThatHangsHoldsTheProgramUpNoLongerThanGranted) {

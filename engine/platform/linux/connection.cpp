@@ -64,8 +64,10 @@ void attachDisplaySource() {
     g_source_unref(source);
 }
 
-int countError(Display*, XErrorEvent*) {
-    ++errorCount;
+/// Other threads have connections of their own, whose errors are not the owner's.
+int countError(Display* display, XErrorEvent*) {
+    if (display == connection.display)
+        ++errorCount;
     return 0;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/platform.h"
 
+#include "platform/linux/accessibility.h"
 #include "platform/linux/connection.h"
 #include "platform/linux/injection_connection.h"
 #include "platform/linux/input_guard.h"
@@ -15,6 +16,7 @@ bool openPlatform() {
     }
     startInputGuard();
     lockInjectionConnection(); // opened now, so that the first step of the first run need not
+    turnAccessibilityOn(); // early: programs that start before it may never tell what they hold
     warmUpDrawing();
     return true;
 }

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "platform/linux/bus_connection.h"
+
+/// Opens the bus on which programs publish what their windows hold. False if there is none.
+bool openAccessibilityBus(BusConnection& bus);
+
+/// Tells the programs of the session to publish what their windows hold. In the background; nothing where
+/// there is no session bus. Any thread.
+void turnAccessibilityOn();

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/geometry_types.h"
+#include "platform/window_handle.h"
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What the X server and the window manager know about a window of another program.
+struct WindowFacts {
+    Rect place;         // without the window manager's frame
+    pid_t process = 0;  // 0: unknown
+    std::string title;  // UTF-8
+};
+
+struct ScreenFacts {
+    Rect monitor; // of the window in front
+    std::optional<WindowFacts> front;
+    std::vector<WindowFacts> panels;
+};
+
+/// The window in front, unless it is one of `ownWindows`, and the panels on show. Any thread, over a
+/// connection of its own.
+ScreenFacts lookAtScreen(const std::vector<WindowHandle>& ownWindows);

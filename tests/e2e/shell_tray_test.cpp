@@ -75,6 +75,14 @@ protected:
         stage().mouse->click(MouseButton::left);
     }
 
+    /// Until it has worked: Wine now and then loses a click on a menu as well.
+    void chooseInMenu(double share, const std::function<bool()>& outcome) {
+        waitFor("the menu to do as told", [&] {
+            chooseInMenu(share);
+            return holdsWithin(clickPatience, outcome);
+        });
+    }
+
     void closeWindow() {
         stage().screen.eyes().close(*stage().mainWindow());
         waitFor("the window to go", [this] { return !stage().mainWindow(); });
@@ -90,14 +98,18 @@ TEST_F(ShellTray, ClosingHidesAndTheTrayBringsBackOrEnds) {
     Stage& s = stage();
     closeWindow();
     placePointer(s.screen.eyes(), icon());
-    s.mouse->click(MouseButton::left);
-    s.mouse->click(MouseButton::left);
-    s.waitForMainWindow();
+    waitFor("the double click to be heard", [&] {
+        s.mouse->click(MouseButton::left);
+        s.mouse->click(MouseButton::left);
+        return holdsWithin(clickPatience, [&] { return s.mainWindow().has_value(); });
+    });
 
     closeWindow();
-    chooseInMenu(showWindow);
+    chooseInMenu(showWindow, [&] { return s.mainWindow().has_value(); });
     user.waitUntilInFront();
-    s.openWheelAfter([&] { chooseInMenu(showWheel); });
+    s.openWheelAfter([&] { chooseInMenu(showWheel, [&] { return s.wheelIsOpen(); }); });
+    user.waitUntilInFront(); // the menu had the focus, and Wine hears the key only with one of its windows in
+                             // front
     s.toggle();
     s.waitUntilWheelIsClosed();
     // With the window in sight, which a quit would ask and which never agrees to close.

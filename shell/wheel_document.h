@@ -51,8 +51,8 @@ struct WheelDocument {
     bool load(const QString& filePath, QString* error);
 
     /// Rewrites the whole file from the model: what the records have no member for is gone. A failure leaves
-    /// the old file whole. What another program has written there meanwhile is kept in a file beside it, whose
-    /// path is then in `keptCopy`, otherwise empty.
+    /// the old file whole. What another program has written there meanwhile is kept in a file beside it,
+    /// whose path is then in `keptCopy`, otherwise empty.
     bool save(QString* error);
 
     /// The new path stays even if saving fails.

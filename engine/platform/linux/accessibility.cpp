@@ -1,7 +1,8 @@
 #include "platform/linux/accessibility.h"
 
-#include "platform/linux/glib_handles.h"
 #include "platform/threads.h"
+
+#include "platform/linux/glib_handles.h"
 
 #include <sys/stat.h>
 
@@ -16,7 +17,8 @@ constexpr std::chrono::seconds switchingLimit{30};
 const char* const serviceName = "org.a11y.Bus";
 const char* const servicePath = "/org/a11y/bus";
 
-/// Empty if there is no session bus. GIO's own ways of looking for one may start a bus that nobody else is on.
+/// Empty if there is no session bus. GIO's own ways of looking for one may start a bus that nobody else is
+/// on.
 std::string sessionBusAddress() {
     const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
     if (address != nullptr && *address != '\0')

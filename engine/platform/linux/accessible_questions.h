@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/geometry_types.h"
+
 #include "platform/linux/bus_connection.h"
 
 #include <cstdint>

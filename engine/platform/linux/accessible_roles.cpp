@@ -1,8 +1,7 @@
 #include "platform/linux/accessible_roles.h"
 
-#include <glib.h>
-
 #include <atspi/atspi-constants.h>
+#include <glib.h>
 
 namespace {
 
@@ -39,6 +38,7 @@ ControlType AccessibleTraits::type() const {
     case ATSPI_ROLE_ICON:
         return canBeChosen ? ControlType::listItem : ControlType::unknown;
     case ATSPI_ROLE_TREE_ITEM:
+        return ControlType::treeItem;
     case ATSPI_ROLE_TABLE_ROW:
         return canBeChosen ? ControlType::treeItem : ControlType::unknown;
     case ATSPI_ROLE_MENU_ITEM:
@@ -80,6 +80,7 @@ ControlType AccessibleTraits::type() const {
     case ATSPI_ROLE_DIRECTORY_PANE:
     case ATSPI_ROLE_INTERNAL_FRAME:
     case ATSPI_ROLE_VIEWPORT:
+    case ATSPI_ROLE_PAGE_TAB_LIST:
     case ATSPI_ROLE_POPUP_MENU:
         return ControlType::pane;
     default:

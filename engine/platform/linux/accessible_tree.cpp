@@ -64,18 +64,20 @@ void TreeGrower::grow(AccessibleNode& root) {
 }
 
 void TreeGrower::visit(AccessibleNode& node, int depth) {
-    askForRole(bus, node.object, [&node](std::uint32_t role) { node.traits.role = role; });
-    // Answers of one program come in the order of the questions, so the role is known by then.
     askForStates(bus, node.object, [this, &node, depth](std::uint64_t states) {
         node.traits.states = states;
-        expand(node, depth);
+        // Most of a long page lies outside its window, and nothing else is asked about that.
+        if (!node.traits.isShowing())
+            return;
+        askForRole(bus, node.object, [this, &node, depth](std::uint32_t role) {
+            node.traits.role = role;
+            expand(node, depth);
+        });
     });
 }
 
 void TreeGrower::expand(AccessibleNode& node, int depth) {
     const AccessibleTraits& traits = node.traits;
-    if (!traits.isShowing())
-        return;
     if (mayMatter(traits))
         askForPlace(bus, node.object, [&node](const std::optional<Rect>& place) { node.place = place; });
     if (traits.isLeaf() || depth >= deepest || (traits.isWebPage() && pages == WebPages::leaveOut))
@@ -98,7 +100,7 @@ void TreeGrower::growFew(AccessibleNode& node, int depth) {
     });
 }
 
-/// The place is known by now: it was asked for before the count.
+/// The place is known by now: it was asked for before the count, and programs answer in order.
 void TreeGrower::growShownOfMany(AccessibleNode& node, int depth) {
     if (!node.place)
         return;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/elements.h"
+
 #include "platform/linux/accessible_roles.h"
 #include "platform/linux/bus_connection.h"
 

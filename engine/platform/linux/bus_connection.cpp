@@ -89,8 +89,8 @@ bool BusConnection::open(const std::string& address) {
 
 void BusConnection::ask(const BusObject& object, const char* interface, const char* method,
                         GVariant* arguments, const char* answerType, AnswerHandler handler) {
-    auto question =
-        std::make_unique<Question>(this, object, interface, method, arguments, answerType, std::move(handler));
+    auto question = std::make_unique<Question>(this, object, interface, method, arguments, answerType,
+                                               std::move(handler));
     if (isTimeUp || connection == nullptr)
         return;
     queue.push_back(std::move(question));
@@ -124,4 +124,20 @@ void BusConnection::takeAnswer(GObject* source, GAsyncResult* result, gpointer d
 void BusConnection::waitForAnswers() {
     while (unanswered > 0)
         g_main_context_iteration(context, TRUE);
+}
+
+bool BusConnection::pause(std::chrono::milliseconds time) {
+    bool isOver = false;
+    const auto end = [](gpointer flag) -> gboolean {
+        *static_cast<bool*>(flag) = true;
+        return G_SOURCE_CONTINUE;
+    };
+    GSource* source = g_timeout_source_new(static_cast<guint>(time.count()));
+    g_source_set_callback(source, end, &isOver, nullptr);
+    g_source_attach(source, context);
+    while (!isOver && !isTimeUp)
+        g_main_context_iteration(context, TRUE);
+    g_source_destroy(source);
+    g_source_unref(source);
+    return !isTimeUp;
 }

@@ -41,6 +41,9 @@ public:
     /// Until everything asked has been answered, or the time is up.
     void waitForAnswers();
 
+    /// False once the time is up.
+    bool pause(std::chrono::milliseconds time);
+
 private:
     struct Question;
 

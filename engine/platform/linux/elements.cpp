@@ -14,6 +14,10 @@ namespace {
 // For everything: a program that hangs costs no more than this.
 constexpr std::chrono::milliseconds searchLimit{1500};
 
+// Some browsers only begin to publish what a window holds when they are first asked.
+constexpr std::chrono::milliseconds wakingPause{150};
+constexpr int mostWakings = 4;
+
 // Smaller ones are advertisements, tool tips and the like.
 constexpr std::int32_t leastPageSidePx = 200;
 
@@ -30,7 +34,8 @@ std::vector<Program> askForPrograms(BusConnection& bus) {
         for (const BusObject& root : roots)
             programs.push_back({root, 0, {}});
         for (Program& program : programs)
-            askForProcess(bus, program.root.program, [&program](pid_t process) { program.process = process; });
+            askForProcess(bus, program.root.program,
+                          [&program](pid_t process) { program.process = process; });
     });
     bus.waitForAnswers();
     return programs;
@@ -136,7 +141,8 @@ Rect cutTo(const Rect& area, const Rect& page) {
     return cut.width() > 0 && cut.height() > 0 ? cut : area;
 }
 
-void searchWindowAndPanels(BusConnection& bus, const ScreenFacts& screen, FoundElements& found) {
+/// False if the window in front is published, but nothing of what it holds.
+bool searchWindowAndPanels(BusConnection& bus, const ScreenFacts& screen, FoundElements& found) {
     std::vector<std::unique_ptr<WindowSearch>> searches;
     if (screen.front)
         searches.push_back(std::make_unique<WindowSearch>(bus, *screen.front, WebPages::enter));
@@ -149,16 +155,18 @@ void searchWindowAndPanels(BusConnection& bus, const ScreenFacts& screen, FoundE
     for (const auto& search : searches)
         if (search->isFound())
             found.roots.push_back(elementsBelow(search->window(), search->fix()));
+    return !screen.front || !searches.front()->isFound() || !found.roots.front().empty();
 }
 
-void searchPage(BusConnection& bus, const ScreenFacts& screen, FoundElements& found) {
+/// False as above.
+bool searchPage(BusConnection& bus, const ScreenFacts& screen, FoundElements& found) {
     if (!screen.front)
-        return;
+        return true;
     WindowSearch search(bus, *screen.front, WebPages::leaveOut);
     search.start(askForPrograms(bus));
     bus.waitForAnswers();
     if (!search.isFound())
-        return;
+        return true;
     const CoordinateFix fix = search.fix();
     const AccessibleNode* page = findBelow(search.window(), [&fix](const AccessibleNode& node) {
         const Rect place = node.place ? fix.applied(*node.place) : Rect{};
@@ -172,12 +180,13 @@ void searchPage(BusConnection& bus, const ScreenFacts& screen, FoundElements& fo
         grower.grow(root);
         bus.waitForAnswers();
         found.roots.push_back(elementsBelow(root, fix));
-        return;
+        return !found.roots.front().empty();
     }
     const AccessibleNode* document = findBelow(search.window(), [](const AccessibleNode& node) {
         return node.traits.type() == ControlType::document;
     });
     found.roots.push_back(elementsBelow(document != nullptr ? *document : search.window(), fix));
+    return !found.roots.front().empty();
 }
 
 } // namespace
@@ -188,9 +197,11 @@ FoundElements findElements(const ElementSearch& search) {
     BusConnection bus(searchLimit);
     if (!openAccessibilityBus(bus))
         return found;
-    if (search.scope == ElementScope::page)
-        searchPage(bus, screen, found);
-    else
-        searchWindowAndPanels(bus, screen, found);
+    const auto searchScope = search.scope == ElementScope::page ? searchPage : searchWindowAndPanels;
+    for (int wakings = 0; !searchScope(bus, screen, found) && wakings < mostWakings; ++wakings) {
+        if (!bus.pause(wakingPause))
+            break;
+        found = {screen.monitor, {}};
+    }
     return found;
 }

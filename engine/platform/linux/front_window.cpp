@@ -23,9 +23,8 @@ PropertyValue propertyOf(Display* display, Window window, const char* name) {
     Atom type = 0;
     unsigned long left = 0;
     unsigned char* data = nullptr;
-    const int failure =
-        XGetWindowProperty(display, window, XInternAtom(display, name, 0), 0, mostWords, 0, AnyPropertyType,
-                           &type, &value.format, &value.count, &left, &data);
+    const int failure = XGetWindowProperty(display, window, XInternAtom(display, name, 0), 0, mostWords, 0,
+                                           AnyPropertyType, &type, &value.format, &value.count, &left, &data);
     value.data.reset(data);
     if (failure != 0 || data == nullptr)
         value.count = 0;

@@ -11,9 +11,9 @@
 
 /// What the X server and the window manager know about a window of another program.
 struct WindowFacts {
-    Rect place;         // without the window manager's frame
-    pid_t process = 0;  // 0: unknown
-    std::string title;  // UTF-8
+    Rect place;        // without the window manager's frame
+    pid_t process = 0; // 0: unknown
+    std::string title; // UTF-8
 };
 
 struct ScreenFacts {

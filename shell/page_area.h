@@ -11,8 +11,8 @@ class PageArea : public QScrollArea {
     Q_OBJECT
 
 public:
-    /// Takes `pages`, which are complete. `besidePx` of the window's width is not the area's.
-    PageArea(QStackedWidget* pages, int besidePx, QWidget* parent = nullptr);
+    /// Takes `stack`, whose pages are complete. `besidePx` of the window's width is not the area's.
+    PageArea(QStackedWidget* stack, int besidePx, QWidget* parent = nullptr);
 
     QSize minimumSizeHint() const override;
 

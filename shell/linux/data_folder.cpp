@@ -32,7 +32,7 @@ QString personsDataFolder() {
 } // namespace
 
 QString dataFolder() {
-    const QString beside = QCoreApplication::applicationDirPath();
+    QString beside = QCoreApplication::applicationDirPath();
     if (QFileInfo(beside).isWritable())
         return beside;
     const QString own = personsDataFolder();

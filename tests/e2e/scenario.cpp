@@ -1,7 +1,7 @@
 #include "scenario.h"
 
-#include <array>
 #include <system_error>
+#include <vector>
 
 namespace e2e {
 
@@ -11,11 +11,10 @@ std::filesystem::path artefact(const std::string& name) {
     return testArguments().artefacts / testArguments().target / name;
 }
 
-/// The screen's last picture, what the recorder got and what the program said.
-std::array<std::string, 3> failureArtefacts() {
+/// What the artefacts of this test's failure begin with.
+std::string failureStem() {
     const testing::TestInfo* info = testing::UnitTest::GetInstance()->current_test_info();
-    const std::string stem = std::string("failed-") + info->test_suite_name() + "." + info->name();
-    return {stem + ".png", stem + "-recorder.txt", stem + "-program.log"};
+    return std::string("failed-") + info->test_suite_name() + "." + info->name();
 }
 
 } // namespace
@@ -32,21 +31,35 @@ void Scenario::keepPicture(const std::string& name) {
 
 // An earlier run's failure is no longer news.
 void Scenario::SetUp() {
-    for (const std::string& name : failureArtefacts())
-        std::filesystem::remove(artefact(name));
+    const std::filesystem::path folder = artefact("");
+    if (!std::filesystem::exists(folder))
+        return;
+    std::vector<std::filesystem::path> old;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        if (entry.path().filename().string().starts_with(failureStem() + "-"))
+            old.push_back(entry.path());
+    }
+    for (const std::filesystem::path& file : old)
+        std::filesystem::remove(file);
 }
 
+/// The screen's last picture, what the recorder got, what the program said and what its devices were told.
 void Scenario::TearDown() {
     if (made && HasFailure()) {
-        const auto [picture, received, said] = failureArtefacts();
-        std::filesystem::create_directories(artefact(picture).parent_path());
+        std::filesystem::create_directories(artefact(""));
         if (made->screen.isThere())
-            made->screen.eyes().savePicture(artefact(picture));
-        std::error_code failure;
-        const auto replacing = std::filesystem::copy_options::overwrite_existing;
-        std::filesystem::copy_file(made->screen.folder() / "recorder.txt", artefact(received), replacing,
-                                   failure);
-        std::filesystem::copy_file(made->screen.folder() / "program.log", artefact(said), replacing, failure);
+            made->screen.eyes().savePicture(artefact(failureStem() + "-screen.png"));
+        const std::filesystem::path folder = made->screen.folder();
+        std::vector<std::filesystem::path> kept{folder / "recorder.txt", folder / "program.log"};
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            for (const char* device : {"adapter", "speech", "gaze"})
+                kept.push_back(entry.path() / (std::string(device) + "_log.txt"));
+        }
+        for (const std::filesystem::path& file : kept) {
+            std::error_code failure;
+            std::filesystem::copy_file(file, artefact(failureStem() + "-" + file.filename().string()),
+                                       std::filesystem::copy_options::overwrite_existing, failure);
+        }
     }
     made.reset();
 }

@@ -122,6 +122,21 @@ TEST_F(Spoken, ClicksGoToTheRealCursorWhileNoWheelIsOpen) {
     expectClicks("right", 1);
 }
 
+TEST_F(Spoken, NumbersLeadTheCursorThroughTheGrid) {
+    start("");
+    const auto leadTo = [&](const std::string& text, ScreenPoint place) {
+        speak(text);
+        waitFor("the cursor's move", [&] { return stage().screen.eyes().pointer() == place; });
+    };
+    leadTo("pokaż siatkę", {640, 400});
+    leadTo("jedenaście", {800, 500});
+    leadTo("dwa", {880, 450});
+    speak("kliknij dwa razy na trzy"); // meant for numbered elements, of which there are none
+    speak("kliknij");
+    stage().recording.waitForPress("button-up left");
+    EXPECT_EQ(stage().recording.pressTexts(), (Texts{"button-down left", "button-up left"}));
+}
+
 TEST_F(Spoken, WhatIsNoPhraseDoesNothing) {
     start("");
     for (const char* text : {"dzień dobry", "która godzina", "zielone drzewo", "pięć", "dwadzieścia jeden",

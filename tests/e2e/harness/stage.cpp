@@ -144,11 +144,11 @@ void Stage::endProgram() {
         throw ScenarioError("the program did not end well");
 }
 
-void Stage::startRecorder() {
+void Stage::startRecorder(int marginPx) {
     const std::filesystem::path log = screen.folder() / "recorder.txt";
-    Command command = target->commandFor(testArguments().recorder, {target->pathText(log), "0", "0",
-                                                                    std::to_string(screen.eyes().width()),
-                                                                    std::to_string(screen.eyes().height())});
+    Command command = target->commandFor(
+        testArguments().recorder, {target->pathText(log), "0", "0", std::to_string(screen.eyes().width()),
+                                   std::to_string(screen.eyes().height() - marginPx)});
     command.outputFile = screen.folder() / "recorder.log";
     recorder = Process(command);
     recording = Recording(log);

@@ -54,7 +54,9 @@ public:
     /// Starts it and waits for nothing.
     Process launchProgram(const std::filesystem::path& startFolder = {}) const;
     /// Puts a recorder with the patterned background over the whole screen and waits until it has the focus.
-    void startRecorder();
+    /// A margin at the bottom stays free: as large as the screen, a layer under Wine is the window manager's,
+    /// too, which puts it below a program that fills the screen.
+    void startRecorder(int marginPx = 0);
     /// Program, then recorder.
     void startAll();
 

@@ -15,6 +15,11 @@ say "The whole program, from outside"
 "$build/bench/program_probe" --target=linux --program="$build/rotika/rotika" \
     --recorder="$(find "$build/tests/e2e" -name rotika_recorder -type f)" --artefacts="$build/bench/artefacts"
 
+say "The whole program, with devices"
+"$build/bench/device_probe" --target=linux --program="$build/rotika/rotika" \
+    --recorder="$(find "$build/tests/e2e" -name rotika_recorder -type f)" --artefacts="$build/bench/artefacts" \
+    --doubles="$build/tests/doubles"
+
 say "The whole program, spoken to; some five minutes"
 "$build/bench/spoken_probe" --target=linux --program="$build/rotika/rotika" \
     --recorder="$(find "$build/tests/e2e" -name rotika_recorder -type f)" --artefacts="$build/bench/artefacts" \

@@ -15,6 +15,19 @@ DoubleScript::DoubleScript(std::string_view name, std::vector<std::string> event
       logFile(ownFolder() / (std::string(name) + "_log.txt")), events(std::move(eventWords)) {}
 
 std::vector<DoubleScript::Event> DoubleScript::lines() const {
+    const std::lock_guard lock(readLock);
+    std::error_code isMissing;
+    const auto time = std::filesystem::last_write_time(scriptFile, isMissing);
+    const std::uintmax_t size = std::filesystem::file_size(scriptFile, isMissing);
+    if (!isMissing && time == readTime && size == readSize)
+        return read;
+    readTime = time;
+    readSize = size;
+    read = readLines();
+    return read;
+}
+
+std::vector<DoubleScript::Event> DoubleScript::readLines() const {
     std::ifstream stream(scriptFile, std::ios::binary);
     std::vector<Event> found;
     for (std::string line; std::getline(stream, line);) {

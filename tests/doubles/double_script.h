@@ -1,14 +1,15 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
-/// What a stand-in library is told and what it tells, in two files beside it: `NAME_script.txt`, read anew at
-/// every call, so that a test can change or lengthen it at any time, and `NAME_log.txt`. In the script each
+/// What a stand-in library is told and what it tells, in two files beside it: `NAME_script.txt`, which a
+/// test can change or lengthen at any time, and `NAME_log.txt`. In the script each
 /// line is a word and what belongs to it; lines that begin with '#' say nothing.
 ///
 /// Some words hold as long as they stand there. The others are events: they happen once each, in their order.
@@ -34,6 +35,13 @@ public:
 
 private:
     std::vector<Event> lines() const;
+    std::vector<Event> readLines() const;
+
+    // What was read last, and how the file looked then: a look costs far less than reading.
+    mutable std::mutex readLock;
+    mutable std::filesystem::file_time_type readTime;
+    mutable std::uintmax_t readSize = 0;
+    mutable std::vector<Event> read;
 
     std::filesystem::path scriptFile;
     std::filesystem::path logFile;

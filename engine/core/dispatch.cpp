@@ -7,6 +7,7 @@
 #include "core/status_texts.h"
 #include "core/text.h"
 #include "core/voice_commands.h"
+#include "editor/editor_form.h"
 #include "platform/hot_key.h"
 #include "platform/tray.h"
 #include "pointing/element_labels.h"
@@ -209,7 +210,7 @@ MainWindowHandlers mainWindowHandlers() {
         .messageArrived = onMainMessage,
         .dataArrived = onData,
         .statusText = statusPageText,
-        .editorRequested = []() noexcept {},
+        .editorRequested = []() noexcept { openEditor(); },
         .destroyed = onDestroyed,
     };
 }

@@ -136,17 +136,21 @@ void reloadEngine() {
     repaintOpenWheel();
 }
 
-bool activateWheelFile(const std::u16string& path) {
-    std::vector<Wheel> loaded;
-    std::u16string problems;
-    loadWheelFile(path, loaded, problems);
-    std::erase_if(loaded, [](const Wheel& wheel) { return wheel.actions.empty(); });
-    if (loaded.empty())
+bool activateWheels(std::vector<Wheel> wheels) {
+    std::erase_if(wheels, [](const Wheel& wheel) { return wheel.actions.empty(); });
+    if (wheels.empty())
         return false;
-    engineState.wheels = std::move(loaded);
+    engineState.wheels = std::move(wheels);
     engineState.activeWheel = 0;
     engineState.hoveredField = -1;
     rebuildPhraseTable();
     repaintOpenWheel();
     return true;
+}
+
+bool activateWheelFile(const std::u16string& path) {
+    std::vector<Wheel> loaded;
+    std::u16string problems;
+    loadWheelFile(path, loaded, problems);
+    return activateWheels(std::move(loaded));
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "core/wheel_records.h"
+
 #include <string>
+#include <vector>
 
 /// The start sequence. With `standalone` the engine is alone in the process: it shows the problems of its
 /// files and has a tray icon of its own. Owner thread.
@@ -12,6 +15,9 @@ void stopEngine();
 void stopWorkers();
 
 void reloadEngine();
+
+/// Puts those of `wheels` in force that have at least one field; false and nothing changed if there is none.
+bool activateWheels(std::vector<Wheel> wheels);
 
 /// Puts the wheels of `path` in force, those with at least one field; false and nothing changed if there is
 /// none.

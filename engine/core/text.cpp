@@ -1,6 +1,7 @@
 #include "core/text.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -132,6 +133,21 @@ std::string utf8FromUtf16(std::u16string_view text) {
 std::u16string decimalText(std::int64_t number) {
     const std::string digits = std::to_string(number);
     return {digits.begin(), digits.end()};
+}
+
+std::int32_t leadingInteger(std::u16string_view text) {
+    constexpr std::int64_t lowest = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int64_t highest = std::numeric_limits<std::int32_t>::max();
+    auto unit = std::find_if_not(text.begin(), text.end(), isAsciiSpace);
+    const bool isNegative = unit != text.end() && *unit == u'-';
+    if (unit != text.end() && (*unit == u'-' || *unit == u'+')) {
+        ++unit;
+    }
+    std::int64_t number = 0;
+    for (; unit != text.end() && isAsciiDigit(*unit) && number <= highest; ++unit) {
+        number = number * 10 + (*unit - u'0');
+    }
+    return static_cast<std::int32_t>(std::clamp(isNegative ? -number : number, lowest, highest));
 }
 
 std::u16string cutTo(std::u16string text, std::size_t maxLength) {

@@ -33,5 +33,9 @@ std::string utf8FromUtf16(std::u16string_view text);
 /// Decimal digits, with a minus sign if negative.
 std::u16string decimalText(std::int64_t number);
 
+/// The number that the text begins with, in decimal: white space and a sign may stand before its digits, and
+/// what follows them is passed over. 0 without digits; what does not fit becomes the nearest that does.
+std::int32_t leadingInteger(std::u16string_view text);
+
 /// A new text of at most `maxLength` code units, for the system's fixed buffers.
 std::u16string cutTo(std::u16string text, std::size_t maxLength);

@@ -292,6 +292,19 @@ bool readTextFile(const std::u16string& path, std::u16string& text) {
     return true;
 }
 
+bool readJsonFile(const std::u16string& path, JsonValue& root) {
+    std::u16string text;
+    if (!readTextFile(path, text)) {
+        return false;
+    }
+    JsonCursor cursor{text};
+    if (!parseValue(cursor, root)) {
+        return false;
+    }
+    skipWhitespace(cursor);
+    return cursor.pos == text.size();
+}
+
 bool parseValue(JsonCursor& cursor, JsonValue& value) {
     std::vector<JsonValue*> open; // the containers around `target`, outermost first
     JsonValue* target = &value;

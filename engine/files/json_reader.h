@@ -7,8 +7,7 @@
 #include <vector>
 
 // The engine's own JSON reader. Looser than the standard in a few exact ways (numbers, raw control characters
-// in strings, \u escapes) and silent about the place of an error. Callers read a whole document in four
-// steps: readTextFile, parseValue, skipWhitespace, and pos at the end of the text.
+// in strings, \u escapes) and silent about the place of an error.
 
 enum class JsonType : std::uint32_t { Null = 0, Bool = 1, Number = 2, String = 3, Array = 4, Object = 5 };
 
@@ -42,6 +41,10 @@ struct JsonCursor {
 /// UTF-8 with or without a byte order mark; invalid bytes become U+FFFD. False, with `text` untouched, when
 /// the file cannot be opened.
 bool readTextFile(const std::u16string& path, std::u16string& text);
+
+/// Reads a file that is one JSON document, with nothing but white space around it, into a fresh `root`.
+/// False, with `root` of no use, when it cannot be opened or is anything else.
+bool readJsonFile(const std::u16string& path, JsonValue& root);
 
 /// Reads one value at `pos` into a fresh `value`; on true `pos` stands just behind it, on false neither is of
 /// use. Any nesting depth is read without recursion.

@@ -60,23 +60,10 @@ void readSegmentColor(const JsonValue& root, std::u16string& problems) {
     }
 }
 
-bool readSettingsRoot(const std::u16string& path, JsonValue& root) {
-    std::u16string text;
-    if (!readTextFile(path, text)) {
-        return false;
-    }
-    JsonCursor cursor{text};
-    if (!parseValue(cursor, root)) {
-        return false;
-    }
-    skipWhitespace(cursor);
-    return cursor.pos == text.size() && root.type == JsonType::Object;
-}
-
 /// A file that cannot be read leaves every setting as it was, which on a reload need not be the defaults.
 void readSettings(const std::u16string& path, std::u16string& problems) {
     JsonValue root;
-    if (!readSettingsRoot(path, root)) {
+    if (!readJsonFile(path, root) || root.type != JsonType::Object) {
         problems += u"Nie udało się wczytać config.json — używam ustawień domyślnych.\n";
         return;
     }

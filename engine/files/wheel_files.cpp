@@ -88,18 +88,7 @@ StepKind readStepKind(const std::u16string& fieldName, const JsonValue& element,
 
 std::int32_t readStepValue(const JsonValue& element, StepKind kind) {
     const JsonValue* member = findMember(element, u"value", JsonType::Number);
-    if (member == nullptr) {
-        return kind == StepKind::click ? 1 : 0;
-    }
-    const std::int32_t value = std::max(integerOf(member->number), 0);
-    switch (kind) {
-    case StepKind::click:
-        return std::clamp(value, 1, mostClicks);
-    case StepKind::hold:
-        return std::min(value, longestHoldMs);
-    default:
-        return value;
-    }
+    return member == nullptr ? defaultStepValue(kind) : clampedStepValue(kind, integerOf(member->number));
 }
 
 /// The mere presence of "open" makes the element an open step, which without a usable target vanishes
@@ -167,7 +156,7 @@ WheelAction readField(const JsonValue& element, LoadContext& context) {
     action.name = stringMember(element, u"name");
     readFunction(element, action, context);
     if (const JsonValue* delay = findMember(element, u"delay", JsonType::Number)) {
-        action.delay = std::clamp(integerOf(delay->number), 0, longestDelayMs);
+        action.delay = clampedDelay(integerOf(delay->number));
     }
     action.hasColor = parseHexColor(stringMember(element, u"color"), action.color);
     action.icon = stringMember(element, u"icon");
@@ -202,19 +191,6 @@ void readWheel(const JsonValue& element, LoadContext& context) {
     }
 }
 
-bool readDocument(const std::u16string& path, JsonValue& root) {
-    std::u16string text;
-    if (!readTextFile(path, text)) {
-        return false;
-    }
-    JsonCursor cursor{text};
-    if (!parseValue(cursor, root)) {
-        return false;
-    }
-    skipWhitespace(cursor);
-    return cursor.pos == text.size();
-}
-
 } // namespace
 
 bool loadWheelFile(const std::u16string& path, std::vector<Wheel>& wheels, std::u16string& problems) {
@@ -222,7 +198,7 @@ bool loadWheelFile(const std::u16string& path, std::vector<Wheel>& wheels, std::
     // Only this line names the real file; the others say default.json for whatever file they are about.
     LoadContext context{wheels, problems};
     JsonValue root;
-    if (!readDocument(path, root)) {
+    if (!readJsonFile(path, root)) {
         report(context, {u"Nie udało się wczytać pliku kół: ", path, u"\n"});
     } else if (const JsonValue* list = findMember(root, u"wheels", JsonType::Array)) {
         for (const JsonValue& element : list->items) {
@@ -234,4 +210,23 @@ bool loadWheelFile(const std::u16string& path, std::vector<Wheel>& wheels, std::
         report(context, {u"default.json: brak \"wheels\" ani \"actions\".\n"});
     }
     return context.clean;
+}
+
+std::int32_t defaultStepValue(StepKind kind) {
+    return kind == StepKind::click ? 1 : 0;
+}
+
+std::int32_t clampedStepValue(StepKind kind, std::int32_t value) {
+    switch (kind) {
+    case StepKind::click:
+        return std::clamp(value, 1, mostClicks);
+    case StepKind::hold:
+        return std::clamp(value, 0, longestHoldMs);
+    default:
+        return std::max(value, 0);
+    }
+}
+
+std::int32_t clampedDelay(std::int32_t delayMs) {
+    return std::clamp(delayMs, 0, longestDelayMs);
 }

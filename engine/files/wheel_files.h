@@ -2,6 +2,7 @@
 
 #include "core/wheel_records.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -10,3 +11,12 @@
 /// there are. Touches nothing but its arguments. Owner thread, since tokens are looked up on the keyboard
 /// layout.
 bool loadWheelFile(const std::u16string& path, std::vector<Wheel>& wheels, std::u16string& problems);
+
+/// `value` of a step of that kind, other than an open step, that says nothing of it.
+std::int32_t defaultStepValue(StepKind kind);
+
+/// The nearest that such a step can have.
+std::int32_t clampedStepValue(StepKind kind, std::int32_t value);
+
+/// 0 to 2000.
+std::int32_t clampedDelay(std::int32_t delayMs);

@@ -22,15 +22,6 @@ void appendNumberMember(std::string& out, const char* key, std::int32_t number) 
     out += "\": " + std::to_string(number);
 }
 
-std::string colorText(RgbColor color) {
-    std::string text = "#";
-    for (const unsigned shift : {0u, 8u, 16u}) {
-        text += upperDigits[color >> shift >> 4 & 0xF];
-        text += upperDigits[color >> shift & 0xF];
-    }
-    return text;
-}
-
 const char* actionWord(StepKind kind) {
     switch (kind) {
     case StepKind::hold:
@@ -96,6 +87,15 @@ std::string serializeWheels(const std::vector<Wheel>& wheels) {
     std::string out = "{\n  \"wheels\": [\n";
     appendList(out, wheels, appendWheel);
     return out + "  ]\n}\n";
+}
+
+std::string colorText(RgbColor color) {
+    std::string text = "#";
+    for (const unsigned shift : {0u, 8u, 16u}) {
+        text += upperDigits[color >> shift >> 4 & 0xF];
+        text += upperDigits[color >> shift & 0xF];
+    }
+    return text;
 }
 
 std::string escapeJsonString(const std::u16string& text) {

@@ -9,6 +9,9 @@
 /// drop.
 std::string serializeWheels(const std::vector<Wheel>& wheels);
 
+/// "#RRGGBB" with upper-case digits.
+std::string colorText(RgbColor color);
+
 /// The inside of a JSON string, UTF-8.
 std::string escapeJsonString(const std::u16string& text);
 

@@ -162,6 +162,7 @@ bool SimulatedDesktop::sendData(std::uintptr_t kind, const void* bytes, std::siz
 
 void SimulatedDesktop::destroyMainWindow() {
     mainHandlers->destroyed();
+    destroyEditorWindow(windowNamed("editor")); // which the main window owns
     windowNamed("main")->isAlive = false;
 }
 

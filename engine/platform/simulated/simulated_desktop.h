@@ -8,6 +8,7 @@
 #include "platform/pointer_capture.h"
 #include "platform/tray.h"
 
+#include "platform/simulated/simulated_editor.h"
 #include "platform/simulated/virtual_clock.h"
 
 #include <atomic>
@@ -98,6 +99,8 @@ public:
     /// What is heard, a buffer each; nothing but silence afterwards.
     std::deque<std::string> sound;
     int microphonesOpen = 0;
+
+    SimulatedEditor editor; // the engine's own function editor
 
     // Time and the owner's loop
 

@@ -9,6 +9,7 @@
 #define Polygon GdiPolygon
 #include <windows.h>
 #undef Polygon
+#include <commdlg.h>
 #include <objbase.h>
 #include <shellapi.h>
 // clang-format on

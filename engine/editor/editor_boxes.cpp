@@ -1,0 +1,20 @@
+#include "editor/editor_boxes.h"
+
+#include "editor/editor_state.h"
+#include "platform/editor_window.h"
+
+namespace {
+constexpr char16_t boxTitle[] = u"Edytor funkcji";
+}
+
+bool askInEditor(const std::u16string& text) {
+    return askInBox(editorState.editorWindow, boxTitle, text);
+}
+
+void warnInEditor(const std::u16string& text) {
+    tellInBox(editorState.editorWindow, boxTitle, text, EditorBoxIcon::warning);
+}
+
+void informInEditor(const std::u16string& text) {
+    tellInBox(editorState.editorWindow, boxTitle, text, EditorBoxIcon::information);
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+// The function editor's modal boxes. Owner thread.
+
+/// What is missing for a step, and for writing the form back.
+inline constexpr char16_t noFieldText[] = u"Najpierw wybierz lub dodaj funkcję.";
+
+/// A yes-or-no question; true for yes.
+bool askInEditor(const std::u16string& text);
+void warnInEditor(const std::u16string& text);
+void informInEditor(const std::u16string& text);

@@ -1,0 +1,11 @@
+#pragma once
+
+// The function editor's commands about files. Owner thread.
+
+void makeNewDocument();
+void openDocument();
+void saveDocument();
+void saveDocumentAs();
+
+/// Puts the path of an image into the form, short if the image lies in the folder of the program.
+void chooseIcon();

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "core/wheel_records.h"
+#include "platform/window_handle.h"
+
+#include <cstdint>
+#include <string>
+
+// The function editor's window: opening it, and what its form and lists show. Owner thread.
+
+/// Opens the editor on default.json, or brings an open one to the front with all that it holds.
+void openEditor();
+
+/// The form then belongs to no field.
+void clearFieldForm();
+
+/// Copies a field of the current wheel into the form; an index outside changes nothing. The controls for
+/// entering a step are left as they are.
+void showFieldInForm(std::int32_t index);
+
+void refreshWheelList();
+
+/// A negative `selection` selects nothing.
+void refreshFieldList(std::int32_t selection);
+
+void refreshStepList();
+void refreshPathLabel();
+
+/// All lists of a document that has just taken the place of another; no field is selected.
+void showNewDocument();
+
+/// How a step is told in the list.
+std::u16string stepRowText(const ActionStep& step);
+
+/// Text of a control, cut to 511 code units without a word.
+std::u16string readControlText(WindowHandle window, std::int32_t id);

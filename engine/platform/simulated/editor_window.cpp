@@ -1,0 +1,194 @@
+#include "platform/editor_window.h"
+
+#include "core/text.h"
+
+#include "platform/simulated/simulated_desktop.h"
+
+#include <utility>
+
+namespace {
+
+constexpr char windowName[] = "editor";
+
+/// Null for a window that is gone.
+SimulatedEditor* editorOf(WindowHandle window) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    desktop.requireOwner("editor window used by a worker");
+    return window != nullptr && window->isAlive ? &desktop.editor : nullptr;
+}
+
+SimulatedEditor::Control* controlOf(WindowHandle window, std::int32_t id) {
+    SimulatedEditor* editor = editorOf(window);
+    if (editor == nullptr)
+        return nullptr;
+    const auto found = editor->controls.find(id);
+    if (found == editor->controls.end())
+        breakContract("a control that the editor's window does not have");
+    return &found->second;
+}
+
+SimulatedEditor::Control* listOf(WindowHandle window, std::int32_t id) {
+    using enum EditorControlKind;
+    SimulatedEditor::Control* control = controlOf(window, id);
+    if (control != nullptr && control->kind != dropDown && control->kind != scrollingDropDown &&
+        control->kind != list)
+        breakContract("rows of a control that is no list");
+    return control;
+}
+
+/// What the box or dialog says, and what happens meanwhile.
+void open(const std::string& words) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    desktop.note(JournalKind::box, words);
+    desktop.pumpMessages();
+    if (const auto happening = std::exchange(desktop.editor.whileBoxWaits, nullptr))
+        happening();
+}
+
+std::string boxWords(const char* kind, const std::u16string& title, const std::u16string& text) {
+    return std::string(kind) + " [" + utf8FromUtf16(title) + "] " + utf8FromUtf16(text);
+}
+
+template <typename Answer>
+Answer next(std::deque<Answer>& answers) {
+    if (answers.empty())
+        return {};
+    Answer answer = answers.front();
+    answers.pop_front();
+    return answer;
+}
+
+std::string dialogWords(const char* kind, std::span<const FileFilter> filters, const std::u16string& folder) {
+    std::string words = std::string(kind) + " in " + utf8FromUtf16(folder);
+    for (const FileFilter& filter : filters)
+        words += ", " + utf8FromUtf16(filter.text) + " = " + utf8FromUtf16(filter.patterns);
+    return words;
+}
+
+} // namespace
+
+void SimulatedEditor::choose(std::int32_t id, std::int32_t row) {
+    setListSelection(simulatedDesktop().windowNamed(windowName), id, row);
+    handlers.controlUsed(id, true);
+}
+
+std::string SimulatedEditor::text(std::int32_t id) const {
+    return utf8FromUtf16(controls.at(id).text);
+}
+
+std::string SimulatedEditor::rows(std::int32_t id) const {
+    std::string joined;
+    for (const std::u16string& row : controls.at(id).rows)
+        joined += (joined.empty() ? "" : "|") + utf8FromUtf16(row);
+    return joined;
+}
+
+WindowHandle createEditorWindow(WindowHandle owner, const EditorWindowHandlers& handlers) {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    desktop.requireWindow(owner, "editor window without its owner");
+    PlatformWindow* window = desktop.windowNamed(windowName);
+    if (window == nullptr)
+        window = &desktop.addWindow(windowName, {0, 0, 900, 492});
+    else if (window->isAlive)
+        breakContract("a second editor window");
+    window->isAlive = true;
+    desktop.editor.controls.clear();
+    desktop.editor.handlers = handlers;
+    return window;
+}
+
+void addEditorControl(WindowHandle window, const EditorControl& control) {
+    SimulatedEditor* editor = editorOf(window);
+    if (editor != nullptr && control.id != 0)
+        editor->controls[control.id] = {control.kind, control.text, {}, -1};
+}
+
+void setInterfaceFont(WindowHandle window) {
+    if (SimulatedEditor* editor = editorOf(window))
+        editor->hasInterfaceFont = true;
+}
+
+void showEditorWindow(WindowHandle window) {
+    if (SimulatedEditor* editor = editorOf(window))
+        editor->isShown = true;
+}
+
+void restoreEditorWindow(WindowHandle window) {
+    if (SimulatedEditor* editor = editorOf(window)) {
+        editor->isShown = true;
+        ++editor->restoreCount;
+        simulatedDesktop().foreground = window;
+    }
+}
+
+void destroyEditorWindow(WindowHandle window) {
+    SimulatedEditor* editor = editorOf(window);
+    if (editor == nullptr)
+        return;
+    editor->isShown = false;
+    window->isAlive = false;
+    editor->handlers.destroyed();
+}
+
+std::u16string controlText(WindowHandle window, std::int32_t id, std::size_t maxLength) {
+    const SimulatedEditor::Control* control = controlOf(window, id);
+    return control != nullptr ? cutTo(control->text, maxLength) : std::u16string();
+}
+
+void setControlText(WindowHandle window, std::int32_t id, const std::u16string& text) {
+    if (SimulatedEditor::Control* control = controlOf(window, id))
+        control->text = text;
+}
+
+void emptyList(WindowHandle window, std::int32_t id) {
+    if (SimulatedEditor::Control* control = listOf(window, id)) {
+        control->rows.clear();
+        control->selection = -1;
+    }
+}
+
+void addListRow(WindowHandle window, std::int32_t id, const std::u16string& text) {
+    if (SimulatedEditor::Control* control = listOf(window, id))
+        control->rows.push_back(text);
+}
+
+std::int32_t listSelection(WindowHandle window, std::int32_t id) {
+    const SimulatedEditor::Control* control = listOf(window, id);
+    return control != nullptr ? control->selection : -1;
+}
+
+void setListSelection(WindowHandle window, std::int32_t id, std::int32_t index) {
+    if (SimulatedEditor::Control* control = listOf(window, id))
+        control->selection =
+            index >= 0 && static_cast<std::size_t>(index) < control->rows.size() ? index : -1;
+}
+
+bool askInBox(WindowHandle window, const std::u16string& title, const std::u16string& text) {
+    if (editorOf(window) == nullptr)
+        return false;
+    open(boxWords("ask", title, text));
+    return next(simulatedDesktop().editor.answers);
+}
+
+void tellInBox(WindowHandle window, const std::u16string& title, const std::u16string& text,
+               EditorBoxIcon icon) {
+    if (editorOf(window) != nullptr)
+        open(boxWords(icon == EditorBoxIcon::warning ? "warn" : "inform", title, text));
+}
+
+std::optional<std::u16string> pickFileToOpen(WindowHandle window, std::span<const FileFilter> filters,
+                                             const std::u16string& folder) {
+    if (editorOf(window) == nullptr)
+        return std::nullopt;
+    open(dialogWords("open", filters, folder));
+    return next(simulatedDesktop().editor.pickedFiles);
+}
+
+std::optional<std::u16string> pickFileToSave(WindowHandle window, std::span<const FileFilter> filters,
+                                             const std::u16string& folder, const std::u16string& name,
+                                             const std::u16string& extension) {
+    if (editorOf(window) == nullptr)
+        return std::nullopt;
+    open(dialogWords("save", filters, folder) + ", " + utf8FromUtf16(name) + ", " + utf8FromUtf16(extension));
+    return next(simulatedDesktop().editor.pickedFiles);
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/editor_window.h"
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The editor's window as the person at the machine has it. Boxes and file dialogs go to the journal, each
+/// with its answer taken from the queues here, or "no" and "cancel".
+class SimulatedEditor {
+public:
+    struct Control {
+        EditorControlKind kind = EditorControlKind::label;
+        std::u16string text;
+        std::vector<std::u16string> rows;
+        std::int32_t selection = -1;
+    };
+
+    bool isShown = false;
+    int restoreCount = 0;
+    bool hasInterfaceFont = false;
+    std::map<std::int32_t, Control> controls; // those with an id
+    std::deque<bool> answers;                 // to coming questions; true for yes
+    std::deque<std::optional<std::u16string>> pickedFiles;
+    std::function<void()> whileBoxWaits; // happens while the next box is open, once
+
+    // The person
+    void press(std::int32_t id) const { handlers.controlUsed(id, false); }
+    void type(std::int32_t id, const std::u16string& text) { controls.at(id).text = text; }
+    /// Clicks a row of a list.
+    void choose(std::int32_t id, std::int32_t row);
+    void closeWindow() const { handlers.closeRequested(); }
+
+    std::string text(std::int32_t id) const;
+    /// The rows joined by "|".
+    std::string rows(std::int32_t id) const;
+    std::int32_t selection(std::int32_t id) const { return controls.at(id).selection; }
+
+    // For the functions of the seam alone
+    EditorWindowHandlers handlers{};
+};

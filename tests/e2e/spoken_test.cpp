@@ -31,7 +31,8 @@ protected:
         s.writeFile("config.json", deviceSettings(true, false,
                                                   recogniser->setting("voiceDllPath") + ", \"voiceModel\": " +
                                                       jsonText(s.target->pathText(speech / "model")) + more));
-        s.startAll();
+        s.startProgram();
+        s.startRecorder(40); // leaves room for a grid of the screen's size
         recogniser->waitForCall("listening");
         placePointer(s.screen.eyes(), {900, 300});
         s.recording.mark();

@@ -1,12 +1,11 @@
 // Stands in for UI Automation as a COM server of the class CUIAutomation. What "automation_script.txt" beside
 // it may say:
 //
-//   root CLASS [controls]   the lines that follow, up to the next root, lie below windows of this class; with
-//                           "controls", the controls that the window shows come before them
+//   root CLASS         the elements that follow, up to the next root, lie below windows of this class
 //   element DEPTH NAME TYPE LEFT TOP RIGHT BOTTOM [enabled] [focusable] [offscreen]
-//                           in the order of the tree; the window itself has depth 0
-//   fail CALL [WHAT]        the call fails, with these arguments or with any; "fail create": no object
-//   hang CALL [WHAT]        the call takes as long as this line stands there
+//                      in the order of the tree; the window itself has depth 0
+//   fail CALL [WHAT]   the call fails, with these arguments or with any; "fail create": no object
+//   hang CALL [WHAT]   the call takes as long as this line stands there
 //
 // Every call but the reading of cached properties is noted in "automation_log.txt"; a call that the double
 // does not know as "unknown call". The last line of a search tells how many objects it has left behind.

@@ -27,8 +27,8 @@ Rect overlayWindowRect(WindowHandle window);
 void showOverlayWindow(WindowHandle window);
 void hideOverlayWindow(WindowHandle window);
 
-/// Moves the window's corner there, gives it the picture's size and makes the picture its whole content, in one
-/// step where the system can, so that neither the old picture is seen in the new place nor an empty one.
+/// Moves the window's corner there, gives it the picture's size and makes the picture its whole content, in
+/// one step where the system can, so that neither the old picture is seen in the new place nor an empty one.
 void presentPictureAt(WindowHandle window, Point corner, const Picture& picture);
 
 /// Draws `picture` and makes it the window's whole content, shown or hidden.

@@ -1,6 +1,7 @@
 #include "double_script.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <fstream>
 
@@ -19,7 +20,9 @@ std::vector<DoubleScript::Event> DoubleScript::lines() const {
     std::error_code isMissing;
     const auto time = std::filesystem::last_write_time(scriptFile, isMissing);
     const std::uintmax_t size = std::filesystem::file_size(scriptFile, isMissing);
-    if (!isMissing && time == readTime && size == readSize)
+    // Some systems tell the time to the second, so a fresh file may have changed without a trace.
+    const bool isSettled = std::filesystem::file_time_type::clock::now() - time > std::chrono::seconds(2);
+    if (!isMissing && isSettled && time == readTime && size == readSize)
         return read;
     readTime = time;
     readSize = size;

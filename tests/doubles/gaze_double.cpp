@@ -1,6 +1,7 @@
 // Stands in for the eye tracker's library. What "gaze_script.txt" beside it may say:
 //
 //   api_create fail, device_create fail, subscribe fail
+//   api_create hang    it takes as long as this line stands there
 //   url none           no tracker is there
 //   url ADDRESS        this one is, in place of one of the double's own choice; any number of them
 //   period MS          a sample, or the end of a fruitless wait, comes so often; 10 unless told
@@ -103,6 +104,8 @@ int wait(Device& device) {
 
 TOBII_NAME int tobii_api_create(void** api, const void* /*allocator*/, const void* /*log*/) {
     script().note("api_create");
+    while (script().says("api_create hang"))
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     if (outcome("api_create") != 0)
         return failed;
     *api = new Api;

@@ -32,7 +32,6 @@ struct Heard {
     int capturePresses = 0;
     Point motion; // sum of the capture's raw motion
     int ticks = 0;
-    std::vector<std::string> data; // "kind: bytes"
     int editorRequests = 0;
     int statusPages = 0;
     bool wasOnOwnerThread = true; // all of it

@@ -1,7 +1,6 @@
-// What the main window does on Windows alone: the status page, the tray and data from other processes.
+// What the main window does on Windows alone: the status page and the tray.
 
 #include "contract_test.h"
-#include "other_process.h"
 #include "platform/main_window.h"
 #include "platform/tray.h"
 
@@ -31,26 +30,19 @@ protected:
 };
 
 TEST_F(WindowsMainWindow, ClosingAndMinimisingHideIt) {
-    struct Command {
-        const char* name;
-        WPARAM code;
-    };
-    for (const Command& command : {Command{"close", SC_CLOSE}, Command{"minimise", SC_MINIMIZE}}) {
+    for (const WPARAM command : {SC_CLOSE, SC_MINIMIZE}) {
         ShowWindow(window, SW_RESTORE);
         EXPECT_TRUE(isShown());
-        PostMessageW(window, WM_SYSCOMMAND, command.code, 0);
-        EXPECT_TRUE(pumpUntil([this] { return !isShown(); })) << command.name;
+        PostMessageW(window, WM_SYSCOMMAND, command, 0);
+        EXPECT_TRUE(pumpUntil([this] { return !isShown(); })) << command;
         EXPECT_NE(IsWindow(window), 0);
     }
 }
 
-TEST_F(WindowsMainWindow, ItIsRepaintedWhenAsked) {
+TEST_F(WindowsMainWindow, ItIsRepaintedWhenAskedAndItsButtonAsksForTheEditor) {
     const int before = heard.statusPages;
     repaintMainWindow(mainWindow());
     EXPECT_TRUE(pumpUntil([&] { return heard.statusPages > before; }));
-}
-
-TEST_F(WindowsMainWindow, ItsButtonAsksForTheEditor) {
     const HWND button = FindWindowExW(window, nullptr, L"BUTTON", L"Edytor funkcji…");
     ASSERT_NE(button, nullptr);
     PostMessageW(button, BM_CLICK, 0, 0);
@@ -67,15 +59,7 @@ TEST_F(WindowsMainWindow, TheTrayShowsItAgain) {
     removeTrayIcon();
     showTrayBalloon(u"Rotika", u"lost", BalloonIcon::info); // without an icon nothing happens
     EXPECT_TRUE(heard.byMain.empty()) << "the tray's message is the platform's own";
-}
-
-TEST_F(WindowsMainWindow, DataFromAnotherProcessIsAnswered) {
-    const OtherProcess accepted({"send-data", "1", "path"});
-    EXPECT_TRUE(accepted.tells("answer 1"));
-    const OtherProcess refused({"send-data", "2", "x"});
-    EXPECT_TRUE(refused.tells("answer 0"));
-    EXPECT_EQ(heard.data, (std::vector<std::string>{"1: path", "2: x"}));
-    EXPECT_EQ(SendMessageW(window, WM_COPYDATA, 0, 0), 0);
+    EXPECT_EQ(SendMessageW(window, WM_COPYDATA, 0, 0), 0) << "data that are none";
 }
 
 } // namespace

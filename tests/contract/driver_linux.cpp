@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <set>
 #include <string>
 
@@ -28,11 +29,9 @@ XDevice* openDevice(const char* name) {
     int count = 0;
     XDeviceInfo* const devices = XListInputDevices(personsDisplay(), &count);
     XDevice* device = nullptr;
-    for (int i = 0; i < count && device == nullptr; ++i) {
-        if (std::strcmp(devices[i].name, name) == 0) {
+    for (int i = 0; i < count && device == nullptr; ++i)
+        if (std::strcmp(devices[i].name, name) == 0)
             device = XOpenDevice(personsDisplay(), devices[i].id);
-        }
-    }
     XFreeDeviceList(devices);
     if (device == nullptr) {
         std::abort(); // no Xvfb
@@ -72,28 +71,11 @@ unsigned xButtonOf(std::uint32_t button) {
 // The recorder
 
 std::string nameOfKey(KeySym symbol) {
-    if (symbol >= XK_a && symbol <= XK_z) {
+    if (symbol >= XK_a && symbol <= XK_z)
         return std::to_string(symbol - XK_a + 'A');
-    }
-    if (symbol >= XK_0 && symbol <= XK_9) {
+    if (symbol >= XK_0 && symbol <= XK_9)
         return std::to_string(symbol - XK_0 + '0');
-    }
-    switch (symbol) {
-    case XK_F5:
-        return "116";
-    case XK_space:
-        return "32";
-    case XK_Return:
-        return "13";
-    case XK_Shift_L:
-        return "16";
-    case XK_Right:
-        return "39";
-    case XK_Delete:
-        return "46";
-    default:
-        return "of keysym " + std::to_string(symbol);
-    }
+    return symbol == XK_Right ? "39" : "of keysym " + std::to_string(symbol);
 }
 
 void tellKey(XKeyEvent& event, bool down) {
@@ -101,33 +83,17 @@ void tellKey(XKeyEvent& event, bool down) {
     if (down && !keysDown.insert(event.keycode).second) {
         return; // auto-repeat
     }
-    if (!down) {
+    if (!down)
         keysDown.erase(event.keycode);
-    }
     tellLine("key " + nameOfKey(XLookupKeysym(&event, 0)) + (down ? " down" : " up"));
 }
 
 void tellButton(unsigned xButton, bool down) {
-    const char* const motion = down ? " down" : " up";
-    switch (xButton) {
-    case 1:
-        tellLine(std::string("button 0") + motion);
-        break;
-    case 2:
-        tellLine(std::string("button 2") + motion);
-        break;
-    case 3:
-        tellLine(std::string("button 1") + motion);
-        break;
-    case 8:
-    case 9:
-        tellLine("button " + std::to_string(xButton - 5) + motion);
-        break;
-    default:
-        if (down) {
-            tellLine("scroll");
-        }
-    }
+    const std::map<unsigned, std::string> names{{1, "button 0"}, {2, "button 2"}, {3, "button 1"}};
+    if (const auto named = names.find(xButton); named != names.end())
+        tellLine(named->second + (down ? " down" : " up"));
+    else if (down)
+        tellLine("scroll");
 }
 
 void tellEvent(XEvent& event) {
@@ -227,8 +193,4 @@ void playRecorder(const Rect& place) {
         XNextEvent(display, &event);
         tellEvent(event);
     }
-}
-
-bool playPlatformRole(const std::vector<std::string>&) {
-    return false;
 }

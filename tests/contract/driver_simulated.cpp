@@ -10,15 +10,13 @@ namespace {
 /// The desktop speaks of named buttons, tells motion, and knows which presses were injected.
 std::string plainEvent(std::string event) {
     const std::string injected = "injected ";
-    if (event.starts_with(injected)) {
+    if (event.starts_with(injected))
         event.erase(0, injected.size());
-    }
     constexpr std::array<const char*, 5> names{"left", "right", "middle", "side 1", "side 2"};
     for (std::size_t i = 0; i < names.size(); ++i) {
         const std::string name = names[i];
-        if (event.starts_with(name + " ")) {
+        if (event.starts_with(name + " "))
             return "button " + std::to_string(i) + event.substr(name.size());
-        }
     }
     return event == "wheel" ? "scroll" : event;
 }
@@ -40,11 +38,9 @@ public:
     std::vector<std::string> events() const override {
         std::vector<std::string> all;
         const std::vector<std::string>& mouse = simulatedDesktop().seenByPrograms;
-        for (std::size_t i = firstMouseEvent; i < mouse.size(); ++i) {
-            if (mouse[i] != "motion") {
+        for (std::size_t i = firstMouseEvent; i < mouse.size(); ++i)
+            if (mouse[i] != "motion")
                 all.push_back(plainEvent(mouse[i]));
-            }
-        }
         const std::vector<std::string> keys = keyEvents();
         all.insert(all.end(), keys.begin() + static_cast<std::ptrdiff_t>(firstKeyEvent), keys.end());
         return all;
@@ -55,13 +51,11 @@ private:
         std::vector<std::string> keys;
         for (std::string entry : simulatedDesktop().journalOf({JournalKind::input})) {
             for (const std::string& detail : {std::string("extended "), std::string(" and left")}) {
-                if (const std::size_t at = entry.find(detail); at != std::string::npos) {
+                if (const std::size_t at = entry.find(detail); at != std::string::npos)
                     entry.erase(at, detail.size());
-                }
             }
-            if (entry.starts_with("key ")) {
+            if (entry.starts_with("key "))
                 keys.push_back(entry);
-            }
         }
         return keys;
     }
@@ -88,9 +82,8 @@ bool pumpUntil(const std::function<bool()>& condition) {
     constexpr int limitMs = 10'000;
     for (int i = 0; i < limitMs; ++i) {
         simulatedDesktop().settle();
-        if (condition()) {
+        if (condition())
             return true;
-        }
         simulatedDesktop().advanceBy(1);
     }
     return condition();

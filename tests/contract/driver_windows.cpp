@@ -56,9 +56,8 @@ void tellButton(std::size_t button, bool down) {
 
 void tellKey(WPARAM virtualKey, LPARAM details, bool down) {
     constexpr LPARAM wasDownBefore = 1 << 30;
-    if (down && (details & wasDownBefore) != 0) {
+    if (down && (details & wasDownBefore) != 0)
         return;
-    }
     tellLine("key " + std::to_string(virtualKey) + (down ? " down" : " up"));
 }
 
@@ -76,10 +75,6 @@ LRESULT CALLBACK recorderProcedure(HWND window, UINT message, WPARAM wParam, LPA
     case WM_MBUTTONUP:
         tellButton(2, message == WM_MBUTTONDOWN);
         return 0;
-    case WM_XBUTTONDOWN:
-    case WM_XBUTTONUP:
-        tellButton(HIWORD(wParam) == XBUTTON1 ? 3 : 4, message == WM_XBUTTONDOWN);
-        return TRUE;
     case WM_MOUSEWHEEL:
         tellLine("scroll");
         return 0;
@@ -106,12 +101,10 @@ bool pumpUntil(const std::function<bool()>& condition) {
     const ULONGLONG startedAt = GetTickCount64();
     while (true) {
         handleMessages();
-        if (condition()) {
+        if (condition())
             return true;
-        }
-        if (GetTickCount64() - startedAt > limitMs) {
+        if (GetTickCount64() - startedAt > limitMs)
             return false;
-        }
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 5, QS_ALLINPUT);
     }
 }
@@ -166,17 +159,4 @@ void playRecorder(const Rect& place) {
         handleMessages();
         MsgWaitForMultipleObjects(0, nullptr, FALSE, INFINITE, QS_ALLINPUT);
     }
-}
-
-bool playPlatformRole(const std::vector<std::string>& role) {
-    if (role.at(0) != "send-data") {
-        return false;
-    }
-    std::string text = role.at(2);
-    COPYDATASTRUCT data{static_cast<ULONG_PTR>(std::stoull(role.at(1))), static_cast<DWORD>(text.size()),
-                        text.data()};
-    const HWND engine = FindWindowW(L"RadialOverlayMain", L"Rotika");
-    const LRESULT answer = SendMessageW(engine, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data));
-    tellLine("answer " + std::to_string(answer));
-    return true;
 }

@@ -5,10 +5,7 @@
 #include "platform/hot_key.h"
 #include "platform/injection.h"
 #include "platform/main_window.h"
-#include "platform/overlay_window.h"
 #include "platform/platform.h"
-#include "platform/pointer.h"
-#include "platform/pointer_capture.h"
 
 #include <gtest/gtest.h>
 
@@ -29,14 +26,8 @@ void endWithStarter() {
     }).detach();
 }
 
-[[noreturn]] void handleMessagesForEver() {
-    while (true) {
-        pumpUntil([] { return false; });
-    }
-}
-
-WindowHandle makeMainWindow() {
-    return createMainWindow({
+void takeHotKey(std::uint16_t virtualKey) {
+    const WindowHandle window = createMainWindow({
         .hotKeyPressed = [](int) noexcept {},
         .messageArrived = [](std::uint32_t, std::uintptr_t, std::intptr_t) noexcept {},
         .dataArrived = [](std::uintptr_t, const void*, std::size_t) noexcept { return false; },
@@ -44,10 +35,7 @@ WindowHandle makeMainWindow() {
         .editorRequested = []() noexcept {},
         .destroyed = []() noexcept {},
     });
-}
-
-void takeHotKey(std::uint16_t virtualKey) {
-    tellLine(registerHotKey(makeMainWindow(), 1, virtualKey) ? "ready" : "refused");
+    tellLine(registerHotKey(window, 1, virtualKey) ? "ready" : "refused");
 }
 
 /// A click and a timed hold under way, and a key that a function leaves down on purpose.
@@ -58,17 +46,6 @@ void holdInput() {
     injectKey(0x43, false, InputMotion::downUntilReleased);
     injectKey(0x43, false, InputMotion::up);
     injectKey(0x42, false, InputMotion::downAndLeft);
-    tellLine("ready");
-}
-
-void captureMouse() {
-    const WindowHandle wheel = createOverlayWindow(OverlayKind::wheel, 100, 100, {});
-    beginPointerCapture(wheel, cursorPosition(),
-                        {
-                            .isSwallowing = []() noexcept { return true; },
-                            .leftPressed = []() noexcept { tellLine("pressed"); },
-                            .moved = [](std::int32_t, std::int32_t) noexcept {},
-                        });
     tellLine("ready");
 }
 
@@ -85,10 +62,9 @@ public:
     WindowHandle window() const override {
         const std::string intro = "window ";
         for (const std::string& line : process.lines()) {
-            if (line.starts_with(intro)) {
+            if (line.starts_with(intro))
                 return reinterpret_cast<WindowHandle>(
                     static_cast<std::uintptr_t>(std::stoull(line.substr(intro.size()))));
-            }
         }
         return nullptr;
     }
@@ -144,23 +120,16 @@ int playRole(const std::vector<std::string>& role) {
     endWithStarter();
     const std::string& name = role.at(0);
     const auto number = [&](std::size_t i) { return std::stoi(role.at(i)); };
-    if (name == "recorder") {
+    if (name == "recorder")
         playRecorder({number(1), number(2), number(3), number(4)});
-    }
-    if (playPlatformRole(role)) {
-        handleMessagesForEver();
-    }
-    if (!openPlatform()) {
+    if (!openPlatform())
         return 1;
-    }
-    if (name == "hot-key") {
+    if (name == "hot-key")
         takeHotKey(static_cast<std::uint16_t>(number(1)));
-    } else if (name == "hold-input") {
+    else
         holdInput();
-    } else if (name == "capture") {
-        captureMouse();
-    }
-    handleMessagesForEver();
+    while (true)
+        pumpUntil([] { return false; });
 }
 
 std::unique_ptr<Recorder> openRecorder(const Rect& place) {

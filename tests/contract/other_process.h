@@ -37,6 +37,3 @@ void tellLine(const std::string& line);
 /// Shows the recorder's window, tells "window N", then "keyboard" whenever it gets the keyboard, and each
 /// event. Never returns. Once per platform.
 [[noreturn]] void playRecorder(const Rect& place);
-
-/// A role that one platform alone has; false if it is none of its.
-bool playPlatformRole(const std::vector<std::string>& role);

@@ -28,9 +28,8 @@ TEST_F(FilesContract, AFileIsReplacedAsAWhole) {
     EXPECT_EQ(readFileBytes(path), std::nullopt);
 
     std::string everyByte(1 << 20, '\0');
-    for (std::size_t i = 0; i < everyByte.size(); ++i) {
+    for (std::size_t i = 0; i < everyByte.size(); ++i)
         everyByte[i] = static_cast<char>(i * 31);
-    }
     for (const std::string& bytes :
          {std::string("first\r\n\x1a after"), everyByte, std::string("short"), std::string()}) {
         ASSERT_TRUE(replaceFileBytes(path, bytes));
@@ -61,9 +60,8 @@ TEST_F(FilesContract, AReaderSeesTheOldContentOrTheNew) {
     static std::atomic<bool> ended;
     ended = false;
     startDetachedThread([path, first, second] {
-        for (int i = 0; i < 50; ++i) {
+        for (int i = 0; i < 50; ++i)
             replaceFileBytes(path, i % 2 == 0 ? second : first);
-        }
         ended = true;
     });
     int cut = 0;

@@ -17,9 +17,8 @@ using ListeningClock = std::chrono::steady_clock;
 inline bool listenUntil(Microphone& microphone, const std::function<bool()>& condition) {
     const auto deadline = ListeningClock::now() + std::chrono::seconds(20);
     while (!condition()) {
-        if (ListeningClock::now() > deadline) {
+        if (ListeningClock::now() > deadline)
             return false;
-        }
         waitForSound(microphone, 250);
     }
     return true;

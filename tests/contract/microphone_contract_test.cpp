@@ -15,9 +15,8 @@ bool hasCome(const Microphone& microphone, std::initializer_list<unsigned> indic
 
 std::vector<std::string> copies(const Microphone& microphone) {
     std::vector<std::string> sound;
-    for (const unsigned i : all) {
+    for (const unsigned i : all)
         sound.emplace_back(recordedSound(microphone, i).value_or(""));
-    }
     return sound;
 }
 
@@ -61,9 +60,8 @@ TEST(MicrophoneContract, OnlyBuffersHandedOutAreFilled) {
     ASSERT_TRUE(listenUntil(*microphone, [&] { return hasCome(*microphone, all); }));
     const std::vector<std::string> first = copies(*microphone);
     const auto listenForASecond = [&] {
-        for (int i = 0; i < 4; ++i) {
+        for (int i = 0; i < 4; ++i)
             waitForSound(*microphone, 250);
-        }
     };
     listenForASecond();
     EXPECT_TRUE(copies(*microphone) == first) << "a buffer that is being read was written to";
@@ -76,9 +74,8 @@ TEST(MicrophoneContract, OnlyBuffersHandedOutAreFilled) {
     const std::vector<std::string> second = copies(*microphone);
     EXPECT_TRUE(second[1] == first[1] && second[3] == first[3]);
 
-    for (const unsigned i : all) {
+    for (const unsigned i : all)
         requeueSoundBuffer(*microphone, i);
-    }
     EXPECT_TRUE(listenUntil(*microphone, [&] { return hasCome(*microphone, all); }));
 }
 

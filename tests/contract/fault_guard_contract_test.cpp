@@ -15,23 +15,18 @@ void throwOut(void*) {
 /// Whether `body` is survived, and its fault told, so many times.
 bool isSurvived(void (*body)(void*), int times) {
     int survived = 0;
-    for (int i = 0; i < times; ++i) {
+    for (int i = 0; i < times; ++i)
         survived += runGuarded(body, nullptr) ? 0 : 1;
-    }
     return survived == times;
 }
 
 TEST(FaultGuardContract, EveryKindOfFaultIsSurvivedAThousandTimes) {
-    struct Case {
-        const char* name;
-        void (*body)(void*);
-    };
-    for (const auto& [name, body] :
-         {Case{"a write to nowhere", writeToNowhere}, Case{"a jump to nowhere", jumpToNowhere},
-          Case{"a division by zero", divideByZero}, Case{"an illegal instruction", runIllegalInstruction},
-          Case{"a stack overflow", useUpStack}, Case{"an exception", throwOut}}) {
-        EXPECT_TRUE(isSurvived(body, 1000)) << name;
-    }
+    EXPECT_TRUE(isSurvived(writeToNowhere, 1000));
+    EXPECT_TRUE(isSurvived(jumpToNowhere, 1000));
+    EXPECT_TRUE(isSurvived(divideByZero, 1000));
+    EXPECT_TRUE(isSurvived(runIllegalInstruction, 1000));
+    EXPECT_TRUE(isSurvived(useUpStack, 1000));
+    EXPECT_TRUE(isSurvived(throwOut, 1000));
 }
 
 TEST(FaultGuardContract, ABodyThatReturnsHasDoneItsWork) {
@@ -50,20 +45,13 @@ TEST(FaultGuardContract, ABodyThatReturnsHasDoneItsWork) {
 
 /// The inner guard takes the inner fault alone, and leaves the outer one in force.
 TEST(FaultGuardContract, GuardsNest) {
-    struct Outcome {
-        bool innerReturned = false;
-        bool innerFaulted = false;
-    } outcome;
     EXPECT_FALSE(runGuarded(
-        [](void* context) {
-            auto& seen = *static_cast<Outcome*>(context);
-            seen.innerFaulted = !runGuarded(useUpStack, nullptr);
-            seen.innerReturned = runGuarded([](void*) {}, nullptr);
+        [](void*) {
+            EXPECT_FALSE(runGuarded(useUpStack, nullptr));
+            EXPECT_TRUE(runGuarded([](void*) {}, nullptr));
             writeToNowhere(nullptr);
         },
-        &outcome));
-    EXPECT_TRUE(outcome.innerFaulted);
-    EXPECT_TRUE(outcome.innerReturned);
+        nullptr));
 }
 
 TEST(FaultGuardContract, ThreadsFaultSideBySide) {

@@ -46,17 +46,15 @@ TEST_F(LibraryContract, WhatIsNoLibraryIsRefused) {
         write(whole.substr(0, whole.size() * static_cast<std::size_t>(percent) / 100));
     }
     for (const std::u16string& name : refused) {
-        for (const LibrarySearch search : {LibrarySearch::besideItself, LibrarySearch::asSystemDoes}) {
+        for (const LibrarySearch search : {LibrarySearch::besideItself, LibrarySearch::asSystemDoes})
             EXPECT_EQ(loadLibrary(name, search), nullptr) << utf8FromUtf16(name);
-        }
     }
 }
 
 TEST_F(LibraryContract, FoldersAreListed) {
     const std::filesystem::path folder = temporaryFolder();
-    for (const char16_t* const name : {u"Zażółć", u".hidden", u"a b"}) {
+    for (const char16_t* const name : {u"Zażółć", u".hidden", u"a b"})
         std::filesystem::create_directory(folder / name);
-    }
     ASSERT_TRUE(replaceFileBytes((folder / u"file").u16string(), "text"));
     std::vector<std::u16string> names = foldersIn(folder.u16string());
     std::ranges::sort(names);

@@ -29,9 +29,8 @@ private:
             rest.append(bytes, count);
             for (std::size_t end = rest.find('\n'); end != std::string::npos; end = rest.find('\n')) {
                 std::string line = rest.substr(0, end);
-                if (line.ends_with('\r')) {
+                if (line.ends_with('\r'))
                     line.pop_back();
-                }
                 rest.erase(0, end + 1);
                 const std::lock_guard hold(lock);
                 complete.push_back(std::move(line));

@@ -58,9 +58,8 @@ TEST(LinuxFaultGuard, ThreadsLeaveNoStackOfTheHandlersBehind) {
     const auto faultInThread = [] { std::thread([] { runGuarded(writeToNowhere, nullptr); }).join(); };
     faultInThread();
     const long before = mappedPages();
-    for (int i = 0; i < 500; ++i) {
+    for (int i = 0; i < 500; ++i)
         faultInThread();
-    }
     EXPECT_LT(mappedPages() - before, 100L * 16) << "a handler's stack has 16 pages";
 }
 

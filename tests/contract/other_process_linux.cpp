@@ -26,17 +26,15 @@ struct OtherProcess::State {
 OtherProcess::OtherProcess(const std::vector<std::string>& role) : state(std::make_unique<State>()) {
     int toIt[2] = {-1, -1};
     int fromIt[2] = {-1, -1};
-    if (pipe2(toIt, O_CLOEXEC) != 0 || pipe2(fromIt, O_CLOEXEC) != 0) {
+    if (pipe2(toIt, O_CLOEXEC) != 0 || pipe2(fromIt, O_CLOEXEC) != 0)
         return;
-    }
     state->input = toIt[1];
     state->output = fromIt[0];
     std::vector<std::string> words{"/proc/self/exe", "--role"};
     words.insert(words.end(), role.begin(), role.end());
     std::vector<char*> arguments;
-    for (std::string& word : words) {
+    for (std::string& word : words)
         arguments.push_back(word.data());
-    }
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);

@@ -16,9 +16,8 @@ std::wstring commandLine(const std::vector<std::string>& role) {
     wchar_t self[MAX_PATH]{};
     GetModuleFileNameW(nullptr, self, MAX_PATH);
     std::wstring line = L"\"" + std::wstring(self) + L"\" --role";
-    for (const std::string& word : role) {
+    for (const std::string& word : role)
         line += L" " + std::wstring(word.begin(), word.end());
-    }
     return line;
 }
 

@@ -43,16 +43,6 @@ TEST_F(WindowContract, ALayerLiesWhereItIsPlaced) {
     }
 }
 
-TEST_F(WindowContract, ALayerLeavesTheFocusAlone) {
-    const auto recorder = openRecorder(recorderPlace);
-    showLayer(wheelWindow());
-    showLayer(gridWindow());
-    injectKey(0x41, false, InputMotion::downUntilReleased);
-    injectKey(0x41, false, InputMotion::up);
-    EXPECT_TRUE(pumpUntil([&] { return contains(recorder->events(), "key 65 up"); }));
-    EXPECT_EQ(foregroundWindow(), recorder->window());
-}
-
 TEST_F(WindowContract, TheWheelStopsAPressAndTheGridLetsItThrough) {
     const auto recorder = openRecorder(recorderPlace);
     setCursorPosition(overLayer);

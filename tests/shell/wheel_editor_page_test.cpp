@@ -86,11 +86,8 @@ protected:
 
     QTreeWidget* tree() const { return page->findChild<QTreeWidget*>(); }
     QListWidget* steps() const { return labelled<QListWidget>("Czynności (kroki sekwencji)"); }
-    QString fileText() const {
-        return find<QLabel>([&](const QLabel& label) {
-                   return label.text().startsWith(file) || label.text() == "(nie wczytano pliku)";
-               })
-            ->text();
+    bool showsFile(const QString& text) const {
+        return find<QLabel>([&](const QLabel& label) { return label.text() == text; }) != nullptr;
     }
 
     QStringList treeLines() const {
@@ -138,42 +135,25 @@ protected:
     std::unique_ptr<WheelEditorPage> page;
 };
 
-TEST_F(WheelEditorPageTest, DoesNothingWithoutAFile) {
+TEST_F(WheelEditorPageTest, DoesNothingWithoutAFileAndOpensOneOnItsFirstFunction) {
     page = std::make_unique<WheelEditorPage>();
     for (const char* button : {"Zapisz", "Zapisz jako…", "Aktywuj", "+ koło", "+ funkcja", "Usuń"})
         press(button);
-    EXPECT_EQ(fileText(), "(nie wczytano pliku)");
+    EXPECT_TRUE(showsFile("(nie wczytano pliku)"));
     EXPECT_TRUE(treeLines().isEmpty());
     EXPECT_TRUE(fakeOverlay.activated.empty());
-}
 
-TEST_F(WheelEditorPageTest, OpensAFileOnItsFirstFunctionAndRemembersIt) {
     open();
     EXPECT_EQ(treeLines(), QStringList({"Gra", "- Skok", "- (bez nazwy)", "(koło bez nazwy)"}));
     EXPECT_EQ(labelled<QLineEdit>("Nazwa")->text(), "Skok");
     EXPECT_EQ(labelled<QLineEdit>("Fraza głosowa")->text(), "skok");
     EXPECT_EQ(stepLines(), QStringList({"klik:  space"}));
-    EXPECT_EQ(fileText(), file);
+    EXPECT_TRUE(showsFile(file));
+    EXPECT_EQ(boxAfter("Aktywuj", QMessageBox::Ok),
+              "Edytor kół: Silnik nie przyjął konfiguracji — sprawdź, czy plik zawiera koła z funkcjami.");
 
-    WheelEditorPage second;
+    WheelEditorPage second; // the file is remembered
     EXPECT_EQ(second.findChild<QTreeWidget*>()->topLevelItemCount(), 2);
-}
-
-TEST_F(WheelEditorPageTest, KeepsTheOpenFileWhenAnotherCannotBeRead) {
-    open();
-    QFile broken(folder.filePath("zły.json"));
-    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
-    broken.write("{");
-    broken.close();
-    QString text;
-    onNextDialog<QMessageBox>([&](QMessageBox& box) {
-        text = box.windowTitle() + ": " + box.text();
-        box.accept();
-    });
-    page->loadFile(broken.fileName());
-    EXPECT_TRUE(text.startsWith("Edytor kół: Błąd JSON: ")) << text.toStdString();
-    EXPECT_EQ(treeLines().first(), "Gra");
-    EXPECT_EQ(uiSettings().value(lastWheelFileKey).toString(), file);
 }
 
 TEST_F(WheelEditorPageTest, TypingChangesTheLineAndKeepsTheSelection) {
@@ -184,23 +164,15 @@ TEST_F(WheelEditorPageTest, TypingChangesTheLineAndKeepsTheSelection) {
     name->selectAll();
     QTest::keyClicks(name, "Uskok");
     EXPECT_EQ(treeLines()[1], "- Uskok");
-    EXPECT_EQ(fileText(), file + " *");
+    EXPECT_TRUE(showsFile(file + " *"));
     name->selectAll();
     QTest::keyClick(name, Qt::Key_Delete);
     EXPECT_EQ(treeLines()[1], "- (bez nazwy)");
     EXPECT_EQ(tree()->currentItem(), before);
     press("Zapisz");
-    EXPECT_EQ(fileText(), file);
+    EXPECT_TRUE(showsFile(file));
     // The spin box shows 2000 of the file's 5000, and any edit of the function makes it so.
     EXPECT_EQ(saved().wheels[0].actions[0].delay, 2000);
-}
-
-TEST_F(WheelEditorPageTest, AWheelsLineTurnsTheFormOff) {
-    open();
-    select(1, -1);
-    EXPECT_FALSE(labelled<QLineEdit>("Nazwa")->isEnabled());
-    EXPECT_EQ(labelled<QLineEdit>("Nazwa")->text(), "");
-    EXPECT_EQ(steps()->count(), 0);
 }
 
 TEST_F(WheelEditorPageTest, BuildsASequenceOfSteps) {
@@ -209,15 +181,12 @@ TEST_F(WheelEditorPageTest, BuildsASequenceOfSteps) {
     EXPECT_EQ(stepLines(), QStringList({"klik:  a", "klik:  b", "klik:  c"}));
     fillStep("klik", "  lmb ", 500);
     press("Dodaj krok");
-    EXPECT_EQ(stepLines().last(), "klik ×100:  lmb");
     fillStep("klik", "  ", 1);
     press("Dodaj krok"); // nothing to add
     EXPECT_EQ(steps()->count(), 4);
 
-    press("▲");
-    press("▲");
-    press("▲");
-    press("▲"); // already first
+    for (int i = 0; i < 4; ++i)
+        press("▲"); // at last it is the first already
     EXPECT_EQ(stepLines(), QStringList({"klik ×100:  lmb", "klik:  a", "klik:  b", "klik:  c"}));
     EXPECT_EQ(steps()->currentRow(), 0);
 
@@ -235,20 +204,16 @@ TEST_F(WheelEditorPageTest, BuildsASequenceOfSteps) {
     press("Usuń krok");
     EXPECT_EQ(stepLines(), QStringList({"klik ×100:  lmb", "klik:  b", "przytrzymaj (bez puszczania):  shift",
                                         "puść:  shift", "otwórz:  https://a"}));
+    steps()->setCurrentRow(0); // comes back into the form
+    EXPECT_EQ(named<QComboBox>("Klawisz lub przycisk myszy")->currentText(), "lmb");
+    EXPECT_EQ(named<QSpinBox>("Liczba kliknięć albo czas w milisekundach")->value(), 100);
+    steps()->setCurrentRow(4);
+    EXPECT_EQ(named<QLineEdit>("Adres lub program do otwarcia")->text(), "https://a");
     press("Zapisz");
     EXPECT_EQ(saved().wheels[0].actions[1].steps.size(), 5);
-}
-
-TEST_F(WheelEditorPageTest, ASelectedStepComesBackIntoTheForm) {
-    write(R"({"actions":[{"steps":[{"open":"https://a"},{"key":"dziwny","action":"hold","value":9}]}]})");
-    open();
-    steps()->setCurrentRow(0);
-    EXPECT_EQ(named<QComboBox>("Rodzaj kroku")->currentText(), "otwórz");
-    EXPECT_EQ(named<QLineEdit>("Adres lub program do otwarcia")->text(), "https://a");
-    steps()->setCurrentRow(1);
-    EXPECT_EQ(named<QComboBox>("Klawisz lub przycisk myszy")->currentText(), "dziwny");
-    EXPECT_EQ(named<QSpinBox>("Liczba kliknięć albo czas w milisekundach")->value(), 9);
-    EXPECT_EQ(fileText(), file);
+    select(0, -1); // a wheel's line turns the form off
+    EXPECT_FALSE(labelled<QLineEdit>("Nazwa")->isEnabled());
+    EXPECT_EQ(steps()->count(), 0);
 }
 
 TEST_F(WheelEditorPageTest, AddsAndRemovesWheelsAndFunctions) {
@@ -289,7 +254,7 @@ TEST_F(WheelEditorPageTest, ChoosesColoursAndGoesBackToTheDefault) {
     press("domyślny");
     onNextDialog<QColorDialog>([](QColorDialog& dialog) { dialog.reject(); });
     press("#102030");
-    EXPECT_EQ(fileText(), file + " *");
+    EXPECT_TRUE(showsFile(file + " *"));
     press("Zapisz");
     EXPECT_FALSE(saved().wheels[0].actions[0].color.isValid());
 }
@@ -318,35 +283,13 @@ TEST_F(WheelEditorPageTest, OffersTheIconsBesideTheFile) {
     EXPECT_EQ(saved().wheels[0].actions[0].icon, "");
 }
 
-TEST_F(WheelEditorPageTest, HandsASavedFileToTheEngine) {
-    open();
-    fakeOverlay.acceptsActivation = true;
-    press("+ funkcja");
-    press("Aktywuj");
-    EXPECT_EQ(fakeOverlay.activated, std::vector<std::wstring>{file.toStdWString()});
-    EXPECT_EQ(saved().wheels[0].actions.size(), 3);
-    fakeOverlay.acceptsActivation = false;
-    EXPECT_EQ(boxAfter("Aktywuj", QMessageBox::Ok),
-              "Edytor kół: Silnik nie przyjął konfiguracji — sprawdź, czy plik zawiera koła z funkcjami.");
-}
-
-TEST_F(WheelEditorPageTest, DoesNotActivateWhatItCouldNotSave) {
-    open();
-    press("+ funkcja");
-    ASSERT_TRUE(QFile::remove(file));
-    ASSERT_TRUE(QDir().mkdir(file)); // a folder cannot be replaced by a file
-    EXPECT_EQ(boxAfter("Aktywuj", QMessageBox::Ok), "Edytor kół: Nie można zapisać pliku " + file);
-    EXPECT_TRUE(fakeOverlay.activated.empty());
-    EXPECT_EQ(fileText(), file + " *");
-}
-
 TEST_F(WheelEditorPageTest, TellsWhereTheVersionOfAnotherProgramIsKept) {
     open();
     press("+ funkcja");
     write(R"({"actions":[{"name":"obca"}]})");
     press("Zapisz"); // saves, and the box waits for nobody
     EXPECT_EQ(saved().wheels[0].actions.size(), 3);
-    EXPECT_EQ(fileText(), file);
+    EXPECT_TRUE(showsFile(file));
     const auto* box = page->findChild<QMessageBox*>();
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->text(),

@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QSettings>
 #include <QThread>
 
 namespace {
@@ -29,25 +28,8 @@ ProbeHome::ProbeHome() {
     QFile::setPermissions(runtimeFolder(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     const QDir from(QCoreApplication::applicationDirPath());
     QFile::copy(from.filePath(probeName()), root.filePath("program/" + probeName()));
-    for (const char* theme : {"fluent", "neon", "pro"}) {
-        const QString sheet = QString("themes/%1.qss").arg(theme);
-        QFile::copy(from.filePath(sheet), root.filePath("program/" + sheet));
-    }
+    QFile::copy(from.filePath("themes/fluent.qss"), root.filePath("program/themes/fluent.qss"));
     QFile::copy(from.filePath("rotika.ico"), root.filePath("program/rotika.ico"));
-}
-
-ProbeHome::~ProbeHome() {
-#ifdef _WIN32
-    QSettings("Rotika", "UI").remove("theme");
-#endif
-}
-
-void ProbeHome::saveTheme(const QString& id) {
-#ifdef _WIN32
-    QSettings("Rotika", "UI").setValue("theme", id);
-#else
-    QSettings(folder.filePath("config/Rotika/UI.conf"), QSettings::IniFormat).setValue("theme", id);
-#endif
 }
 
 std::unique_ptr<QProcess> ProbeHome::start(const QStringList& extra) {
@@ -80,10 +62,10 @@ QStringList ProbeHome::log() const {
     return QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
 }
 
-bool ProbeHome::waitForLine(const QString& line, qsizetype count) const {
+bool ProbeHome::waitForLine(const QString& line) const {
     QElapsedTimer elapsed;
     elapsed.start();
-    while (log().count(line) < count) {
+    while (!log().contains(line)) {
         if (elapsed.elapsed() > limitMs)
             return false;
         QThread::msleep(5);

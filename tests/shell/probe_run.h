@@ -5,27 +5,23 @@
 #include <QTemporaryDir>
 #include <memory>
 
-/// A private home for runs of the start-up probe: its program folder with the theme sheets, its settings, its
-/// run-time folder and its record.
+/// A private home for runs of the start-up probe: its program folder, its settings, its run-time folder and
+/// its record.
 class ProbeHome {
 public:
     ProbeHome();
-    ~ProbeHome();
 
     QString programFolder() const { return folder.filePath("program"); }
     QString runtimeFolder() const { return folder.filePath("run"); }
     QString temporaryFolder() const { return folder.filePath("tmp"); }
-
-    /// What the settings hold under "theme" when the program starts.
-    void saveTheme(const QString& id);
 
     /// A further run. `extra` sets variables of its environment; a name without "=" is removed from it.
     std::unique_ptr<QProcess> start(const QStringList& extra = {});
 
     QStringList log() const;
 
-    /// Until the record holds the line `count` times; false after a generous limit.
-    bool waitForLine(const QString& line, qsizetype count = 1) const;
+    /// Until the record holds the line; false after a generous limit.
+    bool waitForLine(const QString& line) const;
 
 private:
     QTemporaryDir folder;

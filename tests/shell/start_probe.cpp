@@ -4,7 +4,6 @@
 #include "fake_overlay.h"
 #include "licence/licence_check.h"
 #include "probe_log.h"
-#include "shell/themes.h"
 #include "shell/update_library.h"
 
 #include <QApplication>
@@ -59,14 +58,12 @@ class StubbornWindow : public QWidget {
 void onEngineStart() {
     engineStarted = true;
     const bool inOwnFolder = QDir::current() == QDir(QCoreApplication::applicationDirPath());
-    probeLog("engine start, theme " + currentThemeId().toStdString() + ", sheet of " +
-             std::to_string(qApp->styleSheet().toUtf8().size()) + ", icon " +
-             (QApplication::windowIcon().availableSizes().isEmpty() ? "empty" : "there") + ", folder " +
-             (inOwnFolder ? "own" : "other") + ", window " + (findMainWindow() == nullptr ? "no" : "yes"));
-    if (probeAsked("ROTIKA_PROBE_STUBBORN")) {
-        // Nobody owns it: it goes with the process.
-        (new StubbornWindow)->show();
-    }
+    probeLog(std::string("engine start, theme ") + (qApp->styleSheet().isEmpty() ? "missing" : "there") +
+             ", icon " + (QApplication::windowIcon().availableSizes().isEmpty() ? "empty" : "there") +
+             ", folder " + (inOwnFolder ? "own" : "other") + ", window " +
+             (findMainWindow() == nullptr ? "no" : "yes"));
+    if (probeAsked("ROTIKA_PROBE_STUBBORN"))
+        (new StubbornWindow)->show(); // it goes with the process
     if (probeAsked("ROTIKA_PROBE_GLIB"))
         attachGlibSource();
     if (probeAsked("ROTIKA_PROBE_EARLY_SIGNAL"))
@@ -83,8 +80,7 @@ void dismissBox() {
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     if (box == nullptr)
         return;
-    probeLog("box " + box->windowTitle().toStdString() + "|" + box->text().toStdString() + "|" +
-             std::to_string(int(box->standardButtons())) + "|" + std::to_string(int(box->icon())));
+    probeLog("box " + box->windowTitle().toStdString() + "|" + box->text().toStdString());
     box->accept();
 }
 

@@ -39,10 +39,7 @@ protected:
 };
 
 TEST_F(WheelDocumentTest, SavesWhatItUnderstoodOfAFile) {
-    const struct {
-        QByteArray opened;
-        QByteArray saved;
-    } cases[] = {
+    const std::pair<QByteArray, QByteArray> cases[] = {
         {R"({"actions":[]})", R"({"actions":[]})"},
         {R"({"wheels":[]})", R"({"wheels":[{"name":"Koło 1","actions":[]}]})"},
         {R"({"wheels":5,"actions":[{"key":"a"}]})",
@@ -69,30 +66,25 @@ TEST_F(WheelDocumentTest, SavesWhatItUnderstoodOfAFile) {
             {"action":"release","key":"a"},{"open":""},{"open":"x"},
             {"action":"click","key":"","value":1}]}]})"},
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(saved(each.opened), json(each.saved)) << each.opened.toStdString();
+    for (const auto& [opened, expected] : cases)
+        EXPECT_EQ(saved(opened), json(expected)) << opened.toStdString();
 }
 
 TEST_F(WheelDocumentTest, RefusesAFileWithAReasonAndOnlyThen) {
-    const struct {
-        QByteArray text;
-        QString beginning;
-    } cases[] = {
+    const std::pair<QByteArray, QString> cases[] = {
         {"", "Błąd JSON: "},
         {"[1,2]", "Błąd JSON: "},
         {"{\"wheels\":[],}", "Błąd JSON: "},
         {"{\"wheels\":5}", "Plik nie zawiera \"wheels\" ani \"actions\""},
         {"{}", "Plik nie zawiera \"wheels\" ani \"actions\""},
     };
-    for (const auto& each : cases) {
-        WheelDocument document;
-        QString error;
-        EXPECT_FALSE(document.load(fileWith(each.text), &error)) << each.text.toStdString();
-        EXPECT_TRUE(error.startsWith(each.beginning)) << error.toStdString();
-        EXPECT_FALSE(document.load(folder.filePath("kola.json"), nullptr));
-    }
     WheelDocument document;
     QString error;
+    for (const auto& [text, beginning] : cases) {
+        EXPECT_FALSE(document.load(fileWith(text), &error)) << text.toStdString();
+        EXPECT_TRUE(error.startsWith(beginning)) << error.toStdString();
+        EXPECT_FALSE(document.load(folder.filePath("kola.json"), nullptr));
+    }
     const QString missing = folder.filePath("nie ma.json");
     EXPECT_FALSE(document.load(missing, &error));
     EXPECT_EQ(error, "Nie można otworzyć pliku " + missing);
@@ -145,10 +137,7 @@ TEST_F(WheelDocumentTest, KeepsWhatAnotherProgramHasWrittenMeanwhile) {
 
 TEST(DescribeStep, TellsAStepInOneLine) {
     using enum EditorStepKind;
-    const struct {
-        EditorStep step;
-        QString text;
-    } cases[] = {
+    const std::pair<EditorStep, QString> cases[] = {
         {{Click, "a", 1, {}}, "klik:  a"},
         {{Click, "%1", 0, {}}, "klik:  %1"},
         {{Click, "%1", 3, {}}, "klik ×3:  %1"},
@@ -158,8 +147,8 @@ TEST(DescribeStep, TellsAStepInOneLine) {
         {{Open, {}, 1, "https://x"}, "otwórz:  https://x"},
         {{static_cast<EditorStepKind>(9), "a", 1, {}}, ""},
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(describeStep(each.step), each.text);
+    for (const auto& [step, text] : cases)
+        EXPECT_EQ(describeStep(step), text);
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 #include "platform/linux/picture_drawing.h"
 #include "platform/linux/window_registry.h"
 
+#include <cairo-xlib.h>
+
 #include <algorithm>
 #include <map>
 #include <memory>
@@ -20,8 +22,10 @@ struct Layer {
     OverlayWindowHandlers handlers{};
     Rect place;
     bool isShown = false;
-    std::unique_ptr<LayerImage> image;
+    std::unique_ptr<LayerImage> image; // null where the server draws
     Pixmap background = noXid;
+    int backgroundWidth = 0;
+    int backgroundHeight = 0;
     GC gc = nullptr;
     Picture shown; // what image and background hold
     int raisesLeft = 0;
@@ -104,6 +108,92 @@ void shapeInput(Window window, const Layer& layer) {
                             static_cast<int>(spans.size()), ShapeSet, YXBanded);
 }
 
+/// The grid covers a whole monitor with few shapes, which the server draws faster than it takes over pixels.
+/// The wheel has many and soft ones, and the shape of a layer is read from its pixels.
+bool isDrawnByServer(const Layer& layer) {
+    return layer.kind == OverlayKind::grid && hasCompositor;
+}
+
+/// Image and background of the layer's size; true if one of them is new and holds nothing yet.
+bool makeSurfaces(Window window, Layer& layer) {
+    const int width = layer.place.width();
+    const int height = layer.place.height();
+    const bool fits =
+        layer.background != noXid && layer.backgroundWidth == width && layer.backgroundHeight == height;
+    if (fits && isDrawnByServer(layer) == (layer.image == nullptr))
+        return false;
+    const LayerVisual& visual = layerVisual();
+    layer.image.reset();
+    if (!isDrawnByServer(layer))
+        layer.image = std::make_unique<LayerImage>(visual.visual, visual.depth, width, height);
+    if (fits)
+        return true;
+    if (layer.background != noXid)
+        XFreePixmap(ownerDisplay(), layer.background);
+    layer.background =
+        XCreatePixmap(ownerDisplay(), window, static_cast<unsigned int>(width),
+                      static_cast<unsigned int>(height), static_cast<unsigned int>(visual.depth));
+    layer.backgroundWidth = width;
+    layer.backgroundHeight = height;
+    if (layer.gc == nullptr)
+        layer.gc = XCreateGC(ownerDisplay(), layer.background, 0, nullptr);
+    XSetWindowBackgroundPixmap(ownerDisplay(), window, layer.background);
+    return true;
+}
+
+void drawRegion(Layer& layer, const Picture& picture, const cairo_region_t* region) {
+    if (layer.image == nullptr) {
+        cairo_surface_t* surface =
+            cairo_xlib_surface_create(ownerDisplay(), layer.background, layerVisual().visual,
+                                      layer.backgroundWidth, layer.backgroundHeight);
+        drawPicture(surface, picture, region);
+        cairo_surface_destroy(surface);
+        return;
+    }
+    layer.image->waitUntilRead();
+    drawPicture(layer.image->surface(), picture, region);
+    for (int i = 0; i < cairo_region_num_rectangles(region); ++i) {
+        cairo_rectangle_int_t part;
+        cairo_region_get_rectangle(region, i, &part);
+        layer.image->putTo(layer.background, layer.gc, part.x, part.y, part.width, part.height);
+    }
+}
+
+void showRegion(Window window, const cairo_region_t* region) {
+    for (int i = 0; i < cairo_region_num_rectangles(region); ++i) {
+        cairo_rectangle_int_t part;
+        cairo_region_get_rectangle(region, i, &part);
+        XClearArea(ownerDisplay(), window, part.x, part.y, static_cast<unsigned int>(part.width),
+                   static_cast<unsigned int>(part.height), 0);
+    }
+}
+
+void present(Window window, Layer& layer, const Picture& picture) {
+    const bool isNew = makeSurfaces(window, layer);
+    PixelRegion region;
+    if (isNew || layer.shown.width != picture.width || layer.shown.height != picture.height) {
+        const cairo_rectangle_int_t whole{0, 0, layer.backgroundWidth, layer.backgroundHeight};
+        region.reset(cairo_region_create_rectangle(&whole));
+    } else {
+        region = changedPixels(layer.shown, picture);
+    }
+    drawRegion(layer, picture, region.get());
+    if (layer.isShown)
+        showRegion(window, region.get());
+    if (layer.isShown && !hasCompositor)
+        shapeBounding(window, layer);
+    if (&layer.shown != &picture)
+        layer.shown = picture;
+    XFlush(ownerDisplay());
+}
+
+/// The compositor may have come or gone since the picture was drawn.
+void followCompositorOnLayer(Window window, Layer& layer) {
+    if (isDrawnByServer(layer) != (layer.image == nullptr))
+        present(window, layer, layer.shown);
+    shapeBounding(window, layer);
+}
+
 void watchStackingWhileShown() {
     XSelectInput(ownerDisplay(), rootWindow(), shownLayers.empty() ? NoEventMask : SubstructureNotifyMask);
 }
@@ -137,7 +227,7 @@ void stayOnTop() {
 void followCompositor() {
     hasCompositor = XGetSelectionOwner(ownerDisplay(), compositorSelection()) != noXid;
     for (const Window window : shownLayers)
-        shapeBounding(window, layers[window]);
+        followCompositorOnLayer(window, layers[window]);
     XFlush(ownerDisplay());
 }
 
@@ -197,36 +287,6 @@ void describeToCompositors(Window window) {
                     reinterpret_cast<const unsigned char*>(&noShadow), 1);
 }
 
-/// Image and background of the layer's size; true if they are new and hold nothing yet.
-bool makeSurfaces(Window window, Layer& layer) {
-    const int width = layer.place.width();
-    const int height = layer.place.height();
-    if (layer.image != nullptr && layer.image->width() == width && layer.image->height() == height)
-        return false;
-    const LayerVisual& visual = layerVisual();
-    layer.image = std::make_unique<LayerImage>(visual.visual, visual.depth, width, height);
-    if (layer.background != noXid)
-        XFreePixmap(ownerDisplay(), layer.background);
-    layer.background =
-        XCreatePixmap(ownerDisplay(), window, static_cast<unsigned int>(width),
-                      static_cast<unsigned int>(height), static_cast<unsigned int>(visual.depth));
-    if (layer.gc == nullptr)
-        layer.gc = XCreateGC(ownerDisplay(), layer.background, 0, nullptr);
-    XSetWindowBackgroundPixmap(ownerDisplay(), window, layer.background);
-    return true;
-}
-
-void pushRegion(Window window, Layer& layer, const cairo_region_t* region) {
-    for (int i = 0; i < cairo_region_num_rectangles(region); ++i) {
-        cairo_rectangle_int_t part;
-        cairo_region_get_rectangle(region, i, &part);
-        layer.image->putTo(layer.background, layer.gc, part.x, part.y, part.width, part.height);
-        if (layer.isShown)
-            XClearArea(ownerDisplay(), window, part.x, part.y, static_cast<unsigned int>(part.width),
-                       static_cast<unsigned int>(part.height), 0);
-    }
-}
-
 } // namespace
 
 WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int32_t height,
@@ -265,7 +325,7 @@ void showOverlayWindow(WindowHandle window) {
     if (layer == nullptr)
         return;
     const Window xWindow = windowOf(window);
-    shapeBounding(xWindow, *layer);
+    followCompositorOnLayer(xWindow, *layer);
     shapeInput(xWindow, *layer);
     XMapRaised(ownerDisplay(), xWindow);
     layer->isShown = true;
@@ -306,22 +366,6 @@ void presentPictureAt(WindowHandle window, Point corner, const Picture& picture)
 
 void presentPicture(WindowHandle window, const Picture& picture) {
     Layer* layer = layerOf(window);
-    if (layer == nullptr)
-        return;
-    const Window xWindow = windowOf(window);
-    const bool isNew = makeSurfaces(xWindow, *layer);
-    PixelRegion region;
-    if (isNew || layer->shown.width != picture.width || layer->shown.height != picture.height) {
-        const cairo_rectangle_int_t whole{0, 0, layer->image->width(), layer->image->height()};
-        region.reset(cairo_region_create_rectangle(&whole));
-    } else {
-        region = changedPixels(layer->shown, picture);
-    }
-    layer->image->waitUntilRead();
-    drawPicture(layer->image->surface(), picture, region.get());
-    pushRegion(xWindow, *layer, region.get());
-    if (layer->isShown && !hasCompositor)
-        shapeBounding(xWindow, *layer);
-    layer->shown = picture;
-    XFlush(ownerDisplay());
+    if (layer != nullptr)
+        present(windowOf(window), *layer, picture);
 }

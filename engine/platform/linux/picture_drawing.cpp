@@ -190,14 +190,74 @@ void draw(cairo_t* context, const ImageInBox& image) {
         cairo_paint_with_alpha(context, image.opacity);
 }
 
-void clipTo(cairo_t* context, const cairo_region_t* region) {
+void addToPath(cairo_t* context, const cairo_region_t* region) {
     for (int i = 0; i < cairo_region_num_rectangles(region); ++i) {
         cairo_rectangle_int_t part;
         cairo_region_get_rectangle(region, i, &part);
         cairo_rectangle(context, part.x, part.y, part.width, part.height);
     }
+}
+
+void clipTo(cairo_t* context, const cairo_region_t* region) {
+    addToPath(context, region);
     cairo_clip(context);
 }
+
+bool isOnWholePixels(const PictureBox& box) {
+    const auto isWhole = [](float value) { return std::floor(value) == value; };
+    return isWhole(box.x) && isWhole(box.y) && isWhole(box.width) && isWhole(box.height);
+}
+
+/// What of a region still holds an earlier picture. It is cleared only where something with soft edges will
+/// be drawn: to go over the pixels of a large screen twice takes more time than all the rest.
+class Ground {
+public:
+    Ground(cairo_t* drawnOn, const cairo_region_t* region)
+        : context(drawnOn), stale(cairo_region_copy(region)) {}
+
+    void clear(const cairo_rectangle_int_t& pixels) {
+        if (cairo_region_is_empty(stale.get()))
+            return;
+        const PixelRegion part(cairo_region_create_rectangle(&pixels));
+        cairo_region_intersect(part.get(), stale.get());
+        fillWith(part.get(), CAIRO_OPERATOR_CLEAR);
+        cairo_region_subtract_rectangle(stale.get(), &pixels);
+    }
+
+    void clearAll() {
+        fillWith(stale.get(), CAIRO_OPERATOR_CLEAR);
+        stale.reset(cairo_region_create());
+    }
+
+    /// Rectangles on whole pixels only.
+    void fill(const FilledRectangle& rectangle) {
+        const PictureBox& box = rectangle.box;
+        const cairo_rectangle_int_t pixels{static_cast<int>(box.x), static_cast<int>(box.y),
+                                           static_cast<int>(box.width), static_cast<int>(box.height)};
+        const PixelRegion fresh(cairo_region_create_rectangle(&pixels));
+        const PixelRegion drawn(cairo_region_copy(fresh.get()));
+        cairo_region_intersect(fresh.get(), stale.get());
+        cairo_region_subtract(drawn.get(), stale.get());
+        cairo_region_subtract_rectangle(stale.get(), &pixels);
+        setColor(context, rectangle.color);
+        addToPath(context, drawn.get());
+        cairo_fill(context);
+        fillWith(fresh.get(), CAIRO_OPERATOR_SOURCE);
+    }
+
+private:
+    void fillWith(const cairo_region_t* region, cairo_operator_t drawing) {
+        if (cairo_region_is_empty(region))
+            return;
+        cairo_set_operator(context, drawing);
+        addToPath(context, region);
+        cairo_fill(context);
+        cairo_set_operator(context, CAIRO_OPERATOR_OVER);
+    }
+
+    cairo_t* context;
+    PixelRegion stale;
+};
 
 } // namespace
 
@@ -226,14 +286,24 @@ PixelRegion changedPixels(const Picture& before, const Picture& after) {
 void drawPicture(cairo_surface_t* surface, const Picture& picture, const cairo_region_t* region) {
     cairo_t* context = cairo_create(surface);
     clipTo(context, region);
-    cairo_set_operator(context, CAIRO_OPERATOR_CLEAR);
-    cairo_paint(context);
-    cairo_set_operator(context, CAIRO_OPERATOR_OVER);
+    Ground ground(context, region);
+    const bool beginsWithArea =
+        !picture.commands.empty() && std::holds_alternative<FilledRectangle>(picture.commands.front());
+    if (!beginsWithArea)
+        ground.clearAll();
     for (const DrawCommand& command : picture.commands) {
         const cairo_rectangle_int_t pixels = pixelsOf(command);
-        if (cairo_region_contains_rectangle(region, &pixels) != CAIRO_REGION_OVERLAP_OUT)
-            std::visit([context](const auto& drawn) { draw(context, drawn); }, command);
+        if (cairo_region_contains_rectangle(region, &pixels) == CAIRO_REGION_OVERLAP_OUT)
+            continue;
+        const auto* rectangle = std::get_if<FilledRectangle>(&command);
+        if (rectangle != nullptr && isOnWholePixels(rectangle->box)) {
+            ground.fill(*rectangle);
+            continue;
+        }
+        ground.clear(pixels);
+        std::visit([context](const auto& drawn) { draw(context, drawn); }, command);
     }
+    ground.clearAll();
     cairo_destroy(context);
     cairo_surface_flush(surface);
 }

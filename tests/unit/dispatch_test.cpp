@@ -181,38 +181,31 @@ TEST_F(Dispatch, SkippedPhrasesAreToldInABalloonCutToItsRoom) {
         << "the payload stays the sender's";
 }
 
-TEST_F(Dispatch, DataFromAnotherProcessActivatesAWheelFile) {
+TEST_F(Dispatch, DataFromAnotherProcessActivatesAWheelFileOrIsRefusedWithoutAWord) {
     ASSERT_TRUE(startEngine(true));
     EXPECT_EQ(journal({JournalKind::box}), "") << "sound files";
     const std::u16string path = folder.write(
         "koła.json", R"({"wheels": [{"actions": []}, {"name": "Nowe", "actions": [{"key": "z"}]}]})");
+    engineState.wheels = {wheelOf(4), wheelOf(5)};
+    engineState.activeWheel = 1;
     desktop.clearJournal();
+    for (const std::uintptr_t kind : {0U, 2U})
+        EXPECT_FALSE(sendPath(path, kind));
+    for (const std::size_t byteCount : {0U, 1U})
+        EXPECT_FALSE(desktop.sendData(1, path.data(), byteCount));
+    EXPECT_FALSE(desktop.sendData(1, nullptr, 100));
+    EXPECT_FALSE(sendPath(std::u16string(8, u'\0')));
+    EXPECT_FALSE(sendPath(folder.write("puste.json", R"({"wheels": [{"actions": []}]})")));
+    EXPECT_EQ(engineState.activeWheel, 1);
+    EXPECT_EQ(desktop.mainWindowRepaints, 0);
+    EXPECT_TRUE(desktop.journal.empty());
+
     EXPECT_TRUE(sendPath(path + std::u16string(3, u'\0')));
     EXPECT_EQ(describe(engineState.wheels), "Nowe[{click z 1}]");
     EXPECT_EQ(desktop.mainWindowRepaints, 1);
     EXPECT_EQ(journal({JournalKind::tray}), "info [Rotika] Aktywowano konfigurację: " + utf8FromUtf16(path));
     const std::u16string longer = path + u'Ł'; // an odd byte at the end is no part of the path
     EXPECT_TRUE(desktop.sendData(1, longer.data(), path.size() * sizeof(char16_t) + 1));
-}
-
-TEST_F(Dispatch, DataThatIsNoWheelFileIsRefusedWithoutAWord) {
-    ASSERT_TRUE(startEngine(true));
-    const std::u16string good = folder.write("dobre.json", R"({"actions": [{"key": "z"}]})");
-    engineState.wheels = {wheelOf(4), wheelOf(5)};
-    engineState.activeWheel = 1;
-    desktop.clearJournal();
-    for (const std::uintptr_t kind : {0U, 2U})
-        EXPECT_FALSE(sendPath(good, kind));
-    for (const std::size_t byteCount : {0U, 1U})
-        EXPECT_FALSE(desktop.sendData(1, good.data(), byteCount));
-    EXPECT_FALSE(desktop.sendData(1, nullptr, 100));
-    for (const std::u16string& path :
-         {std::u16string(8, u'\0'), folder.write("puste.json", R"({"wheels": [{"actions": []}]})")})
-        EXPECT_FALSE(sendPath(path));
-    EXPECT_EQ(OverlayWheelCount(), 2);
-    EXPECT_EQ(engineState.activeWheel, 1);
-    EXPECT_EQ(desktop.mainWindowRepaints, 0);
-    EXPECT_TRUE(desktop.journal.empty());
 }
 
 TEST_F(Dispatch, TheStatusPageQuotesTheSettingsInForce) {

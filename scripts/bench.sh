@@ -23,6 +23,11 @@ say "The whole program, with devices"
     --recorder="$(find "$build/tests/e2e" -name rotika_recorder -type f)" --artefacts="$build/bench/artefacts" \
     --doubles="$build/tests/doubles"
 
+say "Labels over another program"
+"$build/bench/labels_probe" --target=linux --program="$build/rotika/rotika" \
+    --recorder="$(find "$build/tests/e2e" -name rotika_recorder -type f)" --artefacts="$build/bench/artefacts" \
+    --doubles="$build/tests/doubles"
+
 say "The whole program, spoken to; some five minutes"
 "$build/bench/spoken_probe" --target=linux --program="$build/rotika/rotika" \
     --recorder="$(find "$build/tests/e2e" -name rotika_recorder -type f)" --artefacts="$build/bench/artefacts" \

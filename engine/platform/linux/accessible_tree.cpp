@@ -14,7 +14,7 @@ constexpr std::size_t mostNodes = 30000;
 
 // A spreadsheet has more cells than anyone can ask for: above this many only what lies under these points is
 // asked for, each about as far from the next as a row is high.
-constexpr std::int32_t mostAskedOneByOne = 400;
+constexpr std::int32_t mostAskedOneByOne = 1000;
 constexpr std::int32_t pointStepY = 14;
 constexpr std::int32_t pointStepX = 80;
 constexpr std::int32_t mostPointsPerSide = 80;
@@ -24,23 +24,38 @@ Rect common(const Rect& a, const Rect& b) {
             std::min(a.bottom, b.bottom)};
 }
 
+bool isEmpty(const Rect& rect) {
+    return rect.width() <= 0 || rect.height() <= 0;
+}
+
+/// `shown` cut down to where `node` lets things show that are below it.
+std::optional<Rect> shownPartBelow(const AccessibleNode& node, const std::optional<Rect>& shown) {
+    if (node.traits.popsUp())
+        return std::nullopt;
+    if (!node.traits.cutsOff() || !node.place)
+        return shown;
+    return shown ? common(*shown, *node.place) : *node.place;
+}
+
+/// Where `node` can be seen for all that is known, in the program's coordinates; nothing for anywhere.
+std::optional<Rect> shownPartAround(const AccessibleNode& node) {
+    return node.parent == nullptr ? std::nullopt
+                                  : shownPartBelow(*node.parent, shownPartAround(*node.parent));
+}
+
 bool mayMatter(const AccessibleTraits& traits) {
     const ControlType type = traits.type();
     return traits.cutsOff() || type == ControlType::document || traits.isFocusable() ||
            (type != ControlType::unknown && type != ControlType::pane && type != ControlType::window);
 }
 
-/// `shown` is the part of the program's coordinates in which anything below `node` can be seen.
-void append(const AccessibleNode& node, const CoordinateFix& fix, std::optional<Rect> shown,
+void append(const AccessibleNode& node, const CoordinateFix& fix, const std::optional<Rect>& around,
             std::vector<ScreenElement>& elements) {
-    if (node.traits.popsUp())
-        shown.reset();
-    else if (node.traits.cutsOff() && node.place)
-        shown = shown ? common(*shown, *node.place) : *node.place;
+    const std::optional<Rect> shown = shownPartBelow(node, around);
     for (const auto& child : node.children) {
         if (child->place) {
             const Rect seen = shown ? common(*shown, *child->place) : *child->place;
-            const bool isSeen = seen.width() > 0 && seen.height() > 0;
+            const bool isSeen = !isEmpty(seen);
             elements.push_back({fix.applied(isSeen ? seen : *child->place), child->traits.type(),
                                 child->traits.isEnabled(), !isSeen || !child->traits.isShowing(),
                                 child->traits.isFocusable()});
@@ -78,11 +93,26 @@ void TreeGrower::visit(AccessibleNode& node, int depth) {
 
 void TreeGrower::expand(AccessibleNode& node, int depth) {
     const AccessibleTraits& traits = node.traits;
+    const bool isEnd =
+        traits.isLeaf() || depth >= deepest || (traits.isWebPage() && pages == WebPages::leaveOut);
+    if (!isEnd && shownPartAround(node)) {
+        // Of a long list only what is scrolled into sight is worth the questions, and not every toolkit calls
+        // the rest hidden.
+        askForPlace(bus, node.object, [this, &node, depth](const std::optional<Rect>& place) {
+            node.place = place;
+            if (!place || !isEmpty(common(*place, *shownPartAround(node))))
+                growBelow(node, depth);
+        });
+        return;
+    }
     if (mayMatter(traits))
         askForPlace(bus, node.object, [&node](const std::optional<Rect>& place) { node.place = place; });
-    if (traits.isLeaf() || depth >= deepest || (traits.isWebPage() && pages == WebPages::leaveOut))
-        return;
-    if (!traits.mayHoldVeryMany()) {
+    if (!isEnd)
+        growBelow(node, depth);
+}
+
+void TreeGrower::growBelow(AccessibleNode& node, int depth) {
+    if (!node.traits.mayHoldVeryMany()) {
         growFew(node, depth);
         return;
     }
@@ -104,10 +134,11 @@ void TreeGrower::growFew(AccessibleNode& node, int depth) {
 void TreeGrower::growShownOfMany(AccessibleNode& node, int depth) {
     if (!node.place)
         return;
-    const std::int32_t stepX = std::max(pointStepX, node.place->width() / mostPointsPerSide);
-    const std::int32_t stepY = std::max(pointStepY, node.place->height() / mostPointsPerSide);
-    for (std::int32_t y = node.place->top + stepY / 2; y < node.place->bottom; y += stepY)
-        for (std::int32_t x = node.place->left + stepX / 4; x < node.place->right; x += stepX)
+    const Rect shown = common(*node.place, shownPartAround(node).value_or(*node.place));
+    const std::int32_t stepX = std::max(pointStepX, shown.width() / mostPointsPerSide);
+    const std::int32_t stepY = std::max(pointStepY, shown.height() / mostPointsPerSide);
+    for (std::int32_t y = shown.top + stepY / 2; y < shown.bottom; y += stepY)
+        for (std::int32_t x = shown.left + stepX / 4; x < shown.right; x += stepX)
             askForChildAt(bus, node.object, {x, y},
                           [this, &node, depth](const std::optional<BusObject>& child) {
                               const auto isSame = [&child](const auto& known) {
@@ -124,7 +155,7 @@ void TreeGrower::adopt(AccessibleNode& node, const std::vector<BusObject>& child
         if (nodeCount >= mostNodes)
             return;
         ++nodeCount;
-        node.children.push_back(std::make_unique<AccessibleNode>(AccessibleNode{object, {}, {}, {}}));
+        node.children.push_back(std::make_unique<AccessibleNode>(AccessibleNode{object, {}, {}, &node, {}}));
         visit(*node.children.back(), depth + 1);
     }
 }

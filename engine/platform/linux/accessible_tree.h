@@ -15,6 +15,7 @@ struct AccessibleNode {
     BusObject object;
     AccessibleTraits traits;
     std::optional<Rect> place; // as the program says
+    const AccessibleNode* parent = nullptr;
     std::vector<std::unique_ptr<AccessibleNode>> children;
 };
 
@@ -42,6 +43,7 @@ public:
 private:
     void visit(AccessibleNode& node, int depth);
     void expand(AccessibleNode& node, int depth);
+    void growBelow(AccessibleNode& node, int depth);
     void growFew(AccessibleNode& node, int depth);
     void growShownOfMany(AccessibleNode& node, int depth);
     void adopt(AccessibleNode& node, const std::vector<BusObject>& children, int depth);

@@ -175,7 +175,7 @@ bool searchPage(BusConnection& bus, const ScreenFacts& screen, FoundElements& fo
     });
     if (page != nullptr) {
         found.area = cutTo(found.area, fix.applied(*page->place));
-        AccessibleNode root{page->object, page->traits, page->place, {}};
+        AccessibleNode root{page->object, page->traits, page->place, nullptr, {}};
         TreeGrower grower(bus, WebPages::enter);
         grower.grow(root);
         bus.waitForAnswers();

@@ -1,0 +1,58 @@
+// From a spoken command to the labels over a full window, with a stand-in for the recogniser.
+
+#include "device_double.h"
+#include "harness/waiting.h"
+#include "target_reporter.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace e2e;
+using Clock = std::chrono::steady_clock;
+
+/// A window with 665 buttons, some 240 of which, with the cells around them, are in sight.
+void measureLabels() {
+    Stage stage(ScreenSetup{.sound = Sound::microphone});
+    const DeviceDouble library(stage, "libvosk", "speech");
+    stage.writeFile("config.json", deviceSettings(true, false, library.setting("voiceDllPath")));
+    stage.startProgram();
+    const XConnection& eyes = stage.screen.eyes();
+    const Process other(Command{{"gtk3-demo", "--run=flowbox"}, stage.screen.environment(), {}, {}});
+    waitFor("its window", [&] { return eyes.titleOfActiveWindow() == "Flow Box"; });
+    std::this_thread::sleep_for(std::chrono::seconds(2)); // it goes on publishing for a while
+    const ShownWindow window = *eyes.shownWindow("Flow Box");
+    const auto inBadge = [&] { return eyes.pixel(window.left + 4, window.top + 4); };
+    const PixelColor bare = inBadge();
+    std::vector<double> values;
+    for (int i = 0; i < 12; ++i) {
+        const Clock::time_point start = Clock::now();
+        library.add("say pokaż elementy");
+        waitFor("labels", [&] { return differenceOf(inBadge(), bare) > 40; });
+        values.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+        library.add("say ukryj elementy");
+        waitFor("the bare window", [&] { return inBadge() == bare; });
+    }
+    std::sort(values.begin(), values.end());
+    printFigure("spoken command to labels over 250 elements, 100 ms of it sound", values[values.size() / 2],
+                values.back(), 400, "ms");
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (!readTestArguments(argc, argv))
+        return 2;
+    try {
+        printFigureHead();
+        measureLabels();
+    } catch (const ScenarioError& error) {
+        std::fprintf(stderr, "labels_probe: %s\n", error.what());
+        return 1;
+    }
+    return 0;
+}

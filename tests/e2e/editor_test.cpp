@@ -95,13 +95,14 @@ protected:
         user.waitForDialog(editorTitle);
     }
 
-    /// As slowly as a person: Wine loses clicks that come while it is still busy with the last.
+    /// And sees what it does, as a person would: Wine loses clicks that come while it is busy with the last,
+    /// and a list may take a movement after a click for a drag.
     void clickIn(const std::string& title, ScreenPoint point) {
         const std::optional<ShownWindow> window = stage().screen.eyes().shownWindow(title);
         ASSERT_TRUE(window) << title;
         placePointer(stage().screen.eyes(), {window->left + point.x, window->top + point.y});
-        user.waitForRest();
         stage().mouse->click(MouseButton::left);
+        user.waitForRest();
     }
     void click(ScreenPoint point) { clickIn(editorTitle, point); }
 

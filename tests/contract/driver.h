@@ -34,17 +34,8 @@ public:
 };
 std::unique_ptr<Recorder> openRecorder(const Rect& place);
 
-/// Ends what it stands for when destroyed.
-class Stay {
-public:
-    Stay() = default;
-    Stay(const Stay&) = delete;
-    Stay& operator=(const Stay&) = delete;
-    virtual ~Stay() = default;
-};
-
-/// Another program holds the key as its hot key. Returns when it does.
-std::unique_ptr<Stay> takeHotKeyElsewhere(std::uint16_t virtualKey);
+/// Another program holds the key as its hot key, for as long as the answer lives. Returns when it does.
+std::shared_ptr<void> takeHotKeyElsewhere(std::uint16_t virtualKey);
 
 // The person. Each returns when the system has the event; it need not have arrived.
 

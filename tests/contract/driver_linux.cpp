@@ -139,12 +139,6 @@ bool pumpUntil(const std::function<bool()>& condition) {
     return holds;
 }
 
-std::uint64_t watchMs() {
-    const auto sinceBoot = std::chrono::steady_clock::now().time_since_epoch();
-    return static_cast<std::uint64_t>(
-        std::chrono::duration_cast<std::chrono::milliseconds>(sinceBoot).count());
-}
-
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {
     int delta[2] = {dx, dy};
     XTestFakeDeviceMotionEvent(personsDisplay(), mouse(), 1, 0, delta, 2, now);

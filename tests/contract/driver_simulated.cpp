@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <set>
 
 namespace {
 
@@ -65,17 +66,6 @@ private:
     std::size_t firstKeyEvent = 0;
 };
 
-class TakenKey : public Stay {
-public:
-    explicit TakenKey(std::uint16_t virtualKey) : key(virtualKey) {
-        simulatedDesktop().keysTakenByOthers.insert(key);
-    }
-    ~TakenKey() override { simulatedDesktop().keysTakenByOthers.erase(key); }
-
-private:
-    std::uint16_t key;
-};
-
 } // namespace
 
 bool pumpUntil(const std::function<bool()>& condition) {
@@ -97,8 +87,10 @@ std::unique_ptr<Recorder> openRecorder(const Rect& place) {
     return std::make_unique<SimulatedRecorder>(place);
 }
 
-std::unique_ptr<Stay> takeHotKeyElsewhere(std::uint16_t virtualKey) {
-    return std::make_unique<TakenKey>(virtualKey);
+std::shared_ptr<void> takeHotKeyElsewhere(std::uint16_t virtualKey) {
+    std::set<std::uint16_t>& taken = simulatedDesktop().keysTakenByOthers;
+    taken.insert(virtualKey);
+    return {&taken, [&taken, virtualKey](void*) { taken.erase(virtualKey); }};
 }
 
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {

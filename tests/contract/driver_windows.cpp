@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <string>
 
@@ -107,12 +106,6 @@ bool pumpUntil(const std::function<bool()>& condition) {
             return false;
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 5, QS_ALLINPUT);
     }
-}
-
-std::uint64_t watchMs() {
-    const auto sinceBoot = std::chrono::steady_clock::now().time_since_epoch();
-    return static_cast<std::uint64_t>(
-        std::chrono::duration_cast<std::chrono::milliseconds>(sinceBoot).count());
 }
 
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -92,16 +93,6 @@ private:
     OtherProcess process;
 };
 
-class HotKeyHolder : public Stay {
-public:
-    explicit HotKeyHolder(std::uint16_t virtualKey) : process({"hot-key", std::to_string(virtualKey)}) {
-        EXPECT_TRUE(process.tells("ready"));
-    }
-
-private:
-    OtherProcess process;
-};
-
 } // namespace
 
 bool OtherProcess::tells(const std::string& line) const {
@@ -136,6 +127,15 @@ std::unique_ptr<Recorder> openRecorder(const Rect& place) {
     return std::make_unique<ProcessRecorder>(place);
 }
 
-std::unique_ptr<Stay> takeHotKeyElsewhere(std::uint16_t virtualKey) {
-    return std::make_unique<HotKeyHolder>(virtualKey);
+std::shared_ptr<void> takeHotKeyElsewhere(std::uint16_t virtualKey) {
+    const std::vector<std::string> role{"hot-key", std::to_string(virtualKey)};
+    const auto process = std::make_shared<OtherProcess>(role);
+    EXPECT_TRUE(process->tells("ready"));
+    return process;
+}
+
+std::uint64_t watchMs() {
+    const auto sinceBoot = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(sinceBoot).count());
 }

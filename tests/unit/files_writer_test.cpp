@@ -17,16 +17,6 @@ std::string firstWheels() {
     return text + "      ]\n    }\n  ]\n}\n";
 }
 
-const char* const firstVoiceFunctions = R"({
-  "actions": [
-    { "name": "Przełącz okno", "voice": "przełącz okno",
-      "steps": [ { "key": "alt", "action": "hold" },
-                 { "key": "tab", "action": "click" },
-                 { "key": "alt", "action": "release" } ] }
-  ]
-}
-)";
-
 ActionStep step(StepKind kind, const std::u16string& token, std::int32_t value) {
     return {parseKeyCode(token), kind, value, {}};
 }
@@ -65,7 +55,6 @@ TEST_F(FilesWriter, AFreshFolderGetsThreeFilesThatLoadWithoutAProblem) {
     EXPECT_EQ(problems, u"");
     EXPECT_EQ(folder.read("config.json"), "{\n  \"segmentColor\": \"#3498DB\",\n  \"toggleKey\": \"x\"\n}\n");
     EXPECT_EQ(folder.read("default.json"), firstWheels());
-    EXPECT_EQ(folder.read("voice.json"), firstVoiceFunctions);
     EXPECT_EQ(folder.fileCount(), 3u);
     EXPECT_EQ(describe(engineState.voiceActions, "; "),
               "Przełącz okno{hold alt 0, click tab 1, release alt 0} voice=przełącz okno");

@@ -38,8 +38,9 @@ build_linux() {
 build_windows() {
     need_packages windows
     need_qt_windows
-    build_preset windows "${program_targets[@]}" -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
+    build_preset windows "${program_targets[@]}" rotika-engine -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
     note "The program: $root/build/windows/rotika/rotika.exe"
+    note "The engine alone: $root/build/windows/rotika/rotika-engine.exe"
 }
 
 run_program() {

@@ -2,6 +2,7 @@
 
 #include "core/engine_config.h"
 #include "core/engine_state.h"
+#include "files/key_names.h"
 #include "files/wheel_files.h"
 #include "files/wheel_writer.h"
 #include "platform/overlay_window.h"
@@ -128,11 +129,24 @@ void readOneMegabyteWheelFile(benchmark::State& state) {
     state.counters["target_ms"] = 15;
 }
 
+/// What the engine's own editor does at each save, on the largest document that the reader keeps whole.
+void serialize24WheelsOf24FieldsOf10Steps(benchmark::State& state) {
+    std::vector<Wheel> wheels(24, wheelOf(24, true));
+    for (Wheel& wheel : wheels) {
+        for (WheelAction& action : wheel.actions)
+            action.steps.assign(10, {parseKeyCode(u"shift"), StepKind::hold, 250, {}});
+    }
+    for (auto _ : state)
+        benchmark::DoNotOptimize(serializeWheels(wheels));
+    state.counters["target_ms"] = 5;
+}
+
 BENCHMARK(paint24FieldsWithIconsAndNames)->Apply(asSingleRuns);
 BENCHMARK(paint8NamedFields)->Apply(asSingleRuns);
 BENCHMARK(tickWithMotionAcrossFields)->Apply(asSingleRuns);
 BENCHMARK(tickWithoutChange)->Apply(asSingleRuns);
 BENCHMARK(readOneMegabyteWheelFile)->Apply(asSingleRuns);
+BENCHMARK(serialize24WheelsOf24FieldsOf10Steps)->Apply(asSingleRuns);
 
 } // namespace
 

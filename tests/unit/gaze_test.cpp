@@ -128,7 +128,9 @@ TEST_F(Gaze, TheLibraryIsLookedForInFourPlacesTheLastDownToTheThirdLevel) {
     }
     fs::create_directories(folder.at("m/n/simulated-gaze"));
     desktop.gazeRoots = {folder.path("brak"), folder.path("z"), folder.path("m")};
-    const auto path = [this](const char* name) { return (folder.at(name) / "simulated-gaze").u16string(); };
+    const auto path = [this](const char* name) {
+        return (folder.at(name) / "simulated-gaze").make_preferred().u16string();
+    };
     desktop.libraries[path("m/n")] = gazeLibrary();
     setGaze(true, R"(, "gazeDllPath": "/brak/lib.so")");
     EXPECT_EQ(status(), "aktywny");

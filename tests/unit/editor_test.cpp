@@ -4,6 +4,7 @@
 #include "editor/editor_state.h"
 #include "engine_test.h"
 #include "overlay.h"
+#include "platform/paths.h"
 
 using namespace std::string_literals;
 
@@ -378,7 +379,7 @@ TEST_F(Editor, OnlySavingOverTheEnginesOwnFilesPutsThemIntoForce) {
 TEST_F(Editor, ShortensThePathOfAnIconInTheFolderOfTheProgram) {
     open();
     editor.choose(fieldList, 0);
-    const std::u16string inside = folder.path("icons/Ą.png");
+    const std::u16string inside = joinPath(folder.path(), u"icons/Ą.png");
     std::u16string otherCase = inside;
     otherCase[otherCase.find(u"rotika")] = u'R';
     const std::u16string outside = folder.path() + u"2/a.png";
@@ -387,7 +388,7 @@ TEST_F(Editor, ShortensThePathOfAnIconInTheFolderOfTheProgram) {
         {std::nullopt, u"icons/Ą.png"},
         {outside, outside},
         {otherCase, u"icons/Ą.png"},
-        {folder.path() + u"/", folder.path() + u"/"}};
+        {joinPath(folder.path(), u""), joinPath(folder.path(), u"")}};
     for (const auto& [picked, shown] : cases) {
         editor.pickedFiles = {picked};
         EXPECT_EQ(pressed(chooseIconButton),

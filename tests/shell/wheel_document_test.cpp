@@ -6,6 +6,11 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QTemporaryDir>
+#ifndef _WIN32
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
 
 namespace {
 
@@ -134,6 +139,29 @@ TEST_F(WheelDocumentTest, KeepsWhatAnotherProgramHasWrittenMeanwhile) {
     ASSERT_TRUE(document.save(nullptr));
     EXPECT_EQ(document.keptCopy, "");
 }
+
+#ifndef _WIN32
+/// The limit on the size of files plays the disk; its signal is ignored, so that the write fails as there.
+TEST_F(WheelDocumentTest, AFullDiskLeavesTheOldFileWholeAndSaysSo) {
+    WheelDocument document;
+    ASSERT_TRUE(document.load(fileWith(R"({"actions":[]})"), nullptr));
+    document.wheels[0].actions.resize(1000);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit full{4096, limit.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &full);
+    QString error;
+    const bool isSaved = document.save(&error);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, handler);
+
+    EXPECT_FALSE(isSaved);
+    EXPECT_EQ(error, "Nie można zapisać pliku " + document.path);
+    EXPECT_EQ(bytesOf(document.path), R"({"actions":[]})");
+    EXPECT_TRUE(document.save(nullptr)); // once there is room
+}
+#endif
 
 TEST(DescribeStep, TellsAStepInOneLine) {
     using enum EditorStepKind;

@@ -135,10 +135,8 @@ TEST_F(WheelPreviewTest, LightsTheRightField) {
 
     preview.setLabels({}); // one field, and the one to light would be the second
     EXPECT_EQ(at(preview, 100, 0.9), field());
-}
 
-TEST_F(WheelPreviewTest, HoldsTheNumberOfFieldsToWhatAWheelCanHave) {
-    WheelPreview preview;
+    // The number of fields is held to what a wheel can have.
     for (const int count : {0, -3, 1}) {
         preview.setSegments(count);
         EXPECT_EQ(at(preview, 20, 0.9), field()) << count;

@@ -225,12 +225,8 @@ TEST(ElementFilter, KeepsWhatCanBeClickedAtEachLimit) {
     const Rect area{0, 0, 1000, 1000};
     ScreenElement focusable = element({0, 0, 50, 50}, ControlType::unknown);
     focusable.isFocusable = true;
-    struct Case {
-        ScreenElement element;
-        bool inWindow;
-        bool inPage;
-    };
-    std::vector<Case> cases = {
+    // an element, and whether it is kept in a window and in a page
+    std::vector<std::tuple<ScreenElement, bool, bool>> cases = {
         {element({0, 0, 8, 8}), true, true},
         {element({0, 0, 7, 8}), false, false},
         {element({0, 0, 8, 7}), false, false},
@@ -251,25 +247,23 @@ TEST(ElementFilter, KeepsWhatCanBeClickedAtEachLimit) {
         for (const ControlType container : {ControlType::document, ControlType::window, ControlType::pane}) {
             focusable.type = container;
             focusable.isFocusable = isFocusable;
-            cases.push_back({focusable, false, false});
+            cases.emplace_back(focusable, false, false);
         }
     }
     for (const int type :
          {50000, 50031, 50002, 50013, 50003, 50004, 50005, 50007, 50011, 50019, 50024, 50015, 50016})
-        cases.push_back({element({0, 0, 50, 50}, static_cast<ControlType>(type)), true, true});
+        cases.emplace_back(element({0, 0, 50, 50}, static_cast<ControlType>(type)), true, true);
     for (const auto& change : {&ScreenElement::isEnabled, &ScreenElement::isOffscreen}) {
-        cases.push_back({element({0, 0, 50, 50}), false, false});
-        cases.back().element.*change = !(cases.back().element.*change);
+        ScreenElement changed = element({0, 0, 50, 50});
+        changed.*change = !(changed.*change);
+        cases.emplace_back(changed, false, false);
     }
-    for (const Case& c : cases) {
-        const FoundElements found{area, {{c.element}}};
-        const auto label = [&c] {
-            return std::to_string(static_cast<int>(c.element.type)) + " " +
-                   std::to_string(c.element.rect.right) + "x" + std::to_string(c.element.rect.bottom);
-        };
-        EXPECT_EQ(filterElements(found, ElementScope::windowAndTaskbar).rects.size(), c.inWindow ? 1U : 0U)
-            << label();
-        EXPECT_EQ(filterElements(found, ElementScope::page).rects.size(), c.inPage ? 1U : 0U) << label();
+    for (const auto& [each, inWindow, inPage] : cases) {
+        SCOPED_TRACE(std::to_string(static_cast<int>(each.type)) + " " + std::to_string(each.rect.right) +
+                     "x" + std::to_string(each.rect.bottom));
+        const FoundElements found{area, {{each}}};
+        EXPECT_EQ(filterElements(found, ElementScope::windowAndTaskbar).rects.size(), inWindow ? 1U : 0U);
+        EXPECT_EQ(filterElements(found, ElementScope::page).rects.size(), inPage ? 1U : 0U);
     }
 }
 

@@ -10,6 +10,7 @@
 
 #include <deque>
 #include <set>
+#include <tuple>
 
 namespace {
 
@@ -184,14 +185,8 @@ TEST_F(Voice, OnlyTheWholeTextActsAndVoiceGlobalGovernsFieldsAlone) {
     startWith({{u"a", {spoken(u"lampa", 65), spoken(u"kliknij", 66)}}, {u"b", {spoken(u"Lampa", 67)}}});
     engineState.voiceActions = {spoken(u"radio", 68), spoken(u"lampa", 69)};
     rebuildPhraseTable();
-    struct Case {
-        const char* text;
-        bool isOpen;
-        bool isGlobal;
-        const char* input; // keys and buttons that were pressed
-        bool closes;
-    };
-    const Case cases[] = {
+    // text, is the wheel open, is voiceGlobal set, what is pressed, does the wheel close
+    const std::tuple<const char*, bool, bool, const char*, bool> cases[] = {
         {"lampa", false, true, "key 65 down", false},
         {"lampa", false, false, "", false},
         {"lampa", true, false, "key 65 down", true},
@@ -206,19 +201,19 @@ TEST_F(Voice, OnlyTheWholeTextActsAndVoiceGlobalGovernsFieldsAlone) {
         {"dziewięć", true, true, "", false},
         {"dwuklik", true, true, "button 0 down, button 0 down", false},
     };
-    for (const Case& c : cases) {
-        engineConfig.voiceGlobal = c.isGlobal;
-        if (OverlayIsWheelVisible() != c.isOpen)
+    for (const auto& [text, isOpen, isGlobal, input, closes] : cases) {
+        engineConfig.voiceGlobal = isGlobal;
+        if (OverlayIsWheelVisible() != isOpen)
             OverlayToggleWheel();
         desktop.clearJournal();
-        dispatchRecognisedText(c.text);
+        dispatchRecognisedText(text);
         desktop.advanceBy(1000);
         std::string pressed;
         for (const std::string& entry : desktop.journalOf({JournalKind::input}))
             if (entry.ends_with("down"))
                 pressed += (pressed.empty() ? "" : ", ") + entry;
-        EXPECT_EQ(pressed, c.input) << c.text << c.isOpen << c.isGlobal;
-        EXPECT_EQ(OverlayIsWheelVisible(), c.isOpen && !c.closes) << c.text;
+        EXPECT_EQ(pressed, input) << text << isOpen << isGlobal;
+        EXPECT_EQ(OverlayIsWheelVisible(), isOpen && !closes) << text;
     }
 }
 

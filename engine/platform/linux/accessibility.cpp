@@ -2,6 +2,7 @@
 
 #include "platform/threads.h"
 
+#include "platform/linux/accessible_questions.h"
 #include "platform/linux/glib_handles.h"
 
 #include <sys/stat.h>
@@ -50,6 +51,10 @@ bool openAccessibilityBus(BusConnection& bus) {
     return bus.open(address);
 }
 
+BusObject accessibilityDesktop() {
+    return {"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
+}
+
 void turnAccessibilityOn() {
     const std::string address = sessionBusAddress();
     if (address.empty())
@@ -62,6 +67,10 @@ void turnAccessibilityOn() {
             g_variant_new("(ssv)", "org.a11y.Status", "IsEnabled", g_variant_new_boolean(TRUE));
         bus.ask({serviceName, servicePath}, "org.freedesktop.DBus.Properties", "Set", arguments, "()",
                 [](GVariant*) {});
+        bus.waitForAnswers();
+        // Any question starts the registry. Programs of Qt 5 publish nothing if it is not there before them.
+        if (openAccessibilityBus(bus))
+            askForChildCount(bus, accessibilityDesktop(), [](std::int32_t) {});
         bus.waitForAnswers();
     });
 }

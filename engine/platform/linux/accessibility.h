@@ -5,6 +5,9 @@
 /// Opens the bus on which programs publish what their windows hold. False if there is none.
 bool openAccessibilityBus(BusConnection& bus);
 
+/// The root of all that is published there: its children are the programs.
+BusObject accessibilityDesktop();
+
 /// Tells the programs of the session to publish what their windows hold. In the background; nothing where
 /// there is no session bus. Any thread.
 void turnAccessibilityOn();

@@ -29,8 +29,7 @@ struct Program {
 
 std::vector<Program> askForPrograms(BusConnection& bus) {
     std::vector<Program> programs;
-    const BusObject desktop{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
-    askForChildren(bus, desktop, [&](const std::vector<BusObject>& roots) {
+    askForChildren(bus, accessibilityDesktop(), [&](const std::vector<BusObject>& roots) {
         for (const BusObject& root : roots)
             programs.push_back({root, 0, {}});
         for (Program& program : programs)

@@ -84,15 +84,6 @@ TEST_F(FunctionRun, AChangedKeyHoldCountsFromTheNextWaitOn) {
                              "520 key 65 down, 520 key 65 up");
 }
 
-TEST_F(FunctionRun, RunsPlaySideBySide) {
-    run({click(keyOf(65), 2)}, 250);
-    desktop.advanceTo(60);
-    run({hold(keyOf(66), 100)}, 250);
-    run({hold(keyOf(67), 100)}, 250); // the same moment: in the order of their start
-    EXPECT_EQ(playedFrom(0), "250 key 65 down, 310 key 65 up, 310 key 66 down, 310 key 67 down, "
-                             "370 key 65 down, 410 key 66 up, 410 key 67 up, 430 key 65 up");
-}
-
 TEST_F(FunctionRun, PlaysItsOwnCopyWhateverBecomesOfTheWheels) {
     startWith({wheelOf(4)});
     pressToggleKey();

@@ -121,17 +121,6 @@ TEST_F(WheelCapture, APressReportedTwiceRunsAFieldOnceAndTurnsTwoPages) {
     }
 }
 
-TEST_F(WheelCapture, WhatWasSavedIsGivenBackAtMostOnceAndAnewForEachOpening) {
-    startWith({wheelOf(4)});
-    pressToggleKey();
-    OverlayEngineStop(); // closed without restoration
-    desktop.cursor = {5, 6};
-    OverlayToggleWheel();
-    OverlayToggleWheel();
-    restoreFocus();
-    EXPECT_EQ(journal({JournalKind::cursor}), "cursor 5,6");
-}
-
 enum class To { closed, open, closedWithoutRestoration };
 
 using Event = void (*)(EngineTest&);

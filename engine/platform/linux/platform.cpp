@@ -16,7 +16,7 @@ bool openPlatform() {
     }
     startInputGuard();
     lockInjectionConnection(); // opened now, so that the first step of the first run need not
-    turnAccessibilityOn(); // early: programs that start before it may never tell what they hold
+    turnAccessibilityOn();     // early: programs that start before it may never tell what they hold
     warmUpDrawing();
     return true;
 }

@@ -41,8 +41,6 @@ constexpr ScreenPoint writeFieldButton{345, 464};
 constexpr Field wheelName{250, 61, 170};
 constexpr Field fieldName{320, 99, 165};
 constexpr Field fieldColor{545, 99, 85};
-constexpr Field fieldVoice{688, 99, 197};
-constexpr Field fieldDelay{490, 131, 60};
 constexpr Field stepKey{318, 347, 90};
 constexpr Field stepValue{712, 347, 60};
 constexpr int longestText = 12; // that a field holds in these scenarios
@@ -144,18 +142,27 @@ protected:
         click(button);
     }
 
-    /// Waits for the box and answers it with these keys.
-    void answer(const Texts& keys, const std::string& picture = "editor-question") {
+    /// Waits for the box and takes its first button, or the second.
+    void answer(const std::string& picture, bool takesFirst = true) {
         user.waitForDialog(boxTitle);
         keepPicture(picture);
-        for (const std::string& key : keys)
-            user.key(key);
+        user.key("Right", takesFirst ? 0 : 1);
+        user.key("Return");
         waitFor("the box to go", [this] { return !stage().screen.eyes().shownWindow(boxTitle); });
+    }
+
+    void answerAndGoOn(const std::string& picture) {
+        answer(picture);
+        takeEditor();
     }
 
     std::string contentOf(const std::string& name) {
         std::ifstream stream(stage().folder() / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    void waitForIn(const std::string& name, const std::string& text) {
+        waitFor(text + " in " + name, [&] { return contentOf(name).find(text) != std::string::npos; });
     }
 
     void quitByTray() {
@@ -185,15 +192,11 @@ TEST_F(OnWindowsEngineAlone, AFieldMadeInItsEditorIsSavedAndWorks) {
     click(renameWheelButton);
     click(addWheelButton);
     click(removeWheelButton);
-    answer({"Return"});
-    takeEditor();
+    answerAndGoOn("editor-remove-wheel");
     click(addFieldButton);
     fill(fieldName, "Skok");
-    fill(fieldVoice, "skok");
-    fill(fieldDelay, "50");
     enterStep("nonsense", clickRow, "");
-    answer({"Return"}, "editor-unknown-key");
-    takeEditor();
+    answerAndGoOn("editor-unknown-key");
     enterStep("e", clickRow, "2");
     enterStep("shift", releaseRow, "");
     enterStep("http://x.pl", openRow, "");
@@ -205,43 +208,21 @@ TEST_F(OnWindowsEngineAlone, AFieldMadeInItsEditorIsSavedAndWorks) {
     enterStep("f", clickRow, "2", replaceStepButton);
     fill(fieldColor, "red");
     click(writeFieldButton);
-    answer({"Return"}, "editor-bad-colour");
-    takeEditor();
+    answerAndGoOn("editor-bad-colour");
     fill(fieldColor, "#e74c3c");
     click(writeFieldButton);
-    user.waitForRest();
     keepPicture("editor-filled");
-    const std::string before = contentOf("default.json");
     click(saveButton);
-    const std::string expected = R"({
-  "wheels": [
-    {
-      "name": "Gra",
-      "actions": [
-        { "name": "Pole 1",
-          "steps": [
-            { "key": "a", "action": "click", "value": 1 }
-          ]
-        },
-        { "name": "Pole 2",
-          "steps": [
-            { "key": "b", "action": "click", "value": 1 }
-          ]
-        },
-        { "name": "Skok", "color": "#E74C3C", "delay": 50, "voice": "skok",
+    const std::string newField = R"(        { "name": "Skok", "color": "#E74C3C",
           "steps": [
             { "key": "shift", "action": "hold", "value": 0 },
             { "key": "f", "action": "click", "value": 2 },
             { "key": "shift", "action": "release" }
           ]
         }
-      ]
-    }
-  ]
-}
 )";
-    waitFor("the file to be saved", [&] { return contentOf("default.json") != before; });
-    EXPECT_EQ(contentOf("default.json"), expected);
+    waitForIn("default.json", newField);
+    EXPECT_NE(contentOf("default.json").find("\"name\": \"Gra\""), std::string::npos);
 
     click(saveAsButton);
     user.waitForDialog("Save As");
@@ -250,7 +231,7 @@ TEST_F(OnWindowsEngineAlone, AFieldMadeInItsEditorIsSavedAndWorks) {
     user.waitForRest();
     keepPicture("editor-save-as");
     user.key("Return");
-    waitFor("the copy", [&] { return contentOf("kopia.json") == expected; });
+    waitForIn("kopia.json", newField);
 
     stage().startRecorder();
     EXPECT_EQ(chooseLastOf(3, 6), (Texts{"key-down Shift_L", "key-down f", "key-up f", "key-down f",
@@ -266,7 +247,6 @@ TEST_F(OnWindowsEngineAlone, ActivatingSavesNothingAndClosingAsks) {
     enterStep("e", clickRow, "");
     click(writeFieldButton);
     click(activateButton);
-    user.waitForRest();
     stage().startRecorder();
     EXPECT_EQ(chooseLastOf(3, 2), (Texts{"key-down e", "key-up e"}));
     EXPECT_EQ(contentOf("default.json"), before);
@@ -274,11 +254,11 @@ TEST_F(OnWindowsEngineAlone, ActivatingSavesNothingAndClosingAsks) {
 
     takeEditor();
     const XConnection& eyes = stage().screen.eyes();
-    for (const Texts& keys : {Texts{"Right", "Return"}, Texts{"Return"}}) {
+    for (const bool closes : {false, true}) {
         eyes.close(*eyes.shownWindow(editorTitle));
-        answer(keys);
+        answer("editor-close", closes);
         user.waitForRest();
-        EXPECT_EQ(eyes.shownWindow(editorTitle).has_value(), keys.size() == 2);
+        EXPECT_EQ(!eyes.shownWindow(editorTitle), closes);
     }
     quitByTray();
 }

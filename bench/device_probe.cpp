@@ -2,6 +2,7 @@
 
 #include "device_double.h"
 #include "harness/waiting.h"
+#include "probe.h"
 #include "target_reporter.h"
 
 #include <algorithm>
@@ -106,16 +107,9 @@ private:
 } // namespace
 
 int main(int argc, char** argv) {
-    if (!readTestArguments(argc, argv))
-        return 2;
-    try {
-        printFigureHead();
+    return runProbe(argc, argv, [] {
         DeviceProbe probe;
         probe.measureRest();
         probe.measureLook();
-    } catch (const ScenarioError& error) {
-        std::fprintf(stderr, "device_probe: %s\n", error.what());
-        return 1;
-    }
-    return 0;
+    });
 }

@@ -2,6 +2,7 @@
 
 #include "device_double.h"
 #include "harness/waiting.h"
+#include "probe.h"
 #include "target_reporter.h"
 
 #include <algorithm>
@@ -45,14 +46,5 @@ void measureLabels() {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (!readTestArguments(argc, argv))
-        return 2;
-    try {
-        printFigureHead();
-        measureLabels();
-    } catch (const ScenarioError& error) {
-        std::fprintf(stderr, "labels_probe: %s\n", error.what());
-        return 1;
-    }
-    return 0;
+    return runProbe(argc, argv, [] { measureLabels(); });
 }

@@ -2,6 +2,7 @@
 
 #include "harness/stage.h"
 #include "harness/waiting.h"
+#include "probe.h"
 #include "target_reporter.h"
 
 #include <X11/Xlib.h>
@@ -237,19 +238,12 @@ void measureRest() {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (!readTestArguments(argc, argv))
-        return 2;
-    try {
-        printFigureHead();
+    return runProbe(argc, argv, [] {
         measureStart();
         measureWindow();
         measureOpening("compositor", Compositing::on, 12);
         measureOpening("no compositor", Compositing::off, 8);
         measureMotion();
         measureRest();
-    } catch (const ScenarioError& error) {
-        std::fprintf(stderr, "program_probe: %s\n", error.what());
-        return 1;
-    }
-    return 0;
+    });
 }

@@ -3,6 +3,7 @@
 
 #include "device_double.h"
 #include "harness/waiting.h"
+#include "probe.h"
 #include "target_reporter.h"
 
 #include <algorithm>
@@ -163,17 +164,10 @@ private:
 } // namespace
 
 int main(int argc, char** argv) {
-    if (!readTestArguments(argc, argv))
-        return 2;
-    try {
-        printFigureHead();
+    return runProbe(argc, argv, [] {
         Probe probe;
         probe.measureWheel();
         probe.countPhrases();
         probe.countForeignWords();
-    } catch (const ScenarioError& error) {
-        std::fprintf(stderr, "spoken_probe: %s\n", error.what());
-        return 1;
-    }
-    return 0;
+    });
 }

@@ -2,7 +2,6 @@
 #include "core/lifecycle.h"
 #include "core/text.h"
 #include "engine_test.h"
-#include "overlay.h"
 
 #include <memory>
 #include <optional>

@@ -1,7 +1,6 @@
 #include "engine_test.h"
 
 #include "core/lifecycle.h"
-#include "overlay.h"
 #include "picture_text.h"
 
 namespace {
@@ -73,6 +72,10 @@ std::string EngineTest::played(std::uint64_t sinceMs) const {
 
 std::vector<std::string> EngineTest::shownLines(const std::string& word) {
     return linesOf(pictureLines(*desktop.windowNamed("wheel")->picture), word);
+}
+
+std::string textOf(const OverlayChar* text) {
+    return utf8FromUtf16(reinterpret_cast<const char16_t*>(text));
 }
 
 KeyCode keyOf(std::uint16_t virtualKey) {

@@ -5,6 +5,7 @@
 #include "core/private_messages.h"
 #include "core/wheel_records.h"
 #include "files_support.h"
+#include "overlay.h"
 
 #include "platform/simulated/simulated_desktop.h"
 
@@ -50,6 +51,15 @@ public:
 
     SimulatedDesktop& desktop;
 };
+
+/// A function as a simulated library holds it.
+template <typename Function>
+void* exported(Function* function) {
+    return reinterpret_cast<void*>(function);
+}
+
+/// What the engine's face answered.
+std::string textOf(const OverlayChar* text);
 
 // Layer points that lie in a wheel of four fields, and elsewhere
 inline constexpr Point inFieldOfFour[] = {{334, 130}, {394, 270}, {254, 330}, {194, 190}};

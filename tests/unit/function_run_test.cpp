@@ -1,5 +1,4 @@
 #include "engine_test.h"
-#include "overlay.h"
 #include "run/function_run.h"
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 #include "core/text.h"
 #include "engine_test.h"
 #include "gaze/gaze_thread.h"
-#include "overlay.h"
 #include "platform/clock.h"
 
 #include <algorithm>
@@ -66,11 +65,6 @@ std::int32_t processPoints(void*) {
     return 1;
 }
 
-template <typename Function>
-void* exported(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
 SimulatedLibrary gazeLibrary() {
     return {{{"tobii_api_create", exported(createApi)},
              {"tobii_api_destroy", exported(+[](void*) { return note("free api"); })},
@@ -100,9 +94,7 @@ protected:
         desktop.settle();
     }
 
-    static std::string status() {
-        return utf8FromUtf16(reinterpret_cast<const char16_t*>(OverlayGazeStatus()));
-    }
+    static std::string status() { return textOf(OverlayGazeStatus()); }
 };
 
 TEST_F(Gaze, ALibraryThatLacksANameIsNoTrackerUnlessItCanDoWithoutUntilGazeWasOff) {

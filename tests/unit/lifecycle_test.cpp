@@ -1,7 +1,6 @@
 #include "core/lifecycle.h"
 #include "core/text.h"
 #include "engine_test.h"
-#include "overlay.h"
 
 namespace {
 
@@ -146,14 +145,11 @@ TEST_F(Lifecycle, StopClosesTheWheelWhereItIsGivesTheKeyBackAndIsForGood) {
 }
 
 TEST_F(Lifecycle, UnknownStatusCodesReadAsAnError) {
-    const auto text = [](const OverlayChar* word) {
-        return utf8FromUtf16(reinterpret_cast<const char16_t*>(word));
-    };
     for (const std::int32_t code : {6, -1, 1'000'000}) {
         engineState.gazeStatus = code;
         engineState.voiceStatus = code;
-        EXPECT_EQ(text(OverlayGazeStatus()), "błąd inicjalizacji");
-        EXPECT_EQ(text(OverlayVoiceStatus()), "błąd inicjalizacji");
+        EXPECT_EQ(textOf(OverlayGazeStatus()), "błąd inicjalizacji");
+        EXPECT_EQ(textOf(OverlayVoiceStatus()), "błąd inicjalizacji");
     }
 }
 

@@ -1,6 +1,5 @@
 #include "core/text.h"
 #include "engine_test.h"
-#include "overlay.h"
 #include "picture_text.h"
 #include "pointing/element_filter.h"
 #include "pointing/grid.h"

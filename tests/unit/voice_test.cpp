@@ -1,7 +1,6 @@
 #include "core/lifecycle.h"
 #include "core/text.h"
 #include "engine_test.h"
-#include "overlay.h"
 #include "platform/clock.h"
 #include "voice/phrase_table.h"
 #include "voice/speech_library.h"
@@ -70,11 +69,6 @@ std::int32_t findWord(void*, const char* word) {
     return recogniser.unknownWords.contains(word) ? -1 : 7;
 }
 
-template <typename Function>
-void* exported(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
 SimulatedLibrary speechLibrary() {
     return {{{"vosk_set_log_level", exported(+[](std::int32_t level) { EXPECT_EQ(level, -1); })},
              {"vosk_model_new", exported(newModel)},
@@ -116,9 +110,7 @@ protected:
         desktop.advanceBy(400);
     }
 
-    static std::string status() {
-        return utf8FromUtf16(reinterpret_cast<const char16_t*>(OverlayVoiceStatus()));
-    }
+    static std::string status() { return textOf(OverlayVoiceStatus()); }
 
     static std::string row(std::size_t index) {
         const PhraseEntry& entry = engineState.phraseTable.at(index);

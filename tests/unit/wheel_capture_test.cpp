@@ -1,5 +1,4 @@
 #include "engine_test.h"
-#include "overlay.h"
 #include "platform/injection.h"
 #include "wheel/capture.h"
 

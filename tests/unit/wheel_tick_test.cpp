@@ -1,6 +1,5 @@
 #include "engine_test.h"
 #include "gaze/gaze_thread.h"
-#include "overlay.h"
 #include "platform/clock.h"
 #include "wheel/tick.h"
 

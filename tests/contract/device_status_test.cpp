@@ -54,6 +54,13 @@ bool becomes(const Device& device, const std::string& status) {
 
 class DeviceStatus : public testing::Test {
 protected:
+    /// What an earlier run has left may be of an older build. Later tests have it loaded already.
+    static void SetUpTestSuite() {
+        for (const Device* device : {&voice, &gaze})
+            for (const char* variant : {"complete", "without_required"})
+                fs::remove_all(folderOf(*device, variant));
+    }
+
     void SetUp() override {
         writeSettings(voice, "", false);
         ASSERT_TRUE(OverlayEngineStart());

@@ -13,8 +13,8 @@ bool hasState(std::uint64_t states, AtspiStateType state) {
 
 ControlType AccessibleTraits::type() const {
     // An item of a list in a text is not there to be clicked, one that can be chosen is.
-    const bool canBeChosen = hasState(states, ATSPI_STATE_SELECTABLE) ||
-                             hasState(states, ATSPI_STATE_EXPANDABLE) || isFocusable();
+    const bool canBeChosen =
+        hasState(states, ATSPI_STATE_SELECTABLE) || hasState(states, ATSPI_STATE_EXPANDABLE) || isFocusable();
     switch (role) {
     case ATSPI_ROLE_PUSH_BUTTON:
     case ATSPI_ROLE_TOGGLE_BUTTON:

@@ -3,6 +3,7 @@
 #include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
 
+#include <QAbstractItemView>
 #include <QBoxLayout>
 #include <QComboBox>
 #include <QLineEdit>
@@ -43,6 +44,9 @@ QLabel* makeFieldLabel(const QString& text, QWidget* of) {
 void nameSelector(QComboBox* combo, const QString& name) {
     combo->setAccessibleName(name);
     combo->setAccessibleDescription(name);
+    combo->view()->setAccessibleName(name);
+    if (combo->lineEdit() != nullptr) // which has the focus in its place
+        combo->lineEdit()->setAccessibleName(name);
 }
 
 QHBoxLayout* makeRow(const QMargins& margins = {}) {
@@ -196,8 +200,8 @@ QBoxLayout* WheelEditorPage::makeStepRow() {
 
 QWidget* WheelEditorPage::makeKeyRow() {
     keyCombo = new QComboBox;
-    nameSelector(keyCombo, tr("Klawisz lub przycisk myszy"));
     keyCombo->setEditable(true);
+    nameSelector(keyCombo, tr("Klawisz lub przycisk myszy"));
     keyCombo->setInsertPolicy(QComboBox::NoInsert); // what is typed is a step's, not the list's
     keyCombo->addItems(offeredKeys());
     stepValueSpin = new QSpinBox;

@@ -132,10 +132,35 @@ TEST_F(Spoken, NumbersLeadTheCursorThroughTheGrid) {
     leadTo("pokaż siatkę", {640, 400});
     leadTo("jedenaście", {800, 500});
     leadTo("dwa", {880, 450});
+    leadTo("cztery", {920, 475});
+    leadTo("jeden", {900, 462});
     speak("kliknij dwa razy na trzy"); // meant for numbered elements, of which there are none
     speak("kliknij");
     stage().recording.waitForPress("button-up left");
     EXPECT_EQ(stage().recording.pressTexts(), (Texts{"button-down left", "button-up left"}));
+    const RecordedEvent click = stage().recording.presses().front();
+    EXPECT_EQ((ScreenPoint{click.x, click.y}), (ScreenPoint{900, 462}));
+}
+
+/// Programs publish their elements on this system alone.
+class OnLinuxSpoken : public Spoken {};
+
+TEST_F(OnLinuxSpoken, ANumberOfTwoWordsOpensAnEntryOfAnotherProgram) {
+    start("");
+    Stage& s = stage();
+    Process other({{"gtk3-demo"}, s.screen.environment(), {}, s.screen.folder() / "other.log"});
+    const auto waitForTitle = [&](const std::string& title) {
+        waitFor("the window " + title, [&] { return s.screen.eyes().titleOfActiveWindow() == title; });
+    };
+    waitForTitle("Application Class");
+    const std::size_t windowCount = s.screen.eyes().shownWindows().size();
+    waitFor("labels", [&] { // a program that has just come up may not have published anything yet
+        speak("pokaż elementy");
+        return holdsWithin(std::chrono::milliseconds(3000),
+                           [&] { return s.screen.eyes().shownWindows().size() > windowCount; });
+    });
+    speak("kliknij dwa razy na dwadzieścia jeden");
+    waitForTitle("Foreign drawing");
 }
 
 TEST_F(Spoken, WhatIsNoPhraseDoesNothing) {

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
+#include <csignal>
 #include <thread>
 #include <vector>
 
@@ -43,8 +43,32 @@ void measureLabels() {
                 values.back(), 400, "ms");
 }
 
+/// A program that does not answer keeps the scan waiting for 1.5 s; the wheel must not notice.
+void measureWheelDuringScan() {
+    Stage stage(ScreenSetup{.sound = Sound::microphone});
+    const DeviceDouble library(stage, "libvosk", "speech");
+    stage.writeFile("config.json", deviceSettings(true, false, library.setting("voiceDllPath")));
+    stage.startProgram();
+    const XConnection& eyes = stage.screen.eyes();
+    const Process other(Command{{"gtk3-demo"}, stage.screen.environment(), {}, {}});
+    waitFor("its window", [&] { return eyes.titleOfActiveWindow() == "Application Class"; });
+    stage.openWheel();
+    const std::vector<double> before = motionLatencies(stage, 24);
+    other.send(SIGSTOP);
+    library.add("say pokaż elementy");
+    std::this_thread::sleep_for(std::chrono::milliseconds(250)); // until it has been heard
+    const std::vector<double> during = motionLatencies(stage, 24);
+    other.send(SIGCONT);
+    printFigure("what a scan adds to motion to repainted cursor",
+                during[during.size() / 2] - before[before.size() / 2], during.back() - before.back(), 2,
+                "ms");
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    return runProbe(argc, argv, [] { measureLabels(); });
+    return runProbe(argc, argv, [] {
+        measureLabels();
+        measureWheelDuringScan();
+    });
 }

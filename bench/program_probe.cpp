@@ -45,9 +45,8 @@ void pressToggleKey(const Stage& stage, bool down) {
     XFlush(display);
 }
 
-// A spot of the ring that is neither text nor edge, and one inside the drawn cursor, by its tip.
+// A spot of the ring that is neither text nor edge.
 constexpr LayerPoint ringSpot{294 + 200, 230 - 30};
-constexpr LayerPoint insideCursor{3, 10};
 
 /// A full page of fields, as it is opened over a program.
 void measureOpening(const std::string& where, Compositing compositing, double targetMs) {
@@ -77,21 +76,7 @@ void measureMotion() {
     Stage stage;
     stage.startAll();
     stage.openWheel();
-    const XConnection& eyes = stage.screen.eyes();
-    LayerPoint tip = layerCentre;
-    std::vector<double> values;
-    for (int i = 0; i < 60; ++i) {
-        const int step = i % 2 == 0 ? 30 : -30;
-        tip.x += step;
-        const ScreenPoint spot = stage.wheel.onScreen({tip.x + insideCursor.x, tip.y + insideCursor.y});
-        const Clock::time_point start = Clock::now();
-        stage.mouse->move(step, 0);
-        values.push_back(msUntil(start, [&] {
-            return differenceOf(eyes.pixel(spot.x, spot.y), {255, 255, 255}) < 8;
-        }));
-        std::this_thread::sleep_for(std::chrono::milliseconds(7 + i % 11)); // any phase of the tick
-    }
-    report("real mouse motion to repainted cursor", values, 17, "ms");
+    report("real mouse motion to repainted cursor", motionLatencies(stage, 60), 17, "ms");
 }
 
 /// The server refuses a second client the same key: that is when the first one has it.

@@ -56,6 +56,27 @@ TEST_F(Grid, NumbersNarrowItDownToAPointThatIsClicked) {
     EXPECT_EQ(s.screen.eyes().shownWindow(40, 25), std::nullopt);
 }
 
+/// Where nothing can be tinted, lines and numbers must do.
+class OnLinuxGrid : public Grid {};
+
+TEST_F(OnLinuxGrid, WithoutACompositorTheProgramBelowStaysInSight) {
+    Stage& s = stage({.compositing = Compositing::off, .sound = Sound::microphone});
+    const DeviceDouble library(s, "libvosk", "speech");
+    s.writeFile("config.json", deviceSettings(true, false, library.setting("voiceDllPath")));
+    s.startProgram();
+    s.startRecorder(40);
+    const XConnection& eyes = s.screen.eyes();
+    const ScreenPoint inCell{400, 230};
+    const PixelColor below = eyes.pixel(inCell.x, inCell.y);
+    library.add("say pokaż siatkę");
+    waitFor("the line down the middle", [&] {
+        const PixelColor line = eyes.pixel(640, 230);
+        return std::min({line.red, line.green, line.blue}) > 0xA0;
+    });
+    keepPicture("grid-without-compositor");
+    EXPECT_EQ(eyes.pixel(inCell.x, inCell.y), below);
+}
+
 } // namespace
 
 } // namespace e2e

@@ -7,6 +7,7 @@ build=$1
 
 say "Inside the process, on a screen of its own"
 "$root/scripts/on_screen.sh" "$build/bench/engine_bench"
+"$build/bench/voice_loop_bench"
 
 say "Grid and labels, on a screen of 3840 by 2160"
 ROTIKA_SCREEN=3840x2160 "$root/scripts/on_screen.sh" "$build/bench/pointing_bench"

@@ -22,16 +22,9 @@ LibraryHandle loadFromMakersFolders() {
 } // namespace
 
 LibraryHandle loadGazeLibrary(const std::u16string& configuredPath) {
-    LibraryHandle library = nullptr;
-    if (!configuredPath.empty())
-        library = loadLibrary(configuredPath, LibrarySearch::asSystemDoes);
-    if (library == nullptr)
-        library = loadLibrary(joinPath(programFolder(), gazeLibraryName()), LibrarySearch::asSystemDoes);
-    if (library == nullptr)
-        library = loadLibrary(gazeLibraryName(), LibrarySearch::asSystemDoes);
-    if (library == nullptr)
-        library = loadFromMakersFolders();
-    return library;
+    const LibraryHandle library =
+        loadOptionalLibrary(configuredPath, gazeLibraryName(), LibrarySearch::asSystemDoes);
+    return library != nullptr ? library : loadFromMakersFolders();
 }
 
 bool bindGazeLibrary(LibraryHandle library, GazeLibrary& functions) {

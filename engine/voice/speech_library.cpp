@@ -3,7 +3,6 @@
 #include "core/library_binding.h"
 #include "platform/fault_guard.h"
 #include "platform/microphone.h"
-#include "platform/paths.h"
 
 namespace {
 
@@ -16,14 +15,7 @@ bool survives(Call call) {
 } // namespace
 
 LibraryHandle loadVoskLibrary(const std::u16string& configuredPath) {
-    LibraryHandle library = nullptr;
-    if (!configuredPath.empty())
-        library = loadLibrary(configuredPath, LibrarySearch::besideItself);
-    if (library == nullptr)
-        library = loadLibrary(joinPath(programFolder(), speechLibraryName()), LibrarySearch::besideItself);
-    if (library == nullptr)
-        library = loadLibrary(speechLibraryName(), LibrarySearch::asSystemDoes);
-    return library;
+    return loadOptionalLibrary(configuredPath, speechLibraryName(), LibrarySearch::besideItself);
 }
 
 bool bindSpeechLibrary(LibraryHandle library, SpeechLibrary& functions) {

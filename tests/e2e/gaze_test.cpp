@@ -11,6 +11,9 @@ using Texts = std::vector<std::string>;
 
 constexpr std::chrono::milliseconds quickEnd{2000 + 1500};
 
+/// The first steps of the pull bring the cursor at least so near.
+constexpr int pulledNear = 5;
+
 class Gaze : public Scenario {
 protected:
     Stage& gazeStage() {
@@ -48,6 +51,18 @@ protected:
                      std::to_string((place.y + 0.5) / eyes.height()) + " 1 1");
     }
 
+    /// A program in front, the wheel over it, and eyes on the wheel.
+    void openWheelAndLookAt(LayerPoint point) {
+        stage().startRecorder();
+        stage().recording.mark();
+        stage().openWheel();
+        lookAt(point);
+    }
+
+    void waitForPullTo(LayerPoint point) {
+        waitFor("the eyes' pull", [&] { return cursorIsWithin(point, pulledNear); });
+    }
+
     bool cursorIsWithin(LayerPoint point, int distance) {
         const std::optional<LayerPoint> cursor = stage().wheel.findCursor();
         return cursor && std::abs(cursor->x - point.x) <= distance &&
@@ -62,9 +77,6 @@ protected:
 
     std::unique_ptr<DeviceDouble> library;
 };
-
-/// The first steps of the pull bring the cursor at least so near.
-constexpr int pulledNear = 5;
 
 TEST_F(Gaze, EachFailureOfTheStartHasItsStatusAndUndoesWhatWasMade) {
     Stage& s = gazeStage();
@@ -125,10 +137,7 @@ TEST_F(Gaze, EachFailureOfTheStartHasItsStatusAndUndoesWhatWasMade) {
 TEST_F(Gaze, LookingTurnsTheWheelAndChooses) {
     Stage& s = gazeStage();
     start("rest 1", "complete", 1500); // long enough to look away from the arrow before it turns again
-    s.startRecorder();
-    s.recording.mark();
-    s.openWheel();
-    lookAt(fieldPoint(0, 2));
+    openWheelAndLookAt(fieldPoint(0, 2));
     s.waitUntilWheelIsClosed();
     expectKey("a");
     s.toggle();
@@ -146,16 +155,13 @@ TEST_F(Gaze, LookingTurnsTheWheelAndChooses) {
 TEST_F(Gaze, TheMouseTakesOverAtOnceAndTheEyesComeBackLater) {
     Stage& s = gazeStage();
     start("rest 1", "complete", 3000);
-    s.startRecorder();
-    s.recording.mark();
-    s.openWheel();
-    lookAt(fieldPoint(0, 2));
-    waitFor("the eyes' pull", [&] { return cursorIsWithin(fieldPoint(0, 2), pulledNear); });
+    openWheelAndLookAt(fieldPoint(0, 2));
+    waitForPullTo(fieldPoint(0, 2));
     s.mouse->move(-250, 0);
     waitFor("the mouse's push", [&] {
         return cursorIsWithin({fieldPoint(0, 2).x - 250, fieldPoint(0, 2).y}, 8);
     });
-    waitFor("the eyes' pull again", [&] { return cursorIsWithin(fieldPoint(0, 2), pulledNear); });
+    waitForPullTo(fieldPoint(0, 2));
     s.waitUntilWheelIsClosed();
     expectKey("a");
 }
@@ -163,11 +169,8 @@ TEST_F(Gaze, TheMouseTakesOverAtOnceAndTheEyesComeBackLater) {
 TEST_F(Gaze, SamplesThatEndOrCountForNothingLeaveTheCursorAndTheDwellAlone) {
     Stage& s = gazeStage();
     start("rest 1", "complete", 3000);
-    s.startRecorder();
-    s.recording.mark();
-    s.openWheel();
-    lookAt(fieldPoint(0, 2));
-    waitFor("the eyes' pull", [&] { return cursorIsWithin(fieldPoint(0, 2), pulledNear); });
+    openWheelAndLookAt(fieldPoint(0, 2));
+    waitForPullTo(fieldPoint(0, 2));
     library->add("look 0.01 0.01 0 50"); // closed eyes
     library->add("rest 1");
     s.waitUntilWheelIsClosed();
@@ -179,10 +182,7 @@ TEST_F(Gaze, ATrackerThatIsUnpluggedComesBackByItself) {
     start("error 2\nrest 1");
     library->waitForCall("device_reconnect", 2);
     expectStatus("aktywny");
-    s.startRecorder();
-    s.recording.mark();
-    s.openWheel();
-    lookAt(fieldPoint(1, 2));
+    openWheelAndLookAt(fieldPoint(1, 2));
     s.waitUntilWheelIsClosed();
     expectKey("b");
 }

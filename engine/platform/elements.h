@@ -55,7 +55,7 @@ struct FoundElements {
 };
 
 /// Asks the accessibility service of the system for the elements that can be clicked or focused; it may give
-/// others too. Never empty of an area, but with no roots where there is no such service or it fails. A
+/// others too. There are no roots where there is no such service or it fails; the area stands all the same. A
 /// program that does not answer costs a bounded time, and what was found until then counts. Any thread but
 /// the owner's.
 FoundElements findElements(const ElementSearch& search);

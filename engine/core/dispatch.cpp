@@ -2,6 +2,7 @@
 
 #include "core/engine_config.h"
 #include "core/engine_state.h"
+#include "core/handed_over.h"
 #include "core/lifecycle.h"
 #include "core/private_messages.h"
 #include "core/status_texts.h"
@@ -15,6 +16,7 @@
 #include "run/function_run.h"
 #include "wheel/capture.h"
 #include "wheel/geometry.h"
+#include "wheel/icons.h"
 #include "wheel/tick.h"
 
 #include <cstring>
@@ -36,10 +38,7 @@ void onHotKey(int id) noexcept {
 void runByVoice(const WheelAction& chosen) {
     const WheelAction action = chosen; // closing may let in a message that replaces the wheels
     const bool wasOpen = engineState.wheelVisible;
-    if (wasOpen) {
-        hideWheel();
-        restoreFocus();
-    }
+    closeWheel();
     if (action.steps.empty())
         return;
     runFunction(action,
@@ -100,8 +99,7 @@ void onVoiceCommand(std::int32_t command) {
             showWheel();
         break;
     case commandHideWheel:
-        if (engineState.wheelVisible)
-            toggleWheel();
+        closeWheel();
         break;
     case commandNextWheel:
         turnPageByVoice(1);
@@ -140,20 +138,31 @@ void onVoiceCommand(std::int32_t command) {
 }
 
 void onVoiceSkipped(std::intptr_t payload) {
-    const std::unique_ptr<std::u16string> phrases(reinterpret_cast<std::u16string*>(payload));
+    const auto phrases = takeRecord<std::u16string>(MsgVoiceSkipped, payload);
     if (phrases == nullptr)
         return;
     const std::u16string text = u"Pominięto frazy ze słowami spoza słownika modelu: " + *phrases;
     showTrayBalloon(u"Rotika — komendy głosowe", cutTo(text, balloonTextLength), BalloonIcon::warning);
 }
 
+/// What was said. Behind a locked screen nobody can see what a word would do.
+void onSpoken(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) {
+    if (engineState.sessionLocked)
+        return;
+    if (message == MsgVoiceCommand)
+        onVoiceCommand(static_cast<std::int32_t>(wParam));
+    else if (message == MsgVoiceField)
+        onVoiceField(wParam, static_cast<std::uintptr_t>(lParam));
+    else
+        onVoiceFunction(wParam);
+}
+
 void onMainMessage(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) noexcept {
     switch (message) {
     case MsgVoiceCommand:
-        onVoiceCommand(static_cast<std::int32_t>(wParam));
-        break;
     case MsgVoiceField:
-        onVoiceField(wParam, static_cast<std::uintptr_t>(lParam));
+    case MsgVoiceFunction:
+        onSpoken(message, wParam, lParam);
         break;
     case MsgElementsReady:
         takeScanResult(lParam);
@@ -161,8 +170,8 @@ void onMainMessage(std::uint32_t message, std::uintptr_t wParam, std::intptr_t l
     case MsgVoiceSkipped:
         onVoiceSkipped(lParam);
         break;
-    case MsgVoiceFunction:
-        onVoiceFunction(wParam);
+    case MsgIconLoaded:
+        takeIcon(lParam);
         break;
     default:
         break;
@@ -197,6 +206,36 @@ void onDestroyed() noexcept {
     unregisterHotKey(engineState.mainWindow, toggleHotKeyId);
 }
 
+/// What is on the screen was placed for monitors that are no longer so.
+void onMonitorsChanged() noexcept {
+    closeWheel();
+    hideGrid();
+    cancelElementLabels();
+}
+
+void onSessionLockChanged(bool isLocked) noexcept {
+    engineState.sessionLocked = isLocked;
+    if (!isLocked)
+        return;
+    closeWheel();
+    hideGrid();
+    cancelElementLabels();
+}
+
+/// The capture must end with the window that shows it.
+void onWheelWindowDestroyed() noexcept {
+    closeWheel();
+    engineState.wheelWindow = nullptr;
+    createMissingOverlays();
+}
+
+void onGridWindowDestroyed() noexcept {
+    engineState.gridVisible = false;
+    engineState.elementsVisible = false;
+    engineState.gridWindow = nullptr;
+    createMissingOverlays();
+}
+
 void onWheelMessage(std::uint32_t message, std::uintptr_t, std::intptr_t) noexcept {
     if (message == MsgSelectUnderCursor)
         selectUnderCursor();
@@ -212,6 +251,8 @@ MainWindowHandlers mainWindowHandlers() {
         .statusText = statusPageText,
         .editorRequested = []() noexcept { openEditor(); },
         .destroyed = onDestroyed,
+        .monitorsChanged = onMonitorsChanged,
+        .sessionLockChanged = onSessionLockChanged,
     };
 }
 
@@ -219,5 +260,11 @@ OverlayWindowHandlers wheelWindowHandlers() {
     return {
         .messageArrived = onWheelMessage,
         .leftPressed = []() noexcept { postWindowMessage(engineState.wheelWindow, MsgSelectUnderCursor); },
+        .closeRequested = []() noexcept { closeWheel(); },
+        .destroyed = onWheelWindowDestroyed,
     };
+}
+
+OverlayWindowHandlers gridWindowHandlers() {
+    return {.destroyed = onGridWindowDestroyed};
 }

@@ -7,3 +7,4 @@
 
 MainWindowHandlers mainWindowHandlers();
 OverlayWindowHandlers wheelWindowHandlers();
+OverlayWindowHandlers gridWindowHandlers();

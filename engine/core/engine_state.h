@@ -17,7 +17,7 @@
 
 struct IconCacheEntry {
     std::u16string path;                 // as written in the file
-    const PictureImage* image = nullptr; // null: loading failed and is not tried again
+    const PictureImage* image = nullptr; // null: not read yet, or loading failed, which is not tried again
 };
 
 /// Process-wide state. Everything belongs to the owner thread, but for the atomics and what phraseLock
@@ -76,6 +76,7 @@ struct EngineState {
     WindowHandle wheelWindow = nullptr;
     std::vector<IconCacheEntry> iconCache; // grows only, also across reloads
     bool engineStarted = false;
+    Relaxed<bool> sessionLocked = false; // nothing opens, presses or starts meanwhile
 };
 
 extern EngineState& engineState;

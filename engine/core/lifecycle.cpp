@@ -15,6 +15,7 @@
 #include "voice/voice_thread.h"
 #include "wheel/capture.h"
 #include "wheel/geometry.h"
+#include "wheel/icons.h"
 #include "wheel/painter.h"
 
 #include <algorithm>
@@ -28,9 +29,7 @@ constexpr std::int32_t gridWindowSizePx = 100; // until the grid is first placed
 
 void createWindows() {
     engineState.mainWindow = createMainWindow(mainWindowHandlers());
-    engineState.wheelWindow =
-        createOverlayWindow(OverlayKind::wheel, layerWidthPx, layerHeightPx, wheelWindowHandlers());
-    engineState.gridWindow = createOverlayWindow(OverlayKind::grid, gridWindowSizePx, gridWindowSizePx, {});
+    createMissingOverlays();
 }
 
 void registerToggleKey() {
@@ -93,12 +92,22 @@ void followVoiceSetting() {
 
 } // namespace
 
+void createMissingOverlays() {
+    if (engineState.wheelWindow == nullptr)
+        engineState.wheelWindow =
+            createOverlayWindow(OverlayKind::wheel, layerWidthPx, layerHeightPx, wheelWindowHandlers());
+    if (engineState.gridWindow == nullptr)
+        engineState.gridWindow =
+            createOverlayWindow(OverlayKind::grid, gridWindowSizePx, gridWindowSizePx, gridWindowHandlers());
+}
+
 bool startEngine(bool standalone) {
     if (!openPlatform())
         return false;
     std::u16string problems;
     loadConfiguration(problems);
     createWindows();
+    loadNewIcons();
     registerToggleKey();
     if (standalone)
         announceStandalone(problems);
@@ -128,6 +137,7 @@ void stopWorkers() {
 void reloadEngine() {
     std::u16string problems; // shown to nobody on this road
     loadConfiguration(problems);
+    loadNewIcons();
     rebuildPhraseTable();
     if (engineState.mainWindow != nullptr) { // workers talk to it
         followGazeSetting();
@@ -143,6 +153,7 @@ bool activateWheels(std::vector<Wheel> wheels) {
     engineState.wheels = std::move(wheels);
     engineState.activeWheel = 0;
     engineState.hoveredField = -1;
+    loadNewIcons();
     rebuildPhraseTable();
     repaintOpenWheel();
     return true;

@@ -9,6 +9,10 @@
 /// files and has a tray icon of its own. Owner thread.
 bool startEngine(bool standalone);
 
+/// Makes the wheel's and the grid's window where they are null: at the start, and after somebody else has
+/// destroyed one. Owner thread, like all below.
+void createMissingOverlays();
+
 void stopEngine();
 
 /// Ends the gaze and the voice thread, or leaves them to themselves after 1.5 and 2 s. Their status stays.

@@ -11,6 +11,7 @@ enum PrivateMessage : std::uint32_t {
     MsgElementsReady = 0x8005,     // lParam: owned scan result, or null
     MsgVoiceSkipped = 0x8006,      // lParam: owned std::u16string, or null
     MsgVoiceFunction = 0x8007,     // wParam: index into voiceActions
+    MsgIconLoaded = 0x8008,        // lParam: owned IconCacheEntry
 };
 
 inline constexpr int toggleHotKeyId = 1;

@@ -7,7 +7,8 @@
 #include <cstdint>
 #include <string>
 
-/// What the hidden main window tells the engine, always on the owner thread. All members are set.
+/// What the hidden main window tells the engine, always on the owner thread. All members are set
+/// but where said.
 struct MainWindowHandlers {
     void (*hotKeyPressed)(int id) noexcept;
     MessageHandler messageArrived;
@@ -18,6 +19,11 @@ struct MainWindowHandlers {
     /// The button of the status page.
     void (*editorRequested)() noexcept;
     void (*destroyed)() noexcept;
+    /// A monitor came, went, moved or changed its size. Null: nobody cares.
+    void (*monitorsChanged)() noexcept = nullptr;
+    /// The user's session was locked or unlocked; told soon after the start as well, if it is locked then.
+    /// Null: nobody cares.
+    void (*sessionLockChanged)(bool isLocked) noexcept = nullptr;
 };
 
 /// Creates the engine's main window, hidden, titled "Rotika"; it receives the hot key and the workers'

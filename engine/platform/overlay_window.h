@@ -9,9 +9,14 @@
 enum class OverlayKind { wheel, grid };
 
 struct OverlayWindowHandlers {
-    MessageHandler messageArrived; // null: messages are dropped
+    MessageHandler messageArrived = nullptr; // null: messages are dropped
     /// A left press reached the window as an ordinary event; null: nobody cares.
-    void (*leftPressed)() noexcept;
+    void (*leftPressed)() noexcept = nullptr;
+    /// Somebody asked the window to close (Alt+F4, a task killer). It stays as it is; null: nobody cares.
+    void (*closeRequested)() noexcept = nullptr;
+    /// Somebody else destroys the window: its handle is good for the functions below only until this returns.
+    /// Null: nobody cares.
+    void (*destroyed)() noexcept = nullptr;
 };
 
 /// A hidden top-most layer with per-pixel transparency that never takes the focus by itself. At 0, 0. Owner

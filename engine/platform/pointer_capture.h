@@ -20,6 +20,15 @@ struct PointerCaptureHandlers {
 /// Parts that the system refuses are left out in silence. `handlers` is copied. Owner thread; not nested.
 void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCaptureHandlers& handlers);
 
+/// Silence of the owner thread after which the guard process gives the mouse back, in ms.
+inline constexpr std::uint64_t captureSilenceLimitMs = 2000;
+
+/// Called by each tick of the open wheel: tells the guard that the owner thread is alive. False when the
+/// thread was silent for so long that the guard may have given the mouse back; the caller then closes the
+/// wheel, and nothing that was pressed or moved meanwhile reaches the handlers. True when no capture stands.
+/// Never blocks.
+bool renewPointerCapture();
+
 /// Gives everything back; a button released during the capture is released for the programs too. Harmless
 /// when no capture stands. The system undoes the capture by itself when the process dies.
 void endPointerCapture();

@@ -3,9 +3,9 @@
 #include "core/colors.h"
 #include "core/engine_config.h"
 #include "core/engine_state.h"
+#include "core/handed_over.h"
 #include "core/private_messages.h"
 #include "core/text.h"
-#include "platform/messages.h"
 #include "platform/overlay_window.h"
 #include "platform/pointer.h"
 #include "platform/threads.h"
@@ -26,11 +26,10 @@ constexpr float badgeHeightPx = 18;
 constexpr PictureColor numberColor{0xFF, 0xFF, 0xFF, 0xFF};
 constexpr float numberSizePx = 13;
 
-/// Body of the scan's thread. The result is the receiver's once it is posted.
+/// Body of the scan's thread.
 void scanElements(const ElementSearch& search, WindowHandle mainWindow) noexcept {
-    auto result = std::make_unique<ElementScanResult>(filterElements(findElements(search), search.scope));
-    if (postWindowMessage(mainWindow, MsgElementsReady, 0, reinterpret_cast<std::intptr_t>(result.get())))
-        static_cast<void>(result.release());
+    postRecord(mainWindow, MsgElementsReady,
+               std::make_unique<ElementScanResult>(filterElements(findElements(search), search.scope)));
 }
 
 void addLabel(Picture& picture, const Rect& rect, std::size_t number) {
@@ -86,7 +85,10 @@ void cancelElementLabels() {
 }
 
 void takeScanResult(std::intptr_t payload) {
-    const std::unique_ptr<ElementScanResult> result(reinterpret_cast<ElementScanResult*>(payload));
+    const auto result = takeRecord<ElementScanResult>(MsgElementsReady, payload);
+    // Posted by somebody else: a scan under way is none of its business. Null stands for an empty result.
+    if (result == nullptr && payload != 0)
+        return;
     if (engineState.elementScanBusy.exchange(0) == 0)
         return;
     if (result != nullptr) {

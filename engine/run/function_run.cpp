@@ -31,6 +31,11 @@ void sleepKeyHold() {
     sleepMs(static_cast<std::uint32_t>(engineConfig.keyHold.load()));
 }
 
+/// A press meant for a program would go to the screen's locker; a release goes wherever the press went.
+bool mayAct() {
+    return !engineState.sessionLocked;
+}
+
 void sendMouseButton(std::uint32_t button, InputMotion motion) {
     const bool isSwappable = button <= 1;
     injectMouseButton(isSwappable && mouseButtonsAreSwapped() ? 1 - button : button, motion);
@@ -67,7 +72,8 @@ void playStep(const ActionStep& step) {
         injectStep(step, false);
         break;
     case StepKind::open:
-        openTarget(step.target);
+        if (mayAct())
+            openTarget(step.target);
         break;
     }
 }
@@ -86,6 +92,8 @@ void playPointerClick(const PointerClick& click) noexcept {
     for (std::int32_t i = 0; i < click.count; ++i) {
         if (i > 0)
             sleepKeyHold();
+        if (!mayAct())
+            return;
         sendMouseButton(click.button, InputMotion::downUntilReleased);
         sleepKeyHold();
         sendMouseButton(click.button, InputMotion::up);
@@ -107,7 +115,7 @@ void startMouseClick(std::uint32_t button, std::int32_t count) {
 }
 
 void injectStep(const ActionStep& step, bool down) {
-    if (!step.key.valid)
+    if (!step.key.valid || (down && !mayAct()))
         return;
     const bool staysDown = step.kind == StepKind::hold && step.value <= 0;
     const InputMotion press = staysDown ? InputMotion::downAndLeft : InputMotion::downUntilReleased;

@@ -1,6 +1,7 @@
 #include "voice/voice_thread.h"
 
 #include "core/engine_state.h"
+#include "core/handed_over.h"
 #include "core/private_messages.h"
 #include "core/text.h"
 #include "platform/clock.h"
@@ -63,10 +64,7 @@ void Listener::setStatus(VoiceStatusCode code) const {
 }
 
 void postSkipped(const std::u16string& phrases) {
-    auto payload = std::make_unique<std::u16string>(phrases);
-    if (postWindowMessage(engineState.mainWindow, MsgVoiceSkipped, 0,
-                          reinterpret_cast<std::intptr_t>(payload.get())))
-        static_cast<void>(payload.release()); // the receiver's now
+    postRecord(engineState.mainWindow, MsgVoiceSkipped, std::make_unique<std::u16string>(phrases));
 }
 
 /// The generation is taken first: a rebuild during the building is then seen as one to come.

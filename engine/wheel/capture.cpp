@@ -38,6 +38,8 @@ PointerCaptureHandlers captureHandlers() {
 } // namespace
 
 void showWheel() {
+    if (engineState.sessionLocked || engineState.wheelWindow == nullptr)
+        return;
     engineState.savedCursor = cursorPosition();
     engineState.savedForeground = foregroundWindow();
     engineState.restorePending = true;
@@ -74,11 +76,16 @@ void restoreFocus() {
     bringToForeground(saved);
 }
 
-void toggleWheel() {
-    if (!engineState.wheelVisible) {
-        showWheel();
+void closeWheel() {
+    if (!engineState.wheelVisible)
         return;
-    }
     hideWheel();
     restoreFocus();
+}
+
+void toggleWheel() {
+    if (engineState.wheelVisible)
+        closeWheel();
+    else
+        showWheel();
 }

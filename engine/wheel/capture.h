@@ -3,7 +3,7 @@
 // Opening and closing the wheel. Owner thread.
 
 /// Opens the wheel on the monitor of the real cursor and takes the mouse away from all programs. Never called
-/// while it is open.
+/// while it is open. Nothing happens while the session is locked or the wheel has no window.
 void showWheel();
 
 /// Undoes the whole capture and hides the window. Restores neither cursor nor foreground. Every road out
@@ -12,6 +12,9 @@ void hideWheel();
 
 /// Gives the saved cursor position and foreground window back, at most once for each show.
 void restoreFocus();
+
+/// Closes an open wheel and gives cursor and foreground back; nothing when it is closed.
+void closeWheel();
 
 /// What the toggle key does.
 void toggleWheel();

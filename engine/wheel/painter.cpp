@@ -5,8 +5,8 @@
 #include "core/engine_state.h"
 #include "core/text.h"
 #include "platform/overlay_window.h"
-#include "platform/paths.h"
 #include "wheel/geometry.h"
+#include "wheel/icons.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,7 +18,6 @@ constexpr PictureBox holeBox{248, 184, 2 * innerRadiusPx, 2 * innerRadiusPx};
 constexpr PictureBox pageIndicatorBox{248, 210, 92, 22};
 constexpr PictureBox wheelNameBox{248, 232, 92, 18};
 constexpr std::uint8_t restingAlpha = 0x87; // 53 percent: the hovered field alone is solid
-constexpr float iconSizePx = 42;
 constexpr float shadowOffsetPx = 1.5F;
 constexpr float dwellRingThreshold = 0.03F;
 
@@ -70,7 +69,8 @@ void addLabel(Picture& picture, const WheelAction& action, std::size_t field, st
         return;
     }
     const float iconY = action.name.empty() ? centre.y : centre.y - 11;
-    const PictureBox iconBox{centre.x - iconSizePx / 2, iconY - iconSizePx / 2, iconSizePx, iconSizePx};
+    constexpr float side = iconSizePx;
+    const PictureBox iconBox{centre.x - side / 2, iconY - side / 2, side, side};
     picture.commands.push_back(ImageInBox{image, iconBox, isHovered ? 1.0F : 135.0F / 255.0F});
     if (!action.name.empty())
         addShadowedText(picture, action.name, {centre.x - 62, centre.y + 11, 124, 34}, 14, isHovered);
@@ -125,25 +125,7 @@ void addDwellRing(Picture& picture) {
     picture.commands.push_back(OutlinedArc{box, -90, sweep, white(0xEB), 3.5F});
 }
 
-std::u16string iconPath(const std::u16string& written) {
-    const bool isAbsolute =
-        written.size() >= 2 && (written[1] == u':' || written[0] == u'\\' || written[0] == u'/');
-    return isAbsolute ? written : joinPath(programFolder(), written);
-}
-
 } // namespace
-
-const PictureImage* iconFor(const WheelAction& action) {
-    if (action.icon.empty())
-        return nullptr;
-    const auto& cache = engineState.iconCache;
-    const auto known = std::find_if(cache.begin(), cache.end(),
-                                    [&](const IconCacheEntry& entry) { return entry.path == action.icon; });
-    if (known != cache.end())
-        return known->image;
-    engineState.iconCache.push_back({action.icon, loadPictureImage(iconPath(action.icon))});
-    return engineState.iconCache.back().image;
-}
 
 Picture buildWheelPicture() {
     const Wheel& wheel = activeWheelRecord();

@@ -7,6 +7,7 @@
 #include "platform/clock.h"
 #include "platform/overlay_window.h"
 #include "platform/pointer.h"
+#include "platform/pointer_capture.h"
 #include "run/function_run.h"
 #include "wheel/capture.h"
 #include "wheel/geometry.h"
@@ -119,6 +120,10 @@ void addRawMotion(std::int32_t dx, std::int32_t dy) noexcept {
 void tickWheel() noexcept {
     if (!engineState.wheelVisible)
         return;
+    if (!renewPointerCapture()) {
+        closeWheel();
+        return;
+    }
     const std::uint64_t now = tickCount();
     bool hasChanged = applyMotion(now);
     clampCursor();
@@ -151,8 +156,7 @@ void selectUnderCursor() {
         return;
     // A copy: giving the focus back may let another program's message in, and that may replace the wheels.
     const WheelAction action = activeWheelRecord().actions[static_cast<std::size_t>(field)];
-    hideWheel();
-    restoreFocus();
+    closeWheel();
     if (!action.steps.empty())
         runFunction(action, static_cast<std::uint32_t>(engineConfig.sendDelay.load()));
 }

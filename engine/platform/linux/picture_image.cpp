@@ -45,7 +45,7 @@ cairo_surface_t* surfaceOf(const GdkPixbuf& pixels) {
 
 } // namespace
 
-const PictureImage* loadPictureImage(const std::u16string& path) {
+const PictureImage* loadPictureImage(const std::u16string& path, std::int32_t /*sidePx*/) {
     const std::string file = utf8FromUtf16(path);
     int width = 0;
     int height = 0;

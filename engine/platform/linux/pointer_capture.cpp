@@ -213,6 +213,10 @@ void beginPointerCapture(WindowHandle, Point, const PointerCaptureHandlers& hand
     XFlush(ownerDisplay());
 }
 
+bool renewPointerCapture() {
+    return true;
+}
+
 void endPointerCapture() {
     if (!capture.isActive)
         return;

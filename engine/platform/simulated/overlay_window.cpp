@@ -19,7 +19,7 @@ WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int3
         desktop.addWindow(kind == OverlayKind::wheel ? "wheel" : "grid", {0, 0, width, height});
     window.letsPointerThrough = kind == OverlayKind::grid;
     window.messageArrived = handlers.messageArrived;
-    window.leftPressed = handlers.leftPressed;
+    window.overlayHandlers = handlers;
     return &window;
 }
 

@@ -2,9 +2,9 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
-const PictureImage* loadPictureImage(const std::u16string& path) {
+const PictureImage* loadPictureImage(const std::u16string& path, std::int32_t /*sidePx*/) {
     SimulatedDesktop& desktop = simulatedDesktop();
-    desktop.requireOwner("image loaded on a worker");
+    const std::lock_guard lock(desktop.guard);
     desktop.imageLoads.push_back(path);
     return desktop.loadableImages.contains(path) ? &desktop.images.emplace_back(PictureImage{path}) : nullptr;
 }

@@ -2,6 +2,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+#include <utility>
+
 void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCaptureHandlers& handlers) {
     SimulatedDesktop& desktop = simulatedDesktop();
     desktop.requireWindow(wheelWindow, "capture without a window");
@@ -11,6 +13,12 @@ void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCa
     desktop.pinnedAt = {pinned.x, pinned.y, pinned.x + 1, pinned.y + 1};
     desktop.note(JournalKind::capture,
                  "capture at " + std::to_string(pinned.x) + "," + std::to_string(pinned.y));
+}
+
+bool renewPointerCapture() {
+    SimulatedDesktop& desktop = simulatedDesktop();
+    desktop.requireOwner("capture renewed by a worker");
+    return !std::exchange(desktop.captureWasSilent, false);
 }
 
 void endPointerCapture() {

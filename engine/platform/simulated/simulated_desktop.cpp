@@ -166,6 +166,27 @@ void SimulatedDesktop::destroyMainWindow() {
     windowNamed("main")->isAlive = false;
 }
 
+void SimulatedDesktop::askToClose(const std::string& windowName) {
+    if (const auto asked = windowNamed(windowName)->overlayHandlers.closeRequested)
+        asked();
+}
+
+void SimulatedDesktop::destroyOverlay(const std::string& windowName) {
+    const WindowHandle window = windowNamed(windowName);
+    window->overlayHandlers.destroyed();
+    window->isAlive = false;
+    window->name += " that was";
+}
+
+void SimulatedDesktop::changeMonitors(std::vector<Rect> now) {
+    monitors = std::move(now);
+    mainHandlers->monitorsChanged();
+}
+
+void SimulatedDesktop::lockSession(bool isLocked) {
+    mainHandlers->sessionLockChanged(isLocked);
+}
+
 std::set<std::uint16_t> SimulatedDesktop::registeredKeys() const {
     std::set<std::uint16_t> keys;
     for (const auto& [id, hotKey] : hotKeys)

@@ -49,7 +49,7 @@ struct PlatformWindow {
     std::optional<Picture> picture;
     int paintCount = 0;
     MessageHandler messageArrived = nullptr;
-    void (*leftPressed)() noexcept = nullptr;
+    OverlayWindowHandlers overlayHandlers{};
 };
 
 enum class JournalKind { input, target, window, picture, focus, cursor, capture, timer, hotKey, box, tray };
@@ -84,6 +84,7 @@ public:
     std::set<std::uint16_t> keysTakenByOthers; // hot keys that cannot be had
     std::set<std::u16string> loadableImages;   // full paths that hold an image
     PressDelivery pressDelivery = PressDelivery::onceAsRaw;
+    bool captureWasSilent = false; // the owner thread stood still for longer than the guard waits
 
     /// By path, or by bare name for what the system itself would find.
     std::map<std::u16string, SimulatedLibrary> libraries;
@@ -137,6 +138,12 @@ public:
     /// Another process sends data to the main window; its answer.
     bool sendData(std::uintptr_t kind, const void* bytes, std::size_t byteCount);
     void destroyMainWindow();
+    /// Somebody closes or destroys a window of the engine's.
+    void askToClose(const std::string& windowName);
+    void destroyOverlay(const std::string& windowName);
+    /// The monitors are now these.
+    void changeMonitors(std::vector<Rect> now);
+    void lockSession(bool isLocked);
 
     // What can be seen
 

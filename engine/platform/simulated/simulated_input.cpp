@@ -55,9 +55,9 @@ void SimulatedDesktop::deliverPress(std::uint32_t button, bool isInjected) {
     const auto hit = std::find_if(stack.rbegin(), stack.rend(), [this](WindowHandle window) {
         return window->isShown && !window->letsPointerThrough && window->place.contains(cursor);
     });
-    if (hit != stack.rend() && (*hit)->leftPressed != nullptr) {
+    if (hit != stack.rend() && (*hit)->overlayHandlers.leftPressed != nullptr) {
         if (button == 0) {
-            queue.push_back({*hit, (*hit)->leftPressed});
+            queue.push_back({*hit, (*hit)->overlayHandlers.leftPressed});
         }
         return;
     }

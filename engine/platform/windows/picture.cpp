@@ -205,7 +205,7 @@ void drawPicture(HDC surface, const Picture& picture) {
     }
 }
 
-const PictureImage* loadPictureImage(const std::u16string& path) {
+const PictureImage* loadPictureImage(const std::u16string& path, std::int32_t /*sidePx*/) {
     ImageHandle file;
     if (gdip::GdipLoadImageFromFile(wideText(path), file.slot()) != Gdiplus::Ok) {
         return nullptr;

@@ -101,6 +101,10 @@ void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCa
     registerRawMouse(RIDEV_INPUTSINK, nativeWindow(wheelWindow));
 }
 
+bool renewPointerCapture() {
+    return true;
+}
+
 void endPointerCapture() {
     PointerCapture& state = capture();
     if (!state.stands) {

@@ -1,0 +1,69 @@
+#include "wheel/icons.h"
+
+#include "core/engine_state.h"
+#include "core/handed_over.h"
+#include "core/private_messages.h"
+#include "platform/paths.h"
+#include "platform/threads.h"
+#include "wheel/painter.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+std::u16string iconPath(const std::u16string& written) {
+    const bool isAbsolute =
+        written.size() >= 2 && (written[1] == u':' || written[0] == u'\\' || written[0] == u'/');
+    return isAbsolute ? written : joinPath(programFolder(), written);
+}
+
+IconCacheEntry* cachedIcon(const std::u16string& path) {
+    auto& cache = engineState.iconCache;
+    const auto known = std::find_if(cache.begin(), cache.end(),
+                                    [&](const IconCacheEntry& entry) { return entry.path == path; });
+    return known == cache.end() ? nullptr : &*known;
+}
+
+/// One message an icon: a file that hangs must not keep those before it from the wheel.
+void readIcons(const std::vector<std::u16string>& paths, WindowHandle mainWindow) noexcept {
+    for (const std::u16string& path : paths)
+        postRecord(mainWindow, MsgIconLoaded,
+                   std::make_unique<IconCacheEntry>(
+                       IconCacheEntry{path, loadPictureImage(iconPath(path), iconSizePx)}));
+}
+
+} // namespace
+
+void loadNewIcons() {
+    std::vector<std::u16string> paths;
+    for (const Wheel& wheel : engineState.wheels) {
+        for (const WheelAction& action : wheel.actions) {
+            if (action.icon.empty() || cachedIcon(action.icon) != nullptr)
+                continue;
+            engineState.iconCache.push_back({action.icon, nullptr});
+            paths.push_back(action.icon);
+        }
+    }
+    if (!paths.empty())
+        startDetachedThread(
+            [paths = std::move(paths), main = engineState.mainWindow] { readIcons(paths, main); });
+}
+
+void takeIcon(std::intptr_t payload) {
+    const auto loaded = takeRecord<IconCacheEntry>(MsgIconLoaded, payload);
+    IconCacheEntry* const entry = loaded == nullptr ? nullptr : cachedIcon(loaded->path);
+    if (entry == nullptr || loaded->image == nullptr)
+        return;
+    entry->image = loaded->image;
+    if (engineState.wheelVisible)
+        paintWheel();
+}
+
+const PictureImage* iconFor(const WheelAction& action) {
+    const IconCacheEntry* const entry = action.icon.empty() ? nullptr : cachedIcon(action.icon);
+    return entry == nullptr ? nullptr : entry->image;
+}

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstring>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -69,6 +70,8 @@ constexpr NamedKey namedKeys[] = {
 
 constexpr std::uint16_t functionKeyBase = 0x6F; // F1 is 0x70
 constexpr std::uint16_t functionKeyCount = 24;
+constexpr std::uint16_t firstNamedFunctionKey =
+    13; // FK13: those before have a keysym of their own on every layout
 
 /// The names of all keys, asked for anew each time: a keyboard may be plugged in at any moment.
 class KeyNames {
@@ -146,11 +149,44 @@ bool isLetter(std::uint16_t virtualKey) {
     return virtualKey >= 'A' && virtualKey <= 'Z';
 }
 
-KeyCode keycodeOfLetter(Display* display, std::uint16_t virtualKey) {
+KeyCode keycodeOfLetter(Display* display, const KeyNames& names, std::uint16_t virtualKey) {
     const auto lowerCase = KeySym{XK_a} + virtualKey - 'A';
     if (const KeyCode typed = keycodeTyping(display, lowerCase); typed != 0)
         return typed;
-    return KeyNames(display).keycodeNamed(findPosition(letterPositions, virtualKey)->name);
+    return names.keycodeNamed(findPosition(letterPositions, virtualKey)->name);
+}
+
+/// The letter that the key types unshifted, as its virtual key; 0 if it types none.
+std::uint16_t letterTypedBy(Display* display, KeyCode code) {
+    const KeySym keysym = unshiftedKeysym(display, code, activeGroup(display));
+    return keysym >= XK_a && keysym <= XK_z ? static_cast<std::uint16_t>(keysym - XK_a + 'A')
+                                            : std::uint16_t{0};
+}
+
+/// A position taken by a letter passes its virtual key on to the position where the American keyboard has
+/// that letter, which another letter may have taken in turn: 26 letters, so at most 26 steps.
+KeyCode keycodeOfPosition(Display* display, const KeyNames& names, const Position& position) {
+    KeyCode code = names.keycodeNamed(position.name);
+    for (std::size_t i = 0; i < std::size(letterPositions); ++i) {
+        const std::uint16_t letter = letterTypedBy(display, code);
+        if (letter == 0)
+            break;
+        code = names.keycodeNamed(findPosition(letterPositions, letter)->name);
+    }
+    return code;
+}
+
+/// The reverse of keycodeOfPosition: from a letter's position that types no letter back to the punctuation.
+std::uint16_t virtualKeyPassedOnTo(Display* display, const KeyNames& names, std::string_view name) {
+    for (std::size_t i = 0; i < std::size(letterPositions); ++i) {
+        if (const std::uint16_t fixed = virtualKeyAt(fixedPositions, name); fixed != 0)
+            return fixed;
+        const std::uint16_t letter = virtualKeyAt(letterPositions, name);
+        if (letter == 0)
+            return 0;
+        name = names.nameOf(keycodeOfLetter(display, names, letter));
+    }
+    return 0;
 }
 
 } // namespace
@@ -165,22 +201,31 @@ KeySym keysymOfVirtualKey(std::uint16_t virtualKey) {
 
 KeyCode keycodeOfVirtualKey(Display* display, std::uint16_t virtualKey) {
     if (isLetter(virtualKey))
-        return keycodeOfLetter(display, virtualKey);
+        return keycodeOfLetter(display, KeyNames(display), virtualKey);
     if (const Position* position = findPosition(fixedPositions, virtualKey))
-        return KeyNames(display).keycodeNamed(position->name);
+        return keycodeOfPosition(display, KeyNames(display), *position);
     const KeySym keysym = keysymOfVirtualKey(virtualKey);
     return keysym == NoSymbol ? KeyCode{0} : keycodeTyping(display, keysym);
 }
 
+KeyCode keycodeOfHotKey(Display* display, std::uint16_t virtualKey) {
+    if (virtualKey >= functionKeyBase + firstNamedFunctionKey &&
+        virtualKey <= functionKeyBase + functionKeyCount) {
+        const KeyCode named =
+            KeyNames(display).keycodeNamed("FK" + std::to_string(virtualKey - functionKeyBase));
+        if (named != 0)
+            return named;
+    }
+    return keycodeOfVirtualKey(display, virtualKey);
+}
+
 std::uint16_t virtualKeyOfKeycode(Display* display, KeyCode keycode) {
+    if (const std::uint16_t letter = letterTypedBy(display, keycode); letter != 0)
+        return letter;
     const KeyNames names(display);
     const std::string_view name = names.nameOf(keycode);
-    if (const std::uint16_t fixed = virtualKeyAt(fixedPositions, name); fixed != 0)
-        return fixed;
     const KeySym keysym = unshiftedKeysym(display, keycode, activeGroup(display));
-    if (keysym >= XK_a && keysym <= XK_z)
-        return static_cast<std::uint16_t>(keysym - XK_a + 'A');
     const auto* named = std::find_if(std::begin(namedKeys), std::end(namedKeys),
                                      [&](const NamedKey& key) { return key.keysym == keysym; });
-    return named != std::end(namedKeys) ? named->virtualKey : virtualKeyAt(letterPositions, name);
+    return named != std::end(namedKeys) ? named->virtualKey : virtualKeyPassedOnTo(display, names, name);
 }

@@ -5,11 +5,16 @@
 #include <cstdint>
 
 // Win32 virtual keys on the X keyboard. Letters follow the layout; digits and punctuation are positions on
-// the keyboard, as their virtual keys are on Windows; all other keys go by keysym. Any thread, on its own
-// connection.
+// the keyboard, as their virtual keys are on Windows; all other keys go by keysym. Where a layout puts a
+// letter on a punctuation position (M on French keyboards), the punctuation has the position that the letter
+// left. Any thread, on its own connection.
 
 /// The keycode that `virtualKey` has on the active layout, 0 if none.
 KeyCode keycodeOfVirtualKey(Display* display, std::uint16_t virtualKey);
+
+/// The keycode whose press by a person counts as `virtualKey`, 0 if none. It differs from the above for F13
+/// to F24: pedals and macro pads send these keys, though layouts put other keysyms on them.
+KeyCode keycodeOfHotKey(Display* display, std::uint16_t virtualKey);
 
 /// The keysym of a key that no position stands for, NoSymbol for an unknown virtual key.
 KeySym keysymOfVirtualKey(std::uint16_t virtualKey);

@@ -1,10 +1,12 @@
 #include "platform/hot_key.h"
 
-#include "platform/linux/auto_repeat.h"
 #include "platform/linux/connection.h"
+#include "platform/linux/held_keys.h"
 #include "platform/linux/hot_key_events.h"
 #include "platform/linux/key_positions.h"
+#include "platform/linux/raw_keys.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -17,12 +19,11 @@ struct HotKey {
 };
 
 std::vector<HotKey> hotKeys;
-bool isHandlingPress = false;
+unsigned int heldModifiers = 0; // those that the program itself holds down
 void (*pressHandler)(int id) noexcept = nullptr;
 
-/// The modifier bit that a lock key has on this keyboard, 0 if none.
-unsigned int modifierOf(KeySym lockKey) {
-    const KeyCode code = XKeysymToKeycode(ownerDisplay(), lockKey);
+/// The modifier bit that a key has on this keyboard, 0 if none.
+unsigned int modifierOf(KeyCode code) {
     XModifierKeymap* map = XGetModifierMapping(ownerDisplay());
     unsigned int found = 0;
     for (int i = 0; code != 0 && map != nullptr && i < 8 * map->max_keypermod; ++i)
@@ -33,11 +34,14 @@ unsigned int modifierOf(KeySym lockKey) {
     return found;
 }
 
-/// Every combination of the lock keys: the toggle key works whatever lamps are lit.
+/// Every combination of the lock keys: the toggle key works in every Caps, Num and Scroll Lock state.
 std::vector<unsigned int> lockCombinations() {
+    const auto modifierOfKeysym = [](KeySym lockKey) {
+        return modifierOf(XKeysymToKeycode(ownerDisplay(), lockKey));
+    };
     std::vector<unsigned int> combinations{0};
     for (const unsigned int lock :
-         {unsigned{LockMask}, modifierOf(XK_Num_Lock), modifierOf(XK_Scroll_Lock)}) {
+         {unsigned{LockMask}, modifierOfKeysym(XK_Num_Lock), modifierOfKeysym(XK_Scroll_Lock)}) {
         if (lock == 0)
             continue;
         const std::vector<unsigned int> before = combinations;
@@ -47,25 +51,29 @@ std::vector<unsigned int> lockCombinations() {
     return combinations;
 }
 
+void grabWith(KeyCode code, unsigned int modifiers) {
+    for (const unsigned int combination : lockCombinations())
+        XGrabKey(ownerDisplay(), code, combination | modifiers, rootWindow(), 0, GrabModeAsync,
+                 GrabModeAsync);
+}
+
 void ungrab(HotKey& key) {
-    if (key.keycode == 0)
-        return;
-    XUngrabKey(ownerDisplay(), key.keycode, AnyModifier, rootWindow());
-    restoreAutoRepeat(ownerDisplay(), key.keycode);
+    if (key.keycode != 0)
+        XUngrabKey(ownerDisplay(), key.keycode, AnyModifier, rootWindow());
     key.keycode = 0;
 }
 
 bool grab(HotKey& key) {
-    key.keycode = keycodeOfVirtualKey(ownerDisplay(), key.virtualKey);
+    key.keycode = keycodeOfHotKey(ownerDisplay(), key.virtualKey);
     if (key.keycode == 0)
         return false;
     const ErrorTrap trap; // BadAccess: another program holds it
-    for (const unsigned int combination : lockCombinations())
-        XGrabKey(ownerDisplay(), key.keycode, combination, rootWindow(), 0, GrabModeAsync, GrabModeAsync);
-    // A key that is held must not come again and again, least of all after letGoOfHeldHotKey.
-    silenceAutoRepeat(ownerDisplay(), key.keycode);
-    if (!trap.hasFailed())
+    grabWith(key.keycode, 0);
+    if (!trap.hasFailed()) {
+        if (heldModifiers != 0)
+            grabWith(key.keycode, heldModifiers);
         return true;
+    }
     ungrab(key);
     return false;
 }
@@ -73,41 +81,47 @@ bool grab(HotKey& key) {
 /// A new layout or keyboard may have put the key elsewhere.
 void grabAnew() {
     for (HotKey& key : hotKeys) {
-        if (keycodeOfVirtualKey(ownerDisplay(), key.virtualKey) == key.keycode)
+        if (keycodeOfHotKey(ownerDisplay(), key.virtualKey) == key.keycode)
             continue;
         ungrab(key);
         grab(key);
     }
 }
 
-bool handlePress(const XKeyEvent& event) {
-    for (HotKey& key : hotKeys) {
-        if (event.keycode != key.keycode)
-            continue;
-        const bool isRepeat = key.isDown;
-        key.isDown = true;
-        if (isRepeat || pressHandler == nullptr)
-            return true;
-        isHandlingPress = true;
-        pressHandler(key.id);
-        isHandlingPress = false;
-        return true;
-    }
-    return false;
+void noteDown(HotKey& key, bool isDown) {
+    key.isDown = isDown;
+    listenToKeyReleases(ListeningReason::hotKeyIsDown, std::ranges::any_of(hotKeys, &HotKey::isDown));
 }
 
-bool handleRelease(const XKeyEvent& event) {
+/// The server gives the whole keyboard to us while a grabbed key is down: it goes back at once, or keys
+/// released meanwhile would stay down for the program in front. The release of the hot key itself is then
+/// heard of by its raw event; the program sees that release without its press, which means nothing to it.
+bool handlePress(const XKeyEvent& event) {
+    const auto key = std::ranges::find(hotKeys, event.keycode, &HotKey::keycode);
+    if (key == hotKeys.end())
+        return false;
+    XUngrabKeyboard(ownerDisplay(), CurrentTime);
+    XFlush(ownerDisplay());
+    if (key->isDown || pressHandler == nullptr)
+        return true; // an auto-repeat
+    noteDown(*key, true);
+    const KeyCode code = key->keycode;
+    pressHandler(key->id); // may give keys back
+    for (HotKey& pressed : hotKeys)
+        if (pressed.keycode == code && !isKeyDown(code)) // released before the raw events were asked for
+            noteDown(pressed, false);
+    return true;
+}
+
+void onKeyRelease(KeyCode code) {
     for (HotKey& key : hotKeys)
-        if (event.keycode == key.keycode)
-            key.isDown = false;
-    return false;
+        if (key.isDown && key.keycode == code) // another keyboard may hold it still
+            noteDown(key, isKeyDown(code));
 }
 
 bool handleKeyEvent(XEvent& event) {
     if (event.type == KeyPress)
         return handlePress(event.xkey);
-    if (event.type == KeyRelease)
-        return handleRelease(event.xkey);
     if (event.type == MappingNotify) {
         XRefreshKeyboardMapping(&event.xmapping);
         grabAnew();
@@ -120,6 +134,7 @@ void startListening() {
         // A held key then repeats as presses alone, so that a press after a press is a repeat.
         XkbSetDetectableAutoRepeat(ownerDisplay(), 1, nullptr);
         addEventHandler(handleKeyEvent);
+        addKeyReleaseHandler(onKeyRelease);
         return true;
     }();
     (void)isListening;
@@ -127,15 +142,23 @@ void startListening() {
 
 } // namespace
 
-void letGoOfHeldHotKey() {
-    if (isHandlingPress)
+void followHeldModifiers() {
+    unsigned int now = 0;
+    for (const KeyCode code : heldKeycodes())
+        now |= modifierOf(code);
+    if (now == heldModifiers)
         return;
-    for (HotKey& key : hotKeys) {
-        if (!key.isDown)
+    const ErrorTrap trap; // another program may hold a combination
+    for (const HotKey& key : hotKeys) {
+        if (key.keycode == 0)
             continue;
-        XUngrabKeyboard(ownerDisplay(), CurrentTime);
-        key.isDown = false; // its release goes elsewhere now
+        for (const unsigned int combination : lockCombinations())
+            if (heldModifiers != 0)
+                XUngrabKey(ownerDisplay(), key.keycode, combination | heldModifiers, rootWindow());
+        if (now != 0)
+            grabWith(key.keycode, now);
     }
+    heldModifiers = now;
 }
 
 void setHotKeyHandler(void (*handler)(int id) noexcept) {

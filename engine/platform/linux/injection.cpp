@@ -1,25 +1,49 @@
 #include "platform/injection.h"
 
 #include "platform/linux/auto_repeat.h"
+#include "platform/linux/connection.h"
+#include "platform/linux/glib_handles.h"
+#include "platform/linux/held_keys.h"
+#include "platform/linux/hot_key_events.h"
 #include "platform/linux/injection_connection.h"
 #include "platform/linux/input_guard.h"
 #include "platform/linux/key_positions.h"
+#include "platform/linux/raw_keys.h"
 
+#include <algorithm>
 #include <chrono>
-#include <set>
+#include <map>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace {
 
 struct Injection {
     std::mutex mutex;
     Display* display = nullptr;
-    std::set<KeyCode> held; // pressed by us and not yet released
+};
+
+struct HeldKey {
+    KeyCode code = 0;
+    bool isLeftDown = false; // by a function that has ended
+};
+
+// Pressed by us and not yet released. What was pressed is what will be released, whatever the layout is then.
+// The mutex is held for moments only, since the owner thread takes it too.
+struct HeldKeys {
+    std::mutex mutex;
+    std::map<std::uint16_t, HeldKey> byVirtualKey;
 };
 
 // Run threads may inject to the very end of the process, so this is never destroyed.
 Injection& injection() {
     static Injection* const instance = new Injection;
+    return *instance;
+}
+
+HeldKeys& heldKeys() {
+    static HeldKeys* const instance = new HeldKeys;
     return *instance;
 }
 
@@ -66,6 +90,93 @@ KeyCode borrowKeycode(Display* display, std::uint16_t virtualKey) {
     return code;
 }
 
+KeyCode keycodeFor(Display* display, std::uint16_t virtualKey) {
+    {
+        const std::lock_guard lock(heldKeys().mutex);
+        const auto held = heldKeys().byVirtualKey.find(virtualKey);
+        if (held != heldKeys().byVirtualKey.end())
+            return held->second.code;
+    }
+    followKeyboardChanges(display);
+    const KeyCode code = keycodeOfVirtualKey(display, virtualKey);
+    return code != 0 ? code : borrowKeycode(display, virtualKey);
+}
+
+bool noteHeld(std::uint16_t virtualKey, const HeldKey& key) {
+    const std::lock_guard lock(heldKeys().mutex);
+    HeldKey& noted = heldKeys().byVirtualKey[virtualKey];
+    const bool isNew = noted.code == 0;
+    noted = key;
+    return isNew;
+}
+
+/// The key's former entry; code 0 if it was not held.
+HeldKey forgetHeld(std::uint16_t virtualKey) {
+    const std::lock_guard lock(heldKeys().mutex);
+    const auto entry = heldKeys().byVirtualKey.extract(virtualKey);
+    return entry ? entry.mapped() : HeldKey{};
+}
+
+void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMotion motion) {
+    // A key held by XTest would repeat, and go on repeating after we have died: unlike on Windows, where an
+    // injected press is one press.
+    if (noteHeld(virtualKey, {code, motion == InputMotion::downAndLeft}))
+        silenceAutoRepeat(display, code);
+    tellInputGuard(GuardedThing::key, motion == InputMotion::downUntilReleased, code);
+    XTestFakeKeyEvent(display, code, 1, CurrentTime);
+    XSync(display, 0);
+}
+
+/// Whether a function had left it down.
+bool releaseKey(Display* display, std::uint16_t virtualKey, KeyCode code) {
+    XTestFakeKeyEvent(display, code, 0, CurrentTime);
+    XSync(display, 0);
+    tellInputGuard(GuardedThing::key, false, code);
+    const HeldKey held = forgetHeld(virtualKey);
+    if (held.code != 0)
+        restoreAutoRepeat(display, code);
+    return held.isLeftDown;
+}
+
+std::vector<std::pair<std::uint16_t, HeldKey>> keysLeftDown() {
+    const std::lock_guard lock(heldKeys().mutex);
+    std::vector<std::pair<std::uint16_t, HeldKey>> left;
+    for (const auto& entry : heldKeys().byVirtualKey)
+        if (entry.second.isLeftDown)
+            left.emplace_back(entry);
+    return left;
+}
+
+/// The person has tapped a key that a function left down: for the programs it is released now, so it is let
+/// go of.
+void onKeyRelease(KeyCode code) {
+    for (const auto& [virtualKey, key] : keysLeftDown())
+        if (key.code == code)
+            releaseKey(ownerDisplay(), virtualKey, code);
+}
+
+/// What the owner thread does about the keys that are held now.
+gboolean followHeldKeys(gpointer) {
+    static const bool isListening = (addKeyReleaseHandler(onKeyRelease), true);
+    (void)isListening;
+    listenToKeyReleases(ListeningReason::keyIsLeftDown, !keysLeftDown().empty());
+    followHeldModifiers();
+    return G_SOURCE_REMOVE;
+}
+
+void tellOwnerOfHeldKeys() {
+    GSource* source = g_idle_source_new();
+    g_source_set_priority(source, G_PRIORITY_DEFAULT - 1);
+    g_source_set_callback(source, followHeldKeys, nullptr, nullptr);
+    g_source_attach(source, ownerContext());
+    g_source_unref(source);
+}
+
+bool isModifier(std::uint16_t virtualKey) {
+    constexpr std::uint16_t modifiers[] = {0x10, 0x11, 0x12, 0x5B}; // shift, ctrl, alt, win
+    return std::ranges::find(modifiers, virtualKey) != std::end(modifiers);
+}
+
 } // namespace
 
 InjectionConnection lockInjectionConnection() {
@@ -86,26 +197,24 @@ void injectKey(std::uint16_t virtualKey, bool /*extended: a keycode says it alre
     Display* display = connection.display;
     if (display == nullptr)
         return;
-    followKeyboardChanges(display);
-    KeyCode code = keycodeOfVirtualKey(display, virtualKey);
-    if (code == 0)
-        code = borrowKeycode(display, virtualKey);
+    const KeyCode code = keycodeFor(display, virtualKey);
     if (code == 0)
         return;
-    const bool isPress = motion != InputMotion::up;
-    // A key held by XTest would repeat, and go on repeating after we have died: unlike on Windows, where an
-    // injected press is one press.
-    if (isPress && injection().held.insert(code).second)
-        silenceAutoRepeat(display, code);
-    if (motion == InputMotion::downUntilReleased)
-        tellInputGuard(GuardedThing::key, true, code);
-    XTestFakeKeyEvent(display, code, isPress ? 1 : 0, CurrentTime);
-    XSync(display, 0);
-    if (isPress)
-        return;
-    tellInputGuard(GuardedThing::key, false, code);
-    if (injection().held.erase(code) > 0)
-        restoreAutoRepeat(display, code);
+    bool isLeftDown = motion == InputMotion::downAndLeft;
+    if (motion == InputMotion::up)
+        isLeftDown = releaseKey(display, virtualKey, code);
+    else
+        pressKey(display, virtualKey, code, motion);
+    if (isLeftDown || isModifier(virtualKey))
+        tellOwnerOfHeldKeys();
+}
+
+std::vector<KeyCode> heldKeycodes() {
+    const std::lock_guard lock(heldKeys().mutex);
+    std::vector<KeyCode> codes;
+    for (const auto& [virtualKey, key] : heldKeys().byVirtualKey)
+        codes.push_back(key.code);
+    return codes;
 }
 
 void injectMouseButton(std::uint32_t button, InputMotion motion) {

@@ -1,0 +1,8 @@
+#pragma once
+
+#include "platform/linux/x11.h"
+
+#include <vector>
+
+/// The keys that this process holds down by injection. Any thread.
+std::vector<KeyCode> heldKeycodes();

@@ -30,5 +30,7 @@ inline constexpr std::uint64_t captureSilenceLimitMs = 2000;
 bool renewPointerCapture();
 
 /// Gives everything back; a button released during the capture is released for the programs too. Harmless
-/// when no capture stands. The system undoes the capture by itself when the process dies.
+/// when no capture stands. The system undoes the capture by itself when the process dies. On X11 a mouse
+/// whose button was pressed during the capture and is still down comes back with its release, 3 s later at
+/// the most.
 void endPointerCapture();

@@ -1,16 +1,43 @@
 #include "platform/linux/input_guard.h"
 
+#include "platform/linux/glib_handles.h"
+
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <mutex>
+#include <set>
 #include <string>
+#include <utility>
 
 namespace {
 
-int guardSocket = -1; // written once, before any run thread exists
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+// A guard that dies at once each time, say for want of memory, must not be started without end.
+constexpr milliseconds shortLife{10'000};
+constexpr milliseconds shortestPause{1000};
+constexpr milliseconds longestPause{60'000};
+
+struct Guard {
+    std::mutex mutex;
+    int socket = -1;                                       // guarded by mutex
+    std::set<std::pair<GuardedThing, std::uint32_t>> down; // guarded by mutex; what a new guard is told
+    Clock::time_point startedAt;                           // owner thread
+    milliseconds pause{0};                                 // owner thread; before the next start
+};
+
+// Run threads tell the guard to the very end of the process, so this is never destroyed.
+Guard& guard() {
+    static Guard* const instance = new Guard;
+    return *instance;
+}
 
 std::string guardPath() {
     std::error_code failure;
@@ -18,8 +45,9 @@ std::string guardPath() {
     return failure ? std::string() : (program.parent_path() / "rotika-guard").string();
 }
 
-/// The guard must outlive us, our terminal and our session, and must not keep anybody's pipes open.
-bool spawnGuard(const std::string& path, int itsSocket) {
+/// The guard must outlive us, our terminal and our session, and must not keep anybody's pipes open. 0 when it
+/// cannot be started.
+pid_t spawnGuard(const std::string& path, int itsSocket) {
     posix_spawnattr_t attributes;
     posix_spawn_file_actions_t actions;
     posix_spawnattr_init(&attributes);
@@ -34,28 +62,79 @@ bool spawnGuard(const std::string& path, int itsSocket) {
     const int failure = posix_spawn(&child, path.c_str(), &actions, &attributes, arguments, environ);
     posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attributes);
-    return failure == 0;
+    return failure == 0 ? child : 0;
 }
 
-} // namespace
-
-void startInputGuard() {
-    int ends[2] = {-1, -1};
-    if (guardSocket >= 0 || socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
-        return;
-    if (spawnGuard(guardPath(), ends[1]))
-        guardSocket = ends[0];
-    else
-        close(ends[0]);
-    close(ends[1]);
-}
-
-void tellInputGuard(GuardedThing kind, bool down, std::uint32_t code) {
-    if (guardSocket < 0)
+/// The guard's mutex is held.
+void sendRecord(GuardedThing kind, bool down, std::uint32_t code) {
+    if (guard().socket < 0)
         return;
     GuardRecord record;
     record.kind = kind;
     record.down = down ? 1 : 0;
     record.code = code;
-    send(guardSocket, &record, sizeof record, MSG_NOSIGNAL | MSG_DONTWAIT);
+    send(guard().socket, &record, sizeof record, MSG_NOSIGNAL | MSG_DONTWAIT);
+}
+
+void adoptSocket(int socket) {
+    const std::lock_guard lock(guard().mutex);
+    if (guard().socket >= 0)
+        close(guard().socket);
+    guard().socket = socket;
+    for (const auto& [kind, code] : guard().down)
+        sendRecord(kind, true, code);
+}
+
+void launchGuard();
+
+gboolean launchAgain(gpointer) {
+    launchGuard();
+    return G_SOURCE_REMOVE;
+}
+
+void onGuardDeath(GPid child, gint /*status*/, gpointer) {
+    g_spawn_close_pid(child);
+    Guard& dead = guard();
+    GSource* timer = g_timeout_source_new(static_cast<guint>(dead.pause.count()));
+    const bool diedYoung = Clock::now() - dead.startedAt < shortLife;
+    dead.pause = diedYoung ? std::clamp(dead.pause * 2, shortestPause, longestPause) : milliseconds(0);
+    g_source_set_callback(timer, launchAgain, nullptr, nullptr);
+    g_source_attach(timer, ownerContext());
+    g_source_unref(timer);
+}
+
+void launchGuard() {
+    int ends[2] = {-1, -1};
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
+        return;
+    const pid_t child = spawnGuard(guardPath(), ends[1]);
+    close(ends[1]);
+    if (child == 0) {
+        close(ends[0]);
+        return;
+    }
+    guard().startedAt = Clock::now();
+    adoptSocket(ends[0]);
+    GSource* watch = g_child_watch_source_new(child);
+    g_source_set_callback(watch, G_SOURCE_FUNC(onGuardDeath), nullptr, nullptr);
+    g_source_attach(watch, ownerContext());
+    g_source_unref(watch);
+}
+
+} // namespace
+
+void startInputGuard() {
+    if (guard().startedAt == Clock::time_point())
+        launchGuard();
+}
+
+void tellInputGuard(GuardedThing kind, bool down, std::uint32_t code) {
+    const std::lock_guard lock(guard().mutex);
+    if (kind != GuardedThing::heartbeat) {
+        if (down)
+            guard().down.insert({kind, code});
+        else
+            guard().down.erase({kind, code});
+    }
+    sendRecord(kind, down, code);
 }

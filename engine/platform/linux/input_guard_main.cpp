@@ -1,38 +1,53 @@
 // The guard: a small process beside the program that knows which keys and buttons the program has down for a
-// moment. When the program dies, in whatever way, it lets go of them and undoes what the program had changed
-// on the keyboard, and ends.
+// moment and which mice it holds back. When the program dies, in whatever way, the guard lets go of them,
+// undoes what the program had changed on the keyboard, and ends. When the program stands still while it holds
+// the mice back, the guard gives them back and goes on watching.
 
 #include "platform/input_guard_protocol.h"
+#include "platform/pointer_capture.h"
 
+#include "platform/linux/input_devices.h"
 #include "platform/linux/x11.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <set>
 #include <utility>
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
 using GuardedItem = std::pair<GuardedThing, std::uint32_t>;
 
-/// Returns when the program is gone.
-std::set<GuardedItem> followProgram() {
-    std::set<GuardedItem> down;
-    GuardRecord record;
-    while (true) {
-        const ssize_t received = recv(STDIN_FILENO, &record, sizeof record, 0);
-        if (received < 0 && errno == EINTR)
-            continue;
-        if (received != sizeof record)
-            return down;
-        if (record.down != 0)
-            down.insert({record.kind, record.code});
-        else
-            down.erase({record.kind, record.code});
-    }
+constexpr std::chrono::milliseconds silenceLimit{captureSilenceLimitMs};
+
+/// A device that is unplugged at the wrong moment must not end the guard.
+int ignoreError(Display*, XErrorEvent*) {
+    return 0;
+}
+
+bool isAttached(Display* display, int device) {
+    int count = 0;
+    const DeviceInfos info = queryDevices(display, device, count);
+    return count > 0 && info->use == XISlavePointer;
+}
+
+/// Works whether or not the program's grab still stands.
+void giveBackMouse(Display* display, std::uint32_t code) {
+    const int device = static_cast<int>(code & 0xFFFF);
+    if (isAttached(display, device))
+        return;
+    XIAnyHierarchyChangeInfo change{};
+    change.attach.type = XIAttachSlave;
+    change.attach.deviceid = device;
+    change.attach.new_master = static_cast<int>(code >> 16);
+    XIChangeHierarchy(display, &change, 1);
 }
 
 void letGo(Display* display, const GuardedItem& item) {
@@ -43,6 +58,9 @@ void letGo(Display* display, const GuardedItem& item) {
         break;
     case GuardedThing::button:
         XTestFakeButtonEvent(display, code, 0, CurrentTime);
+        break;
+    case GuardedThing::pointerPin:
+        giveBackMouse(display, code);
         break;
     case GuardedThing::autoRepeat: {
         XKeyboardControl control{};
@@ -56,9 +74,92 @@ void letGo(Display* display, const GuardedItem& item) {
         XChangeKeyboardMapping(display, static_cast<int>(code), 1, &nothing, 1);
         break;
     }
-    case GuardedThing::pointerPin: // the server ends a dead client's grabs by itself
+    case GuardedThing::heartbeat:
         break;
     }
+}
+
+class Guard {
+public:
+    explicit Guard(Display* opened) : display(opened) {}
+
+    /// Returns when the program is gone.
+    void followProgram();
+    void letGoOfEverything();
+
+private:
+    bool isPinned() const {
+        return std::any_of(down.begin(), down.end(),
+                           [](const GuardedItem& item) { return item.first == GuardedThing::pointerPin; });
+    }
+    int waitMs() const;
+    void note(const GuardRecord& record);
+    void giveBackMice();
+
+    Display* display;
+    std::set<GuardedItem> down;
+    Clock::time_point lastHeard = Clock::now(); // of the thread that holds the mice
+    bool hasGivenBack = false;                  // since lastHeard
+};
+
+/// How long the program may stay silent from now on; -1 for ever.
+int Guard::waitMs() const {
+    if (hasGivenBack || !isPinned())
+        return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(lastHeard + silenceLimit - Clock::now());
+    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
+}
+
+void Guard::note(const GuardRecord& record) {
+    // Other threads press keys while the one that holds the mice stands still.
+    if (record.kind == GuardedThing::heartbeat || record.kind == GuardedThing::pointerPin) {
+        lastHeard = Clock::now();
+        hasGivenBack = false;
+    }
+    if (record.kind == GuardedThing::heartbeat)
+        return;
+    if (record.down != 0)
+        down.insert({record.kind, record.code});
+    else
+        down.erase({record.kind, record.code});
+}
+
+void Guard::giveBackMice() {
+    for (const GuardedItem& item : down)
+        if (item.first == GuardedThing::pointerPin)
+            letGo(display, item);
+    releaseForgottenButtons(display);
+    XSync(display, 0);
+    hasGivenBack = true;
+}
+
+void Guard::followProgram() {
+    while (true) {
+        pollfd input{STDIN_FILENO, POLLIN, 0};
+        const int ready = poll(&input, 1, waitMs());
+        if (ready < 0 && errno == EINTR)
+            continue;
+        if (ready == 0) {
+            giveBackMice();
+            continue;
+        }
+        GuardRecord record;
+        const ssize_t received = recv(STDIN_FILENO, &record, sizeof record, 0);
+        if (received < 0 && errno == EINTR)
+            continue;
+        if (received != sizeof record)
+            return;
+        note(record);
+    }
+}
+
+void Guard::letGoOfEverything() {
+    XTestGrabControl(display, 1);
+    const bool wasPinned = isPinned();
+    for (const GuardedItem& item : down)
+        letGo(display, item);
+    if (wasPinned)
+        releaseForgottenButtons(display);
 }
 
 } // namespace
@@ -68,12 +169,15 @@ int main() {
         std::signal(number, SIG_IGN);
     // Opened now: when it is needed there is no time to lose.
     Display* display = XOpenDisplay(nullptr);
-    const std::set<GuardedItem> left = followProgram();
     if (display == nullptr)
         return 1;
-    XTestGrabControl(display, 1);
-    for (const GuardedItem& item : left)
-        letGo(display, item);
+    XSetErrorHandler(ignoreError);
+    int major = 2;
+    int minor = 2;
+    XIQueryVersion(display, &major, &minor);
+    Guard guard(display);
+    guard.followProgram();
+    guard.letGoOfEverything();
     XCloseDisplay(display);
     return 0;
 }

@@ -1,12 +1,14 @@
 #include "platform/pointer_capture.h"
 
-#include "platform/pointer.h"
-
 #include "platform/linux/connection.h"
-#include "platform/linux/hot_key_events.h"
+#include "platform/linux/glib_handles.h"
+#include "platform/linux/input_devices.h"
+#include "platform/linux/input_guard.h"
 
 #include <algorithm>
+#include <chrono>
 #include <map>
+#include <utility>
 #include <vector>
 
 // A grabbed slave pointer leaves its master: the cursor stays where it is and no other client sees the
@@ -15,55 +17,45 @@
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr int axisCount = 2;
+constexpr std::chrono::milliseconds heartbeatPeriod{250};
+constexpr guint releasePollMs = 15;
+constexpr std::chrono::milliseconds longestWaitForRelease{3000}; // a button may be stuck
+// Well below the guard's limit: in doubt the mice have been given back.
+constexpr std::chrono::milliseconds staleAfter{captureSilenceLimitMs * 3 / 4};
 
 struct GrabbedMouse {
     bool isRelative[axisCount] = {false, false};
     double remainder[axisCount] = {0, 0}; // fractions of a count that have not moved the cursor yet
+    int master = 0;                       // which it was taken from
+    ButtonStates downBefore;              // buttons
 };
 
 struct Capture {
     bool isActive = false;
     PointerCaptureHandlers handlers{};
     std::map<int, GrabbedMouse> mice; // by device id
-    bool primaryIsRight = false;      // the user has swapped the buttons
+    int primaryButton = 1;            // of the device, before the user's mapping
+    Clock::time_point lastRenewal;
+    Clock::time_point lastHeartbeat;
+    Clock::time_point endedAt;
+    bool isWaitingForRelease = false; // of mice that outlast the capture
 };
 Capture capture;
-
-struct DeviceInfosDeleter {
-    void operator()(XIDeviceInfo* infos) const noexcept {
-        if (infos != nullptr)
-            XIFreeDeviceInfo(infos);
-    }
-};
-using DeviceInfos = std::unique_ptr<XIDeviceInfo, DeviceInfosDeleter>;
-
-DeviceInfos queryDevices(int& count) {
-    count = 0;
-    return DeviceInfos(XIQueryDevice(ownerDisplay(), XIAllDevices, &count));
-}
-
-bool isXTestDevice(int deviceId) {
-    Atom type = 0;
-    int format = 0;
-    unsigned long count = 0;
-    unsigned long left = 0;
-    unsigned char* data = nullptr;
-    const ErrorTrap trap; // the device may be gone by now
-    XIGetProperty(ownerDisplay(), deviceId, atomNamed("XTEST Device"), 0, 1, 0, XA_INTEGER, &type, &format,
-                  &count, &left, &data);
-    const XOwned<unsigned char> owned(data);
-    return type == XA_INTEGER && count > 0 && *data != 0;
-}
 
 /// Ours float while we hold them; others that float are none of the desktop's business.
 bool isMouse(const XIDeviceInfo& info) {
     const bool isOurs = info.use == XIFloatingSlave && capture.mice.contains(info.deviceid);
-    return info.enabled != 0 && (info.use == XISlavePointer || isOurs) && !isXTestDevice(info.deviceid);
+    return info.enabled != 0 && (info.use == XISlavePointer || isOurs) &&
+           !isXTestDevice(ownerDisplay(), info.deviceid);
 }
 
 GrabbedMouse describe(const XIDeviceInfo& info) {
     GrabbedMouse mouse;
+    mouse.master = info.attachment;
+    mouse.downBefore = buttonStates(info);
     for (int i = 0; i < info.num_classes; ++i) {
         if (info.classes[i]->type != XIValuatorClass)
             continue;
@@ -75,6 +67,11 @@ GrabbedMouse describe(const XIDeviceInfo& info) {
 }
 
 void grabMouse(const XIDeviceInfo& info) {
+    const bool isNew = !capture.mice.contains(info.deviceid);
+    // The guard hears of it first: killed in between, it gives back once too often rather than once too
+    // seldom.
+    if (isNew)
+        tellInputGuard(GuardedThing::pointerPin, true, codeOfPinnedDevice(info.deviceid, info.attachment));
     unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
     XISetMask(bits, XI_RawMotion);
     XISetMask(bits, XI_RawButtonPress);
@@ -82,15 +79,17 @@ void grabMouse(const XIDeviceInfo& info) {
     const ErrorTrap trap;
     const int refused = XIGrabDevice(ownerDisplay(), info.deviceid, rootWindow(), CurrentTime, noXid,
                                      GrabModeAsync, GrabModeAsync, 0, &mask);
-    if (refused == 0 && !capture.mice.contains(info.deviceid))
+    if (isNew && refused == 0)
         capture.mice[info.deviceid] = describe(info);
+    else if (isNew)
+        tellInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(info.deviceid, info.attachment));
 }
 
 /// Also after devices have come, gone or been switched: a device enabled again is attached again, grab or no
 /// grab.
 void grabAllMice() {
     int count = 0;
-    const DeviceInfos infos = queryDevices(count);
+    const DeviceInfos infos = queryDevices(ownerDisplay(), XIAllDevices, count);
     for (int i = 0; i < count; ++i)
         if (isMouse(infos.get()[i]))
             grabMouse(infos.get()[i]);
@@ -126,72 +125,99 @@ void handleRawMotion(const XIRawEvent& raw) {
 }
 
 void handleRawPress(const XIRawEvent& raw) {
-    const bool isLeft = raw.detail == 1 || (capture.primaryIsRight && raw.detail == 3);
-    if (isLeft && capture.mice.contains(raw.deviceid))
+    if (raw.detail == capture.primaryButton && capture.mice.contains(raw.deviceid))
         capture.handlers.leftPressed();
 }
 
+bool isCaptureEvent(const XEvent& event) {
+    return event.type == GenericEvent && event.xcookie.extension == xinputOpcode() &&
+           event.xcookie.data != nullptr &&
+           (event.xcookie.evtype == XI_RawMotion || event.xcookie.evtype == XI_RawButtonPress ||
+            event.xcookie.evtype == XI_HierarchyChanged);
+}
+
+/// No tick came for so long that the guard may have given the mice back.
+bool isStale() {
+    return Clock::now() - capture.lastRenewal > staleAfter;
+}
+
 bool handleCaptureEvent(XEvent& event) {
-    if (event.type != GenericEvent || event.xcookie.extension != xinputOpcode() ||
-        event.xcookie.data == nullptr)
+    if (!isCaptureEvent(event))
         return false;
-    if (!capture.isActive)
-        return true; // sent before the capture ended
-    switch (event.xcookie.evtype) {
-    case XI_RawMotion:
+    // Sent before the capture ended, or while nobody listened: a press of that time is meant for the
+    // programs, and a mouse that the guard has given back must not be grabbed again.
+    if (!capture.isActive || isStale())
+        return true;
+    if (event.xcookie.evtype == XI_RawMotion)
         handleRawMotion(*static_cast<const XIRawEvent*>(event.xcookie.data));
-        break;
-    case XI_RawButtonPress:
+    else if (event.xcookie.evtype == XI_RawButtonPress)
         handleRawPress(*static_cast<const XIRawEvent*>(event.xcookie.data));
-        break;
-    case XI_HierarchyChanged:
+    else
         grabAllMice();
-        break;
-    default:
-        break;
-    }
     return true;
 }
 
-std::vector<bool> buttonsDown(const XIDeviceInfo& info) {
-    std::vector<bool> down;
-    for (int i = 0; i < info.num_classes; ++i) {
-        if (info.classes[i]->type != XIButtonClass)
-            continue;
-        const auto* buttons = reinterpret_cast<const XIButtonClassInfo*>(info.classes[i]);
-        for (int bit = 0; bit < buttons->state.mask_len * 8; ++bit)
-            down.push_back(XIMaskIsSet(buttons->state.mask, bit) != 0);
-    }
-    return down;
-}
-
-bool isDownIn(const std::vector<bool>& down, std::size_t button) {
-    return button < down.size() && down[button];
-}
-
-/// A button held when the capture began and let go inside it is still down for the programs, since the
-/// release stayed with us. A press and release by XTest delivers it.
-void releaseForgottenButtons() {
+/// Buttons of the device that were pressed while it was detached and are still down.
+std::vector<unsigned int> pressesOfCapture(int deviceId, const GrabbedMouse& mouse) {
+    std::vector<unsigned int> pressed;
     int count = 0;
-    const DeviceInfos infos = queryDevices(count);
-    std::vector<bool> forMaster;
-    std::vector<std::vector<bool>> forSlaves;
-    for (int i = 0; i < count; ++i) {
-        const XIDeviceInfo& info = infos.get()[i];
-        if (info.use == XIMasterPointer && forMaster.empty())
-            forMaster = buttonsDown(info);
-        else if (info.use == XISlavePointer)
-            forSlaves.push_back(buttonsDown(info));
+    const DeviceInfos info = queryDevices(ownerDisplay(), deviceId, count);
+    if (count == 0)
+        return pressed;
+    const ButtonStates now = buttonStates(*info);
+    for (std::size_t button = 1; button < now.size(); ++button)
+        if (now[button] && !isDownIn(mouse.downBefore, button))
+            pressed.push_back(static_cast<unsigned int>(button));
+    return pressed;
+}
+
+/// Gives back the mice, all of them or those alone whose presses of the capture have been let go.
+void giveBackMice(bool all) {
+    const ErrorTrap trap; // a mouse may have been unplugged
+    std::erase_if(capture.mice, [all](const auto& entry) {
+        const auto& [deviceId, mouse] = entry;
+        const std::vector<unsigned int> pressed = pressesOfCapture(deviceId, mouse);
+        if (!pressed.empty() && !all)
+            return false;
+        releaseDeviceButtons(ownerDisplay(), deviceId, pressed);
+        XIUngrabDevice(ownerDisplay(), deviceId, CurrentTime);
+        tellInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(deviceId, mouse.master));
+        return true;
+    });
+    releaseForgottenButtons(ownerDisplay());
+}
+
+gboolean giveBackReleasedMice(gpointer) {
+    const bool isOver = Clock::now() - capture.endedAt > longestWaitForRelease;
+    if (!capture.isActive)
+        giveBackMice(isOver);
+    if (!capture.isActive && !capture.mice.empty()) {
+        tellInputGuard(GuardedThing::heartbeat, false, 0);
+        return G_SOURCE_CONTINUE;
     }
-    for (std::size_t button = 1; button < forMaster.size(); ++button) {
-        const bool isReallyDown =
-            std::any_of(forSlaves.begin(), forSlaves.end(),
-                        [button](const auto& slave) { return isDownIn(slave, button); });
-        if (!forMaster[button] || isReallyDown)
-            continue;
-        XTestFakeButtonEvent(ownerDisplay(), static_cast<unsigned int>(button), 1, CurrentTime);
-        XTestFakeButtonEvent(ownerDisplay(), static_cast<unsigned int>(button), 0, CurrentTime);
-    }
+    capture.isWaitingForRelease = false;
+    return G_SOURCE_REMOVE;
+}
+
+/// The choosing press may still be held. Attached with its button down, a mouse would keep the server from
+/// passing on an injected release of that button, and its own release would end a press that a function has
+/// injected. So it comes back when it is let go.
+void waitForReleases() {
+    if (capture.mice.empty() || std::exchange(capture.isWaitingForRelease, true))
+        return;
+    GSource* timer = g_timeout_source_new(releasePollMs);
+    g_source_set_callback(timer, giveBackReleasedMice, nullptr, nullptr);
+    g_source_attach(timer, ownerContext());
+    g_source_unref(timer);
+}
+
+/// The device's number of the button that is the first one after the user's mapping.
+int primaryButton() {
+    unsigned char mapping[32] = {};
+    const int count = XGetPointerMapping(ownerDisplay(), mapping, sizeof mapping);
+    const unsigned char* const end = mapping + std::clamp<int>(count, 0, sizeof mapping);
+    const auto* const first = std::find(static_cast<const unsigned char*>(mapping), end, 1);
+    return first == end ? 1 : static_cast<int>(first - mapping) + 1;
 }
 
 void startListening() {
@@ -206,14 +232,28 @@ void beginPointerCapture(WindowHandle, Point, const PointerCaptureHandlers& hand
         return;
     startListening();
     capture.handlers = handlers;
-    capture.primaryIsRight = mouseButtonsAreSwapped();
+    capture.primaryButton = primaryButton();
     capture.isActive = true;
+    capture.lastRenewal = capture.lastHeartbeat = Clock::now();
     selectHierarchyChanges(true); // first, so that no mouse plugged in between is missed
     grabAllMice();
+    // A slave goes on adding up its motion while it is detached, and its first motion afterwards would move
+    // the cursor by the whole sum, unless the master has heard of another slave since: then it starts from
+    // the cursor. Done now and not at the end, which may come by kill.
+    XTestFakeRelativeMotionEvent(ownerDisplay(), 0, 0, CurrentTime);
     XFlush(ownerDisplay());
 }
 
 bool renewPointerCapture() {
+    if (!capture.isActive)
+        return true;
+    if (isStale())
+        return false;
+    capture.lastRenewal = Clock::now();
+    if (capture.lastRenewal - capture.lastHeartbeat >= heartbeatPeriod) {
+        capture.lastHeartbeat = capture.lastRenewal;
+        tellInputGuard(GuardedThing::heartbeat, false, 0);
+    }
     return true;
 }
 
@@ -221,14 +261,8 @@ void endPointerCapture() {
     if (!capture.isActive)
         return;
     capture.isActive = false;
+    capture.endedAt = Clock::now();
     selectHierarchyChanges(false);
-    {
-        const ErrorTrap trap; // a mouse may have been unplugged
-        for (const auto& [deviceId, mouse] : capture.mice)
-            XIUngrabDevice(ownerDisplay(), deviceId, CurrentTime);
-    }
-    capture.mice.clear();
-    releaseForgottenButtons();
-    letGoOfHeldHotKey();
-    XFlush(ownerDisplay());
+    giveBackMice(false);
+    waitForReleases();
 }

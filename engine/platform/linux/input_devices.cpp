@@ -1,0 +1,92 @@
+#include "platform/linux/input_devices.h"
+
+#include <X11/extensions/XInput.h>
+
+#include <algorithm>
+
+namespace {
+
+/// XTest speaks to devices by the first version of the input extension.
+class OpenedDevice {
+public:
+    OpenedDevice(Display* display, int device)
+        : connection(display), opened(XOpenDevice(display, static_cast<XID>(device))) {}
+    OpenedDevice(const OpenedDevice&) = delete;
+    OpenedDevice& operator=(const OpenedDevice&) = delete;
+    ~OpenedDevice() {
+        if (opened != nullptr)
+            XCloseDevice(connection, opened);
+    }
+    XDevice* get() const { return opened; }
+
+private:
+    Display* connection;
+    XDevice* opened;
+};
+
+} // namespace
+
+DeviceInfos queryDevices(Display* display, int device, int& count) {
+    count = 0;
+    return DeviceInfos(XIQueryDevice(display, device, &count));
+}
+
+bool isXTestDevice(Display* display, int device) {
+    Atom type = 0;
+    int format = 0;
+    unsigned long count = 0;
+    unsigned long left = 0;
+    unsigned char* data = nullptr;
+    XIGetProperty(display, device, XInternAtom(display, "XTEST Device", 0), 0, 1, 0, XA_INTEGER, &type,
+                  &format, &count, &left, &data);
+    const XOwned<unsigned char> owned(data);
+    return type == XA_INTEGER && count > 0 && *data != 0;
+}
+
+ButtonStates buttonStates(const XIDeviceInfo& info) {
+    ButtonStates states;
+    for (int i = 0; i < info.num_classes; ++i) {
+        if (info.classes[i]->type != XIButtonClass)
+            continue;
+        const auto* buttons = reinterpret_cast<const XIButtonClassInfo*>(info.classes[i]);
+        for (int bit = 0; bit < buttons->state.mask_len * 8; ++bit)
+            states.push_back(XIMaskIsSet(buttons->state.mask, bit) != 0);
+    }
+    return states;
+}
+
+bool isDownIn(const ButtonStates& states, std::size_t button) {
+    return button < states.size() && states[button];
+}
+
+void releaseDeviceButtons(Display* display, int device, const std::vector<unsigned int>& buttons) {
+    if (buttons.empty())
+        return;
+    const OpenedDevice opened(display, device);
+    for (const unsigned int button : buttons)
+        if (opened.get() != nullptr)
+            XTestFakeDeviceButtonEvent(display, opened.get(), button, 0, nullptr, 0, CurrentTime);
+}
+
+void releaseForgottenButtons(Display* display) {
+    int count = 0;
+    const DeviceInfos infos = queryDevices(display, XIAllDevices, count);
+    ButtonStates forMaster;
+    std::vector<ButtonStates> forSlaves;
+    for (int i = 0; i < count; ++i) {
+        const XIDeviceInfo& info = infos.get()[i];
+        if (info.use == XIMasterPointer && forMaster.empty())
+            forMaster = buttonStates(info);
+        else if (info.use == XISlavePointer)
+            forSlaves.push_back(buttonStates(info));
+    }
+    for (std::size_t button = 1; button < forMaster.size(); ++button) {
+        const bool isReallyDown =
+            std::any_of(forSlaves.begin(), forSlaves.end(),
+                        [button](const ButtonStates& slave) { return isDownIn(slave, button); });
+        if (!forMaster[button] || isReallyDown)
+            continue;
+        XTestFakeButtonEvent(display, static_cast<unsigned int>(button), 1, CurrentTime);
+        XTestFakeButtonEvent(display, static_cast<unsigned int>(button), 0, CurrentTime);
+    }
+}

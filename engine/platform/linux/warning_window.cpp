@@ -1,6 +1,5 @@
-#include "platform/message_box.h"
+#include "platform/linux/warning_window.h"
 
-#include "core/text.h"
 #include "platform/pointer.h"
 
 #include "platform/linux/connection.h"
@@ -10,9 +9,9 @@
 #include <pango/pangocairo.h>
 
 #include <algorithm>
+#include <map>
 
-// A small warning box of the engine's own: it comes up before the shell has any window, and the engine knows
-// no toolkit. Enter, Space, Escape, the button and the window manager's closing all dismiss it.
+// Painted by the engine itself: it comes up before the shell has any window, and the engine knows no toolkit.
 
 namespace {
 
@@ -22,13 +21,11 @@ constexpr int buttonWidthPx = 96;
 constexpr int buttonHeightPx = 32;
 
 struct Box {
-    Window window = noXid;
     int width = 0;
     int height = 0;
     std::string text;
-    bool isOpen = false;
 };
-Box box; // modal, so one at a time
+std::map<Window, Box> openBoxes;
 
 GObjectPointer<PangoLayout> layOutText(cairo_t* context, const std::string& text, int widthPx) {
     GObjectPointer<PangoLayout> layout(pango_cairo_create_layout(context));
@@ -52,14 +49,13 @@ int textHeight(const std::string& text) {
     return height;
 }
 
-Rect buttonRect() {
+Rect buttonRect(const Box& box) {
     const int left = (box.width - buttonWidthPx) / 2;
     const int top = box.height - marginPx - buttonHeightPx;
     return {left, top, left + buttonWidthPx, top + buttonHeightPx};
 }
 
-void paintButton(cairo_t* context) {
-    const Rect button = buttonRect();
+void paintButton(cairo_t* context, const Rect& button) {
     cairo_rectangle(context, button.left + 0.5, button.top + 0.5, button.width() - 1, button.height() - 1);
     cairo_set_source_rgb(context, 0.10, 0.37, 0.65);
     cairo_fill(context);
@@ -74,89 +70,84 @@ void paintButton(cairo_t* context) {
     pango_cairo_show_layout(context, label.get());
 }
 
-void paintBox() {
+void paintBox(Window window, const Box& box) {
     Display* display = ownerDisplay();
     cairo_surface_t* surface = cairo_xlib_surface_create(
-        display, box.window, DefaultVisual(display, DefaultScreen(display)), box.width, box.height);
+        display, window, DefaultVisual(display, DefaultScreen(display)), box.width, box.height);
     cairo_t* context = cairo_create(surface);
     cairo_set_source_rgb(context, 0.97, 0.97, 0.98);
     cairo_paint(context);
     cairo_set_source_rgb(context, 0.11, 0.14, 0.20);
     cairo_move_to(context, marginPx, marginPx);
     pango_cairo_show_layout(context, layOutText(context, box.text, textWidthPx).get());
-    paintButton(context);
+    paintButton(context, buttonRect(box));
     cairo_destroy(context);
     cairo_surface_destroy(surface);
     XFlush(display);
 }
 
-bool dismisses(XEvent& event) {
+bool dismisses(XEvent& event, const Box& box) {
     if (event.type == KeyPress) {
         const KeySym key = XLookupKeysym(&event.xkey, 0);
         return key == XK_Return || key == XK_KP_Enter || key == XK_space || key == XK_Escape;
     }
     if (event.type == ButtonRelease)
-        return event.xbutton.button == Button1 && buttonRect().contains({event.xbutton.x, event.xbutton.y});
+        return event.xbutton.button == Button1 &&
+               buttonRect(box).contains({event.xbutton.x, event.xbutton.y});
     return event.type == ClientMessage &&
            static_cast<Atom>(event.xclient.data.l[0]) == atomNamed("WM_DELETE_WINDOW");
 }
 
 bool handleBoxEvent(XEvent& event) {
-    if (!box.isOpen || event.xany.window != box.window)
+    const auto known = openBoxes.find(event.xany.window);
+    if (known == openBoxes.end())
         return false;
-    if (event.type == Expose)
-        paintBox();
-    else if (dismisses(event))
-        box.isOpen = false;
+    if (event.type == Expose) {
+        paintBox(known->first, known->second);
+    } else if (dismisses(event, known->second)) {
+        XDestroyWindow(ownerDisplay(), known->first);
+        XFlush(ownerDisplay());
+        openBoxes.erase(known);
+    }
     return true;
 }
 
-void nameBox(const std::string& title) {
+/// The title says it all: it is the one thing of a window without a toolkit that window lists and screen
+/// readers can know.
+void nameBox(Window window, std::string title) {
     Display* display = ownerDisplay();
-    XChangeProperty(display, box.window, atomNamed("_NET_WM_NAME"), atomNamed("UTF8_STRING"), 8,
-                    PropModeReplace, reinterpret_cast<const unsigned char*>(title.c_str()),
-                    static_cast<int>(title.size()));
-    XStoreName(display, box.window, title.c_str());
+    std::replace(title.begin(), title.end(), '\n', ' ');
+    XChangeProperty(display, window, atomNamed("_NET_WM_NAME"), atomNamed("UTF8_STRING"), 8, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(title.c_str()), static_cast<int>(title.size()));
+    XStoreName(display, window, title.c_str());
     const Atom type = atomNamed("_NET_WM_WINDOW_TYPE_DIALOG");
-    XChangeProperty(display, box.window, atomNamed("_NET_WM_WINDOW_TYPE"), XA_ATOM, 32, PropModeReplace,
+    XChangeProperty(display, window, atomNamed("_NET_WM_WINDOW_TYPE"), XA_ATOM, 32, PropModeReplace,
                     reinterpret_cast<const unsigned char*>(&type), 1);
     Atom deletion = atomNamed("WM_DELETE_WINDOW");
-    XSetWMProtocols(display, box.window, &deletion, 1);
-}
-
-void openBox(const std::string& title) {
-    Display* display = ownerDisplay();
-    const Rect monitor = monitorAt(cursorPosition());
-    const int left = monitor.left + (monitor.width() - box.width) / 2;
-    const int top = monitor.top + (monitor.height() - box.height) / 2;
-    box.window = XCreateSimpleWindow(display, rootWindow(), left, top, static_cast<unsigned int>(box.width),
-                                     static_cast<unsigned int>(box.height), 0, 0,
-                                     WhitePixel(display, DefaultScreen(display)));
-    nameBox(title);
-    XSizeHints hints{};
-    hints.flags = PPosition | PMinSize | PMaxSize;
-    hints.min_width = hints.max_width = box.width;
-    hints.min_height = hints.max_height = box.height;
-    XSetWMNormalHints(display, box.window, &hints);
-    XSelectInput(display, box.window, ExposureMask | KeyPressMask | ButtonPressMask | ButtonReleaseMask);
-    XMapRaised(display, box.window);
-    XFlush(display);
+    XSetWMProtocols(display, window, &deletion, 1);
 }
 
 } // namespace
 
-void showWarningBox(const std::u16string& title, const std::u16string& text) {
-    if (ownerDisplay() == nullptr || box.isOpen)
-        return;
+void openWarningWindow(const std::string& title, const std::string& text) {
     static const bool isListening = (addEventHandler(handleBoxEvent), true);
     (void)isListening;
-    box.text = utf8FromUtf16(text);
-    box.width = textWidthPx + 2 * marginPx;
-    box.height = textHeight(box.text) + 3 * marginPx + buttonHeightPx;
-    box.isOpen = true;
-    openBox(utf8FromUtf16(title));
-    while (box.isOpen)
-        g_main_context_iteration(ownerContext(), TRUE);
-    XDestroyWindow(ownerDisplay(), box.window);
-    XFlush(ownerDisplay());
+    Display* display = ownerDisplay();
+    const Box box{textWidthPx + 2 * marginPx, textHeight(text) + 3 * marginPx + buttonHeightPx, text};
+    const Rect monitor = monitorAt(cursorPosition());
+    const int left = monitor.left + (monitor.width() - box.width) / 2;
+    const int top = monitor.top + (monitor.height() - box.height) / 2;
+    const Window window = XCreateSimpleWindow(
+        display, rootWindow(), left, top, static_cast<unsigned int>(box.width),
+        static_cast<unsigned int>(box.height), 0, 0, WhitePixel(display, DefaultScreen(display)));
+    nameBox(window, title + ": " + text);
+    XSizeHints hints{};
+    hints.flags = PPosition | PMinSize | PMaxSize;
+    hints.min_width = hints.max_width = box.width;
+    hints.min_height = hints.max_height = box.height;
+    XSetWMNormalHints(display, window, &hints);
+    XSelectInput(display, window, ExposureMask | KeyPressMask | ButtonPressMask | ButtonReleaseMask);
+    openBoxes[window] = box;
+    XMapRaised(display, window);
+    XFlush(display);
 }

@@ -55,6 +55,7 @@ export DISPLAY=":$(cat "$folder/display")"
 dbus-daemon --session --nofork --address="unix:path=$folder/run/bus" >"$folder/bus.log" 2>&1 &
 helpers+=($!)
 export DBUS_SESSION_BUS_ADDRESS=unix:path=$folder/run/bus
+export DBUS_SYSTEM_BUS_ADDRESS=$DBUS_SESSION_BUS_ADDRESS # or a lock of the machine's own session would count
 wait_for "session bus" test -S "$folder/run/bus"
 
 openbox --sm-disable >"$folder/openbox.log" 2>&1 &

@@ -35,6 +35,7 @@ int main(int argc, char** argv) {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setWindowIcon(QIcon(QCoreApplication::applicationDirPath() + "/rotika.ico"));
     speakPolish();
+    const EventLoopSupport loopSupport; // first: a signal may come while any of the dialogs below is open
 
     if (!claimSingleInstance()) {
         QMessageBox::information(
@@ -53,7 +54,6 @@ int main(int argc, char** argv) {
     if (!licenceResult.go)
         return 0;
 
-    const EventLoopSupport loopSupport;
     OverlayEngineStart();
     MainWindow window(licence, licenceResult);
     window.show();

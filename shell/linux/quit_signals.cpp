@@ -1,11 +1,12 @@
 #include "shell/linux/quit_signals.h"
 
 #include <fcntl.h>
+#include <sys/time.h>
 #include <unistd.h>
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QDialog>
 #include <QThread>
-#include <QTimer>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -13,15 +14,24 @@
 namespace {
 
 constexpr std::array quitSignalNumbers{SIGTERM, SIGINT, SIGHUP};
-constexpr std::chrono::milliseconds retryPause{50};
+constexpr std::chrono::milliseconds repetitionPause{50};
+constexpr itimerval orderlyEndLimit{{0, 0}, {1, 800'000}};
 
 volatile std::sig_atomic_t writeEnd = -1;
+
+/// The guard lets go of what is held, and the server gives the mouse back.
+void onTimeUp(int /*number*/) {
+    _exit(0);
+}
 
 void onQuitSignal(int /*number*/) {
     const int kept = errno;
     const char byte = 1;
     // A full pipe has said it already.
     [[maybe_unused]] const ssize_t written = write(static_cast<int>(writeEnd), &byte, 1);
+    itimerval running{};
+    if (getitimer(ITIMER_REAL, &running) == 0 && !timerisset(&running.it_value))
+        setitimer(ITIMER_REAL, &orderlyEndLimit, nullptr);
     errno = kept;
 }
 
@@ -36,36 +46,47 @@ void setHandler(int number, void (*handler)(int)) {
     sigaction(number, &action, nullptr);
 }
 
+/// A dialog of the desktop's own toolkit runs a loop that Qt cannot end; it ends when its dialog goes.
+void cancelDialogs() {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        auto* dialog = qobject_cast<QDialog*>(window);
+        if (dialog != nullptr && dialog->isVisible())
+            dialog->done(QDialog::Rejected);
+    }
+}
+
 } // namespace
 
 QuitSignals::QuitSignals() {
     if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0)
         return;
+    QObject::connect(&repetition, &QTimer::timeout, &repetition, [this] { endLoops(); });
     notifier = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
     QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), [this] {
         notifier->setEnabled(false);
-        exitOrRetry();
+        repetition.start(repetitionPause);
+        endLoops();
     });
     writeEnd = ends[1];
+    setHandler(SIGALRM, onTimeUp);
     for (const int number : quitSignalNumbers)
         setHandler(number, onQuitSignal);
 }
 
+/// The handlers stay: a signal in the middle of the end must not turn its status into another.
 QuitSignals::~QuitSignals() {
     if (!notifier)
         return;
-    for (const int number : quitSignalNumbers)
-        setHandler(number, SIG_DFL);
     writeEnd = -1;
     close(ends[0]);
     close(ends[1]);
 }
 
-void QuitSignals::exitOrRetry() {
-    // A warning of the engine may be dispatching events while no loop of Qt runs yet; an exit would be lost
-    // there. A quit is no good here: it asks the open windows first, and one of them may refuse.
+void QuitSignals::endLoops() {
+    // Again and again: the application's own loop forgets an exit that came before it, and what follows a
+    // dialog may open another. A quit is no good here: it asks the open windows first, and one may refuse.
+    if (rounds++ > 0)
+        cancelDialogs();
     if (QThread::currentThread()->loopLevel() > 0)
         QCoreApplication::exit(0);
-    else
-        QTimer::singleShot(retryPause, notifier.get(), [this] { exitOrRetry(); });
 }

@@ -50,6 +50,16 @@ MainWindowHandlers mainHandlers() {
             },
         .editorRequested = []() noexcept { ++heard.editorRequests; },
         .destroyed = []() noexcept {},
+        .monitorsChanged =
+            []() noexcept {
+                noteThread();
+                ++heard.monitorChanges;
+            },
+        .sessionLockChanged =
+            [](bool isLocked) noexcept {
+                noteThread();
+                heard.lockChanges.push_back(isLocked);
+            },
     };
 }
 

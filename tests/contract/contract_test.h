@@ -34,6 +34,8 @@ struct Heard {
     int ticks = 0;
     int editorRequests = 0;
     int statusPages = 0;
+    int monitorChanges = 0;
+    std::vector<bool> lockChanges;
     bool wasOnOwnerThread = true; // all of it
 };
 extern Heard heard;

@@ -76,12 +76,35 @@ void onEngineStop() {
         QObject::connect(window, &QObject::destroyed, [] { probeLog("window destroyed"); });
 }
 
+/// Once. A second signal during the end must change nothing.
+void raiseTwice() {
+    static const bool isRaised = (std::raise(SIGTERM), std::raise(SIGTERM), true);
+    (void)isRaised;
+}
+
 void dismissBox() {
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     if (box == nullptr)
         return;
+    if (probeAsked("ROTIKA_PROBE_SIGNAL_IN_BOX")) {
+        raiseTwice();
+        return;
+    }
     probeLog("box " + box->windowTitle().toStdString() + "|" + box->text().toStdString());
     box->accept();
+}
+
+/// As a desktop's own file dialog does it: a loop that is not Qt's, for as long as the dialog is there.
+void askInForeignLoop() {
+#ifndef _WIN32
+    QDialog dialog;
+    GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
+    QObject::connect(&dialog, &QDialog::finished, [loop] { g_main_loop_quit(loop); });
+    QTimer::singleShot(0, &dialog, raiseTwice);
+    dialog.show();
+    g_main_loop_run(loop);
+    g_main_loop_unref(loop);
+#endif
 }
 
 void watch() {
@@ -105,6 +128,8 @@ Q_COREAPP_STARTUP_FUNCTION(watch)
 
 LicenceResult LicenceCheck::check() {
     probeLog("licence");
+    if (probeAsked("ROTIKA_PROBE_SIGNAL_IN_DIALOG"))
+        askInForeignLoop();
     return {.go = !probeAsked("ROTIKA_PROBE_NO_GO"), .accountText = {}};
 }
 

@@ -100,11 +100,18 @@ TEST(QuitSignals, TakeTheOrderlyRoadWhateverTheWindowsSay) {
     }
 }
 
-TEST(QuitSignals, AreKeptUntilTheLoopRuns) {
+TEST(QuitSignals, AreKeptUntilTheLoopRunsAndCancelDialogs) {
+    for (const char* moment : {"ROTIKA_PROBE_EARLY_SIGNAL=1", "ROTIKA_PROBE_SIGNAL_IN_DIALOG=1"}) {
+        ProbeHome home;
+        const auto run = home.start({moment});
+        EXPECT_EQ(exitStatus(*run), 0) << moment;
+        EXPECT_EQ(text(home.log().mid(home.log().size() - 2)), "engine stop\nwindow destroyed") << moment;
+    }
     ProbeHome home;
-    const auto run = home.start({"ROTIKA_PROBE_EARLY_SIGNAL=1"});
-    EXPECT_EQ(exitStatus(*run), 0);
-    EXPECT_EQ(text(home.log().mid(home.log().size() - 2)), "engine stop\nwindow destroyed");
+    const auto first = home.start({});
+    ASSERT_TRUE(home.waitForLine("running"));
+    EXPECT_EQ(exitStatus(*home.start({"ROTIKA_PROBE_SIGNAL_IN_BOX=1"})), 0) << "of a second copy";
+    endAtOnce(*first);
 }
 
 TEST(GlibSources, AreServedWhateverQtRunsOn) {

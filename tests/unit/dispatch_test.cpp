@@ -1,4 +1,5 @@
 #include "core/dispatch.h"
+#include "core/handed_over.h"
 #include "core/lifecycle.h"
 #include "core/text.h"
 #include "engine_test.h"
@@ -32,11 +33,14 @@ protected:
         return desktop.sendData(kind, path.data(), path.size() * sizeof(char16_t));
     }
 
-    /// Posts the phrases that the recogniser skipped; the balloon.
+    /// Posts the phrases that the recogniser skipped, and the same record again as anybody could; the
+    /// balloon.
     std::string skip(const std::u16string& phrases) {
         desktop.clearJournal();
-        auto payload = std::make_unique<std::u16string>(phrases);
-        postToMain(MsgVoiceSkipped, 0, reinterpret_cast<std::intptr_t>(payload.release()));
+        auto record = std::make_unique<std::u16string>(phrases);
+        const auto number = reinterpret_cast<std::intptr_t>(record.get());
+        EXPECT_TRUE(postRecord(engineState.mainWindow, MsgVoiceSkipped, std::move(record)));
+        postToMain(MsgVoiceSkipped, 0, number);
         return journal({JournalKind::tray});
     }
 };
@@ -70,11 +74,12 @@ TEST_F(Dispatch, StaleIndicesAndWhatNobodyAnswersLeaveTheWheelAsItIs) {
     engineState.voiceActions = {field({}, 80)};
     constexpr auto minusOne = static_cast<std::uintptr_t>(-1);
     const MessageCase cases[] = {
-        {MsgVoiceField, 1, 0},        {MsgVoiceField, 0, 4},       {MsgVoiceField, 0, -1},
-        {MsgVoiceField, minusOne, 0}, {MsgVoiceField, 9, 99},      {MsgVoiceFunction, 1, 0},
-        {MsgVoiceCommand, 0, 0},      {MsgVoiceCommand, 99, 0},    {MsgVoiceCommand, 100, 0},
-        {MsgVoiceCommand, 600, 0},    {MsgVoiceCommand, 9999, 0},  {MsgVoiceFunction, minusOne, 0},
-        {MsgVoiceSkipped, 0, 0},      {MsgSelectUnderCursor, 0, 0}};
+        {MsgVoiceField, 1, 0},         {MsgVoiceField, 0, 4},        {MsgVoiceField, 0, -1},
+        {MsgVoiceField, minusOne, 0},  {MsgVoiceField, 9, 99},       {MsgVoiceFunction, 1, 0},
+        {MsgVoiceCommand, 0, 0},       {MsgVoiceCommand, 99, 0},     {MsgVoiceCommand, 100, 0},
+        {MsgVoiceCommand, 600, 0},     {MsgVoiceCommand, 9999, 0},   {MsgVoiceFunction, minusOne, 0},
+        {MsgVoiceSkipped, 0, 0},       {MsgSelectUnderCursor, 0, 0}, {MsgVoiceSkipped, 0, 0x1234},
+        {MsgElementsReady, 0, 0x1234}, {MsgIconLoaded, 0, 0x1234},   {MsgIconLoaded, 0, 0}};
     for (const bool isOpen : {false, true}) {
         if (isOpen)
             pressToggleKey();
@@ -176,8 +181,8 @@ TEST_F(Dispatch, SkippedPhrasesAreToldInABalloonCutToItsRoom) {
     EXPECT_EQ(skip(u"skok w bok, żółw"), prefix + "skok w bok, żółw");
     EXPECT_EQ(skip(std::u16string(300, u'x')), prefix + std::string(255 - text.size(), 'x'));
     desktop.destroyMainWindow();
-    EXPECT_FALSE(postWindowMessage(engineState.mainWindow, MsgVoiceSkipped))
-        << "the payload stays the sender's";
+    EXPECT_FALSE(
+        postRecord(engineState.mainWindow, MsgVoiceSkipped, std::make_unique<std::u16string>(u"za późno")));
 }
 
 TEST_F(Dispatch, DataFromAnotherProcessActivatesAWheelFileOrIsRefusedWithoutAWord) {

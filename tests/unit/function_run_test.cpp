@@ -53,6 +53,15 @@ TEST_F(FunctionRun, EveryKindOfStepKeepsItsTimes) {
     }
 }
 
+TEST_F(FunctionRun, BehindALockedScreenNothingIsPressedOrOpenedAndWhatIsDownIsReleased) {
+    const std::uint64_t start = desktop.clock.now();
+    run({hold(keyOf(65), 1000), click(keyOf(66)), hold(mouseKey(0), 0), open(u"https://example.org")});
+    desktop.advanceBy(500);
+    engineState.sessionLocked = true;
+    startMouseClick(0, 2);
+    EXPECT_EQ(playedFrom(start), "0 key 65 down, 1000 key 65 up, 1090 key 66 up");
+}
+
 TEST_F(FunctionRun, SwappedButtonsExchangeOnlyLeftAndRightLookedUpForEachEvent) {
     for (const bool isSwapped : {false, true}) {
         for (std::uint32_t button = 0; button < 5; ++button) {

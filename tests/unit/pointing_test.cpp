@@ -6,6 +6,7 @@
 #include "voice/phrase_table.h"
 #include "voice/voice_dispatch.h"
 
+#include <functional>
 #include <tuple>
 
 namespace {
@@ -125,6 +126,36 @@ TEST_F(Pointing, WithTheWheelOpenTheGridShowsButTheCursorStaysPinned) {
     EXPECT_EQ(clicks(), "button 1 down, button 1 up");
 }
 
+TEST_F(Pointing, LockMonitorChangeAndALostWindowTakeGridAndLabelsAway) {
+    listen();
+    desktop.elements = {{0, 0, 1920, 1080}, {{element({10, 20, 111, 61})}}};
+    desktop.elementSearchMs = 100;
+    const std::function<void()> ends[] = {
+        [&] { desktop.lockSession(true); },
+        [&] {
+            desktop.changeMonitors({{0, 0, 800, 600}});
+        },
+        [&] { desktop.destroyOverlay("grid"); },
+    };
+    for (const auto& end : ends) {
+        for (const char* words : {"pokaż siatkę", "pokaż elementy"}) {
+            say(words);
+            EXPECT_NE(onShow(), "") << words;
+            end();
+            EXPECT_EQ(onShow(), "") << words;
+            say("pokaż siatkę", 0);
+            EXPECT_EQ(onShow(), engineState.sessionLocked ? "" : "grid shown") << words;
+            desktop.lockSession(false);
+            say("schowaj siatkę");
+        }
+    }
+    EXPECT_EQ(gridPlace(), (Rect{0, 0, 800, 600}));
+    say("pokaż elementy", 50);
+    desktop.lockSession(true);
+    desktop.advanceBy(200);
+    EXPECT_EQ(onShow(), "") << "a scan that was under way";
+}
+
 // Labels
 
 TEST_F(Pointing, NumbersClickLabelsOnceTwiceOrRight) {
@@ -181,8 +212,11 @@ TEST_F(Pointing, OnlyAWantedScanShowsItsResult) {
     say("pokaż siatkę");
     say("pokaż elementy", 100);
     EXPECT_EQ(onShow(), "");
-    say("pokaż elementy", 100);
+    say("pokaż elementy", 50);
     EXPECT_EQ(desktop.searches.size(), 1U) << "one at a time";
+    postToMain(MsgElementsReady, 0, 0x1234); // somebody else's
+    EXPECT_EQ(engineState.elementScanBusy, 1);
+    desktop.advanceBy(50);
     say("ukryj elementy", 1000);
     EXPECT_EQ(onShow(), "") << "cancelled";
 

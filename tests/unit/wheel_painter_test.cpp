@@ -2,6 +2,7 @@
 #include "engine_test.h"
 #include "picture_text.h"
 #include "platform/paths.h"
+#include "wheel/icons.h"
 #include "wheel/painter.h"
 
 #include <tuple>
@@ -14,6 +15,11 @@ class WheelPainter : public EngineTest {
 protected:
     static Lines painted() { return pictureLines(buildWheelPicture()); }
     static Lines painted(const std::string& word) { return linesOf(painted(), word); }
+
+    void readIcons() {
+        loadNewIcons();
+        desktop.settle();
+    }
 
     /// Makes an icon file that loads, beside the program; its full path.
     std::string addIcon(const std::u16string& name) {
@@ -90,11 +96,12 @@ TEST_F(WheelPainter, AFieldShowsItsIconItsNameBothOrItsNumber) {
          {"text 'Bieg' 233.5,342.5" + large + shadow, "text 'Bieg' 232,341" + large + face}},
         {u"", u"zly.png", {"text '1' 233.5,342.5" + large + shadow, "text '1' 232,341" + large + face}},
     };
-    engineState.wheels = {wheelOf(1)};
+    startWith({wheelOf(1)});
     WheelAction& action = engineState.wheels[0].actions[0];
     for (const auto& [name, iconName, label] : cases) {
         action.name = name;
         action.icon = iconName;
+        readIcons();
         const Lines lines = painted();
         EXPECT_EQ(Lines(lines.begin() + 2, lines.end() - 3), label); // between the pie and hole and cursor
     }
@@ -130,31 +137,35 @@ TEST_F(WheelPainter, DwellRingAppearsOnTopAboveThreePercentAndStopsAtAFullTurn) 
 }
 
 TEST_F(WheelPainter, IconPathsAreJoinedToTheProgramsFolderUnlessAbsolute) {
+    startWith({wheelOf(1)});
     const std::pair<std::u16string, bool> cases[] = {{u"icons/a.png", false}, {u"C:\\a.png", true},
                                                      {u"\\a.png", true},      {u"/tmp/a.png", true},
                                                      {u"/", false},           {u"x:", true}};
     for (const auto& [written, isAbsolute] : cases) {
-        WheelAction action;
-        action.icon = written;
-        EXPECT_EQ(iconFor(action), nullptr);
+        engineState.wheels[0].actions[0].icon = written;
+        readIcons();
         EXPECT_EQ(desktop.imageLoads.back(), isAbsolute ? written : joinPath(programFolder(), written));
     }
 }
 
-TEST_F(WheelPainter, AnIconIsLoadedOnceForGoodAlsoWhenItFails) {
-    addIcon(u"ok.png");
+TEST_F(WheelPainter, AnIconIsReadOnceBesideTheOwnerThreadAndComesIntoTheOpenWheel) {
+    const std::string icon = "image " + addIcon(u"ok.png");
+    const std::u16string file = folder.write("koła.json", R"({"wheels": [{"actions": [
+        {"key": "a", "icon": "ok.png"}, {"key": "b", "icon": "OK.png"}, {"key": "c", "icon": "ok.png"}]}]})");
     startWith({wheelOf(2)});
-    WheelAction good;
-    good.icon = u"ok.png";
-    WheelAction bad;
-    bad.icon = u"OK.png"; // paths are compared exactly
-    const PictureImage* image = iconFor(good);
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(iconFor(bad), nullptr);
+    pressToggleKey();
+    ASSERT_TRUE(OverlayActivateWheelFile(reinterpret_cast<const OverlayChar*>(file.c_str())));
+    EXPECT_TRUE(desktop.imageLoads.empty()) << "a slow file would hold up the owner thread";
+    EXPECT_TRUE(shownLines("image").empty());
+    desktop.settle();
+    EXPECT_EQ(shownLines(icon).size(), 2U);
+    EXPECT_EQ(shownLines("text '2'").size(), 2U) << "paths are compared exactly";
     addIcon(u"OK.png");
-    OverlayReloadConfig();
-    EXPECT_EQ(iconFor(good), image);
-    EXPECT_EQ(iconFor(bad), nullptr);
+    pressToggleKey();
+    ASSERT_TRUE(OverlayActivateWheelFile(reinterpret_cast<const OverlayChar*>(file.c_str())));
+    pressToggleKey();
+    desktop.settle();
+    EXPECT_EQ(shownLines("image").size(), 2U) << "what failed is not tried again";
     EXPECT_EQ(desktop.imageLoads.size(), 2U);
 }
 

@@ -3,12 +3,7 @@
 #include "platform/threads.h"
 
 #include "platform/linux/accessible_questions.h"
-#include "platform/linux/glib_handles.h"
-
-#include <sys/stat.h>
-
-#include <cstdlib>
-#include <cstring>
+#include "platform/linux/bus_address.h"
 
 namespace {
 
@@ -17,23 +12,6 @@ constexpr std::chrono::seconds switchingLimit{30};
 
 const char* const serviceName = "org.a11y.Bus";
 const char* const servicePath = "/org/a11y/bus";
-
-/// Empty if there is no session bus. GIO's own ways of looking for one may start a bus that nobody else is
-/// on.
-std::string sessionBusAddress() {
-    const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
-    if (address != nullptr && *address != '\0')
-        return std::strstr(address, "autolaunch:") == nullptr ? address : "";
-    const char* folder = std::getenv("XDG_RUNTIME_DIR");
-    if (folder == nullptr || *folder != '/')
-        return {};
-    const std::string path = std::string(folder) + "/bus";
-    struct stat status = {};
-    if (::stat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode))
-        return {};
-    const GPointer<char> escaped(g_dbus_address_escape_value(path.c_str()));
-    return std::string("unix:path=") + escaped.get();
-}
 
 } // namespace
 

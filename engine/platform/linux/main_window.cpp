@@ -2,10 +2,11 @@
 
 #include "platform/linux/connection.h"
 #include "platform/linux/hot_key_events.h"
+#include "platform/linux/monitor_changes.h"
+#include "platform/linux/session_lock.h"
 #include "platform/linux/window_registry.h"
 
-// The main window only receives: it is never mapped, so of its handlers only those for the hot key and for
-// posted messages are ever called.
+// The main window only receives: it is never mapped, so its status page's handlers are never called.
 
 WindowHandle createMainWindow(const MainWindowHandlers& handlers) {
     if (ownerDisplay() == nullptr)
@@ -14,6 +15,10 @@ WindowHandle createMainWindow(const MainWindowHandlers& handlers) {
     XStoreName(ownerDisplay(), window, "Rotika");
     registerWindow(handleOf(window), handlers.messageArrived);
     setHotKeyHandler(handlers.hotKeyPressed);
+    if (handlers.monitorsChanged != nullptr)
+        watchMonitors(handlers.monitorsChanged);
+    if (handlers.sessionLockChanged != nullptr)
+        watchSessionLock(handlers.sessionLockChanged);
     return handleOf(window);
 }
 

@@ -1,162 +1,107 @@
 #include "platform/message_box.h"
 
 #include "core/text.h"
-#include "platform/pointer.h"
 
+#include "platform/linux/bus_address.h"
 #include "platform/linux/connection.h"
 #include "platform/linux/glib_handles.h"
+#include "platform/linux/owner_bus.h"
+#include "platform/linux/warning_window.h"
 
-#include <cairo-xlib.h>
-#include <pango/pangocairo.h>
+#include <memory>
+#include <utility>
 
-#include <algorithm>
-
-// A small warning box of the engine's own: it comes up before the shell has any window, and the engine knows
-// no toolkit. Enter, Space, Escape, the button and the window manager's closing all dismiss it.
+// The desktop's notifications are read out by screen readers and cover nothing; a window of our own says it
+// where no notification server answers.
 
 namespace {
 
-constexpr int textWidthPx = 420;
-constexpr int marginPx = 20;
-constexpr int buttonWidthPx = 96;
-constexpr int buttonHeightPx = 32;
+// A server may have to be started first.
+constexpr guint answerLimitMs = 3000;
+constexpr guchar criticalUrgency = 2; // stays until the person dismisses it
 
-struct Box {
-    Window window = noXid;
-    int width = 0;
-    int height = 0;
+struct Warning {
+    std::string title;
     std::string text;
-    bool isOpen = false;
+    bool isTold = false;
 };
-Box box; // modal, so one at a time
+using SharedWarning = std::shared_ptr<Warning>;
 
-GObjectPointer<PangoLayout> layOutText(cairo_t* context, const std::string& text, int widthPx) {
-    GObjectPointer<PangoLayout> layout(pango_cairo_create_layout(context));
-    PangoFontDescription* font = pango_font_description_from_string("Noto Sans,DejaVu Sans,sans-serif 11");
-    pango_layout_set_font_description(layout.get(), font);
-    pango_font_description_free(font);
-    pango_layout_set_width(layout.get(), widthPx * PANGO_SCALE);
-    pango_layout_set_wrap(layout.get(), PANGO_WRAP_WORD_CHAR);
-    pango_layout_set_text(layout.get(), text.c_str(), static_cast<int>(text.size()));
-    return layout;
+void tellByWindow(Warning& warning) {
+    if (!std::exchange(warning.isTold, true))
+        openWarningWindow(warning.title, warning.text);
 }
 
-int textHeight(const std::string& text) {
-    cairo_surface_t* scratch = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
-    cairo_t* context = cairo_create(scratch);
-    int width = 0;
-    int height = 0;
-    pango_layout_get_pixel_size(layOutText(context, text, textWidthPx).get(), &width, &height);
-    cairo_destroy(context);
-    cairo_surface_destroy(scratch);
-    return height;
-}
-
-Rect buttonRect() {
-    const int left = (box.width - buttonWidthPx) / 2;
-    const int top = box.height - marginPx - buttonHeightPx;
-    return {left, top, left + buttonWidthPx, top + buttonHeightPx};
-}
-
-void paintButton(cairo_t* context) {
-    const Rect button = buttonRect();
-    cairo_rectangle(context, button.left + 0.5, button.top + 0.5, button.width() - 1, button.height() - 1);
-    cairo_set_source_rgb(context, 0.10, 0.37, 0.65);
-    cairo_fill(context);
-    const auto label = layOutText(context, "OK", buttonWidthPx);
-    pango_layout_set_alignment(label.get(), PANGO_ALIGN_CENTER);
-    int width = 0;
-    int height = 0;
-    pango_layout_get_pixel_size(label.get(), &width, &height);
-    cairo_set_source_rgb(context, 1, 1, 1);
-    const int labelTop = button.top + (button.height() - height) / 2; // whole pixels keep the letters sharp
-    cairo_move_to(context, button.left, labelTop);
-    pango_cairo_show_layout(context, label.get());
-}
-
-void paintBox() {
-    Display* display = ownerDisplay();
-    cairo_surface_t* surface = cairo_xlib_surface_create(
-        display, box.window, DefaultVisual(display, DefaultScreen(display)), box.width, box.height);
-    cairo_t* context = cairo_create(surface);
-    cairo_set_source_rgb(context, 0.97, 0.97, 0.98);
-    cairo_paint(context);
-    cairo_set_source_rgb(context, 0.11, 0.14, 0.20);
-    cairo_move_to(context, marginPx, marginPx);
-    pango_cairo_show_layout(context, layOutText(context, box.text, textWidthPx).get());
-    paintButton(context);
-    cairo_destroy(context);
-    cairo_surface_destroy(surface);
-    XFlush(display);
-}
-
-bool dismisses(XEvent& event) {
-    if (event.type == KeyPress) {
-        const KeySym key = XLookupKeysym(&event.xkey, 0);
-        return key == XK_Return || key == XK_KP_Enter || key == XK_space || key == XK_Escape;
+/// The body of a notification is markup to the servers that know some. Those that know none show quotation
+/// marks as they are, so only what would be lost is escaped.
+std::string bodyOf(const std::string& text) {
+    std::string body;
+    for (const char c : text) {
+        if (c == '&')
+            body += "&amp;";
+        else if (c == '<')
+            body += "&lt;";
+        else
+            body += c;
     }
-    if (event.type == ButtonRelease)
-        return event.xbutton.button == Button1 && buttonRect().contains({event.xbutton.x, event.xbutton.y});
-    return event.type == ClientMessage &&
-           static_cast<Atom>(event.xclient.data.l[0]) == atomNamed("WM_DELETE_WINDOW");
+    return body;
 }
 
-bool handleBoxEvent(XEvent& event) {
-    if (!box.isOpen || event.xany.window != box.window)
-        return false;
-    if (event.type == Expose)
-        paintBox();
-    else if (dismisses(event))
-        box.isOpen = false;
-    return true;
+GVariant* notificationOf(const Warning& warning) {
+    GVariantBuilder hints;
+    g_variant_builder_init(&hints, G_VARIANT_TYPE("a{sv}"));
+    g_variant_builder_add(&hints, "{sv}", "urgency", g_variant_new_byte(criticalUrgency));
+    constexpr gint32 neverExpires = 0;
+    return g_variant_new("(susssasa{sv}i)", "Rotika", 0U, "dialog-warning", warning.title.c_str(),
+                         bodyOf(warning.text).c_str(), nullptr, &hints, neverExpires);
 }
 
-void nameBox(const std::string& title) {
-    Display* display = ownerDisplay();
-    XChangeProperty(display, box.window, atomNamed("_NET_WM_NAME"), atomNamed("UTF8_STRING"), 8,
-                    PropModeReplace, reinterpret_cast<const unsigned char*>(title.c_str()),
-                    static_cast<int>(title.size()));
-    XStoreName(display, box.window, title.c_str());
-    const Atom type = atomNamed("_NET_WM_WINDOW_TYPE_DIALOG");
-    XChangeProperty(display, box.window, atomNamed("_NET_WM_WINDOW_TYPE"), XA_ATOM, 32, PropModeReplace,
-                    reinterpret_cast<const unsigned char*>(&type), 1);
-    Atom deletion = atomNamed("WM_DELETE_WINDOW");
-    XSetWMProtocols(display, box.window, &deletion, 1);
+/// `bus` is null where there is none.
+void tellByNotification(GDBusConnection* bus, const SharedWarning& warning) {
+    if (bus == nullptr) {
+        tellByWindow(*warning);
+        return;
+    }
+    const BusCall call{"org.freedesktop.Notifications",
+                       "/org/freedesktop/Notifications",
+                       "org.freedesktop.Notifications",
+                       "Notify",
+                       "(u)",
+                       G_DBUS_CALL_FLAGS_NONE,
+                       answerLimitMs};
+    askOnOwnerBus(bus, call, notificationOf(*warning), [warning](GVariant* identifier) {
+        if (identifier != nullptr)
+            warning->isTold = true;
+        else
+            tellByWindow(*warning);
+    });
 }
 
-void openBox(const std::string& title) {
-    Display* display = ownerDisplay();
-    const Rect monitor = monitorAt(cursorPosition());
-    const int left = monitor.left + (monitor.width() - box.width) / 2;
-    const int top = monitor.top + (monitor.height() - box.height) / 2;
-    box.window = XCreateSimpleWindow(display, rootWindow(), left, top, static_cast<unsigned int>(box.width),
-                                     static_cast<unsigned int>(box.height), 0, 0,
-                                     WhitePixel(display, DefaultScreen(display)));
-    nameBox(title);
-    XSizeHints hints{};
-    hints.flags = PPosition | PMinSize | PMaxSize;
-    hints.min_width = hints.max_width = box.width;
-    hints.min_height = hints.max_height = box.height;
-    XSetWMNormalHints(display, box.window, &hints);
-    XSelectInput(display, box.window, ExposureMask | KeyPressMask | ButtonPressMask | ButtonReleaseMask);
-    XMapRaised(display, box.window);
-    XFlush(display);
+gboolean onAnswerLimit(gpointer data) noexcept {
+    const std::unique_ptr<SharedWarning> warning(static_cast<SharedWarning*>(data));
+    tellByWindow(**warning);
+    return G_SOURCE_REMOVE;
+}
+
+/// A bus that lets one connect and says nothing must not swallow the warning.
+void limitAnswerTime(const SharedWarning& warning) {
+    GSource* source = g_timeout_source_new(answerLimitMs);
+    g_source_set_callback(source, onAnswerLimit, std::make_unique<SharedWarning>(warning).release(), nullptr);
+    g_source_attach(source, ownerContext());
+    g_source_unref(source);
 }
 
 } // namespace
 
 void showWarningBox(const std::u16string& title, const std::u16string& text) {
-    if (ownerDisplay() == nullptr || box.isOpen)
+    if (ownerDisplay() == nullptr)
         return;
-    static const bool isListening = (addEventHandler(handleBoxEvent), true);
-    (void)isListening;
-    box.text = utf8FromUtf16(text);
-    box.width = textWidthPx + 2 * marginPx;
-    box.height = textHeight(box.text) + 3 * marginPx + buttonHeightPx;
-    box.isOpen = true;
-    openBox(utf8FromUtf16(title));
-    while (box.isOpen)
-        g_main_context_iteration(ownerContext(), TRUE);
-    XDestroyWindow(ownerDisplay(), box.window);
-    XFlush(ownerDisplay());
+    const auto warning = std::make_shared<Warning>(Warning{utf8FromUtf16(title), utf8FromUtf16(text)});
+    const std::string address = sessionBusAddress();
+    if (address.empty()) {
+        tellByWindow(*warning);
+        return;
+    }
+    limitAnswerTime(warning);
+    openOwnerBus(address, [warning](GDBusConnection* bus) { tellByNotification(bus, warning); });
 }

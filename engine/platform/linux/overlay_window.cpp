@@ -3,6 +3,7 @@
 #include "platform/linux/connection.h"
 #include "platform/linux/layer_image.h"
 #include "platform/linux/picture_drawing.h"
+#include "platform/linux/root_events.h"
 #include "platform/linux/window_registry.h"
 
 #include <cairo-xlib.h>
@@ -200,7 +201,10 @@ void followCompositorOnLayer(Window window, Layer& layer) {
 }
 
 void watchStackingWhileShown() {
-    XSelectInput(ownerDisplay(), rootWindow(), shownLayers.empty() ? NoEventMask : SubstructureNotifyMask);
+    if (shownLayers.empty())
+        unselectRootEvents(SubstructureNotifyMask);
+    else
+        selectRootEvents(SubstructureNotifyMask);
 }
 
 bool areOnTop() {
@@ -240,7 +244,26 @@ bool isLayer(Window window) {
     return layers.contains(window);
 }
 
+/// Its X resources went with it, but for those that are of the connection.
+void onLayerDestroyed(Window window) {
+    const auto destroyed = layers[window].handlers.destroyed;
+    if (destroyed != nullptr)
+        destroyed();
+    std::erase(shownLayers, window);
+    watchStackingWhileShown();
+    const Layer& layer = layers[window];
+    if (layer.background != noXid)
+        XFreePixmap(ownerDisplay(), layer.background);
+    if (layer.gc != nullptr)
+        XFreeGC(ownerDisplay(), layer.gc);
+    layers.erase(window);
+}
+
 bool handleLayerEvent(XEvent& event) {
+    if (event.type == DestroyNotify && isLayer(event.xdestroywindow.window)) {
+        onLayerDestroyed(event.xdestroywindow.window);
+        return true;
+    }
     if (event.type == fixesEventBase() + XFixesSelectionNotify) {
         followCompositor();
         return true;
@@ -276,7 +299,7 @@ Window createLayerWindow(int width, int height) {
     attributes.colormap = visual.colormap;
     attributes.border_pixel = 0;
     attributes.override_redirect = 1;
-    attributes.event_mask = ButtonPressMask;
+    attributes.event_mask = ButtonPressMask | StructureNotifyMask;
     return XCreateWindow(ownerDisplay(), rootWindow(), 0, 0, static_cast<unsigned int>(width),
                          static_cast<unsigned int>(height), 0, visual.depth, InputOutput, visual.visual,
                          CWColormap | CWBorderPixel | CWOverrideRedirect | CWEventMask, &attributes);

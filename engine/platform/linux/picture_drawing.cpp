@@ -178,16 +178,18 @@ void draw(cairo_t* context, const TextInBox& text) {
 }
 
 void draw(cairo_t* context, const ImageInBox& image) {
-    const int width = static_cast<int>(std::lround(image.box.width));
-    const int height = static_cast<int>(std::lround(image.box.height));
-    if (image.image == nullptr || width < 1 || height < 1)
+    if (image.image == nullptr || image.box.width < 1 || image.box.height < 1)
         return;
-    cairo_surface_t* scaled = scaledImage(*image.image, width, height);
-    cairo_set_source_surface(context, scaled, std::floor(image.box.x + 0.5F), std::floor(image.box.y + 0.5F));
-    if (image.opacity >= 1)
-        cairo_paint(context);
-    else
-        cairo_paint_with_alpha(context, image.opacity);
+    cairo_surface_t* pixels = imagePixels(*image.image);
+    cairo_save(context);
+    cairo_translate(context, std::floor(image.box.x + 0.5F), std::floor(image.box.y + 0.5F));
+    const double width = std::round(image.box.width);
+    const double height = std::round(image.box.height);
+    cairo_scale(context, width / cairo_image_surface_get_width(pixels),
+                height / cairo_image_surface_get_height(pixels));
+    cairo_set_source_surface(context, pixels, 0, 0);
+    cairo_paint_with_alpha(context, image.opacity);
+    cairo_restore(context);
 }
 
 void addToPath(cairo_t* context, const cairo_region_t* region) {

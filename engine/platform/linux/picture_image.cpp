@@ -4,19 +4,19 @@
 
 #include "platform/linux/glib_handles.h"
 
+#include <fcntl.h>
 #include <gdk-pixbuf/gdk-pixbuf.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
-#include <map>
-#include <utility>
+#include <cstddef>
+#include <string>
 
 struct PictureImage {
-    GObjectPointer<GdkPixbuf> pixels;
-    mutable std::map<std::pair<int, int>, cairo_surface_t*> scaled;
+    cairo_surface_t* pixels;
 };
 
 namespace {
-
-constexpr int largestKeptSidePx = 256; // a field shows 42: a photograph need not stay in memory
 
 std::uint32_t premultiplied(const guchar* pixel, int channels) {
     const std::uint32_t alpha = channels == 4 ? pixel[3] : 255;
@@ -43,29 +43,48 @@ cairo_surface_t* surfaceOf(const GdkPixbuf& pixels) {
     return surface;
 }
 
+/// A regular file of bearable size, open for reading. Opening anything else must not wait for its other end.
+class ImageFile {
+public:
+    explicit ImageFile(const char* path) : file(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
+        struct stat status = {};
+        isGood = file >= 0 && fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
+                 static_cast<std::uint64_t>(status.st_size) <= largestImageBytes;
+    }
+    ~ImageFile() {
+        if (file >= 0)
+            close(file);
+    }
+    ImageFile(const ImageFile&) = delete;
+    ImageFile& operator=(const ImageFile&) = delete;
+
+    bool isUsable() const { return isGood; }
+    /// Leads to the very file that was looked at, whatever has taken its place meanwhile.
+    std::string path() const { return "/proc/self/fd/" + std::to_string(file); }
+
+private:
+    int file;
+    bool isGood = false;
+};
+
 } // namespace
 
-const PictureImage* loadPictureImage(const std::u16string& path, std::int32_t /*sidePx*/) {
-    const std::string file = utf8FromUtf16(path);
+const PictureImage* loadPictureImage(const std::u16string& path, std::int32_t sidePx) {
+    const ImageFile file(utf8FromUtf16(path).c_str());
     int width = 0;
     int height = 0;
-    if (gdk_pixbuf_get_file_info(file.c_str(), &width, &height) == nullptr)
+    if (!file.isUsable() || gdk_pixbuf_get_file_info(file.path().c_str(), &width, &height) == nullptr ||
+        width > largestImageSidePx || height > largestImageSidePx)
         return nullptr;
-    const bool isLarge = width > largestKeptSidePx || height > largestKeptSidePx;
-    GdkPixbuf* pixels = isLarge ? gdk_pixbuf_new_from_file_at_size(file.c_str(), largestKeptSidePx,
-                                                                   largestKeptSidePx, nullptr)
-                                : gdk_pixbuf_new_from_file(file.c_str(), nullptr);
-    if (pixels == nullptr)
+    // A loader that takes the bytes one by one would not mind if some were missing.
+    const GObjectPointer<GdkPixbuf> whole(gdk_pixbuf_new_from_file(file.path().c_str(), nullptr));
+    if (whole == nullptr)
         return nullptr;
-    return new PictureImage{GObjectPointer<GdkPixbuf>(pixels), {}};
+    const GObjectPointer<GdkPixbuf> square(
+        gdk_pixbuf_scale_simple(whole.get(), sidePx, sidePx, GDK_INTERP_BILINEAR));
+    return square == nullptr ? nullptr : new PictureImage{surfaceOf(*square)};
 }
 
-cairo_surface_t* scaledImage(const PictureImage& image, int width, int height) {
-    cairo_surface_t*& known = image.scaled[{width, height}];
-    if (known == nullptr) {
-        const GObjectPointer<GdkPixbuf> pixels(
-            gdk_pixbuf_scale_simple(image.pixels.get(), width, height, GDK_INTERP_BILINEAR));
-        known = surfaceOf(*pixels);
-    }
-    return known;
+cairo_surface_t* imagePixels(const PictureImage& image) {
+    return image.pixels;
 }

@@ -4,5 +4,5 @@
 
 #include <cairo.h>
 
-/// `image` scaled to whole pixels; made once for each size. Never freed. Owner thread.
-cairo_surface_t* scaledImage(const PictureImage& image, int width, int height);
+/// The pixels of `image`, a square of the size that it was loaded for. Never freed. Owner thread.
+cairo_surface_t* imagePixels(const PictureImage& image);

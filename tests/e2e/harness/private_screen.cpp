@@ -91,6 +91,7 @@ void PrivateScreen::startBus() {
     const std::filesystem::path socket = folder() / "run" / "bus";
     bus = startHelper({"dbus-daemon", "--session", "--nofork", "--address=unix:path=" + socket.string()});
     variables["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + socket.string();
+    variables["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=" + socket.string(); // never the machine's own session
     waitFor("the session bus", [&] { return std::filesystem::exists(socket); });
 }
 

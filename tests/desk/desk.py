@@ -91,6 +91,8 @@ class Desk:
         if not shown:
             return False
         seen = self.display.picture(shown.left + x - 1, shown.top + y, 10, 20).astype(int)
+        if seen.shape != (20, 10, 3):
+            return False  # not wholly on the screen
         inside = all(seen[dy, dx + 1].min() > 247 for dx, dy in ((2, 6), (2, 12), (2, 17), (6, 12)))
         return inside and all(seen[dy, :2].max(axis=1).min() < 140 for dy in (6, 12, 17))
 

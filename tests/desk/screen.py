@@ -91,6 +91,35 @@ class Screen:
             raise DeskError(f"{' '.join(words)}: {done.stderr.strip()}")
         return done.stdout
 
+    def set_mode(self, width, height):
+        """The monitor gets another size, at most that of the beginning."""
+        mode = f"{width}x{height}"
+        if mode not in self.run("xrandr"):
+            self.run("xrandr", "--newmode", mode, "40", *map(str, (width, width + 8, width + 16, width + 24)),
+                     *map(str, (height, height + 1, height + 2, height + 3)))
+            self.run("xrandr", "--addmode", "screen", mode)
+        self.run("xrandr", "--output", "screen", "--mode", mode)
+
+    def set_monitors(self, *places):
+        """The screen in parts, each (left, top, width, height); none for the one monitor of the server."""
+        for line in self.run("xrandr", "--listmonitors").splitlines()[1:]:
+            name = line.split()[1].strip("+*")
+            if name.startswith("part"):
+                self.run("xrandr", "--delmonitor", name)
+        for number, (left, top, width, height) in enumerate(places):
+            # One of them may own the server's only output.
+            self.run("xrandr", "--setmonitor", f"part{number}", f"{width}/170x{height}/100+{left}+{top}",
+                     "none" if number else "screen")
+
+    def monitors(self):
+        """Left, top, width and height of each."""
+        found = []
+        for line in self.run("xrandr", "--listmonitors").splitlines()[1:]:
+            size, left, top = line.split()[2].split("+")
+            width, height = (int(part.split("/")[0]) for part in size.split("x"))
+            found.append((int(left), int(top), width, height))
+        return found
+
     def close(self):
         for helper in reversed(self.helpers[1:]):
             end(helper)

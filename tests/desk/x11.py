@@ -215,9 +215,12 @@ class Display:
             xlib.XRefreshKeyboardMapping(byref(event))
 
     def picture(self, left=0, top=0, width=None, height=None):
-        """Part of the screen as height x width x 3 numbers: red, green, blue."""
-        width = width or xlib.XDisplayWidth(self.handle, 0)
-        height = height or xlib.XDisplayHeight(self.handle, 0)
+        """Part of the screen, as far as it is on it, as height x width x 3 numbers: red, green, blue."""
+        screen = WindowAttributes()
+        xlib.XGetWindowAttributes(self.handle, self.root, byref(screen))
+        left, top = max(0, min(left, screen.width - 1)), max(0, min(top, screen.height - 1))
+        width = min(width or screen.width, screen.width - left)
+        height = min(height or screen.height, screen.height - top)
         image = xlib.XGetImage(self.handle, self.root, left, top, width, height, c_ulong(ALL_PLANES), Z_PIXMAP)
         if not image:
             raise OSError("the screen could not be read")

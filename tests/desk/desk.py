@@ -65,6 +65,7 @@ class Desk:
         self.start_program()
         if not self.recorder:
             self.recorder = Recorder(self.screen)
+        self.display.activate(self.recorder.window.value)
         wait_for("the recorder in front", lambda: self.is_in_front("recorder"))
         place_cursor(self.display, *cursor)
         self.mouse.move(1, 1)

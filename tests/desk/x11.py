@@ -11,10 +11,11 @@ xlib = ctypes.CDLL("libX11.so.6")
 xinput = ctypes.CDLL("libXi.so.6")
 xtest = ctypes.CDLL("libXtst.so.6")
 
-KEY_PRESS, KEY_RELEASE, BUTTON_PRESS, BUTTON_RELEASE, MOTION, MAPPING_NOTIFY = 2, 3, 4, 5, 6, 34
+KEY_PRESS, KEY_RELEASE, BUTTON_PRESS, BUTTON_RELEASE, MOTION, CLIENT_MESSAGE, MAPPING_NOTIFY = 2, 3, 4, 5, 6, 33, 34
 XA_INTEGER, XA_WM_NORMAL_HINTS, XA_WM_SIZE_HINTS = 19, 40, 41
 IS_VIEWABLE = 2
 FLOATING_SLAVE = 5
+SUBSTRUCTURE_NOTIFY, SUBSTRUCTURE_REDIRECT = 0x80000, 0x100000
 ALL_PLANES = 0xFFFFFFFF
 Z_PIXMAP = 2
 
@@ -28,8 +29,13 @@ class InputEvent(Structure):
                 ("detail", c_uint), ("same_screen", c_int)]
 
 
+class ClientMessage(Structure):
+    _fields_ = [("type", c_int), ("serial", c_ulong), ("send_event", c_int), ("display", c_void_p),
+                ("window", c_ulong), ("message", c_ulong), ("format", c_int), ("words", c_long * 5)]
+
+
 class Event(Union):
-    _fields_ = [("type", c_int), ("input", InputEvent), ("pad", c_long * 24)]
+    _fields_ = [("type", c_int), ("input", InputEvent), ("message", ClientMessage), ("pad", c_long * 24)]
 
 
 class WindowAttributes(Structure):
@@ -122,9 +128,20 @@ class Display:
     def title(self, window):
         return bytes(self.property(window, "_NET_WM_NAME") or self.property(window, "WM_NAME")).decode()
 
+    def active_window(self):
+        return (self.property(self.root.value, "_NET_ACTIVE_WINDOW") or [0])[0]
+
     def active_title(self):
-        active = self.property(self.root.value, "_NET_ACTIVE_WINDOW")
-        return self.title(active[0]) if active else ""
+        return self.title(self.active_window())
+
+    def activate(self, window):
+        """Asks the window manager for it, as a person's task bar does."""
+        from_a_person = 2
+        event = Event(message=ClientMessage(CLIENT_MESSAGE, window=window, format=32, words=(from_a_person, 0),
+                                            message=self.atom("_NET_ACTIVE_WINDOW").value))
+        mask = c_long(SUBSTRUCTURE_NOTIFY | SUBSTRUCTURE_REDIRECT)
+        xlib.XSendEvent(self.handle, self.root, 0, mask, byref(event))
+        self.sync()
 
     def focused_title(self):
         window, revert = c_ulong(), c_int()

@@ -135,11 +135,15 @@ class Round:
 
     def held_keys(self):
         """The person's keys go down and up before, under and after the toggle key."""
-        for is_opening in (True, False):
-            self.key(TOGGLE_KEY, True)
-            for _ in range(self.chance.randrange(4)):
+        def some():
+            for _ in range(self.chance.randrange(3)):
                 name = self.chance.choice(("w", "e", "space", "F5"))
                 self.key(name, name not in self.person["keys"])
+
+        for is_opening in (True, False):
+            some()
+            self.key(TOGGLE_KEY, True)
+            some()
             (self.desk.wait_until_open if is_opening else self.desk.wait_until_closed)()
             self.key(TOGGLE_KEY, False)
 
@@ -291,6 +295,8 @@ class Round:
         typed = {record.name for record in desk.recorder.since_mark("key-down", "key-repeat")}
         if TOGGLE_KEY in typed and not self.was_killed:
             raise DeskError("the toggle key's letter reached the window")
+        if desk.recorder.down:
+            raise DeskError(f"the window never saw these go up: {desk.recorder.down}")
         self.check_files()
         said = (desk.screen.folder / "rotika.log").read_text(errors="replace")
         if "Sanitizer" in said or "runtime error" in said:

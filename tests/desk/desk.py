@@ -7,6 +7,8 @@ import shutil
 import signal
 from pathlib import Path
 
+import numpy
+
 from desk.hands import Keyboard, Mouse, place_cursor
 from desk.recorder import Recorder
 from desk.screen import Screen, end
@@ -87,15 +89,16 @@ class Desk:
         return "Xvfb mouse" in self.display.floating()
 
     def wheel_cursor_is_at(self, x, y):
-        """The arrow is white with a black edge on its left."""
+        """The arrow is white with a black edge on its left. Asked of the layer itself: under many openings in
+        a row a compositor now and then misses one."""
         shown = self.wheel()
-        if not shown:
+        try:
+            seen = self.display.picture(shown.id)[y:y + 20, x - 1:x + 9].astype(int) if shown else numpy.empty(0)
+        except OSError:  # closed meanwhile
             return False
-        seen = self.display.picture(shown.left + x - 1, shown.top + y, 10, 20).astype(int)
-        if seen.shape != (20, 10, 3):
-            return False  # not wholly on the screen
-        inside = all(seen[dy, dx + 1].min() > 247 for dx, dy in ((2, 6), (2, 12), (2, 17), (6, 12)))
-        return inside and all(seen[dy, :2].max(axis=1).min() < 140 for dy in (6, 12, 17))
+        return (seen.shape == (20, 10, 3) and
+                all(seen[dy, dx + 1].min() > 247 for dx, dy in ((2, 6), (2, 12), (2, 17), (6, 12))) and
+                all(seen[dy, :2].max(axis=1).min() < 140 for dy in (6, 12, 17)))
 
     def wait_until_open(self):
         wait_for("the wheel, its cursor in the middle and the mouse held back",
@@ -182,7 +185,8 @@ class Desk:
         """Screenshot, records and the program's log, for a failure."""
         folder.mkdir(parents=True, exist_ok=True)
         save_png(self.display.picture(), folder / f"{name}.png")
-        lines = [f"{record.time} {record} {record.code} {record.place}" for record in
+        lines = [f"wheel: {self.wheel()}", f"now: {self.state()}"]
+        lines += [f"{record.time} {record} {record.code} {record.place}" for record in
                  (self.recorder.all() if self.recorder else [])]
         log = self.screen.folder / "rotika.log"
         said = log.read_text(errors="replace") if log.exists() else ""

@@ -30,7 +30,8 @@ class Recorder:
 
     def __init__(self, screen):
         self.display = Display(screen.environment["DISPLAY"])
-        self.records, self.marked, self.down = [], 0, set()
+        self.records, self.marked = [], 0
+        self.down = set()  # keycodes, and names of buttons, as the window must believe
         handle = self.display.handle
         xlib.XkbSetDetectableAutoRepeat(handle, 1, None)
         width, height = screen.size
@@ -70,6 +71,7 @@ class Recorder:
             kind = "button-down" if event.type == BUTTON_PRESS else "button-up"
             code = seen.detail
             name = BUTTONS.get(code, str(code))
+            (self.down.add if event.type == BUTTON_PRESS else self.down.discard)(name)
         elif event.type != MOTION:
             code = seen.detail
             name = (xlib.XKeysymToString(c_ulong(xlib.XLookupKeysym(byref(event), 0))) or b"-").decode()

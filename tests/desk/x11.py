@@ -231,16 +231,14 @@ class Display:
         while xlib.XCheckTypedEvent(self.handle, MAPPING_NOTIFY, byref(event)):
             xlib.XRefreshKeyboardMapping(byref(event))
 
-    def picture(self, left=0, top=0, width=None, height=None):
-        """Part of the screen, as far as it is on it, as height x width x 3 numbers: red, green, blue."""
-        screen = WindowAttributes()
-        xlib.XGetWindowAttributes(self.handle, self.root, byref(screen))
-        left, top = max(0, min(left, screen.width - 1)), max(0, min(top, screen.height - 1))
-        width = min(width or screen.width, screen.width - left)
-        height = min(height or screen.height, screen.height - top)
-        image = xlib.XGetImage(self.handle, self.root, left, top, width, height, c_ulong(ALL_PLANES), Z_PIXMAP)
+    def picture(self, window=None):
+        """The screen, or a window as it has drawn itself, as height x width x 3 numbers: red, green, blue."""
+        drawn, seen = c_ulong(window or self.root.value), WindowAttributes()
+        xlib.XGetWindowAttributes(self.handle, drawn, byref(seen))
+        width, height = seen.width, seen.height
+        image = xlib.XGetImage(self.handle, drawn, 0, 0, width, height, c_ulong(ALL_PLANES), Z_PIXMAP)
         if not image:
-            raise OSError("the screen could not be read")
+            raise OSError("nothing to be seen of it")
         size = image.contents.bytes_per_line * height
         octets = numpy.frombuffer(ctypes.string_at(image.contents.data, size), numpy.uint8)
         xlib.XFree(c_void_p(image.contents.data))

@@ -143,6 +143,14 @@ class Display:
         xlib.XSendEvent(self.handle, self.root, 0, mask, byref(event))
         self.sync()
 
+    def map_buttons(self, *first):
+        """The logical numbers of the first physical buttons."""
+        mapping = (c_ubyte * 32)()
+        count = xlib.XGetPointerMapping(self.handle, mapping, 32)
+        mapping[:len(first)] = first
+        if xlib.XSetPointerMapping(self.handle, mapping, count) != 0:
+            raise OSError("the buttons could not be mapped")
+
     def focused_title(self):
         window, revert = c_ulong(), c_int()
         xlib.XGetInputFocus(self.handle, byref(window), byref(revert))

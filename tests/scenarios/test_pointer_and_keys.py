@@ -1,14 +1,12 @@
 """What the wheel must leave as it found it: the real cursor, the keys and the buttons of the person."""
 
 import signal
-from ctypes import c_ubyte
 
 import pytest
 
-from desk.desk import CENTRE, TOGGLE_KEY, field
+from desk.desk import TOGGLE_KEY, field
 from desk.hands import LEFT, RIGHT, place_cursor
 from desk.waiting import holds_within, wait_for
-from desk.x11 import xlib
 
 CONTROL = 4  # the modifier's bit in an event's state
 
@@ -149,7 +147,7 @@ def test_what_was_pressed_is_what_is_released_after_a_layout_change(desk):
 
 def test_with_swapped_buttons_the_primary_one_alone_selects(desk):
     desk.start(field("a"), sendDelay=0)
-    xlib.XSetPointerMapping(desk.display.handle, (c_ubyte * 7)(3, 2, 1, 4, 5, 6, 7), 7)
+    desk.display.map_buttons(3, 2, 1)
     desk.open_wheel()
     desk.aim(0)
     desk.mouse.click(LEFT)  # the physical left one, which is secondary now

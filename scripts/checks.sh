@@ -1,4 +1,4 @@
-# ./dev test, format, tidy and doctor. Sourced after builds.sh.
+# ./dev test, attack, format, tidy and doctor. Sourced after builds.sh.
 
 # step name command...: run it and keep the outcome for the closing list. Never call it as a condition, which
 # would take "set -e" from the command; ask step_held afterwards.
@@ -71,10 +71,14 @@ test_linux() {
 
 # The sanitizer must leave faults to the guard around foreign libraries, which the tests provoke. Paths stand
 # in quotes of the sanitizers' own, since the checkout's may hold a space.
-test_with_asan() {
+asan_environment() {
     export ASAN_OPTIONS=handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:detect_stack_use_after_return=1
     export UBSAN_OPTIONS=print_stacktrace=1
     export LSAN_OPTIONS="suppressions='$root/scripts/leaks.supp':print_suppressions=0"
+}
+
+test_with_asan() {
+    asan_environment
     run_ctest asan ${CI:+--repeat until-pass:2}
 }
 
@@ -97,6 +101,24 @@ run_fuzz() {
         fi
         note "$name: $(grep '^Done' "$work/$name.log")"
     done
+}
+
+# run_attack seconds [seed]: the fault campaign, half of the time on either build.
+run_attack() {
+    [[ $1 =~ ^[0-9]+$ ]] || die "Not a number of seconds: $1"
+    need_packages build test
+    build_preset linux "${program_targets[@]}"
+    build_preset asan-program "${program_targets[@]}"
+    step "Attack on the program" attack linux "$1" "${2:-}"
+    asan_environment
+    export ASAN_OPTIONS=$ASAN_OPTIONS:detect_leaks=0 # what libraries keep to the end is no harm here
+    step "Attack on the program with address and undefined-behaviour sanitizers" attack asan-program "$1" "${2:-}"
+    conclude "Attack"
+}
+
+attack() {
+    PYTHONPATH=$root/tests /usr/bin/python3 -B -m desk.attack "$root/build/$1/rotika" --seconds $(($2 / 2)) \
+        ${3:+--seed "$3"} --artefacts "$root/build/artefacts/attack"
 }
 
 test_windows() {

@@ -16,7 +16,8 @@ packages_test="
     xvfb openbox picom xcompmgr xdotool imagemagick x11-utils x11-xserver-utils x11-xkb-utils xauth
     dbus at-spi2-core libatk-adaptor gtk-3-examples designer-qt6
     pulseaudio pulseaudio-utils espeak-ng
-    hsetroot fonts-dejavu-core trayer"
+    hsetroot fonts-dejavu-core trayer
+    python3-pytest python3-numpy"
 
 # Making the voice model that the tests of speech listen with.
 packages_speech="python3 python3-numpy libopenblas0-pthread libespeak-ng1"

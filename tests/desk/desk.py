@@ -1,0 +1,199 @@
+"""The desk: a screen, the person's hands, a recorder in front, and the program in a folder of its own."""
+
+import json
+import math
+import os
+import shutil
+import signal
+from pathlib import Path
+
+import numpy
+
+from desk.hands import Keyboard, Mouse, place_cursor
+from desk.recorder import Recorder
+from desk.screen import Screen, end
+from desk.waiting import DeskError, holds_within, wait_for
+from desk.x11 import save_png
+
+LAYER = (588, 460)
+CENTRE = (294, 230)
+TOGGLE_KEY = "x"
+
+
+def field(*steps, **more):
+    """A field whose steps are key names, or (key, action, value) with the last two left out at will."""
+    made = []
+    for step in steps:
+        words = (step,) if isinstance(step, (str, dict)) else step
+        made.append(words[0] if isinstance(words[0], dict) else dict(zip(("key", "action", "value"), words)))
+    return {"name": str(steps[0] if steps else ""), "steps": made} | more
+
+
+def field_point(index, count, radius=150):
+    turn = 2 * math.pi * (index + 0.5) / count
+    return CENTRE[0] + round(math.sin(turn) * radius), CENTRE[1] - round(math.cos(turn) * radius)
+
+
+class Desk:
+    def __init__(self, program, size=(1280, 800)):
+        self.screen = Screen(size)
+        self.display = self.screen.display
+        self.mouse, self.keyboard = Mouse(self.display), Keyboard(self.display)
+        self.original, self.folder = Path(program), self.screen.folder / "program"
+        self.program = self.recorder = None
+        self.variables = {}
+        self.before = self.state()
+
+    def write(self, name, value):
+        (self.folder / name).write_text(json.dumps(value, ensure_ascii=False, indent=1), encoding="utf-8")
+
+    def prepare(self, *fields, **settings):
+        """The program's files, with one wheel of these fields, or of the wheels in a list."""
+        if not self.folder.exists() or not any(self.folder.iterdir()):
+            shutil.copytree(self.original, self.folder, dirs_exist_ok=True,
+                            ignore=shutil.ignore_patterns("config.json", "default.json", "voice.json"))
+        settings = {"toggleKey": TOGGLE_KEY, "gazeEnabled": False, "voiceEnabled": False} | settings
+        self.write("config.json", settings)
+        self.write("default.json", {"wheels": [{"name": "Koło", "actions": list(fields)}]})
+        self.field_count = len(fields)
+
+    def start_program(self):
+        self.program = self.screen.launch(self.folder / "rotika", variables=self.variables)
+        wait_for("the program's window in front", lambda: self.is_in_front("Rotika"), 60)
+
+    def start(self, *fields, cursor=(450, 350), **settings):
+        """Program running, recorder in front, cursor in place, nothing recorded yet."""
+        self.prepare(*fields, **settings)
+        self.start_program()
+        if not self.recorder:
+            self.recorder = Recorder(self.screen)
+        self.display.activate(self.recorder.window.value)
+        wait_for("the recorder in front", lambda: self.is_in_front("recorder"))
+        place_cursor(self.display, *cursor)
+        self.mouse.move(1, 1)
+        self.mouse.move(-1, -1)
+        self.recorder.wait_for_motion()
+        self.recorder.mark()
+
+    def is_in_front(self, title):
+        if self.program.poll() is not None:
+            raise DeskError(f"the program ended by itself with {self.program.returncode}")
+        return self.display.focused_title() == title and self.display.active_title() == title
+
+    # The wheel
+
+    def wheel(self):
+        return self.display.shown_layer(*LAYER, "Rotika")
+
+    def mouse_is_held(self):
+        return "Xvfb mouse" in self.display.floating()
+
+    def wheel_cursor_is_at(self, x, y):
+        """The arrow is white with a black edge on its left. Asked of the layer itself: under many openings in
+        a row a compositor now and then misses one."""
+        shown = self.wheel()
+        try:
+            seen = self.display.picture(shown.id)[y:y + 20, x - 1:x + 9].astype(int) if shown else numpy.empty(0)
+        except OSError:  # closed meanwhile
+            return False
+        return (seen.shape == (20, 10, 3) and
+                all(seen[dy, dx + 1].min() > 247 for dx, dy in ((2, 6), (2, 12), (2, 17), (6, 12))) and
+                all(seen[dy, :2].max(axis=1).min() < 140 for dy in (6, 12, 17)))
+
+    def wait_until_open(self):
+        wait_for("the wheel, its cursor in the middle and the mouse held back",
+                 lambda: self.wheel_cursor_is_at(*CENTRE) and self.mouse_is_held())
+        self.virtual = CENTRE
+
+    def wait_until_closed(self):
+        wait_for("the wheel to close and the mouse to be given back",
+                 lambda: not self.wheel() and not self.mouse_is_held())
+
+    def open_wheel(self):
+        self.keyboard.tap(TOGGLE_KEY)
+        self.wait_until_open()
+
+    def close_wheel(self):
+        self.keyboard.tap(TOGGLE_KEY)
+        self.wait_until_closed()
+
+    def aim(self, index):
+        """The virtual cursor onto a field."""
+        x, y = field_point(index, self.field_count)
+        self.mouse.move(x - self.virtual[0], y - self.virtual[1])
+        self.virtual = (x, y)
+        wait_for(f"the virtual cursor on field {index}", lambda: self.wheel_cursor_is_at(x, y))
+
+    def choose(self, index):
+        self.open_wheel()
+        self.aim(index)
+        self.mouse.click()
+        self.wait_until_closed()
+
+    # The program's processes
+
+    def guard(self):
+        """The process id of the living guard, or None."""
+        children = Path(f"/proc/{self.program.pid}/task/{self.program.pid}/children").read_text().split()
+        for child in children:
+            status = Path(f"/proc/{child}/stat").read_text().rpartition(")")
+            if "rotika-guard" in status[0] and status[2].split()[0] != "Z":
+                return int(child)
+        return None
+
+    def kill_program(self):
+        self.program.kill()
+        self.program.wait()
+
+    def kill_guard(self):
+        guard = wait_for("a guard", self.guard)
+        os.kill(guard, signal.SIGKILL)
+        return guard
+
+    def end_program(self):
+        if self.program and self.program.poll() is None:
+            self.program.send_signal(signal.SIGCONT)
+            end(self.program)
+
+    # What must not be left behind
+
+    def state(self):
+        return {"floating": self.display.floating(), "keys": self.display.keys_down(),
+                "buttons": self.display.buttons_down(), "silent": set(range(256)) - self.display.repeating_keys()}
+
+    def next_motion(self):
+        """How far the real mouse's next motion of 3, 3 moves the cursor."""
+        x, y = self.display.cursor()
+        self.mouse.move(3, 3)
+        return self.display.cursor()[0] - x, self.display.cursor()[1] - y
+
+    def leftovers(self, but=()):
+        """What is floating, down or silent that was not before, and a cursor that is not free, as texts."""
+        now = self.state()
+        found = [f"{what}: {sorted(now[what] - self.before[what])}"
+                 for what in now if what not in but and now[what] - self.before[what]]
+        moved = self.next_motion()
+        return found + ([] if moved == (3, 3) else [f"a motion of 3, 3 moved the cursor by {moved}"])
+
+    def is_clean_within(self, seconds, but=()):
+        """Leftovers that do not go within the time; the cursor is asked once, since every motion settles it."""
+        now = holds_within(seconds, lambda: all(not (value - self.before[what]) for what, value in
+                                                self.state().items() if what not in but))
+        return now
+
+    def keep(self, folder, name):
+        """Screenshot, records and the program's log, for a failure."""
+        folder.mkdir(parents=True, exist_ok=True)
+        save_png(self.display.picture(), folder / f"{name}.png")
+        lines = [f"wheel: {self.wheel()}", f"now: {self.state()}"]
+        lines += [f"{record.time} {record} {record.code} {record.place}" for record in
+                 (self.recorder.all() if self.recorder else [])]
+        log = self.screen.folder / "rotika.log"
+        said = log.read_text(errors="replace") if log.exists() else ""
+        (folder / f"{name}.txt").write_text("\n".join(lines) + "\n\n" + said)
+
+    def close(self):
+        self.end_program()
+        if self.recorder:
+            self.recorder.close()
+        self.screen.close()

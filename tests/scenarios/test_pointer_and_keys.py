@@ -1,0 +1,215 @@
+"""What the wheel must leave as it found it: the real cursor, the keys and the buttons of the person."""
+
+import signal
+
+import pytest
+
+from desk.desk import TOGGLE_KEY, field
+from desk.hands import LEFT, RIGHT, place_cursor
+from desk.waiting import holds_within, wait_for
+
+CONTROL = 4  # the modifier's bit in an event's state
+
+
+def hold(key, milliseconds=0):
+    return field((key, "hold", milliseconds))
+
+
+def release(key):
+    return field((key, "release"))
+
+
+def pressed_letters(desk):
+    """What was typed; the mere release of the toggle key may reach the window, its letter not."""
+    return {record.name for record in desk.recorder.since_mark("key-down", "key-repeat")}
+
+
+# The real cursor
+
+
+@pytest.mark.parametrize("another_device_moved_last", [False, True])
+@pytest.mark.parametrize("way_out", ["toggle", "choice", "kill"])
+def test_the_cursor_goes_on_from_where_it_was(desk, way_out, another_device_moved_last):
+    desk.start(field("a"), field("b"), sendDelay=0)
+    for opening in range(1 if way_out == "kill" else 3):
+        if another_device_moved_last:
+            place_cursor(desk.display, 450, 350)
+        place = desk.display.cursor()
+        desk.recorder.mark()
+        desk.open_wheel()
+        desk.aim(1)
+        desk.mouse.move(40, 30)
+        if way_out == "toggle":
+            desk.keyboard.tap(TOGGLE_KEY)
+        elif way_out == "choice":
+            desk.mouse.click()
+        else:
+            desk.kill_program()
+        desk.wait_until_closed()
+        assert desk.display.cursor() == place
+        assert {record.place for record in desk.recorder.since_mark("motion")} <= {place}
+        assert desk.next_motion() == (3, 3), f"after opening {opening + 1}"
+
+
+# The person's keys
+
+
+def test_keys_let_go_and_pressed_while_the_toggle_key_is_down_reach_the_window(desk):
+    desk.start(field("a"))
+    for is_open in (True, False):
+        desk.recorder.mark()
+        desk.keyboard.press("w")
+        desk.keyboard.press(TOGGLE_KEY)
+        desk.wait_until_open() if is_open else desk.wait_until_closed()
+        desk.keyboard.release("w")
+        desk.keyboard.tap("e")
+        desk.recorder.wait_for("key-up e", seconds=2)
+        desk.keyboard.release(TOGGLE_KEY)
+        desk.keyboard.tap("q")
+        desk.recorder.wait_for("key-up q")
+        seen = [text for text in desk.recorder.presses() if text != f"key-up {TOGGLE_KEY}"]
+        assert seen == [f"key-{way} {key}" for key in "weq" for way in ("down", "up")]
+
+
+@pytest.mark.parametrize("is_told_to_repeat", [False, True])
+def test_a_held_toggle_key_toggles_once_and_types_nothing(desk, is_told_to_repeat):
+    desk.start(field("a"), sendDelay=0)
+    if is_told_to_repeat:
+        desk.screen.run("xset", "r", str(desk.display.keycode(TOGGLE_KEY)))
+    desk.keyboard.repeat_soon()
+    desk.keyboard.press(TOGGLE_KEY)
+    desk.wait_until_open()
+    assert not holds_within(0.5, lambda: not desk.wheel()), "the wheel closed by a repeat"
+    desk.aim(0)
+    desk.mouse.click()
+    desk.wait_until_closed()
+    assert not holds_within(0.5, desk.wheel), "the wheel opened again by a repeat"
+    desk.keyboard.release(TOGGLE_KEY)
+    desk.open_wheel()
+    desk.close_wheel()
+    assert pressed_letters(desk) == {"a"}
+
+
+def test_the_toggle_key_works_after_its_keyboard_was_unplugged_while_it_was_down(desk):
+    desk.start(field("a"))
+    desk.keyboard.press(TOGGLE_KEY)
+    desk.wait_until_open()
+    desk.display.enable("Xvfb keyboard", False)
+    desk.display.enable("Xvfb keyboard", True)
+    wait_for("the key to be up", lambda: not desk.display.keys_down())
+    desk.close_wheel()
+    assert not pressed_letters(desk)
+
+
+# Modifiers
+
+
+@pytest.mark.parametrize("modifiers", [("ctrl",), ("shift", "alt")])
+def test_a_modifier_that_a_function_holds_does_not_lock_the_wheel(desk, modifiers):
+    desk.start(field(*((key, "hold") for key in modifiers)), field(*((key, "release") for key in modifiers)))
+    desk.choose(0)
+    wait_for("the modifiers to be down", lambda: len(desk.display.keys_down()) == len(modifiers))
+    desk.choose(1)
+    wait_for("the modifiers to be up", lambda: not desk.display.keys_down())
+    assert TOGGLE_KEY not in pressed_letters(desk)
+
+
+@pytest.mark.parametrize("program_holds", [(), ("shift",)])
+def test_a_modifier_that_the_person_holds_goes_to_the_program_with_the_key(desk, program_holds):
+    desk.start(field(*((key, "hold") for key in program_holds)), release("shift"))
+    if program_holds:
+        desk.choose(0)
+        desk.recorder.wait_for("key-down Shift_L")
+    desk.keyboard.press("Control_L")
+    desk.keyboard.tap(TOGGLE_KEY)
+    desk.recorder.wait_for(f"key-up {TOGGLE_KEY}")
+    pressed = [record for record in desk.recorder.since_mark("key-down") if record.name == TOGGLE_KEY]
+    assert [record.state & CONTROL for record in pressed] == [CONTROL]
+    assert not desk.wheel()
+    desk.keyboard.release("Control_L")
+    if program_holds:
+        desk.choose(1)
+        desk.recorder.wait_for("key-up Shift_L")
+
+
+def test_what_was_pressed_is_what_is_released_after_a_layout_change(desk):
+    desk.start(hold("y", 700), sendDelay=0)
+    desk.choose(0)
+    desk.recorder.wait_for("key-down y")
+    desk.screen.run("setxkbmap", "de")
+    wait_for("y to be up again", lambda: not desk.display.keys_down(), 3)
+    down, up = desk.recorder.since_mark("key-down", "key-up")
+    assert up.code == down.code
+
+
+# Buttons
+
+
+def test_with_swapped_buttons_the_primary_one_alone_selects(desk):
+    desk.start(field("a"), sendDelay=0)
+    desk.display.map_buttons(3, 2, 1)
+    desk.open_wheel()
+    desk.aim(0)
+    desk.mouse.click(LEFT)  # the physical left one, which is secondary now
+    assert not holds_within(0.3, lambda: not desk.wheel()), "the secondary button has selected"
+    desk.mouse.click(RIGHT)
+    desk.wait_until_closed()
+    desk.recorder.wait_for("key-up a")
+
+
+def test_an_injected_click_is_whole_while_the_choosing_press_is_still_held(desk):
+    desk.start(field("lmb"), sendDelay=0)
+    desk.open_wheel()
+    desk.aim(0)
+    desk.mouse.press()
+    wait_for("the wheel to close", lambda: not desk.wheel())
+    desk.recorder.wait_for("button-up left", seconds=2)
+    desk.mouse.release()
+    wait_for("the mouse to be given back", lambda: not desk.mouse_is_held())
+    desk.keyboard.tap("q")
+    desk.recorder.wait_for("key-up q")
+    assert desk.recorder.presses() == ["button-down left", "button-up left", "key-down q", "key-up q"]
+
+
+@pytest.mark.parametrize("way_out", ["toggle", "choice"])
+def test_a_press_inside_the_wheel_does_not_let_go_of_a_button_that_a_function_holds(desk, way_out):
+    desk.start(hold("lmb"), field("a"), release("lmb"), sendDelay=0)
+    desk.choose(0)
+    desk.recorder.wait_for("button-down left")
+    desk.open_wheel()
+    if way_out == "choice":
+        desk.aim(1)
+    desk.mouse.press()  # in the hole it chooses nothing
+    if way_out == "toggle":
+        desk.keyboard.tap(TOGGLE_KEY)
+    wait_for("the wheel to close", lambda: not desk.wheel())
+    desk.mouse.release()
+    desk.wait_until_closed()
+    desk.keyboard.tap("q")
+    desk.recorder.wait_for("key-up q")
+    assert [text for text in desk.recorder.presses() if "button" in text] == ["button-down left"]
+    assert desk.display.buttons_down() == {1}
+    desk.choose(2)
+    desk.recorder.wait_for("button-up left")
+
+
+# Auto-repeat
+
+
+def test_a_held_key_that_the_person_taps_repeats_again(desk):
+    desk.start(hold("w"), sendDelay=0)
+    desk.choose(0)
+    desk.recorder.wait_for("key-down w")
+    desk.keyboard.tap("w")
+    desk.recorder.wait_for("key-up w", seconds=3)
+    code = desk.display.keycode("w")
+    wait_for("w to repeat as before", lambda: code in desk.display.repeating_keys(), 3)
+
+
+def test_the_toggle_key_repeats_again_when_program_and_guard_have_died(desk):
+    desk.start(field("a"))
+    code = desk.display.keycode(TOGGLE_KEY)
+    desk.program.send_signal(signal.SIGSTOP)  # so that it cannot start another guard
+    desk.kill_guard()
+    desk.kill_program()
+    wait_for("the toggle key to repeat as before", lambda: code in desk.display.repeating_keys(), 3)

@@ -50,6 +50,8 @@ MainWindowHandlers mainHandlers() {
             },
         .editorRequested = []() noexcept { ++heard.editorRequests; },
         .destroyed = []() noexcept {},
+        .monitorsChanged = []() noexcept { ++heard.monitorChanges; },
+        .sessionLockChanged = [](bool isLocked) noexcept { heard.locks.push_back(isLocked); },
     };
 }
 
@@ -61,6 +63,7 @@ OverlayWindowHandlers wheelHandlers() {
                 heard.byWheel.push_back({message, wParam, lParam});
             },
         .leftPressed = []() noexcept { ++heard.windowPresses; },
+        .closeRequested = []() noexcept { ++heard.closeRequests; },
     };
 }
 
@@ -128,6 +131,7 @@ void ContractTest::beginCapture(Point pinned) {
                                     heard.motion.y += dy;
                                 },
                         });
+    startWindowTimer(wheelWindow(), 15, []() noexcept { renewPointerCapture(); });
 }
 
 std::u16string ContractTest::temporaryFolder() {

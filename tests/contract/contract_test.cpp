@@ -71,6 +71,7 @@ OverlayWindowHandlers wheelHandlers() {
                 heard.byWheel.push_back({message, wParam, lParam});
             },
         .leftPressed = []() noexcept { ++heard.windowPresses; },
+        .closeRequested = []() noexcept { ++heard.closeRequests; },
     };
 }
 
@@ -138,6 +139,7 @@ void ContractTest::beginCapture(Point pinned) {
                                     heard.motion.y += dy;
                                 },
                         });
+    startWindowTimer(wheelWindow(), 15, []() noexcept { renewPointerCapture(); });
 }
 
 std::u16string ContractTest::temporaryFolder() {

@@ -32,6 +32,7 @@ struct Heard {
     int capturePresses = 0;
     Point motion; // sum of the capture's raw motion
     int ticks = 0;
+    int closeRequests = 0; // of the wheel's window
     int editorRequests = 0;
     int statusPages = 0;
     int monitorChanges = 0;
@@ -53,6 +54,7 @@ protected:
     /// At 100, 100, 400 by 300: all tests put their layers and clicks within.
     static constexpr Rect recorderPlace{100, 100, 500, 400};
 
+    /// Renews the capture as the open wheel does, until the wheel's timer is stopped.
     static void beginCapture(Point pinned);
 
     /// An empty folder, without a trailing separator, that goes with the test.

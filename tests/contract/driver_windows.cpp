@@ -44,7 +44,11 @@ std::string hostButton(std::uint32_t button) {
 }
 
 std::string hostKey(std::uint16_t virtualKey) {
-    return virtualKey == VK_CAPITAL ? "Caps_Lock" : std::string(1, static_cast<char>(virtualKey - 'A' + 'a'));
+    if (virtualKey == VK_CAPITAL)
+        return "Caps_Lock";
+    if (virtualKey == VK_CONTROL)
+        return "Control_L";
+    return std::string(1, static_cast<char>(virtualKey - 'A' + 'a'));
 }
 
 // The recorder

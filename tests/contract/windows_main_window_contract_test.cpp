@@ -1,7 +1,9 @@
-// What the main window does on Windows alone: the status page and the tray.
+// What our windows do on Windows alone: the status page, the tray, and what the system and other programs
+// send.
 
 #include "contract_test.h"
 #include "platform/main_window.h"
+#include "platform/overlay_window.h"
 #include "platform/tray.h"
 
 #include "platform/windows/windows_api.h"
@@ -60,6 +62,35 @@ TEST_F(WindowsMainWindow, TheTrayShowsItAgain) {
     showTrayBalloon(u"Rotika", u"lost", BalloonIcon::info); // without an icon nothing happens
     EXPECT_TRUE(heard.byMain.empty()) << "the tray's message is the platform's own";
     EXPECT_EQ(SendMessageW(window, WM_COPYDATA, 0, 0), 0) << "data that are none";
+}
+
+TEST_F(WindowsMainWindow, ItTellsOfMonitorsAndOfTheSessionsLock) {
+    PostMessageW(window, WM_DISPLAYCHANGE, 32, MAKELPARAM(1280, 800));
+    for (const WPARAM change : {WTS_SESSION_LOCK, WTS_SESSION_UNLOCK, WTS_REMOTE_CONNECT})
+        PostMessageW(window, WM_WTSSESSION_CHANGE, change, 1);
+    EXPECT_TRUE(pumpUntil([] { return heard.monitorChanges >= 1 && heard.lockChanges.size() >= 2; }));
+    EXPECT_EQ(heard.lockChanges, (std::vector<bool>{true, false}));
+}
+
+using WindowsLayers = ContractTest;
+
+TEST_F(WindowsLayers, TheyStayWhenAskedToCloseAndTellOfTheirEnd) {
+    for (const WindowHandle layer : {wheelWindow(), gridWindow()}) {
+        PostMessageW(nativeWindow(layer), WM_CLOSE, 0, 0);
+        PostMessageW(nativeWindow(layer), WM_SYSCOMMAND, SC_CLOSE, 0);
+        PostMessageW(nativeWindow(layer), WM_APP + 2, 0, 0);
+    }
+    EXPECT_TRUE(pumpUntil([] { return heard.closeRequests == 2 && heard.byWheel.size() == 1; }));
+    EXPECT_TRUE(IsWindow(nativeWindow(wheelWindow())) && IsWindow(nativeWindow(gridWindow())));
+
+    // The last one that is made tells, and it may make its successor meanwhile.
+    static WindowHandle successor;
+    const WindowHandle doomed = createOverlayWindow(
+        OverlayKind::grid, 50, 50,
+        {.destroyed = []() noexcept { successor = createOverlayWindow(OverlayKind::grid, 50, 50, {}); }});
+    DestroyWindow(nativeWindow(doomed));
+    EXPECT_NE(successor, nullptr);
+    DestroyWindow(nativeWindow(successor));
 }
 
 } // namespace

@@ -89,8 +89,17 @@ class Recorder:
         return [record for record in self.all()[self.marked:] if not kinds or record.kind in kinds]
 
     def presses(self):
-        """Presses and releases as texts, without motion and repeats."""
-        return [str(record) for record in self.since_mark() if record.kind not in ("motion", "key-repeat")]
+        """Presses and releases as texts, without motion, repeats and releases of what was never pressed here."""
+        seen, down = [], set()
+        for record in self.since_mark():
+            thing = (record.kind.partition("-")[0], record.name)
+            if record.kind.endswith("-down"):
+                down.add(thing)
+            elif record.kind.endswith("-up") and thing not in down:
+                continue
+            if record.kind not in ("motion", "key-repeat"):
+                seen.append(str(record))
+        return seen
 
     def wait_for(self, text, count=1, seconds=GENEROUS_S):
         """Until a press or release, for example "key-up w", has come so often since the mark."""

@@ -3,6 +3,7 @@
 #include "platform/pointer.h"
 
 #include "platform/windows/automation.h"
+#include "platform/windows/com_session.h"
 
 #include <algorithm>
 #include <array>
@@ -17,22 +18,6 @@ constexpr std::array<std::wstring_view, 3> pageClasses{L"Chrome_RenderWidgetHost
 
 /// Browsers have windows of these classes that show no page; those are this narrow or low, or less.
 constexpr LONG longestIdleSidePx = 200;
-
-/// The calling thread may use COM as long as this lives.
-class ComSession {
-public:
-    ComSession() noexcept : isOpen(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {}
-    ComSession(const ComSession&) = delete;
-    ComSession& operator=(const ComSession&) = delete;
-    ~ComSession() {
-        if (isOpen) {
-            CoUninitialize();
-        }
-    }
-
-private:
-    bool isOpen;
-};
 
 Rect rectOf(const RECT& rect) {
     return {rect.left, rect.top, rect.right, rect.bottom};

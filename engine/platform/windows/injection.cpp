@@ -1,5 +1,6 @@
 #include "platform/injection.h"
 
+#include "platform/windows/hot_key_modifiers.h"
 #include "platform/windows/input_guard.h"
 #include "platform/windows/input_sending.h"
 
@@ -32,7 +33,10 @@ void injectKey(std::uint16_t virtualKey, bool extended, InputMotion motion) {
     record.kind = GuardedThing::key;
     record.extended = extended ? 1 : 0;
     record.code = virtualKey;
-    injectGuarded(record, motion, [=](bool down) { sendKeyEvent(virtualKey, extended, down); });
+    injectGuarded(record, motion, [=](bool down) {
+        sendKeyEvent(virtualKey, extended, down);
+        noteInjectedKey(virtualKey, down);
+    });
 }
 
 void injectMouseButton(std::uint32_t button, InputMotion motion) {

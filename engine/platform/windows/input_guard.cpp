@@ -1,17 +1,29 @@
 #include "platform/windows/input_guard.h"
 
 #include "platform/paths.h"
+#include "platform/threads.h"
 
 #include "platform/windows/handles.h"
+#include "platform/windows/held_things.h"
 
-#include <array>
-#include <atomic>
+#include <algorithm>
+#include <mutex>
+#include <utility>
 #include <vector>
 
 namespace {
 
-/// Our end of the pipe. Never closed: its end must come with the end of the process, and with nothing else.
-std::atomic<HANDLE> guardPipe{nullptr};
+/// Never destroyed: its end must come with the end of the process, and with nothing else.
+struct GuardLink {
+    std::mutex mutex;
+    KernelHandle pipe; // our end
+    HeldThings told;
+};
+
+GuardLink& guardLink() {
+    static auto& link = *new GuardLink;
+    return link;
+}
 
 /// A start-up record that lets the child inherit one handle and no other.
 class SingleHandleStartup {
@@ -48,45 +60,90 @@ private:
     bool usable = false;
 };
 
-bool runGuardProgram(HANDLE readEnd) {
+/// Its process; empty when it could not be started.
+KernelHandle runGuardProgram(HANDLE readEnd) {
     SingleHandleStartup startup(readEnd);
     if (startup.record() == nullptr) {
-        return false;
+        return {};
     }
     const std::u16string program = joinPath(programFolder(), u"rotika-guard.exe");
     PROCESS_INFORMATION started{};
     if (CreateProcessW(wideText(program), nullptr, nullptr, nullptr, TRUE,
                        EXTENDED_STARTUPINFO_PRESENT | CREATE_NO_WINDOW, nullptr, nullptr, startup.record(),
                        &started) == 0) {
-        return false;
+        return {};
     }
     CloseHandle(started.hThread);
-    CloseHandle(started.hProcess);
-    return true;
+    return KernelHandle(started.hProcess);
 }
 
-} // namespace
+void writeRecord(HANDLE pipe, const GuardRecord& record) {
+    DWORD written = 0;
+    WriteFile(pipe, &record, sizeof(record), &written, nullptr);
+}
 
-void startInputGuard() {
+/// Starts a guard that knows what is held. Its process; empty when it could not be started.
+KernelHandle startGuard() {
     constexpr DWORD pipeBytes = 64 * 1024;
     KernelHandle readEnd;
     KernelHandle writeEnd;
     if (CreatePipe(readEnd.slot(), writeEnd.slot(), nullptr, pipeBytes) == 0 ||
         SetHandleInformation(readEnd.get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT) == 0) {
-        return;
+        return {};
     }
     // A guard that does not read must not stop our keys: a record that finds no room is lost instead.
     DWORD mode = PIPE_READMODE_BYTE | PIPE_NOWAIT;
     SetNamedPipeHandleState(writeEnd.get(), &mode, nullptr, nullptr);
-    if (runGuardProgram(readEnd.get())) {
-        guardPipe = writeEnd.release();
+    KernelHandle process = runGuardProgram(readEnd.get());
+    if (process) {
+        GuardLink& link = guardLink();
+        const std::lock_guard<std::mutex> hold(link.mutex);
+        link.pipe = std::move(writeEnd);
+        for (const GuardRecord& record : link.told.all()) {
+            writeRecord(link.pipe.get(), record);
+        }
+    }
+    return process;
+}
+
+/// Before the next start: none at first, then longer and longer while guards die as soon as they are started.
+DWORD pauseAfter(ULONGLONG lifeMs, DWORD lastPauseMs) {
+    constexpr ULONGLONG shortLifeMs = 1000;
+    constexpr DWORD firstPauseMs = 1000;
+    constexpr DWORD longestPauseMs = 60'000;
+    return lifeMs >= shortLifeMs ? 0 : std::clamp(2 * lastPauseMs, firstPauseMs, longestPauseMs);
+}
+
+/// Follows each guard that dies by a new one, to the end of this process. A thread of its own: starting a
+/// program may take its time.
+void replaceDeadGuards(KernelHandle guard) noexcept {
+    DWORD pauseMs = 0;
+    while (guard) {
+        const ULONGLONG startedAt = GetTickCount64();
+        WaitForSingleObject(guard.get(), INFINITE);
+        pauseMs = pauseAfter(GetTickCount64() - startedAt, pauseMs);
+        Sleep(pauseMs);
+        // The system ends the guard with the session, and lets no program start any more.
+        if (GetSystemMetrics(SM_SHUTTINGDOWN) != 0) {
+            return;
+        }
+        guard = startGuard();
+    }
+}
+
+} // namespace
+
+void startInputGuard() {
+    if (const HANDLE guard = startGuard().release(); guard != nullptr) {
+        startDetachedThread([guard] { replaceDeadGuards(KernelHandle(guard)); });
     }
 }
 
 void tellInputGuard(const GuardRecord& record) {
-    const HANDLE pipe = guardPipe;
-    if (pipe != nullptr) {
-        DWORD written = 0;
-        WriteFile(pipe, &record, sizeof(record), &written, nullptr);
+    GuardLink& link = guardLink();
+    const std::lock_guard<std::mutex> hold(link.mutex);
+    link.told.apply(record);
+    if (link.pipe) {
+        writeRecord(link.pipe.get(), record);
     }
 }

@@ -1,6 +1,8 @@
 #include "platform/main_window.h"
 
 #include "platform/windows/handles.h"
+#include "platform/windows/hot_key_modifiers.h"
+#include "platform/windows/session_lock.h"
 #include "platform/windows/tray_messages.h"
 #include "platform/windows/ui_font.h"
 
@@ -76,13 +78,36 @@ void trayEvent(HWND window, LPARAM mouseMessage) noexcept {
     }
 }
 
+void destroyed(HWND window) noexcept {
+    endSessionNotification(window);
+    handlers.destroyed();
+}
+
+void monitorsChanged() noexcept {
+    if (handlers.monitorsChanged != nullptr) {
+        handlers.monitorsChanged();
+    }
+}
+
+void sessionLockChanged(bool isLocked) noexcept {
+    if (handlers.sessionLockChanged != nullptr) {
+        handlers.sessionLockChanged(isLocked);
+    }
+}
+
+void sessionChanged(WPARAM what) noexcept {
+    if (what == WTS_SESSION_LOCK || what == WTS_SESSION_UNLOCK) {
+        sessionLockChanged(what == WTS_SESSION_LOCK);
+    }
+}
+
 LRESULT CALLBACK mainProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
     switch (message) {
     case WM_CREATE:
         createControls(window);
         return 0;
     case WM_DESTROY:
-        handlers.destroyed();
+        destroyed(window);
         return 0;
     case WM_SIZE:
         resized(window, wParam);
@@ -99,7 +124,16 @@ LRESULT CALLBACK mainProcedure(HWND window, UINT message, WPARAM wParam, LPARAM 
         command(window, LOWORD(wParam));
         return 0;
     case WM_HOTKEY:
-        handlers.hotKeyPressed(static_cast<int>(wParam));
+        handlers.hotKeyPressed(registeredHotKeyId(wParam));
+        return 0;
+    case heldModifiersMessage:
+        followHeldModifiers();
+        return 0;
+    case WM_DISPLAYCHANGE:
+        monitorsChanged();
+        return 0;
+    case WM_WTSSESSION_CHANGE:
+        sessionChanged(wParam);
         return 0;
     case trayCallbackMessage:
         trayEvent(window, lParam);
@@ -126,9 +160,13 @@ WindowHandle createMainWindow(const MainWindowHandlers& wanted) {
     description.hIcon = LoadIconW(nullptr, IDI_APPLICATION);
     RegisterClassW(&description);
     constexpr DWORD style = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
-    return windowHandle(CreateWindowExW(0, description.lpszClassName, L"Rotika", style, CW_USEDEFAULT,
-                                        CW_USEDEFAULT, 560, 570, nullptr, nullptr, moduleInstance(),
-                                        nullptr));
+    const HWND window = CreateWindowExW(0, description.lpszClassName, L"Rotika", style, CW_USEDEFAULT,
+                                        CW_USEDEFAULT, 560, 570, nullptr, nullptr, moduleInstance(), nullptr);
+    beginSessionNotification(window);
+    if (sessionIsLocked()) {
+        sessionLockChanged(true);
+    }
+    return windowHandle(window);
 }
 
 void repaintMainWindow(WindowHandle mainWindow) {

@@ -10,12 +10,13 @@ namespace {
 constexpr DWORD layerStyle = WS_EX_TOPMOST | WS_EX_TOOLWINDOW | WS_EX_LAYERED | WS_EX_NOACTIVATE;
 constexpr UINT keepPlace = SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE;
 
-/// There is one wheel; the grid's window hears nothing.
-OverlayWindowHandlers wheelHandlers{};
+/// There is one window of each kind.
+template <OverlayKind kind>
+OverlayWindowHandlers handlersOf{};
 
-void leftButtonDown() noexcept {
-    if (wheelHandlers.leftPressed != nullptr) {
-        wheelHandlers.leftPressed();
+void call(void (*handler)() noexcept) noexcept {
+    if (handler != nullptr) {
+        handler();
     }
 }
 
@@ -26,21 +27,37 @@ LRESULT rawInput(HWND window, WPARAM wParam, LPARAM lParam) noexcept {
     return 0;
 }
 
-void privateMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    if (wheelHandlers.messageArrived != nullptr) {
-        wheelHandlers.messageArrived(message, wParam, lParam);
+/// While the capture is silent a press may be one that the person made after the guard gave the mouse back.
+void leftButtonDown(const OverlayWindowHandlers& handlers) noexcept {
+    if (!captureIsSilent()) {
+        call(handlers.leftPressed);
     }
 }
 
-LRESULT CALLBACK wheelProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+void privateMessage(const OverlayWindowHandlers& handlers, UINT message, WPARAM wParam,
+                    LPARAM lParam) noexcept {
+    if (handlers.messageArrived != nullptr) {
+        handlers.messageArrived(message, wParam, lParam);
+    }
+}
+
+template <OverlayKind kind>
+LRESULT CALLBACK overlayProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    const OverlayWindowHandlers handlers = handlersOf<kind>; // a handler may make a new window
     switch (message) {
+    case WM_CLOSE: // the system's answer would be to destroy the window
+        call(handlers.closeRequested);
+        return 0;
+    case WM_DESTROY:
+        call(handlers.destroyed);
+        return 0;
     case WM_INPUT:
         return rawInput(window, wParam, lParam);
     case WM_TIMER:
         windowTimerElapsed(window, wParam);
         return 0;
     case WM_LBUTTONDOWN:
-        leftButtonDown();
+        leftButtonDown(handlers);
         return 0;
     case WM_MOUSEACTIVATE: // what WS_EX_NOACTIVATE means; Wine activates in spite of it
         return MA_NOACTIVATE;
@@ -48,7 +65,7 @@ LRESULT CALLBACK wheelProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
         break;
     }
     if (message >= WM_APP && message < firstRegisteredMessage) {
-        privateMessage(message, wParam, lParam);
+        privateMessage(handlers, message, wParam, lParam);
         return 0;
     }
     return DefWindowProcW(window, message, wParam, lParam);
@@ -59,11 +76,11 @@ const wchar_t* registeredClass(OverlayKind kind) {
     description.hInstance = moduleInstance();
     if (kind == OverlayKind::wheel) {
         description.lpszClassName = L"RadialOverlayWheel";
-        description.lpfnWndProc = wheelProcedure;
+        description.lpfnWndProc = overlayProcedure<OverlayKind::wheel>;
         description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
     } else {
         description.lpszClassName = L"RadialOverlayGrid";
-        description.lpfnWndProc = DefWindowProcW;
+        description.lpfnWndProc = overlayProcedure<OverlayKind::grid>;
     }
     RegisterClassW(&description); // fails harmlessly for a second window of the kind
     return description.lpszClassName;
@@ -92,8 +109,9 @@ WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int3
                                  const OverlayWindowHandlers& handlers) {
     DWORD style = layerStyle;
     if (kind == OverlayKind::wheel) {
-        wheelHandlers = handlers;
+        handlersOf<OverlayKind::wheel> = handlers;
     } else {
+        handlersOf<OverlayKind::grid> = handlers;
         style |= WS_EX_TRANSPARENT;
     }
     return windowHandle(CreateWindowExW(style, registeredClass(kind), L"", WS_POPUP, 0, 0, width, height,

@@ -2,15 +2,12 @@
 
 #include "platform/windows/gdiplus_api.h"
 #include "platform/windows/picture_drawing.h"
+#include "platform/windows/picture_image.h"
 
 #include <array>
 #include <cstddef>
 #include <utility>
 #include <vector>
-
-struct PictureImage {
-    Gdiplus::GpImage* image;
-};
 
 namespace {
 
@@ -122,7 +119,7 @@ public:
         if (drawn.image == nullptr) {
             return;
         }
-        Gdiplus::GpImage* const image = drawn.image->image;
+        Gdiplus::GpImage* const image = drawn.image->pixels;
         UINT width = 0;
         UINT height = 0;
         gdip::GdipGetImageWidth(image, &width);
@@ -170,26 +167,6 @@ private:
     std::vector<CachedFont> fonts;
 };
 
-/// Pixels in memory: an image that comes from a file keeps it open and locked, and is decoded anew at each
-/// drawing. Null when its data is broken.
-Gdiplus::GpImage* decodedCopy(Gdiplus::GpImage* image) {
-    UINT width = 0;
-    UINT height = 0;
-    gdip::GdipGetImageWidth(image, &width);
-    gdip::GdipGetImageHeight(image, &height);
-    const auto w = static_cast<INT>(width);
-    const auto h = static_cast<INT>(height);
-    Gdiplus::GpBitmap* bitmap = nullptr;
-    gdip::GdipCreateBitmapFromScan0(w, h, 0, PixelFormat32bppPARGB, nullptr, &bitmap);
-    ImageHandle copy(bitmap);
-    GraphicsHandle graphics;
-    gdip::GdipGetImageGraphicsContext(copy.get(), graphics.slot());
-    gdip::GdipSetInterpolationMode(graphics.get(), Gdiplus::InterpolationModeNearestNeighbor);
-    gdip::GdipSetPixelOffsetMode(graphics.get(), Gdiplus::PixelOffsetModeHalf);
-    const bool drawn = gdip::GdipDrawImageRectI(graphics.get(), image, 0, 0, w, h) == Gdiplus::Ok;
-    return drawn ? copy.release() : nullptr;
-}
-
 } // namespace
 
 void startDrawing() {
@@ -203,13 +180,4 @@ void drawPicture(HDC surface, const Picture& picture) {
     for (const DrawCommand& command : picture.commands) {
         std::visit(replay, command);
     }
-}
-
-const PictureImage* loadPictureImage(const std::u16string& path, std::int32_t /*sidePx*/) {
-    ImageHandle file;
-    if (gdip::GdipLoadImageFromFile(wideText(path), file.slot()) != Gdiplus::Ok) {
-        return nullptr;
-    }
-    Gdiplus::GpImage* const decoded = decodedCopy(file.get());
-    return decoded == nullptr ? nullptr : new PictureImage{decoded};
 }

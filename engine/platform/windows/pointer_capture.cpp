@@ -2,6 +2,7 @@
 
 #include "platform/pointer.h"
 
+#include "platform/windows/cursor_pin.h"
 #include "platform/windows/handles.h"
 #include "platform/windows/input_guard.h"
 #include "platform/windows/input_sending.h"
@@ -13,11 +14,19 @@
 
 namespace {
 
+constexpr ULONGLONG guardPeriodMs = 250;
+/// Shorter than the guard's patience, which begins with the last record that it got.
+constexpr ULONGLONG silenceLimitMs = 1500;
+static_assert(silenceLimitMs + guardPeriodMs < captureSilenceLimitMs);
+
 struct PointerCapture {
     bool stands = false;
     PointerCaptureHandlers handlers{};
     HookHandle mouseHook;
-    // Device buttons that programs still take for pressed, and those of them that were let go meanwhile.
+    std::optional<RECT> clipBefore;
+    ULONGLONG renewedAt = 0;
+    ULONGLONG guardToldAt = 0;
+    // Device buttons that were down at the beginning and not touched since, and those that were let go.
     std::array<bool, 5> downBefore{};
     std::array<bool, 5> releasedMeanwhile{};
 };
@@ -27,33 +36,53 @@ PointerCapture& capture() {
     return state;
 }
 
-/// The device button of a release as the hook sees it: after the user's swap of left and right.
-std::optional<std::size_t> releasedButton(WPARAM message, const MSLLHOOKSTRUCT& event) {
+struct ButtonChange {
+    std::size_t button; // of the device
+    bool down;
+};
+
+/// As the hook sees it: after the user's swap of left and right.
+std::optional<ButtonChange> buttonChange(WPARAM message, const MSLLHOOKSTRUCT& event) {
+    const std::size_t left = mouseButtonsAreSwapped() ? 1 : 0;
     switch (message) {
+    case WM_LBUTTONDOWN:
     case WM_LBUTTONUP:
-        return mouseButtonsAreSwapped() ? 1 : 0;
+        return ButtonChange{left, message == WM_LBUTTONDOWN};
+    case WM_RBUTTONDOWN:
     case WM_RBUTTONUP:
-        return mouseButtonsAreSwapped() ? 0 : 1;
+        return ButtonChange{1 - left, message == WM_RBUTTONDOWN};
+    case WM_MBUTTONDOWN:
     case WM_MBUTTONUP:
-        return 2;
+        return ButtonChange{2, message == WM_MBUTTONDOWN};
+    case WM_XBUTTONDOWN:
     case WM_XBUTTONUP:
-        return HIWORD(event.mouseData) == XBUTTON1 ? 3 : 4;
+        return ButtonChange{HIWORD(event.mouseData) == XBUTTON1 ? 3U : 4U, message == WM_XBUTTONDOWN};
     default:
         return std::nullopt;
     }
 }
 
+/// A button that is pressed here was not held by the person before: if it was down, then because a function
+/// holds it, and letting go here means nothing to the programs.
+void noteChange(PointerCapture& state, const ButtonChange& change) {
+    if (!change.down && state.downBefore[change.button]) {
+        state.releasedMeanwhile[change.button] = true;
+    }
+    state.downBefore[change.button] = false;
+}
+
 LRESULT CALLBACK mouseHookProcedure(int code, WPARAM message, LPARAM parameter) noexcept {
     const auto& event = *reinterpret_cast<const MSLLHOOKSTRUCT*>(parameter);
     PointerCapture& state = capture();
-    if (code != HC_ACTION || !state.stands || (event.flags & LLMHF_INJECTED) != 0 ||
+    if (code != HC_ACTION || !state.stands || (event.flags & LLMHF_INJECTED) != 0 || captureIsSilent() ||
         !state.handlers.isSwallowing()) {
         return CallNextHookEx(nullptr, code, message, parameter);
     }
     if (message == WM_LBUTTONDOWN) {
         state.handlers.leftPressed();
-    } else if (const auto button = releasedButton(message, event)) {
-        state.releasedMeanwhile[*button] = state.downBefore[*button];
+    }
+    if (const auto change = buttonChange(message, event)) {
+        noteChange(state, *change);
     }
     return 1;
 }
@@ -66,20 +95,17 @@ void rememberPressedButtons(PointerCapture& state) {
     }
 }
 
-void pinCursor(Point pinned) {
-    GuardRecord record;
-    record.kind = GuardedThing::pointerPin;
-    record.down = 1;
-    tellInputGuard(record);
-    const RECT place{pinned.x, pinned.y, pinned.x + 1, pinned.y + 1};
-    ClipCursor(&place);
-}
-
-void unpinCursor() {
-    ClipCursor(nullptr);
-    GuardRecord record;
-    record.kind = GuardedThing::pointerPin;
-    tellInputGuard(record);
+/// The guard hears of the pin before it stands.
+void pin(PointerCapture& state, Point pinned) {
+    state.clipBefore = cursorClip();
+    if (state.clipBefore) {
+        for (const GuardRecord& record : clipRecords(*state.clipBefore)) {
+            tellInputGuard(record);
+        }
+    }
+    tellInputGuard(pinRecord(true));
+    state.renewedAt = state.guardToldAt = GetTickCount64();
+    pinCursor(pinned);
 }
 
 void registerRawMouse(DWORD flags, HWND target) {
@@ -97,11 +123,24 @@ void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCa
     if (!state.mouseHook) {
         state.mouseHook = HookHandle(SetWindowsHookExW(WH_MOUSE_LL, mouseHookProcedure, moduleInstance(), 0));
     }
-    pinCursor(pinned);
+    pin(state, pinned);
     registerRawMouse(RIDEV_INPUTSINK, nativeWindow(wheelWindow));
 }
 
+bool captureIsSilent() noexcept {
+    return capture().stands && GetTickCount64() - capture().renewedAt > silenceLimitMs;
+}
+
 bool renewPointerCapture() {
+    PointerCapture& state = capture();
+    if (captureIsSilent()) {
+        return false;
+    }
+    state.renewedAt = GetTickCount64();
+    if (state.stands && state.renewedAt - state.guardToldAt >= guardPeriodMs) {
+        state.guardToldAt = state.renewedAt;
+        tellInputGuard(pinRecord(true));
+    }
     return true;
 }
 
@@ -112,7 +151,8 @@ void endPointerCapture() {
     }
     state.stands = false;
     registerRawMouse(RIDEV_REMOVE, nullptr);
-    unpinCursor();
+    unpinCursor(state.clipBefore);
+    tellInputGuard(pinRecord(false));
     state.mouseHook.reset();
     // The hook swallowed these releases, so the system and the programs would hold the buttons for pressed
     // for ever.
@@ -126,7 +166,7 @@ void endPointerCapture() {
 void rawInputArrived(HRAWINPUT record) noexcept {
     RAWINPUT input{};
     UINT size = sizeof(input);
-    if (!capture().stands ||
+    if (!capture().stands || captureIsSilent() ||
         GetRawInputData(record, RID_INPUT, &input, &size, sizeof(RAWINPUTHEADER)) == static_cast<UINT>(-1) ||
         input.header.dwType != RIM_TYPEMOUSE) {
         return;

@@ -1,0 +1,80 @@
+#include "platform/windows/cursor_pin.h"
+
+#include <cstddef>
+
+namespace {
+
+/// Left, top, right and bottom as `extended` counts them, from 1.
+constexpr LONG RECT::*sides[] = {&RECT::left, &RECT::top, &RECT::right, &RECT::bottom};
+
+/// The system may round a pin of one pixel where monitors differ in scale.
+bool leavesNoRoom(const RECT& clip) {
+    constexpr LONG roomPx = 4;
+    return clip.right - clip.left <= roomPx && clip.bottom - clip.top <= roomPx;
+}
+
+bool isWholeDesktop(const RECT& clip) {
+    const int left = GetSystemMetrics(SM_XVIRTUALSCREEN);
+    const int top = GetSystemMetrics(SM_YVIRTUALSCREEN);
+    return clip.left <= left && clip.top <= top &&
+           clip.right >= left + GetSystemMetrics(SM_CXVIRTUALSCREEN) &&
+           clip.bottom >= top + GetSystemMetrics(SM_CYVIRTUALSCREEN);
+}
+
+} // namespace
+
+std::optional<RECT> cursorClip() {
+    RECT clip{};
+    if (GetClipCursor(&clip) == 0 || isWholeDesktop(clip) || leavesNoRoom(clip)) {
+        return std::nullopt;
+    }
+    return clip;
+}
+
+void pinCursor(Point pinned) {
+    const RECT place{pinned.x, pinned.y, pinned.x + 1, pinned.y + 1};
+    ClipCursor(&place);
+}
+
+void unpinCursor(const std::optional<RECT>& before) {
+    RECT clip{};
+    if (GetClipCursor(&clip) != 0 && !leavesNoRoom(clip)) {
+        return;
+    }
+    ClipCursor(before ? &*before : nullptr);
+}
+
+GuardRecord pinRecord(bool pinned) {
+    GuardRecord record;
+    record.kind = GuardedThing::pointerPin;
+    record.down = pinned ? 1 : 0;
+    return record;
+}
+
+std::vector<GuardRecord> clipRecords(const RECT& clip) {
+    std::vector<GuardRecord> records;
+    for (const auto side : sides) {
+        GuardRecord record = pinRecord(true);
+        record.extended = static_cast<std::uint8_t>(records.size() + 1);
+        record.code = static_cast<std::uint32_t>(clip.*side);
+        records.push_back(record);
+    }
+    return records;
+}
+
+bool isPinRecord(const GuardRecord& record) {
+    return record.kind == GuardedThing::pointerPin && record.extended == 0;
+}
+
+std::optional<RECT> clipBefore(const HeldThings& held) {
+    RECT clip{};
+    std::size_t known = 0;
+    for (const GuardRecord& record : held.all()) {
+        if (record.kind == GuardedThing::pointerPin && record.extended >= 1 &&
+            record.extended <= std::size(sides)) {
+            clip.*sides[record.extended - 1] = static_cast<LONG>(record.code);
+            ++known;
+        }
+    }
+    return known == std::size(sides) ? std::optional(clip) : std::nullopt;
+}

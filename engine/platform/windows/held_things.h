@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/input_guard_protocol.h"
+
+#include <vector>
+
+/// What the records of the guard's pipe say to be down. The program keeps it too, for the guard that follows
+/// on one that died. Not locked.
+class HeldThings {
+public:
+    void apply(const GuardRecord& record);
+    /// In the order of the records.
+    const std::vector<GuardRecord>& all() const { return held; }
+
+private:
+    std::vector<GuardRecord> held;
+};

@@ -1,0 +1,113 @@
+#include "platform/windows/picture_image.h"
+
+#include "platform/windows/com_session.h"
+#include "platform/windows/handles.h"
+
+#include <wincodec.h>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+/// Of a file on a disk: the name may as well be a device's or a pipe's, which could keep us waiting for ever.
+std::optional<Bytes> readImageFile(const std::u16string& path) {
+    constexpr DWORD anySharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    // Whoever serves a pipe must not act in our user's name.
+    constexpr DWORD flags = FILE_FLAG_SEQUENTIAL_SCAN | SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS;
+    const KernelHandle file = fileHandle(
+        CreateFileW(wideText(path), GENERIC_READ, anySharing, nullptr, OPEN_EXISTING, flags, nullptr));
+    LARGE_INTEGER size{};
+    if (!file || GetFileType(file.get()) != FILE_TYPE_DISK || GetFileSizeEx(file.get(), &size) == 0 ||
+        size.QuadPart <= 0 || static_cast<std::uint64_t>(size.QuadPart) > largestImageBytes) {
+        return std::nullopt;
+    }
+    Bytes bytes(static_cast<std::size_t>(size.QuadPart));
+    DWORD count = 0;
+    if (ReadFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) == 0) {
+        return std::nullopt;
+    }
+    bytes.resize(count);
+    return bytes;
+}
+
+bool isOfGoodSize(IWICBitmapSource& image) {
+    UINT width = 0;
+    UINT height = 0;
+    return SUCCEEDED(image.GetSize(&width, &height)) && width >= 1 && height >= 1 &&
+           width <= static_cast<UINT>(largestImageSidePx) && height <= static_cast<UINT>(largestImageSidePx);
+}
+
+/// The first picture of the file, not decoded yet; empty when it is none or too large.
+ComPointer<IWICBitmapFrameDecode> openFrame(IWICImagingFactory& factory, Bytes& bytes) {
+    ComPointer<IWICStream> stream;
+    ComPointer<IWICBitmapDecoder> decoder;
+    ComPointer<IWICBitmapFrameDecode> frame;
+    if (FAILED(factory.CreateStream(stream.slot())) ||
+        FAILED(stream->InitializeFromMemory(bytes.data(), static_cast<DWORD>(bytes.size()))) ||
+        FAILED(factory.CreateDecoderFromStream(stream.get(), nullptr, WICDecodeMetadataCacheOnDemand,
+                                               decoder.slot())) ||
+        FAILED(decoder->GetFrame(0, frame.slot())) || !isOfGoodSize(*frame.get())) {
+        return {};
+    }
+    return frame;
+}
+
+/// Premultiplied before it is scaled, or transparent pixels would tint their neighbours.
+ComPointer<IWICBitmapScaler> scaled(IWICImagingFactory& factory, IWICBitmapSource& image, UINT sidePx) {
+    ComPointer<IWICFormatConverter> converter;
+    ComPointer<IWICBitmapScaler> scaler;
+    if (FAILED(factory.CreateFormatConverter(converter.slot())) ||
+        FAILED(converter->Initialize(&image, GUID_WICPixelFormat32bppPBGRA, WICBitmapDitherTypeNone, nullptr,
+                                     0, WICBitmapPaletteTypeCustom)) ||
+        FAILED(factory.CreateBitmapScaler(scaler.slot())) ||
+        FAILED(scaler->Initialize(converter.get(), sidePx, sidePx, WICBitmapInterpolationModeFant))) {
+        return {};
+    }
+    return scaler;
+}
+
+/// Null when the data are broken.
+Gdiplus::GpBitmap* decoded(IWICBitmapSource& image, INT sidePx) {
+    Gdiplus::GpBitmap* bitmap = nullptr;
+    gdip::GdipCreateBitmapFromScan0(sidePx, sidePx, 0, PixelFormat32bppPARGB, nullptr, &bitmap);
+    ImageHandle owned(bitmap);
+    const Gdiplus::Rect all(0, 0, sidePx, sidePx);
+    Gdiplus::BitmapData locked;
+    if (bitmap == nullptr || gdip::GdipBitmapLockBits(bitmap, &all, Gdiplus::ImageLockModeWrite,
+                                                      PixelFormat32bppPARGB, &locked) != Gdiplus::Ok) {
+        return nullptr;
+    }
+    const auto stride = static_cast<UINT>(locked.Stride);
+    const HRESULT result = image.CopyPixels(nullptr, stride, stride * static_cast<UINT>(sidePx),
+                                            static_cast<BYTE*>(locked.Scan0));
+    gdip::GdipBitmapUnlockBits(bitmap, &locked);
+    if (FAILED(result)) {
+        return nullptr;
+    }
+    static_cast<void>(owned.release());
+    return bitmap;
+}
+
+} // namespace
+
+const PictureImage* loadPictureImage(const std::u16string& path, std::int32_t sidePx) {
+    std::optional<Bytes> bytes = readImageFile(path);
+    if (!bytes) {
+        return nullptr;
+    }
+    const ComSession session;
+    ComPointer<IWICImagingFactory> factory;
+    if (FAILED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
+                                IID_IWICImagingFactory, reinterpret_cast<void**>(factory.slot())))) {
+        return nullptr;
+    }
+    const auto frame = openFrame(*factory.get(), *bytes);
+    const auto scaler = frame ? scaled(*factory.get(), *frame.get(), static_cast<UINT>(sidePx))
+                              : ComPointer<IWICBitmapScaler>();
+    Gdiplus::GpBitmap* const pixels = scaler ? decoded(*scaler.get(), sidePx) : nullptr;
+    return pixels == nullptr ? nullptr : new PictureImage{pixels};
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "platform/picture.h"
+
+#include "platform/windows/gdiplus_api.h"
+
+/// Premultiplied pixels in memory: an image that comes from a file keeps it open, and is decoded anew at each
+/// drawing.
+struct PictureImage {
+    Gdiplus::GpBitmap* pixels;
+};

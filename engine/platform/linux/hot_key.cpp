@@ -7,6 +7,7 @@
 #include "platform/linux/raw_keys.h"
 
 #include <algorithm>
+#include <set>
 #include <vector>
 
 namespace {
@@ -15,8 +16,11 @@ struct HotKey {
     int id = 0;
     std::uint16_t virtualKey = 0;
     KeyCode keycode = 0;
-    bool isDown = false;
+    bool hasFired = false; // for the press under way: what comes now are its repeats
+    std::set<int> holders; // devices that have it down
 };
+
+constexpr int unknownDevice = -1; // its raw press came before anybody listened
 
 std::vector<HotKey> hotKeys;
 unsigned int heldModifiers = 0; // those that the program itself holds down
@@ -88,9 +92,9 @@ void grabAnew() {
     }
 }
 
-void noteDown(HotKey& key, bool isDown) {
-    key.isDown = isDown;
-    listenToKeyReleases(ListeningReason::hotKeyIsDown, std::ranges::any_of(hotKeys, &HotKey::isDown));
+void noteHolders(HotKey& key, bool hasFired) {
+    key.hasFired = hasFired;
+    listenToRawKeys(ListeningReason::hotKeyIsDown, std::ranges::any_of(hotKeys, &HotKey::hasFired));
 }
 
 /// The server gives the whole keyboard to us while a grabbed key is down: it goes back at once, or keys
@@ -102,21 +106,33 @@ bool handlePress(const XKeyEvent& event) {
         return false;
     XUngrabKeyboard(ownerDisplay(), CurrentTime);
     XFlush(ownerDisplay());
-    if (key->isDown || pressHandler == nullptr)
+    if (key->hasFired || pressHandler == nullptr)
         return true; // an auto-repeat
-    noteDown(*key, true);
+    if (key->holders.empty())
+        key->holders.insert(unknownDevice);
+    noteHolders(*key, true);
     const KeyCode code = key->keycode;
-    pressHandler(key->id); // may give keys back
-    for (HotKey& pressed : hotKeys)
-        if (pressed.keycode == code && !isKeyDown(code)) // released before the raw events were asked for
-            noteDown(pressed, false);
+    pressHandler(key->id); // may unregister keys
+    for (HotKey& pressed : hotKeys) {
+        if (pressed.keycode != code || isKeyDown(code))
+            continue; // else it was released before anybody listened
+        pressed.holders.clear();
+        noteHolders(pressed, false);
+    }
     return true;
 }
 
-void onKeyRelease(KeyCode code) {
-    for (HotKey& key : hotKeys)
-        if (key.isDown && key.keycode == code) // another keyboard may hold it still
-            noteDown(key, isKeyDown(code));
+void onRawKey(KeyCode code, int device, bool isPress) {
+    for (HotKey& key : hotKeys) {
+        if (key.keycode != code)
+            continue;
+        if (isPress)
+            key.holders.insert(device);
+        else if (key.holders.erase(device) == 0)
+            key.holders.erase(unknownDevice);
+        if (key.holders.empty())
+            noteHolders(key, false);
+    }
 }
 
 bool handleKeyEvent(XEvent& event) {
@@ -134,7 +150,7 @@ void startListening() {
         // A held key then repeats as presses alone, so that a press after a press is a repeat.
         XkbSetDetectableAutoRepeat(ownerDisplay(), 1, nullptr);
         addEventHandler(handleKeyEvent);
-        addKeyReleaseHandler(onKeyRelease);
+        addRawKeyHandler(onRawKey);
         return true;
     }();
     (void)isListening;
@@ -169,7 +185,7 @@ bool registerHotKey(WindowHandle, int id, std::uint16_t virtualKey) {
     if (ownerDisplay() == nullptr)
         return false;
     startListening();
-    HotKey key{id, virtualKey, 0, false};
+    HotKey key{id, virtualKey, 0, false, {}};
     if (!grab(key))
         return false;
     hotKeys.push_back(key);

@@ -149,17 +149,17 @@ std::vector<std::pair<std::uint16_t, HeldKey>> keysLeftDown() {
 
 /// The person has tapped a key that a function left down: for the programs it is released now, so it is let
 /// go of.
-void onKeyRelease(KeyCode code) {
+void onRawKey(KeyCode code, int /*device*/, bool isPress) {
     for (const auto& [virtualKey, key] : keysLeftDown())
-        if (key.code == code)
+        if (key.code == code && !isPress)
             releaseKey(ownerDisplay(), virtualKey, code);
 }
 
 /// What the owner thread does about the keys that are held now.
 gboolean followHeldKeys(gpointer) {
-    static const bool isListening = (addKeyReleaseHandler(onKeyRelease), true);
+    static const bool isListening = (addRawKeyHandler(onRawKey), true);
     (void)isListening;
-    listenToKeyReleases(ListeningReason::keyIsLeftDown, !keysLeftDown().empty());
+    listenToRawKeys(ListeningReason::keyIsLeftDown, !keysLeftDown().empty());
     followHeldModifiers();
     return G_SOURCE_REMOVE;
 }

@@ -7,23 +7,26 @@
 
 namespace {
 
-std::vector<KeyReleaseHandler> handlers;
+std::vector<RawKeyHandler> handlers;
 unsigned reasons = 0;
 
-bool handleRawRelease(XEvent& event) {
+bool handleRawKey(XEvent& event) {
     if (event.type != GenericEvent || event.xcookie.extension != xinputOpcode() ||
-        event.xcookie.data == nullptr || event.xcookie.evtype != XI_RawKeyRelease)
+        event.xcookie.data == nullptr ||
+        (event.xcookie.evtype != XI_RawKeyPress && event.xcookie.evtype != XI_RawKeyRelease))
         return false;
     const auto& raw = *static_cast<const XIRawEvent*>(event.xcookie.data);
-    for (const KeyReleaseHandler handler : handlers)
-        handler(static_cast<KeyCode>(raw.detail));
+    for (const RawKeyHandler handler : handlers)
+        handler(static_cast<KeyCode>(raw.detail), raw.sourceid, raw.evtype == XI_RawKeyPress);
     return true;
 }
 
-void selectRawReleases(bool isOn) {
+void selectRawKeys(bool isOn) {
     unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
-    if (isOn)
+    if (isOn) {
+        XISetMask(bits, XI_RawKeyPress);
         XISetMask(bits, XI_RawKeyRelease);
+    }
     XIEventMask mask{XIAllMasterDevices, sizeof bits, bits};
     XISelectEvents(ownerDisplay(), rootWindow(), &mask, 1);
     XFlush(ownerDisplay());
@@ -31,18 +34,18 @@ void selectRawReleases(bool isOn) {
 
 } // namespace
 
-void addKeyReleaseHandler(KeyReleaseHandler handler) {
+void addRawKeyHandler(RawKeyHandler handler) {
     if (handlers.empty())
-        addEventHandler(handleRawRelease);
+        addEventHandler(handleRawKey);
     handlers.push_back(handler);
 }
 
-void listenToKeyReleases(ListeningReason reason, bool isOn) {
+void listenToRawKeys(ListeningReason reason, bool isOn) {
     const auto bit = static_cast<unsigned>(reason);
     const unsigned before = reasons;
     reasons = isOn ? reasons | bit : reasons & ~bit;
     if ((before == 0) != (reasons == 0))
-        selectRawReleases(reasons != 0);
+        selectRawKeys(reasons != 0);
 }
 
 bool isKeyDown(KeyCode code) {

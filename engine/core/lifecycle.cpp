@@ -114,6 +114,7 @@ bool startEngine(bool standalone) {
     followGazeSetting();
     rebuildPhraseTable(); // before the voice thread, whose first grammar is to be complete
     followVoiceSetting();
+    prepareWheel();
     return true;
 }
 

@@ -37,6 +37,13 @@ PointerCaptureHandlers captureHandlers() {
 
 } // namespace
 
+void prepareWheel() {
+    if (engineState.wheelWindow == nullptr || engineState.wheelVisible)
+        return;
+    resetVirtualCursor();
+    paintWheel();
+}
+
 void showWheel() {
     if (engineState.sessionLocked || engineState.wheelWindow == nullptr)
         return;

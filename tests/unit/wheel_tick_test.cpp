@@ -75,13 +75,14 @@ TEST_F(WheelTick, MotionIsSummedBetweenTicksAndOnlyTheSumIsClamped) {
 
 TEST_F(WheelTick, AnIdleWheelPaintsNothingAndNeitherAGazeAtNothingNorADwellOfZeroSelects) {
     openWithGaze({wheelOf(4)});
+    const int paintsBefore = wheelPaintCount();
     desktop.advanceBy(1500);
     desktop.moveMouse(0, 0);
     lookUntil(5000, inHole);
     EXPECT_TRUE(engineState.gazeDriven);
     EXPECT_EQ(engineState.dwellTarget, -1);
     EXPECT_TRUE(OverlayIsWheelVisible());
-    EXPECT_EQ(wheelPaintCount(), 1) << "the one before it was shown";
+    EXPECT_EQ(wheelPaintCount(), paintsBefore);
     engineConfig.gazeDwell = 0; // the cursor still follows
     lookUntil(6500, inFieldOfFour[0]);
     EXPECT_EQ(engineState.hoveredField, 0);

@@ -152,10 +152,9 @@ TEST_F(OnLinux, AToggleKeyThatIsTakenIsSaidInAWindowThatHoldsNothingUp) {
              DefaultRootWindow(display), False, GrabModeAsync, GrabModeAsync);
     XSync(display, False);
     s.program = s.launchProgram();
-    waitFor("the warning", [&] {
-        return s.screen.eyes().shownWindow("Rotika: Nie udało się zarejestrować globalnego skrótu 'x'. "
-                                           "Być może inny program już go używa.");
-    });
+    const std::string warning = "Rotika: Nie udało się zarejestrować globalnego skrótu 'x'. "
+                                "Być może inny program już go używa.";
+    waitFor("the warning", [&] { return s.screen.eyes().shownWindow(warning).has_value(); });
     s.waitForMainWindow();
     keepPicture("toggle-key-taken");
     s.program.send(SIGTERM);

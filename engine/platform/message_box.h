@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// Warns the person. On Windows by a modal box without owner, which returns when it is dismissed; the windows'
-/// messages go on being handled meanwhile. On Linux by a notification of the desktop, or by a window that
-/// blocks nothing where no notification server answers: returns at once. Owner thread.
+/// Warns the person. On Windows by a modal box without owner, which returns when it is dismissed; the
+/// windows' messages go on being handled meanwhile. On Linux by a notification of the desktop, or by a window
+/// that blocks nothing where no notification server answers: returns at once. Owner thread.
 void showWarningBox(const std::u16string& title, const std::u16string& text);

@@ -56,6 +56,7 @@ public:
                                                 G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
               nullptr, nullptr, nullptr)) {}
     ~BusProgram() {
+        g_dbus_connection_flush_sync(bus, nullptr, nullptr); // an answer under way still counts
         g_dbus_connection_close_sync(bus, nullptr, nullptr);
         g_object_unref(bus);
     }
@@ -227,7 +228,8 @@ TEST_F(LinuxDesktop, AChangeOfTheMonitorsIsToldOnceHoweverManyEventsItMakes) {
 }
 
 TEST_F(LinuxDesktop, ADestroyedLayerIsToldOnceAndItsHandleHarmsNothing) {
-    static int destroyed = 0;
+    static int destroyed;
+    destroyed = 0;
     const WindowHandle layer =
         createOverlayWindow(OverlayKind::wheel, 50, 50, {.destroyed = []() noexcept { ++destroyed; }});
     placeOverlayWindow(layer, {0, 0, 50, 50});

@@ -8,7 +8,6 @@
 #include <X11/extensions/XInput2.h>
 
 #include <cmath>
-#include <csignal>
 #include <fstream>
 #include <sstream>
 
@@ -143,23 +142,6 @@ TEST_F(OnLinux, TheWheelOpensOnTheMonitorOfTheRealCursor) {
         s.toggle();
         s.waitUntilWheelIsClosed();
     }
-}
-
-TEST_F(OnLinux, AToggleKeyThatIsTakenIsSaidInAWindowThatHoldsNothingUp) {
-    Stage& s = stage();
-    Display* display = s.screen.eyes().raw();
-    XGrabKey(display, static_cast<int>(s.screen.eyes().keycodeOf(toggleKey)), AnyModifier,
-             DefaultRootWindow(display), False, GrabModeAsync, GrabModeAsync);
-    XSync(display, False);
-    s.program = s.launchProgram();
-    waitFor("the warning", [&] {
-        return s.screen.eyes().shownWindow("Rotika: Nie udało się zarejestrować globalnego skrótu 'x'. "
-                                           "Być może inny program już go używa.");
-    });
-    s.waitForMainWindow();
-    keepPicture("toggle-key-taken");
-    s.program.send(SIGTERM);
-    EXPECT_EQ(s.program.statusWithin(std::chrono::seconds(2)), 0);
 }
 
 TEST_F(OnLinux, AWheelOpenWhileTheCompositorGoesAndComesStaysUsable) {

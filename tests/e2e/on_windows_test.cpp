@@ -4,6 +4,9 @@
 #include "harness/process.h"
 #include "scenario.h"
 
+#include <chrono>
+#include <csignal>
+
 namespace e2e {
 
 namespace {
@@ -88,6 +91,54 @@ TEST_F(OnWindows, NumbersClickTheElementsOfTheProgramInFront) {
         EXPECT_EQ((ScreenPoint{press.x, press.y}), (ScreenPoint{650, 510})) << press.what();
     waitFor("no labels", [&] { return !labelStands(); });
     EXPECT_EQ(automation.log().back(), "left behind 0");
+}
+
+/// Under Wine a stopped program keeps the X pointer, whatever becomes of the clip, until it ends.
+TEST_F(OnWindows, AProgramThatStallsClosesItsWheelWhenItGoesOnAndIsEndedIfItDoesNot) {
+    Stage& s = stage();
+    s.writeFile("default.json", oneWheelText("", clickActions({"a"})));
+    s.startAll();
+    placePointer(s.screen.eyes(), {300, 300});
+    s.openWheel();
+    s.aim(fieldPoint(0, 1));
+    s.recording.mark();
+    s.program.send(SIGSTOP);
+    const auto stoppedAt = std::chrono::steady_clock::now();
+    s.mouse->click(MouseButton::left);
+    waitFor("the guard to have acted",
+            [&] { return std::chrono::steady_clock::now() - stoppedAt > std::chrono::milliseconds(3000); });
+    s.program.send(SIGCONT);
+    s.waitUntilWheelIsClosed();
+    EXPECT_EQ(s.screen.eyes().pointer(), (ScreenPoint{300, 300}));
+
+    s.openWheel();
+    s.program.send(SIGSTOP);
+    waitFor("the cursor to be free", [&] {
+        s.mouse->move(3, 2);
+        return !(s.screen.eyes().pointer() == ScreenPoint{300, 300});
+    });
+    EXPECT_TRUE(s.program.statusWithin(generousLimit));
+    tapKey(s.screen.eyes(), toggleKey);
+    s.recording.waitForPress(std::string("key-up ") + toggleKey);
+    for (const std::string& press : s.recording.pressTexts())
+        EXPECT_NE(press, "key-down a") << "chosen by a press during the stall";
+}
+
+TEST_F(OnWindows, WhatOtherProgramsSendToItsWindowsDoesNoHarm) {
+    Stage& s = stage();
+    s.writeFile("default.json", oneWheelText("", clickActions({"a"})));
+    s.startAll();
+    placePointer(s.screen.eyes(), {300, 300});
+    EXPECT_EQ(s.target->sendToEngine({"close"}), 0);
+    EXPECT_EQ(s.target->sendToEngine({"stray"}), 0);
+    s.openWheel();
+    EXPECT_EQ(s.target->sendToEngine({"close"}), 0);
+    s.waitUntilWheelIsClosed();
+    EXPECT_EQ(s.screen.eyes().pointer(), (ScreenPoint{300, 300}));
+    s.recording.mark();
+    s.openWheel();
+    s.choose(fieldPoint(0, 1));
+    s.recording.waitForPress("key-up a");
 }
 
 } // namespace

@@ -21,6 +21,10 @@ bool isWholeDesktop(const RECT& clip) {
            clip.bottom >= top + GetSystemMetrics(SM_CYVIRTUALSCREEN);
 }
 
+void setClip(const std::optional<RECT>& clip) {
+    ClipCursor(clip ? &*clip : nullptr);
+}
+
 } // namespace
 
 std::optional<RECT> cursorClip() {
@@ -38,10 +42,12 @@ void pinCursor(Point pinned) {
 
 void unpinCursor(const std::optional<RECT>& before) {
     RECT clip{};
-    if (GetClipCursor(&clip) != 0 && !leavesNoRoom(clip)) {
+    if (GetClipCursor(&clip) == 0 || leavesNoRoom(clip)) {
+        setClip(before);
         return;
     }
-    ClipCursor(before ? &*before : nullptr);
+    // Told once more by the one who set the pin: Wine would leave a part of it standing.
+    setClip(isWholeDesktop(clip) ? std::nullopt : std::optional(clip));
 }
 
 GuardRecord pinRecord(bool pinned) {

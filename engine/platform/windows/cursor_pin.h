@@ -17,8 +17,8 @@ std::optional<RECT> cursorClip();
 
 void pinCursor(Point pinned);
 
-/// Puts `before` back, nothing being everywhere. Does nothing when the pin no longer stands: the system drops
-/// it with a change of the foreground, and a game may have set its own anew.
+/// Puts `before` back, nothing being everywhere. A clip that has taken the pin's place meanwhile stays: the
+/// system drops the pin with a change of the foreground, and a game may set its own anew.
 void unpinCursor(const std::optional<RECT>& before);
 
 // In the records of the guard's pipe a pin is one record with 0 in `extended`, sent again as long as the

@@ -7,10 +7,12 @@ namespace {
 /// The cursor is pinned or not, so the records of a pin go together; what tells them apart when they come is
 /// not their code.
 bool replaces(const GuardRecord& record, const GuardRecord& earlier) {
-    if (record.kind != earlier.kind)
+    if (record.kind != earlier.kind) {
         return false;
-    if (record.kind == GuardedThing::pointerPin)
+    }
+    if (record.kind == GuardedThing::pointerPin) {
         return record.down == 0 || record.extended == earlier.extended;
+    }
     return record.extended == earlier.extended && record.code == earlier.code;
 }
 
@@ -18,6 +20,7 @@ bool replaces(const GuardRecord& record, const GuardRecord& earlier) {
 
 void HeldThings::apply(const GuardRecord& record) {
     std::erase_if(held, [&](const GuardRecord& earlier) { return replaces(record, earlier); });
-    if (record.down != 0)
+    if (record.down != 0) {
         held.push_back(record);
+    }
 }

@@ -1,11 +1,12 @@
 // The guard: a process of its own that lets go of the keys and buttons that the program held when it was
-// killed, and of the cursor; of the cursor also when the program has stopped answering. It ends with the
-// program.
+// killed, and of the cursor; of the cursor also when the program pins it and stops answering, and then ends a
+// program that has stopped for good. It ends with the program.
 
 #include "platform/input_guard_protocol.h"
 #include "platform/pointer_capture.h"
 
 #include "platform/windows/cursor_pin.h"
+#include "platform/windows/handles.h"
 #include "platform/windows/held_things.h"
 #include "platform/windows/input_sending.h"
 #include "platform/windows/windows_api.h"
@@ -24,36 +25,64 @@ void letGo(const GuardRecord& record, const HeldThings& held) {
         sendButtonEvent(record.code, false);
         break;
     case GuardedThing::pointerPin:
-        if (isPinRecord(record))
+        if (isPinRecord(record)) {
             unpinCursor(clipBefore(held));
+        }
         break;
     default: // never sent by this platform's program
         break;
     }
 }
 
-bool isPinned(const HeldThings& held) {
-    return std::ranges::any_of(held.all(), isPinRecord);
+/// What the guard has done about a program that pins the cursor and says nothing.
+struct Watchdog {
+    ULONGLONG silentMs = 0;
+    bool hasGivenMouseBack = false;
+};
+
+/// The last resort. Whoever made the pipe is the program, and it lives as long as the pipe does.
+void endProgram(HANDLE pipe) {
+    ULONG processId = 0;
+    if (GetNamedPipeServerProcessId(pipe, &processId) == 0) {
+        return;
+    }
+    const KernelHandle program(OpenProcess(PROCESS_TERMINATE, FALSE, processId));
+    TerminateProcess(program.get(), 1);
 }
 
-enum class Arrival { record, silence, end };
-
-/// Waits for the next record; while the cursor is pinned only until the owner thread, last heard of at
-/// `heardAt`, has been silent for too long. A pipe without a name knows no wait with a limit.
-Arrival awaitRecord(HANDLE pipe, const HeldThings& held, ULONGLONG heardAt) {
-    constexpr DWORD pollMs = 50;
-    if (!isPinned(held))
-        return Arrival::record; // reading it waits
-    while (true) {
-        DWORD available = 0;
-        if (PeekNamedPipe(pipe, nullptr, 0, nullptr, &available, nullptr) == 0)
-            return Arrival::end;
-        if (available > 0)
-            return Arrival::record;
-        if (GetTickCount64() - heardAt > captureSilenceLimitMs)
-            return Arrival::silence;
-        Sleep(pollMs);
+/// The system asks the hook of a silent thread no more after a few events that it had to wait for, but the
+/// clip would stay. After that only the end of the program gives back what it still has: the place of the
+/// wheel on the screen and the toggle key, and where the system is more patient the mouse.
+void actOnSilence(HANDLE pipe, const HeldThings& held, Watchdog& watchdog) {
+    constexpr ULONGLONG endLimitMs = 10'000;
+    if (watchdog.silentMs >= captureSilenceLimitMs && !watchdog.hasGivenMouseBack) {
+        watchdog.hasGivenMouseBack = true;
+        unpinCursor(clipBefore(held));
     }
+    if (watchdog.silentMs >= endLimitMs) {
+        endProgram(pipe);
+    }
+}
+
+/// Waits for the next record, with an eye on the program while the cursor is pinned: a pipe without a name
+/// knows no wait with a limit. False at the end of the pipe.
+bool awaitRecord(HANDLE pipe, const HeldThings& held, Watchdog& watchdog) {
+    constexpr DWORD pollMs = 50;
+    while (std::ranges::any_of(held.all(), isPinRecord)) {
+        DWORD available = 0;
+        if (PeekNamedPipe(pipe, nullptr, 0, nullptr, &available, nullptr) == 0) {
+            return false;
+        }
+        if (available > 0) {
+            return true;
+        }
+        const ULONGLONG before = GetTickCount64();
+        Sleep(pollMs);
+        // While the machine slept the program could not speak either.
+        watchdog.silentMs += std::min<ULONGLONG>(GetTickCount64() - before, 2 * pollMs);
+        actOnSilence(pipe, held, watchdog);
+    }
+    return true; // reading it waits
 }
 
 /// False at the end of the pipe: the program has died.
@@ -70,28 +99,15 @@ bool readRecord(HANDLE pipe, GuardRecord& record) {
     return true;
 }
 
-/// The hook of a thread that does not answer lets the mouse through by itself: the system waits for it only
-/// so long, and then asks it no more. The clip would stay.
-void giveMouseBack(HeldThings& held) {
-    unpinCursor(clipBefore(held));
-    held.apply(pinRecord(false));
-}
-
 /// Returns when the program is gone.
 void followProgram(HANDLE pipe, HeldThings& held) {
-    ULONGLONG heardAt = 0;
-    while (true) {
-        const Arrival arrival = awaitRecord(pipe, held, heardAt);
-        if (arrival == Arrival::silence) {
-            giveMouseBack(held);
-            continue;
-        }
-        GuardRecord record;
-        if (arrival == Arrival::end || !readRecord(pipe, record))
-            return;
+    Watchdog watchdog;
+    GuardRecord record;
+    while (awaitRecord(pipe, held, watchdog) && readRecord(pipe, record)) {
         held.apply(record);
-        if (isPinRecord(record))
-            heardAt = GetTickCount64();
+        if (isPinRecord(record)) {
+            watchdog = {};
+        }
     }
 }
 

@@ -5,8 +5,11 @@
 
 #include <wincodec.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace {
@@ -34,11 +37,32 @@ std::optional<Bytes> readImageFile(const std::u16string& path) {
     return bytes;
 }
 
+bool isGoodSize(std::uint32_t width, std::uint32_t height) {
+    constexpr auto largest = static_cast<std::uint32_t>(largestImageSidePx);
+    return width >= 1 && height >= 1 && width <= largest && height <= largest;
+}
+
 bool isOfGoodSize(IWICBitmapSource& image) {
     UINT width = 0;
     UINT height = 0;
-    return SUCCEEDED(image.GetSize(&width, &height)) && width >= 1 && height >= 1 &&
-           width <= static_cast<UINT>(largestImageSidePx) && height <= static_cast<UINT>(largestImageSidePx);
+    return SUCCEEDED(image.GetSize(&width, &height)) && isGoodSize(width, height);
+}
+
+/// A decoder may do all its work on opening, as Wine's does, so the commonest files are looked at before.
+bool mayBeOpened(const Bytes& bytes) {
+    constexpr unsigned char pngStart[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+    constexpr std::size_t widthAt = 16;
+    constexpr std::size_t heightAt = 20;
+    const bool isPng =
+        bytes.size() >= heightAt + 4 && std::ranges::equal(pngStart, std::span(bytes).first<8>());
+    const auto numberAt = [&](std::size_t place) {
+        std::uint32_t number = 0;
+        for (const unsigned char byte : std::span(bytes).subspan(place, 4)) {
+            number = number << 8U | byte;
+        }
+        return number;
+    };
+    return !isPng || isGoodSize(numberAt(widthAt), numberAt(heightAt));
 }
 
 /// The first picture of the file, not decoded yet; empty when it is none or too large.
@@ -96,7 +120,7 @@ Gdiplus::GpBitmap* decoded(IWICBitmapSource& image, INT sidePx) {
 
 const PictureImage* loadPictureImage(const std::u16string& path, std::int32_t sidePx) {
     std::optional<Bytes> bytes = readImageFile(path);
-    if (!bytes) {
+    if (!bytes || !mayBeOpened(*bytes)) {
         return nullptr;
     }
     const ComSession session;

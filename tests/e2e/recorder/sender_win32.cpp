@@ -1,5 +1,7 @@
 // What another program of the same desktop can say to the engine's main window:
 //   sender activate FILE   take the wheels of this file; the answer is the exit status, 1 for yes
+//   sender close           asks the layers to close, as whoever ends a program by its windows does
+//   sender stray           private messages that no worker of the engine has posted
 //   sender quit            end in good order
 
 #include <windows.h>
@@ -20,6 +22,24 @@ int activate(HWND engine, const std::wstring& file) {
     return static_cast<int>(SendMessageW(engine, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)));
 }
 
+int closeLayers() {
+    for (const wchar_t* const name : {L"RadialOverlayWheel", L"RadialOverlayGrid"}) {
+        if (PostMessageW(FindWindowW(name, nullptr), WM_CLOSE, 0, 0) == 0)
+            return noEngine;
+    }
+    return 0;
+}
+
+int sendStrays(HWND engine) {
+    for (const UINT message : {WM_APP + 5U, WM_APP + 6U, WM_APP + 8U}) {
+        for (const LPARAM made : {LPARAM{0}, LPARAM{0x1234}, static_cast<LPARAM>(0x7FFF12345678)}) {
+            if (PostMessageW(engine, message, 0, made) == 0)
+                return noEngine;
+        }
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -28,6 +48,10 @@ int main(int argc, char** argv) {
         return noEngine;
     if (std::strcmp(argv[1], "activate") == 0 && argc == 3)
         return activate(engine, std::wstring(argv[2], argv[2] + std::strlen(argv[2])));
+    if (std::strcmp(argv[1], "close") == 0)
+        return closeLayers();
+    if (std::strcmp(argv[1], "stray") == 0)
+        return sendStrays(engine);
     const DWORD thread = GetWindowThreadProcessId(engine, nullptr);
     return PostThreadMessageW(thread, WM_QUIT, 0, 0) != 0 ? 0 : noEngine;
 }

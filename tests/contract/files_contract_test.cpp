@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 
@@ -50,6 +51,30 @@ TEST_F(FilesContract, AFolderIsNoFile) {
     EXPECT_EQ(namesIn(folder), std::vector<std::string>{"folder"}) << "a temporary file was left";
 
     EXPECT_FALSE(replaceFileBytes(joinPath(joinPath(folder, u"absent"), u"file"), "text"));
+}
+
+TEST_F(FilesContract, AFileBeyondTheLimitIsNeitherReadNorWritten) {
+    const std::u16string path = joinPath(temporaryFolder(), u"long");
+    const std::string longest(longestFileBytes, 'x');
+    ASSERT_TRUE(replaceFileBytes(path, longest));
+    EXPECT_TRUE(readFileBytes(path) == longest);
+    EXPECT_FALSE(replaceFileBytes(path, longest + "x"));
+    EXPECT_TRUE(readFileBytes(path) == longest);
+
+    std::filesystem::resize_file(std::filesystem::path(path), longest.size() + 1);
+    EXPECT_FALSE(readFileBytes(path).has_value());
+}
+
+TEST_F(FilesContract, AFileWhoseNameLeavesNoRoomForATemporaryOneIsReplacedToo) {
+    const std::u16string folder = temporaryFolder();
+    const std::u16string path =
+        joinPath(folder, std::u16string(std::min<std::size_t>(255, 258 - folder.size()), u'n'));
+    for (const char* const bytes : {"first and longer", "second"}) {
+        ASSERT_TRUE(replaceFileBytes(path, bytes));
+        EXPECT_EQ(readFileBytes(path), bytes);
+    }
+    EXPECT_EQ(namesIn(folder).size(), 1u) << "a temporary file was left";
+    EXPECT_FALSE(replaceFileBytes(joinPath(folder, std::u16string(256, u'n')), "x"));
 }
 
 TEST_F(FilesContract, AReaderSeesTheOldContentOrTheNew) {

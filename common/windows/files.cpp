@@ -16,6 +16,8 @@ constexpr DWORD anySharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DEL
 constexpr int renameAttempts = 5;
 constexpr DWORD renamePauseMs = 20;
 
+constexpr DWORD quotaExceeded = 1295; // ERROR_DISK_QUOTA_EXCEEDED, which mingw's headers lack
+
 struct HandleCloser {
     void operator()(void* handle) const noexcept { CloseHandle(handle); }
 };
@@ -35,7 +37,7 @@ enum class Replacement {
 
 Replacement closedUnlessFull(DWORD error) {
     const bool isFull = error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL ||
-                        error == ERROR_DISK_QUOTA_EXCEEDED || error == ERROR_FILE_TOO_LARGE;
+                        error == quotaExceeded || error == ERROR_FILE_TOO_LARGE;
     return isFull ? Replacement::failed : Replacement::closed;
 }
 

@@ -156,14 +156,17 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path) {
 }
 
 bool replaceWholeFile(const std::filesystem::path& path, std::string_view bytes) {
-    if (bytes.size() > longestFileBytes) {
+    const std::wstring target = unlimitedPath(path.native());
+    const DWORD attributes = GetFileAttributesW(target.c_str());
+    const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
+    // Not left to the rename: a file that the user locked is to stay as it is, everywhere.
+    const bool isLocked = exists && (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) != 0;
+    if (isLocked || bytes.size() > longestFileBytes) {
         return false;
     }
-    const std::wstring target = unlimitedPath(path.native());
     const Replacement outcome = replaceByRename(target, bytes);
     if (outcome != Replacement::closed) {
         return outcome == Replacement::done;
     }
-    const bool exists = GetFileAttributesW(target.c_str()) != INVALID_FILE_ATTRIBUTES;
     return exists ? writeInPlace(target, bytes) : writeNew(target, bytes);
 }

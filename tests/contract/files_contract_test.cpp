@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <filesystem>
 
@@ -65,10 +64,12 @@ TEST_F(FilesContract, AFileBeyondTheLimitIsNeitherReadNorWritten) {
     EXPECT_FALSE(readFileBytes(path).has_value());
 }
 
+/// As long as the system allows: Windows counts the whole path, others the name.
 TEST_F(FilesContract, AFileWhoseNameLeavesNoRoomForATemporaryOneIsReplacedToo) {
     const std::u16string folder = temporaryFolder();
+    constexpr bool countsPaths = std::filesystem::path::preferred_separator == '\\';
     const std::u16string path =
-        joinPath(folder, std::u16string(std::min<std::size_t>(255, 258 - folder.size()), u'n'));
+        joinPath(folder, std::u16string(countsPaths ? 258 - folder.size() : 255, u'n'));
     for (const char* const bytes : {"first and longer", "second"}) {
         ASSERT_TRUE(replaceFileBytes(path, bytes));
         EXPECT_EQ(readFileBytes(path), bytes);

@@ -38,7 +38,7 @@ QString keepCopyOf(const QString& path, const QByteArray& bytes) {
     for (int number = 1;; ++number) {
         const QString name =
             QStringLiteral("%1-kopia-%2").arg(file.completeBaseName(), QString::number(number));
-        const QString copy = file.dir().filePath(name + ending);
+        QString copy = file.dir().filePath(name + ending);
         if (QFileInfo::exists(copy) || QFileInfo(copy).isSymLink())
             continue;
         if (!replaceFile(copy, bytes))

@@ -79,9 +79,9 @@ bool makeFolders(const std::string& folder) {
 }
 
 std::string decide() {
-    const std::string beside = executableFolder();
+    std::string beside = executableFolder();
     if (!isWritable(beside)) {
-        const std::string own = userDataFolder();
+        std::string own = userDataFolder();
         if (!own.empty() && makeFolders(own)) {
             return own;
         }

@@ -19,7 +19,7 @@ std::u16string keptFile(const std::u16string& folder, std::int64_t number) {
 /// The first such file in the folder that is there, or that is not; empty if there is none.
 std::u16string firstKeptFile(const std::u16string& folder, bool isThere) {
     for (std::int64_t number = 1; number <= mostKeptFiles; ++number) {
-        const std::u16string path = keptFile(folder, number);
+        std::u16string path = keptFile(folder, number);
         if (pathExists(path) == isThere)
             return path;
     }

@@ -3,6 +3,7 @@
 #   shell and licence    nothing of the engine but overlay.h
 #   the engine's logic   standard headers and the engine's own; no platform's folder, no operating system
 #   engine/platform/X    system headers, but no Qt
+#   common               nothing of either
 # Prints each offending line; fails if there is one.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -37,6 +38,8 @@ forbid "The engine's logic knows no particular platform" \
     '[<"](.*/)?platform/(windows|linux|simulated)/' "$logic" "$platforms"
 forbid "No Qt in the engine" '[<"]Q[A-Za-z]*[>"/]' engine/
 forbid "Neither shell nor licence belongs in the engine" '[<"](\.\./)*(shell|licence)/' engine/
+forbid "What both halves share knows neither" \
+    "[<\"](\\.\\./)*((engine|shell|licence|$engine_folders)/|Q)" common/
 forbid "Windows headers only in engine/platform/windows" \
     '[<"](windows|windowsx|winuser|objbase|shellapi|mmsystem|gdiplus[a-z]*|commctrl|uiautomation[a-z]*)\.h[>"]' \
     engine/ engine/platform/windows/

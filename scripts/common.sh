@@ -26,7 +26,7 @@ as_root() {
 
 # source_files: every C++ file of the project, relative to its root.
 source_files() {
-    (cd "$root" && find engine shell licence tests bench -name '*.cpp' -o -name '*.h' | sort)
+    (cd "$root" && find common engine shell licence tests bench -name '*.cpp' -o -name '*.h' | sort)
 }
 
 # with_lock file command...: one such command at a time; the lock ends with the process, however it ends.

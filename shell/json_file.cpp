@@ -1,13 +1,21 @@
 #include "shell/json_file.h"
 
+#include "common/files.h"
 #include "shell/data_folder.h"
+#include "shell/tolerant_json.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 namespace {
+
+/// By way of UTF-8, which every path takes: a path made of UTF-16 directly throws on a lone surrogate.
+std::filesystem::path nativePath(const QString& path) {
+    const QByteArray bytes = path.toUtf8();
+    return std::u8string(bytes.begin(), bytes.end());
+}
 
 QString configPath() {
     return dataFolder() + "/config.json";
@@ -15,24 +23,44 @@ QString configPath() {
 
 } // namespace
 
+std::optional<QByteArray> readFile(const QString& path) {
+    const std::optional<std::string> bytes = readWholeFile(nativePath(path));
+    return bytes ? std::optional(QByteArray::fromStdString(*bytes)) : std::nullopt;
+}
+
 bool replaceFile(const QString& path, const QByteArray& bytes) {
-    // A rename would get past the protection of a file that may not be written.
-    const QFileInfo existing(path);
-    if (existing.exists() && !existing.isWritable())
-        return false;
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    return file.write(bytes) == bytes.size() && file.commit();
+    return replaceWholeFile(nativePath(path), {bytes.constData(), static_cast<std::size_t>(bytes.size())});
+}
+
+QString keepCopyOf(const QString& path, const QByteArray& bytes) {
+    const QFileInfo file(path);
+    const QString ending = file.suffix().isEmpty() ? QString() : '.' + file.suffix();
+    for (int number = 1;; ++number) {
+        const QString name =
+            QStringLiteral("%1-kopia-%2").arg(file.completeBaseName(), QString::number(number));
+        QString copy = file.dir().filePath(name + ending);
+        if (QFileInfo::exists(copy) || QFileInfo(copy).isSymLink())
+            continue;
+        if (!replaceFile(copy, bytes))
+            return {};
+        QFile::setPermissions(copy, file.permissions());
+        return copy;
+    }
 }
 
 QJsonObject readConfigObject() {
-    QFile file(configPath());
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return QJsonDocument::fromJson(file.readAll()).object();
+    const QByteArray bytes = readFile(configPath()).value_or(QByteArray());
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    return document.isNull() ? QJsonDocument::fromJson(strictJson(bytes)).object() : document.object();
 }
 
 void writeConfigObject(const QJsonObject& object) {
-    replaceFile(configPath(), QJsonDocument(object).toJson());
+    const QString path = configPath();
+    const std::optional<QByteArray> old = readFile(path);
+    const bool holdsNothing = old ? old->trimmed().isEmpty() : !QFileInfo::exists(path);
+    const bool mayReplace =
+        holdsNothing ||
+        (old && (QJsonDocument::fromJson(*old).isObject() || !keepCopyOf(path, *old).isEmpty()));
+    if (mayReplace)
+        replaceFile(path, QJsonDocument(object).toJson());
 }

@@ -2,8 +2,6 @@
 
 #include "shell/json_file.h"
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -101,37 +99,16 @@ QJsonObject rootOf(const WheelDocument& document) {
     return {{"wheels", wheels}};
 }
 
-/// Copies the file to a name of its own beside it, which it gives; empty if that failed.
-QString keepCopyOf(const QFileInfo& file) {
-    const QString ending = file.suffix().isEmpty() ? QString() : '.' + file.suffix();
-    for (int number = 1;; ++number) {
-        const QString name =
-            QStringLiteral("%1-kopia-%2").arg(file.completeBaseName(), QString::number(number));
-        const QString copy = file.dir().filePath(name + ending);
-        if (QFile::copy(file.filePath(), copy))
-            return copy;
-        if (!QFile::exists(copy))
-            return {};
-    }
-}
-
-/// Empty if there is no such file, or none that can be read.
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 bool WheelDocument::load(const QString& filePath, QString* error) {
-    QFile file(filePath);
-    if (!file.open(QIODevice::ReadOnly)) {
+    const std::optional<QByteArray> bytes = readFile(filePath);
+    if (!bytes) {
         report(error, QStringLiteral("Nie można otworzyć pliku %1").arg(filePath));
         return false;
     }
     QJsonParseError fault;
-    const QByteArray bytes = file.readAll();
-    const QJsonDocument json = QJsonDocument::fromJson(bytes, &fault);
+    const QJsonDocument json = QJsonDocument::fromJson(*bytes, &fault);
     if (json.isNull() || !json.isObject()) {
         report(error, QStringLiteral("Błąd JSON: %1").arg(fault.errorString()));
         return false;
@@ -139,7 +116,7 @@ bool WheelDocument::load(const QString& filePath, QString* error) {
     const QJsonObject root = json.object();
     wheels.clear();
     path = filePath;
-    onDisk = bytes;
+    onDisk = *bytes;
     if (root["wheels"].isArray()) {
         multiWheel = true;
         for (const QJsonValue& wheel : root["wheels"].toArray())
@@ -156,14 +133,22 @@ bool WheelDocument::load(const QString& filePath, QString* error) {
     return true;
 }
 
+bool WheelDocument::keepWhatOthersWrote() {
+    if (onDisk.isNull())
+        return true;
+    const std::optional<QByteArray> found = readFile(path);
+    if (!found)
+        return !QFileInfo::exists(path);
+    if (found->isEmpty() || *found == onDisk)
+        return true;
+    keptCopy = keepCopyOf(path, *found);
+    return !keptCopy.isEmpty();
+}
+
 bool WheelDocument::save(QString* error) {
     keptCopy.clear();
-    const QByteArray found = contentOf(path);
-    const bool isForeign = !onDisk.isNull() && !found.isEmpty() && found != onDisk;
-    if (isForeign)
-        keptCopy = keepCopyOf(QFileInfo(path));
     const QByteArray bytes = QJsonDocument(rootOf(*this)).toJson();
-    if ((!isForeign || !keptCopy.isEmpty()) && replaceFile(path, bytes)) {
+    if (keepWhatOthersWrote() && replaceFile(path, bytes)) {
         onDisk = bytes;
         return true;
     }

@@ -57,6 +57,10 @@ struct WheelDocument {
 
     /// The new path stays even if saving fails.
     bool saveAs(const QString& filePath, QString* error);
+
+private:
+    /// False if the file holds what is not ours and could not be kept.
+    bool keepWhatOthersWrote();
 };
 
 EditorFunction functionFromJson(const QJsonObject& object);

@@ -7,10 +7,12 @@
 #include "editor/editor_controls.h"
 #include "editor/editor_form.h"
 #include "editor/editor_state.h"
+#include "editor/kept_edits.h"
 #include "files/settings_file.h"
 #include "files/wheel_files.h"
 #include "files/wheel_writer.h"
 #include "platform/editor_window.h"
+#include "platform/files.h"
 #include "platform/main_window.h"
 #include "platform/paths.h"
 #include "voice/phrase_table.h"
@@ -34,6 +36,8 @@ void replaceDocument(std::vector<Wheel> wheels, const std::u16string& path) {
     editorState.editorWheelIndex = 0;
     editorState.editorPath = path;
     editorState.editorDirty = false;
+    editorState.keptFile.clear();
+    editorState.isKeptInMemory = false;
     showNewDocument();
 }
 
@@ -93,7 +97,11 @@ void saveWheels(bool saveAs) {
     if (std::ranges::any_of(editorState.editorWheels,
                             [](const Wheel& wheel) { return wheel.actions.empty(); }))
         informInEditor(u"Uwaga: któreś koło nie ma żadnych funkcji — przy\nwczytywaniu zostanie pominięte.");
-    writeTextFile(editorState.editorPath, serializeWheels(editorState.editorWheels));
+    const std::string bytes = serializeWheels(editorState.editorWheels);
+    if (replaceFileBytes(editorState.editorPath, bytes))
+        dropKeptEdits();
+    else
+        keepEdits(bytes);
     editorState.editorDirty = false;
     refreshPathLabel();
     if (isFileOfEngine(editorState.editorPath))

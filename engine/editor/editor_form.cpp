@@ -5,6 +5,7 @@
 #include "editor/editor_commands.h"
 #include "editor/editor_controls.h"
 #include "editor/editor_state.h"
+#include "editor/kept_edits.h"
 #include "files/settings_file.h"
 #include "files/wheel_files.h"
 #include "files/wheel_writer.h"
@@ -25,11 +26,16 @@ void setText(std::int32_t id, const std::u16string& text) {
     setControlText(editorState.editorWindow, id, text);
 }
 
-/// Whatever the window held when it was last open is gone here.
+/// Whatever the window held when it was last open is gone here, but for what a failed save could not write.
 void loadEditorWheels() {
-    editorState.editorPath = joinPath(programFolder(), defaultWheelsFileName);
-    std::u16string problems; // shown to nobody on this road
-    loadWheelFile(editorState.editorPath, editorState.editorWheels, problems);
+    if (!editorState.isKeptInMemory) {
+        editorState.keptFile = findKeptEdits();
+        editorState.editorPath = editorState.keptFile.empty()
+                                     ? joinPath(programFolder(), defaultWheelsFileName)
+                                     : editorState.keptFile;
+        std::u16string problems; // shown to nobody on this road
+        loadWheelFile(editorState.editorPath, editorState.editorWheels, problems);
+    }
     if (editorState.editorWheels.empty())
         editorState.editorWheels = newEditorWheels();
     editorState.editorWheelIndex = 0;

@@ -8,7 +8,8 @@
 
 // The function editor's window: opening it, and what its form and lists show. Owner thread.
 
-/// Opens the editor on default.json, or brings an open one to the front with all that it holds.
+/// Opens the editor on default.json, or on edits that could not be saved, or brings an open one to the front
+/// with all that it holds.
 void openEditor();
 
 /// The form then belongs to no field.

@@ -16,6 +16,8 @@ struct EditorState {
     WheelAction editorField;            // the form's own copy of it, steps included
     std::u16string editorPath;          // file behind editorWheels; empty for one that has no name yet
     bool editorDirty = false;           // editorWheels has changes that are not saved
+    std::u16string keptFile;            // where editorWheels are kept, as a save failed; empty for nowhere
+    bool isKeptInMemory = false;        // a save of editorWheels failed, and no file could be made either
 };
 
 extern EditorState editorState;

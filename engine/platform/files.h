@@ -1,17 +1,21 @@
 #pragma once
 
+#include "common/files.h"
+
 #include <optional>
 #include <string>
 #include <vector>
 
-/// The bytes of a file, read with sharing allowed; empty optional when it cannot be opened. A read that stops
-/// early is not reported: what was read is the content. A folder cannot be opened. Any thread.
+// A file of more than longestFileBytes is neither read nor written.
+
+/// As readWholeFile.
 std::optional<std::string> readFileBytes(const std::u16string& path);
 
-/// Replaces the content of `path` as a whole: a temporary file beside it, flushed, then renamed over it, so
-/// that a crash or a full disk leaves the old file or the new, never a cut one. False when nothing was
-/// changed.
+/// As replaceWholeFile.
 bool replaceFileBytes(const std::u16string& path, const std::string& bytes);
+
+/// Quietly, also if there is none.
+void removeFile(const std::u16string& path);
 
 /// Whether the system can tell the attributes of `path`; any failure counts as absent.
 bool pathExists(const std::u16string& path);

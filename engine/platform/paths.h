@@ -4,8 +4,12 @@
 
 /// Folder of the engine's files, without a trailing separator: the folder of the running executable, "."
 /// where its path has no separator. On Linux, where that folder cannot be written (a system package), the
-/// user's data folder "rotika". Found anew at each call; independent of the current directory. Any thread.
+/// user's data folder "rotika", as decided at the first call. Independent of the current directory. Any
+/// thread.
 std::u16string programFolder();
+
+/// Where nobody but the user keeps files for a while, without a trailing separator.
+std::u16string folderOfTemporaryFiles();
 
 /// `folder`, the platform's separator, `name`.
 std::u16string joinPath(const std::u16string& folder, const std::u16string& name);

@@ -52,6 +52,32 @@ TEST_F(FilesContract, AFolderIsNoFile) {
     EXPECT_FALSE(replaceFileBytes(joinPath(joinPath(folder, u"absent"), u"file"), "text"));
 }
 
+TEST_F(FilesContract, AFileBeyondTheLimitIsNeitherReadNorWritten) {
+    const std::u16string path = joinPath(temporaryFolder(), u"long");
+    const std::string longest(longestFileBytes, 'x');
+    ASSERT_TRUE(replaceFileBytes(path, longest));
+    EXPECT_TRUE(readFileBytes(path) == longest);
+    EXPECT_FALSE(replaceFileBytes(path, longest + "x"));
+    EXPECT_TRUE(readFileBytes(path) == longest);
+
+    std::filesystem::resize_file(std::filesystem::path(path), longest.size() + 1);
+    EXPECT_FALSE(readFileBytes(path).has_value());
+}
+
+/// As long as the system allows: Windows counts the whole path, others the name.
+TEST_F(FilesContract, AFileWhoseNameLeavesNoRoomForATemporaryOneIsReplacedToo) {
+    const std::u16string folder = temporaryFolder();
+    constexpr bool countsPaths = std::filesystem::path::preferred_separator == '\\';
+    const std::u16string path =
+        joinPath(folder, std::u16string(countsPaths ? 258 - folder.size() : 255, u'n'));
+    for (const char* const bytes : {"first and longer", "second"}) {
+        ASSERT_TRUE(replaceFileBytes(path, bytes));
+        EXPECT_EQ(readFileBytes(path), bytes);
+    }
+    EXPECT_EQ(namesIn(folder).size(), 1u) << "a temporary file was left";
+    EXPECT_FALSE(replaceFileBytes(joinPath(folder, std::u16string(256, u'n')), "x"));
+}
+
 TEST_F(FilesContract, AReaderSeesTheOldContentOrTheNew) {
     const std::u16string path = joinPath(temporaryFolder(), u"shared");
     const std::string first(100'000, 'a');

@@ -57,6 +57,12 @@ protected:
         });
     }
 
+    /// In this process no file can grow beyond that size, as on a full disk.
+    static bool limitFileSize(rlim_t bytes) {
+        const rlimit limit{bytes, bytes};
+        return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && ::setrlimit(RLIMIT_FSIZE, &limit) == 0;
+    }
+
     fs::path folder = temporaryFolder();
 };
 
@@ -107,11 +113,7 @@ TEST_F(LinuxFiles, APipeNeitherHoldsTheReaderNorIsReplaced) {
 
 TEST_F(LinuxFiles, AFullDiskLeavesTheOldFileAndNothingBehind) {
     ASSERT_TRUE(write("file", "old"));
-    EXPECT_TRUE(inChild([this] {
-        const rlimit limit{4096, 4096};
-        std::signal(SIGXFSZ, SIG_IGN);
-        return ::setrlimit(RLIMIT_FSIZE, &limit) == 0 && !write("file", std::string(10'000, 'x'));
-    }));
+    EXPECT_TRUE(inChild([this] { return limitFileSize(4096) && !write("file", std::string(10'000, 'x')); }));
     EXPECT_EQ(read("file"), "old");
     EXPECT_EQ(fileCount(), 1);
 }
@@ -123,22 +125,43 @@ TEST_F(LinuxFiles, WhatIsReadOnlyIsLeftAloneAndAnUnreadableFileIsNone) {
     ASSERT_EQ(::chmod((folder / "secret").c_str(), 0), 0);
     EXPECT_TRUE(asOrdinaryUser(
         [this] { return !write("file", "new") && read("file") == "old" && !readFileBytes(path("secret")); }));
+}
 
-    ASSERT_EQ(::chmod((folder / "file").c_str(), 0644), 0);
+TEST_F(LinuxFiles, InAFolderWhereNothingMayBeMadeAFileIsWrittenInPlace) {
+    const std::string old(3000, 'o');
+    ASSERT_TRUE(write("file", old));
     ASSERT_EQ(::chmod(folder.c_str(), 0555), 0);
-    EXPECT_TRUE(asOrdinaryUser([this] { return !write("file", "new") && !write("other", "new"); }));
-    EXPECT_EQ(read("file"), "old");
-    EXPECT_EQ(fileCount(), 2);
+    EXPECT_TRUE(asOrdinaryUser([this] { return write("file", "shorter") && !write("other", "new"); }));
+    EXPECT_EQ(read("file"), "shorter");
+    EXPECT_TRUE(asOrdinaryUser([&] { return write("file", old); }));
+    EXPECT_EQ(read("file"), old);
+    // The old bytes have kept their room on the disk, and are put back.
+    EXPECT_TRUE(inChild([this] {
+        return asOrdinaryUser(
+            [this] { return limitFileSize(4096) && !write("file", std::string(10'000, 'x')); });
+    }));
+    EXPECT_EQ(read("file"), old);
+    EXPECT_EQ(fileCount(), 1);
     ASSERT_EQ(::chmod(folder.c_str(), 0755), 0);
 }
 
-TEST_F(LinuxFiles, TheLongestNameCanBeReplaced) {
-    const std::string name(255, 'n');
-    EXPECT_TRUE(write(name, "old"));
-    EXPECT_TRUE(write(name, "new"));
-    EXPECT_EQ(read(name), "new");
-    EXPECT_FALSE(write(name + "n", "x"));
-    EXPECT_EQ(fileCount(), 1);
+/// Between the two questions the other answer becomes the right one: for the owner of the program's folder
+/// by its mode, for anybody else by the variable.
+TEST_F(LinuxFiles, TheFolderOfTheProgramIsDecidedOnce) {
+    EXPECT_TRUE(inChild([this] {
+        return asOrdinaryUser([this] {
+            const fs::path program = fs::read_symlink("/proc/self/exe").parent_path();
+            const fs::perms mode = fs::status(program).permissions();
+            std::error_code ignored;
+            ::setenv("XDG_DATA_HOME", (folder / "one").c_str(), 1);
+            const std::u16string before = programFolder();
+            ::setenv("XDG_DATA_HOME", (folder / "two").c_str(), 1);
+            fs::permissions(program, fs::perms::owner_read | fs::perms::owner_exec, ignored);
+            const std::u16string after = programFolder();
+            fs::permissions(program, mode, ignored);
+            return after == before;
+        });
+    }));
 }
 
 TEST_F(LinuxFiles, FilesOfTheKernelThatSayTheyAreEmptyAreReadToTheirEnd) {

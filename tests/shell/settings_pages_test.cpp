@@ -89,6 +89,38 @@ TEST_F(SettingsPagesTest, ABoxTakesEffectInTheEngineAndTheStatusFollowsWithinOne
     EXPECT_EQ(config()["toggleKey"], "F9") << "keys of other pages stay";
 }
 
+/// Kept beside it: what Qt's reader refuses. Taken over: what the engine reads all the same.
+TEST_F(SettingsPagesTest, ABoxLosesNothingOfAFileThatQtCannotRead) {
+    const struct {
+        QByteArray text;
+        QByteArray kept; // of the settings, beside the two of the page
+    } cases[] = {
+        {R"({"toggleKey":"F9",})", "{}"},
+        {"{\"toggleKey\":\"F9", "{}"},
+        {"[1]", "{}"},
+        {R"({"sendDelay":+5,"keyHold":007,"x":[-.5,1.,1e,--5,1-2,1e999,true]})",
+         R"({"sendDelay":5,"keyHold":7,"x":[-0.5,1,1,0,1,1e300,true]})"},
+        {"{\"voiceModel\":\"a\tb\\u12G4\",\"toggleKey\":\"\\\"\\n\\u0107\"}",
+         R"({"voiceModel":"a\tb\u0012","toggleKey":"\"\nć"})"},
+    };
+    const QString copy = beside("config-kopia-1.json");
+    for (const auto& each : cases) {
+        write("config.json", each.text);
+        VoicePage page({});
+        for (int click = 0; click < 2; ++click)
+            page.findChild<QCheckBox*>()->click();
+        QJsonObject expected = QJsonDocument::fromJson(each.kept).object();
+        expected["voiceEnabled"] = true;
+        expected["voiceGlobal"] = true;
+        EXPECT_EQ(config(), expected) << each.text.toStdString();
+        QFile file(copy);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(file.readAll(), each.text);
+        EXPECT_FALSE(QFile::exists(beside("config-kopia-2.json")));
+        file.remove();
+    }
+}
+
 TEST_F(SettingsPagesTest, TheDwellIsReadAsTheEngineReadsItAndZeroMeansAClick) {
     for (const auto& [text, shown] :
          {std::pair{"1250.7", 1250}, {"-4", 0}, {"1e12", 3000}, {"\"5\"", 900}, {"", 900}}) {

@@ -1,3 +1,4 @@
+#include "common/files.h"
 #include "shell/wheel_document.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +9,7 @@
 #include <QTemporaryDir>
 #ifndef _WIN32
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
 #endif
@@ -90,9 +92,17 @@ TEST_F(WheelDocumentTest, RefusesAFileWithAReasonAndOnlyThen) {
         EXPECT_TRUE(error.startsWith(beginning)) << error.toStdString();
         EXPECT_FALSE(document.load(folder.filePath("kola.json"), nullptr));
     }
-    const QString missing = folder.filePath("nie ma.json");
-    EXPECT_FALSE(document.load(missing, &error));
-    EXPECT_EQ(error, "Nie można otworzyć pliku " + missing);
+    const QString tooLong = folder.filePath("za długi.json");
+    EXPECT_TRUE(QFile(fileWith("{")).rename(tooLong) && QFile::resize(tooLong, longestFileBytes + 1));
+    QStringList unreadable{folder.filePath("nie ma.json"), folder.path(), tooLong};
+#ifndef _WIN32
+    unreadable.append(folder.filePath("potok"));
+    EXPECT_EQ(mkfifo(QFile::encodeName(unreadable.last()).constData(), 0600), 0);
+#endif
+    for (const QString& path : unreadable) {
+        EXPECT_FALSE(document.load(path, &error));
+        EXPECT_EQ(error, "Nie można otworzyć pliku " + path);
+    }
 }
 
 TEST_F(WheelDocumentTest, KeepsTheOldFileWhenItCannotBeReplaced) {
@@ -145,20 +155,22 @@ TEST_F(WheelDocumentTest, KeepsWhatAnotherProgramHasWrittenMeanwhile) {
 TEST_F(WheelDocumentTest, AFullDiskLeavesTheOldFileWholeAndSaysSo) {
     WheelDocument document;
     ASSERT_TRUE(document.load(fileWith(R"({"actions":[]})"), nullptr));
-    document.wheels[0].actions.resize(1000);
     rlimit limit{};
     getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit full{4096, limit.rlim_max};
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &full);
-    QString error;
-    const bool isSaved = document.save(&error);
-    setrlimit(RLIMIT_FSIZE, &limit);
+    for (const int functions : {1, 1000}) { // within one buffer, and beyond
+        document.wheels[0].actions.resize(functions);
+        const rlimit full{20, limit.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &full);
+        QString error;
+        const bool isSaved = document.save(&error);
+        setrlimit(RLIMIT_FSIZE, &limit);
+        EXPECT_FALSE(isSaved) << functions;
+        EXPECT_EQ(error, "Nie można zapisać pliku " + document.path);
+        EXPECT_EQ(bytesOf(document.path), R"({"actions":[]})");
+    }
     std::signal(SIGXFSZ, handler);
-
-    EXPECT_FALSE(isSaved);
-    EXPECT_EQ(error, "Nie można zapisać pliku " + document.path);
-    EXPECT_EQ(bytesOf(document.path), R"({"actions":[]})");
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList({"kola.json"}));
     EXPECT_TRUE(document.save(nullptr)); // once there is room
 }
 #endif

@@ -354,6 +354,49 @@ TEST_F(Editor, OnlySavingOverTheEnginesOwnFilesPutsThemIntoForce) {
     EXPECT_FALSE(editorState.editorDirty);
 }
 
+/// A save that fails looks like one that did not, but the next opening shows what was to be saved.
+TEST_F(Editor, WhatCouldNotBeWrittenIsKeptAndOpenedNextTime) {
+    open();
+    const std::string saved = "1: (bez nazwy)|2: Drugie";
+    const std::string unsaved = saved + "|3: Koło 3";
+    const auto saveAs = [this](const std::string& name) {
+        editor.pickedFiles = {folder.path(name)};
+        editor.press(saveAsButton);
+        EXPECT_FALSE(editorState.editorDirty);
+    };
+    const auto expectOnReopening = [this](const std::string& rows, const std::string& name) {
+        editor.closeWindow();
+        desktop.mainHandlers->editorRequested();
+        EXPECT_EQ(editor.rows(wheelList), rows);
+        EXPECT_EQ(editor.text(pathLabel), folder.at(name).string());
+    };
+    std::filesystem::create_directory(folder.at("temp"));
+    setSimulatedTemporaryFolder(folder.path("temp"));
+    editor.press(addWheelButton);
+    editor.press(addFieldButton);
+    saveAs("temp"); // no file can take the place of a folder
+    expectOnReopening(unsaved, "niezapisane-kola-1.json");
+    saveAs("inne.json");
+    expectOnReopening(saved, "default.json");
+
+    editor.press(addWheelButton);
+    editor.press(addFieldButton);
+    setSimulatedProgramFolder(folder.path("missing"));
+    saveAs("temp");
+    expectOnReopening(unsaved, "temp/niezapisane-kola-1.json");
+    editor.press(newButton);
+    saveAs("inne.json"); // another document
+    expectOnReopening(unsaved, "temp/niezapisane-kola-1.json");
+    setSimulatedProgramFolder(folder.path());
+
+    setSimulatedDiskRoom(0);
+    saveAs("inne.json");
+    std::filesystem::remove_all(folder.at("temp"));
+    expectOnReopening(unsaved, "inne.json"); // nowhere but in memory
+    editor.press(newButton);
+    expectOnReopening(saved, "default.json");
+}
+
 TEST_F(Editor, ShortensThePathOfAnIconInTheFolderOfTheProgram) {
     open();
     editor.choose(fieldList, 0);

@@ -31,15 +31,20 @@ fs::path resolveLinks(fs::path path) {
     return path;
 }
 
-bool writeAll(const fs::path& path, const std::string& bytes) {
+enum class Written { whole, notAtAll, cut };
+
+Written writeAll(const fs::path& path, const std::string& bytes) {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    if (!file) {
+        return Written::notAtAll;
+    }
     const std::size_t fits = diskRoom ? std::min(*diskRoom, bytes.size()) : bytes.size();
     if (diskRoom) {
         *diskRoom -= fits;
     }
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(bytes.data(), static_cast<std::streamsize>(fits));
     file.close();
-    return file.good() && fits == bytes.size();
+    return file.good() && fits == bytes.size() ? Written::whole : Written::cut;
 }
 
 } // namespace
@@ -47,7 +52,7 @@ bool writeAll(const fs::path& path, const std::string& bytes) {
 std::optional<std::string> readFileBytes(const std::u16string& path) {
     const fs::path native = nativePath(path);
     std::error_code error;
-    if (!fs::is_regular_file(native, error)) {
+    if (!fs::is_regular_file(native, error) || fs::file_size(native, error) > longestFileBytes) {
         return std::nullopt;
     }
     std::ifstream file(native, std::ios::binary);
@@ -61,12 +66,16 @@ bool replaceFileBytes(const std::u16string& path, const std::string& bytes) {
     const fs::path target = resolveLinks(nativePath(path));
     std::error_code error;
     const fs::file_status old = fs::status(target, error);
-    if (fs::exists(old) && !fs::is_regular_file(old)) {
+    if (bytes.size() > longestFileBytes || (fs::exists(old) && !fs::is_regular_file(old))) {
         return false;
     }
     fs::path temporary = target;
     temporary += ".tmp";
-    bool replaced = writeAll(temporary, bytes);
+    const Written written = writeAll(temporary, bytes);
+    if (written == Written::notAtAll) { // in place, where a full disk is not simulated
+        return writeAll(target, bytes) == Written::whole;
+    }
+    bool replaced = written == Written::whole;
     if (replaced && fs::exists(old)) {
         fs::permissions(temporary, old.permissions(), error);
     }
@@ -78,6 +87,11 @@ bool replaceFileBytes(const std::u16string& path, const std::string& bytes) {
         fs::remove(temporary, error);
     }
     return replaced;
+}
+
+void removeFile(const std::u16string& path) {
+    std::error_code ignored;
+    fs::remove(nativePath(path), ignored);
 }
 
 bool pathExists(const std::u16string& path) {

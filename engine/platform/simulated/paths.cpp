@@ -13,12 +13,18 @@ constexpr auto separator = static_cast<char16_t>(std::filesystem::path::preferre
 
 std::mutex folderLock;
 std::u16string folderInForce = nowhere;
+std::u16string temporaryFolderInForce = nowhere;
 
 } // namespace
 
 std::u16string programFolder() {
     const std::lock_guard lock(folderLock);
     return folderInForce;
+}
+
+std::u16string folderOfTemporaryFiles() {
+    const std::lock_guard lock(folderLock);
+    return temporaryFolderInForce;
 }
 
 std::u16string joinPath(const std::u16string& folder, const std::u16string& name) {
@@ -34,8 +40,14 @@ void setSimulatedProgramFolder(const std::u16string& folder) {
     folderInForce = folder;
 }
 
+void setSimulatedTemporaryFolder(const std::u16string& folder) {
+    const std::lock_guard lock(folderLock);
+    temporaryFolderInForce = folder;
+}
+
 void resetSimulatedFiles() {
     setSimulatedProgramFolder(nowhere);
+    setSimulatedTemporaryFolder(nowhere);
     setSimulatedDiskRoom(std::nullopt);
     resetSimulatedLayout();
 }

@@ -12,6 +12,9 @@
 /// that forgets it writes nowhere.
 void setSimulatedProgramFolder(const std::u16string& folder);
 
+/// The same of folderOfTemporaryFiles().
+void setSimulatedTemporaryFolder(const std::u16string& folder);
+
 /// A disk with room for this many more bytes; a write that does not fit stops there and fails. Empty: no
 /// limit.
 void setSimulatedDiskRoom(std::optional<std::size_t> bytes);
@@ -22,5 +25,5 @@ void setSimulatedLayoutKey(char16_t character, std::uint16_t keyAndShift);
 
 void resetSimulatedLayout();
 
-/// No folder, no limit, the first layout.
+/// No folders, no limit, the first layout.
 void resetSimulatedFiles();

@@ -12,6 +12,15 @@ std::u16string programFolder() {
     return separator == std::u16string::npos ? u"." : path.substr(0, separator);
 }
 
+std::u16string folderOfTemporaryFiles() {
+    std::array<wchar_t, MAX_PATH + 1> buffer{};
+    DWORD length = GetTempPathW(static_cast<DWORD>(buffer.size()), buffer.data());
+    while (length > 0 && buffer[length - 1] == L'\\') {
+        --length;
+    }
+    return {reinterpret_cast<const char16_t*>(buffer.data()), length};
+}
+
 std::u16string joinPath(const std::u16string& folder, const std::u16string& name) {
     return folder + u'\\' + name;
 }

@@ -4,11 +4,9 @@ import signal
 
 import pytest
 
-from desk.desk import TOGGLE_KEY, field
+from desk.desk import ALT, CONTROL, SHIFT, TOGGLE_KEY, field
 from desk.hands import LEFT, RIGHT, place_cursor
 from desk.waiting import holds_within, wait_for
-
-CONTROL = 4  # the modifier's bit in an event's state
 
 
 def hold(key, milliseconds=0):
@@ -104,11 +102,12 @@ def test_the_toggle_key_works_after_its_keyboard_was_unplugged_while_it_was_down
 # Modifiers
 
 
-@pytest.mark.parametrize("modifiers", [("ctrl",), ("shift", "alt")])
+@pytest.mark.parametrize("modifiers", [{"ctrl": CONTROL}, {"shift": SHIFT, "alt": ALT}], ids=" ".join)
 def test_a_modifier_that_a_function_holds_does_not_lock_the_wheel(desk, modifiers):
     desk.start(field(*((key, "hold") for key in modifiers)), field(*((key, "release") for key in modifiers)))
     desk.choose(0)
     wait_for("the modifiers to be down", lambda: len(desk.display.keys_down()) == len(modifiers))
+    desk.wait_for_hot_key_with(*modifiers.values())
     desk.choose(1)
     wait_for("the modifiers to be up", lambda: not desk.display.keys_down())
     assert TOGGLE_KEY not in pressed_letters(desk)
@@ -128,6 +127,7 @@ def test_a_modifier_that_the_person_holds_goes_to_the_program_with_the_key(desk,
     assert not desk.wheel()
     desk.keyboard.release("Control_L")
     if program_holds:
+        desk.wait_for_hot_key_with(SHIFT)
         desk.choose(1)
         desk.recorder.wait_for("key-up Shift_L")
 

@@ -12,7 +12,7 @@ import time
 from collections import Counter
 from pathlib import Path
 
-from desk.desk import TOGGLE_KEY, Desk, field
+from desk.desk import CONTROL, TOGGLE_KEY, Desk, field
 from desk.hands import place_cursor
 from desk.session_lock import Locker
 from desk.waiting import DeskError, holds_within, wait_for
@@ -29,6 +29,7 @@ FIELDS = [field("a"), field("lmb"), field("a", "ppm", ("b", "click", 3)), field(
           field(("w", "hold")), field(("w", "release")), field(("ctrl", "hold"), ("lmb", "hold")),
           field(("ctrl", "release"), ("lmb", "release")), field()]
 HOLDS = {7: 8, 9: 10}  # a field that leaves something down, and the one that lets go
+HOLDS_CONTROL = 9
 
 
 class Round:
@@ -95,6 +96,8 @@ class Round:
         self.desk.wait_until_closed()
         if index in HOLDS:
             self.owed.add(HOLDS[index])
+        if index == HOLDS_CONTROL:
+            self.desk.wait_for_hot_key_with(CONTROL)
 
     def wait_until_steady(self):
         """Toggles and what a stall has delayed may still be on their way."""
@@ -188,6 +191,9 @@ class Round:
             self.desk.keyboard.tap(TOGGLE_KEY)
         assert not holds_within(0.1, self.desk.wheel), "the wheel opened over the locker"
         self.locker.say(False)
+        # The bus tells the program in its own time; until then the key does nothing.
+        wait_for("the wheel after the lock", lambda: self.desk.keyboard.tap(TOGGLE_KEY) or
+                 holds_within(0.3, self.desk.wheel))
 
     def stalls(self):
         """Stopped for a moment or past the guard's patience, in whatever state, with input meanwhile."""

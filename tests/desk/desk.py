@@ -18,6 +18,7 @@ from desk.x11 import save_png
 LAYER = (588, 460)
 CENTRE = (294, 230)
 TOGGLE_KEY = "x"
+SHIFT, CONTROL, ALT = 1, 4, 8  # the modifiers' bits in an event's state
 
 
 def field(*steps, **more):
@@ -123,6 +124,11 @@ class Desk:
         self.mouse.move(x - self.virtual[0], y - self.virtual[1])
         self.virtual = (x, y)
         wait_for(f"the virtual cursor on field {index}", lambda: self.wheel_cursor_is_at(x, y))
+
+    def wait_for_hot_key_with(self, *modifiers):
+        """Until the toggle key works beside modifiers that a function holds: a moment after they are down."""
+        wait_for("the toggle key with the modifiers to be the program's",
+                 lambda: self.display.key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
 
     def choose(self, index):
         self.open_wheel()

@@ -75,9 +75,10 @@ for library, name, result in (
 xtest.XTestFakeDeviceMotionEvent.argtypes = [c_void_p, c_void_p, c_int, c_int, POINTER(c_int), c_int, c_ulong]
 
 # A window may go between being listed and being asked about: such errors are nobody's fault.
+errors = []
 ERROR_HANDLER = ctypes.CFUNCTYPE(c_int, c_void_p, c_void_p)
-ignore_error = ERROR_HANDLER(lambda display, error: 0)
-xlib.XSetErrorHandler(ignore_error)
+note_error = ERROR_HANDLER(lambda display, error: errors.append(error) or 0)
+xlib.XSetErrorHandler(note_error)
 
 
 def bits_set(octets):
@@ -233,6 +234,15 @@ class Display:
         if not code:
             raise ValueError(f"the keyboard has no key {keysym_name}")
         return code
+
+    def key_is_taken(self, keysym_name, modifiers):
+        """Whether a program has this key, with these modifiers' bits, as its hot key."""
+        code = self.keycode(keysym_name)
+        before = len(errors)
+        xlib.XGrabKey(self.handle, code, modifiers, self.root, 0, 1, 1)
+        xlib.XUngrabKey(self.handle, code, modifiers, self.root)
+        self.sync()
+        return len(errors) > before
 
     def follow_keyboard_changes(self):
         event = Event()

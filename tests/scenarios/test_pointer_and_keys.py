@@ -4,11 +4,9 @@ import signal
 
 import pytest
 
-from desk.desk import TOGGLE_KEY, field
+from desk.desk import ALT, CONTROL, SHIFT, TOGGLE_KEY, field
 from desk.hands import LEFT, RIGHT, place_cursor
 from desk.waiting import holds_within, wait_for
-
-CONTROL = 4  # the modifier's bit in an event's state
 
 
 def hold(key, milliseconds=0):
@@ -104,20 +102,12 @@ def test_the_toggle_key_works_after_its_keyboard_was_unplugged_while_it_was_down
 # Modifiers
 
 
-def open_under_held_modifiers(desk):
-    """The toggle key follows what the program holds some milliseconds after the window has seen it."""
-    wait_for("the wheel", lambda: desk.keyboard.tap(TOGGLE_KEY) or holds_within(0.3, desk.wheel))
-    desk.wait_until_open()
-
-
-@pytest.mark.parametrize("modifiers", [("ctrl",), ("shift", "alt")])
+@pytest.mark.parametrize("modifiers", [{"ctrl": CONTROL}, {"shift": SHIFT, "alt": ALT}], ids=" ".join)
 def test_a_modifier_that_a_function_holds_does_not_lock_the_wheel(desk, modifiers):
     desk.start(field(*((key, "hold") for key in modifiers)), field(*((key, "release") for key in modifiers)))
     desk.choose(0)
     wait_for("the modifiers to be down", lambda: len(desk.display.keys_down()) == len(modifiers))
-    open_under_held_modifiers(desk)
-    desk.close_wheel()
-    desk.recorder.mark()
+    desk.wait_for_hot_key_with(*modifiers.values())
     desk.choose(1)
     wait_for("the modifiers to be up", lambda: not desk.display.keys_down())
     assert TOGGLE_KEY not in pressed_letters(desk)
@@ -129,9 +119,6 @@ def test_a_modifier_that_the_person_holds_goes_to_the_program_with_the_key(desk,
     if program_holds:
         desk.choose(0)
         desk.recorder.wait_for("key-down Shift_L")
-        open_under_held_modifiers(desk)
-        desk.close_wheel()
-        desk.recorder.mark()
     desk.keyboard.press("Control_L")
     desk.keyboard.tap(TOGGLE_KEY)
     desk.recorder.wait_for(f"key-up {TOGGLE_KEY}")
@@ -140,8 +127,9 @@ def test_a_modifier_that_the_person_holds_goes_to_the_program_with_the_key(desk,
     assert not desk.wheel()
     desk.keyboard.release("Control_L")
     if program_holds:
+        desk.wait_for_hot_key_with(SHIFT)
         desk.choose(1)
-        wait_for("shift to be up", lambda: not desk.display.keys_down())
+        desk.recorder.wait_for("key-up Shift_L")
 
 
 def test_what_was_pressed_is_what_is_released_after_a_layout_change(desk):
@@ -150,7 +138,7 @@ def test_what_was_pressed_is_what_is_released_after_a_layout_change(desk):
     desk.recorder.wait_for("key-down y")
     desk.screen.run("setxkbmap", "de")
     wait_for("y to be up again", lambda: not desk.display.keys_down(), 3)
-    down, up = (record for record in desk.recorder.since_mark("key-down", "key-up") if record.name != TOGGLE_KEY)
+    down, up = desk.recorder.since_mark("key-down", "key-up")
     assert up.code == down.code
 
 

@@ -38,7 +38,7 @@ def test_a_stalled_program_lets_go_of_the_mouse(stalled):
     assert not holds_within(0.3, desk.mouse_is_held), "the mouse was grabbed again"
     desk.open_wheel()
     desk.close_wheel()
-    assert desk.recorder.presses() == ["button-down left", "button-up left"]
+    assert [text for text in desk.recorder.presses() if "key-up" not in text] == ["button-down left", "button-up left"]
 
 
 def test_a_stalled_program_lets_go_of_the_keyboard(stalled):

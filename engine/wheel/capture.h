@@ -2,8 +2,8 @@
 
 // Opening and closing the wheel. Owner thread.
 
-/// Paints the closed wheel as the next opening will show it: fonts, shapes and the layer's memory are then ready,
-/// and the first opening is as fast as the later ones.
+/// Paints the closed wheel as the next opening will show it: fonts, shapes and the layer's memory are then
+/// ready, and the first opening is as fast as the later ones.
 void prepareWheel();
 
 /// Opens the wheel on the monitor of the real cursor and takes the mouse away from all programs. Never called

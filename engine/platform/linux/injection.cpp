@@ -160,6 +160,9 @@ gboolean followHeldKeys(gpointer) {
     static const bool isListening = (addRawKeyHandler(onRawKey), true);
     (void)isListening;
     listenToRawKeys(ListeningReason::keyIsLeftDown, !keysLeftDown().empty());
+    for (const auto& [virtualKey, key] : keysLeftDown())
+        if (!isKeyDown(key.code)) // tapped before anybody listened
+            releaseKey(ownerDisplay(), virtualKey, key.code);
     followHeldModifiers();
     return G_SOURCE_REMOVE;
 }

@@ -105,16 +105,18 @@ void onGuardDeath(GPid child, gint /*status*/, gpointer) {
 
 void launchGuard() {
     int ends[2] = {-1, -1};
-    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
+    // A stream: of packets a system may keep as few as ten that have not been read yet.
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
         return;
+    // What is held stands in the socket before its reader exists: we may be killed at any moment.
+    adoptSocket(ends[0]);
+    guard().startedAt = Clock::now();
     const pid_t child = spawnGuard(guardPath(), ends[1]);
     close(ends[1]);
     if (child == 0) {
-        close(ends[0]);
+        adoptSocket(-1);
         return;
     }
-    guard().startedAt = Clock::now();
-    adoptSocket(ends[0]);
     GSource* watch = g_child_watch_source_new(child);
     g_source_set_callback(watch, G_SOURCE_FUNC(onGuardDeath), nullptr, nullptr);
     g_source_attach(watch, ownerContext());

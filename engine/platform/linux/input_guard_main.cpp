@@ -144,7 +144,7 @@ void Guard::followProgram() {
             continue;
         }
         GuardRecord record;
-        const ssize_t received = recv(STDIN_FILENO, &record, sizeof record, 0);
+        const ssize_t received = recv(STDIN_FILENO, &record, sizeof record, MSG_WAITALL);
         if (received < 0 && errno == EINTR)
             continue;
         if (received != sizeof record)

@@ -114,13 +114,15 @@ DWORD pauseAfter(ULONGLONG lifeMs, DWORD lastPauseMs) {
     return lifeMs >= shortLifeMs ? 0 : std::clamp(2 * lastPauseMs, firstPauseMs, longestPauseMs);
 }
 
-/// Follows each guard that dies by a new one, to the end of this process. A thread of its own: starting a
-/// program may take its time.
+/// Follows each guard that dies, or could not be started, by a new one, to the end of this process. A thread
+/// of its own: starting a program may take its time.
 void replaceDeadGuards(KernelHandle guard) noexcept {
     DWORD pauseMs = 0;
-    while (guard) {
+    while (true) {
         const ULONGLONG startedAt = GetTickCount64();
-        WaitForSingleObject(guard.get(), INFINITE);
+        if (guard) {
+            WaitForSingleObject(guard.get(), INFINITE);
+        }
         pauseMs = pauseAfter(GetTickCount64() - startedAt, pauseMs);
         Sleep(pauseMs);
         // The system ends the guard with the session, and lets no program start any more.
@@ -134,9 +136,7 @@ void replaceDeadGuards(KernelHandle guard) noexcept {
 } // namespace
 
 void startInputGuard() {
-    if (const HANDLE guard = startGuard().release(); guard != nullptr) {
-        startDetachedThread([guard] { replaceDeadGuards(KernelHandle(guard)); });
-    }
+    startDetachedThread([guard = startGuard().release()] { replaceDeadGuards(KernelHandle(guard)); });
 }
 
 void tellInputGuard(const GuardRecord& record) {

@@ -61,7 +61,7 @@ class Round:
     def restart(self):
         self.desk.end_program()
         self.desk.start(*FIELDS, cursor=PLACE, sendDelay=0, keyHold=20)
-        self.was_killed = self.is_odd = False
+        self.was_killed = self.wants_restart = False
 
     def begin(self, chance):
         self.chance = chance
@@ -226,15 +226,17 @@ class Round:
         if self.chance.random() < 0.4:
             dead = self.desk.kill_guard()
             # Time enough for a new one; both gone within milliseconds cannot be helped.
-            assert holds_within(3, lambda: self.desk.guard() not in (None, dead)), "no new guard came"
+            assert holds_within(3, lambda: self.desk.new_guard_is_ready(dead)), "no new guard came"
         self.desk.kill_program()
         self.was_killed = True
         if way == "held":
             self.desk.keyboard.tap("w")  # held on purpose: the person's own tap lets go
 
     def guard_deaths(self):
-        self.desk.kill_guard()
+        dead = self.desk.kill_guard()
         self.choose_any()
+        assert holds_within(3, lambda: self.desk.new_guard_is_ready(dead)), "no new guard came"
+        self.wants_restart = True  # guards that die young may be started less and less often
 
     def shell(self):
         """Random keys and clicks in the program's own window, the disk full in half of the rounds."""
@@ -320,7 +322,7 @@ class Round:
         if not self.screen_is_whole:
             self.desk.screen.set_monitors()
             self.desk.screen.set_mode(*self.desk.screen.size)
-        if self.was_killed:
+        if self.was_killed or self.wants_restart:
             self.restart()
 
 

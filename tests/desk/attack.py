@@ -26,7 +26,7 @@ MODES = ((800, 600), (1024, 768), (1280, 720))
 # Field by field: what it does, and the keysym and button that it leaves down.
 FIELDS = [field("a"), field("lmb"), field("a", "ppm", ("b", "click", 3)), field(("shift", "hold", 400), "c"),
           field(("y", "hold", 600)), field(("lmb", "hold", 300)), field({"open": "no-such-program"}, "f13"),
-          field(("w", "hold")), field(("w", "release")), field(("ctrl", "hold"), ("lmb", "hold")),
+          field(("w", "hold")), field(("w", "release")), field(("lmb", "hold"), ("ctrl", "hold")),
           field(("ctrl", "release"), ("lmb", "release")), field()]
 HOLDS = {7: 8, 9: 10}  # a field that leaves something down, and the one that lets go
 HOLDS_CONTROL = 9

@@ -97,7 +97,8 @@ class Round:
         if index in HOLDS:
             self.owed.add(HOLDS[index])
         if index in MODIFIERS:
-            self.desk.wait_for_hot_key_with(MODIFIERS[index])
+            held = {MODIFIERS[index]} | ({CONTROL} if 10 in self.owed else set())
+            self.desk.wait_for_hot_key_with(*held)
 
     def wait_until_steady(self):
         """Toggles and what a stall has delayed may still be on their way."""

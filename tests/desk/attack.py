@@ -12,7 +12,7 @@ import time
 from collections import Counter
 from pathlib import Path
 
-from desk.desk import CONTROL, TOGGLE_KEY, Desk, field
+from desk.desk import CONTROL, SHIFT, TOGGLE_KEY, Desk, field
 from desk.hands import place_cursor
 from desk.session_lock import Locker
 from desk.waiting import DeskError, holds_within, wait_for
@@ -26,10 +26,10 @@ MODES = ((800, 600), (1024, 768), (1280, 720))
 # Field by field: what it does, and the keysym and button that it leaves down.
 FIELDS = [field("a"), field("lmb"), field("a", "ppm", ("b", "click", 3)), field(("shift", "hold", 400), "c"),
           field(("y", "hold", 600)), field(("lmb", "hold", 300)), field({"open": "no-such-program"}, "f13"),
-          field(("w", "hold")), field(("w", "release")), field(("ctrl", "hold"), ("lmb", "hold")),
+          field(("w", "hold")), field(("w", "release")), field(("lmb", "hold"), ("ctrl", "hold")),
           field(("ctrl", "release"), ("lmb", "release")), field()]
 HOLDS = {7: 8, 9: 10}  # a field that leaves something down, and the one that lets go
-HOLDS_CONTROL = 9
+MODIFIERS = {3: SHIFT, 9: CONTROL}  # that a field holds last or for a time
 
 
 class Round:
@@ -61,7 +61,7 @@ class Round:
     def restart(self):
         self.desk.end_program()
         self.desk.start(*FIELDS, cursor=PLACE, sendDelay=0, keyHold=20)
-        self.was_killed = self.is_odd = False
+        self.was_killed = self.wants_restart = False
 
     def begin(self, chance):
         self.chance = chance
@@ -96,8 +96,9 @@ class Round:
         self.desk.wait_until_closed()
         if index in HOLDS:
             self.owed.add(HOLDS[index])
-        if index == HOLDS_CONTROL:
-            self.desk.wait_for_hot_key_with(CONTROL)
+        if index in MODIFIERS:
+            held = {MODIFIERS[index]} | ({CONTROL} if 10 in self.owed else set())
+            self.desk.wait_for_hot_key_with(*held)
 
     def wait_until_steady(self):
         """Toggles and what a stall has delayed may still be on their way."""
@@ -115,7 +116,8 @@ class Round:
                 self.desk.mouse.move(1, 1)
                 self.place = None  # it may have been given back in between
         self.wait_until_steady()
-        assert bool(self.desk.wheel()) == bool(count % 2), f"{count} toggles, and the wheel is wrong"
+        is_right = holds_within(2, lambda: bool(self.desk.wheel()) == bool(count % 2))
+        assert is_right, f"{count} toggles, and the wheel is wrong"
         if count % 2:
             self.wander()
             self.desk.keyboard.tap(TOGGLE_KEY)
@@ -181,6 +183,7 @@ class Round:
             screen.set_monitors(self.chance.choice(((0, 0, 640, 800), (640, 0, 640, 800), (0, 0, 700, 500))))
         self.desk.keyboard.tap(TOGGLE_KEY)  # it may be what opens it again
         self.is_settled = False
+        self.wants_restart = True  # the way back of the monitors would close the next round's wheel
 
     def locks(self):
         if self.chance.random() < 0.7:
@@ -226,15 +229,17 @@ class Round:
         if self.chance.random() < 0.4:
             dead = self.desk.kill_guard()
             # Time enough for a new one; both gone within milliseconds cannot be helped.
-            assert holds_within(3, lambda: self.desk.guard() not in (None, dead)), "no new guard came"
+            assert holds_within(3, lambda: self.desk.new_guard_is_ready(dead)), "no new guard came"
         self.desk.kill_program()
         self.was_killed = True
         if way == "held":
             self.desk.keyboard.tap("w")  # held on purpose: the person's own tap lets go
 
     def guard_deaths(self):
-        self.desk.kill_guard()
+        dead = self.desk.kill_guard()
         self.choose_any()
+        assert holds_within(3, lambda: self.desk.new_guard_is_ready(dead)), "no new guard came"
+        self.wants_restart = True  # guards that die young may be started less and less often
 
     def shell(self):
         """Random keys and clicks in the program's own window, the disk full in half of the rounds."""
@@ -320,7 +325,7 @@ class Round:
         if not self.screen_is_whole:
             self.desk.screen.set_monitors()
             self.desk.screen.set_mode(*self.desk.screen.size)
-        if self.was_killed:
+        if self.was_killed or self.wants_restart:
             self.restart()
 
 

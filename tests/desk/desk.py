@@ -147,6 +147,16 @@ class Desk:
                 return int(child)
         return None
 
+    def new_guard_is_ready(self, dead):
+        """It has been started, told what is held, and has the screen."""
+        guard = self.guard()
+        if guard in (None, dead):
+            return False
+        try:
+            return sum("socket" in os.readlink(link) for link in Path(f"/proc/{guard}/fd").iterdir()) >= 2
+        except OSError:
+            return False
+
     def kill_program(self):
         self.program.kill()
         self.program.wait()

@@ -239,8 +239,10 @@ class Display:
         """Whether a program has this key, with these modifiers' bits, as its hot key."""
         code = self.keycode(keysym_name)
         before = len(errors)
+        xlib.XGrabServer(self.handle)  # or the question itself might come before the program's own grab
         xlib.XGrabKey(self.handle, code, modifiers, self.root, 0, 1, 1)
         xlib.XUngrabKey(self.handle, code, modifiers, self.root)
+        xlib.XUngrabServer(self.handle)
         self.sync()
         return len(errors) > before
 

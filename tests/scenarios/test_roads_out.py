@@ -67,7 +67,7 @@ def test_a_death_with_the_guard_dead_before_lets_go_of_the_key(desk):
     desk.choose(0)
     desk.recorder.wait_for("key-down Shift_L")
     dead = desk.kill_guard()
-    holds_within(3, lambda: desk.guard() not in (None, dead))
+    holds_within(3, lambda: desk.new_guard_is_ready(dead))
     desk.kill_program()
     wait_for("shift to be up", lambda: not desk.display.keys_down(), 2)
 

@@ -17,6 +17,10 @@ std::filesystem::path nativePath(const QString& path) {
     return std::u8string(bytes.begin(), bytes.end());
 }
 
+QJsonObject takenOver(const QByteArray& bytes) {
+    return QJsonDocument::fromJson(strictJson(bytes)).object();
+}
+
 QString configPath() {
     return dataFolder() + "/config.json";
 }
@@ -51,7 +55,7 @@ QString keepCopyOf(const QString& path, const QByteArray& bytes) {
 QJsonObject readConfigObject() {
     const QByteArray bytes = readFile(configPath()).value_or(QByteArray());
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
-    return document.isNull() ? QJsonDocument::fromJson(strictJson(bytes)).object() : document.object();
+    return document.isNull() ? takenOver(bytes) : document.object();
 }
 
 void writeConfigObject(const QJsonObject& object) {
@@ -59,8 +63,8 @@ void writeConfigObject(const QJsonObject& object) {
     const std::optional<QByteArray> old = readFile(path);
     const bool holdsNothing = old ? old->trimmed().isEmpty() : !QFileInfo::exists(path);
     const bool mayReplace =
-        holdsNothing ||
-        (old && (QJsonDocument::fromJson(*old).isObject() || !keepCopyOf(path, *old).isEmpty()));
+        holdsNothing || (old && (QJsonDocument::fromJson(*old).isObject() ||
+                                 !keepCopyOf(path, *old).isEmpty() || !takenOver(*old).isEmpty()));
     if (mayReplace)
         replaceFile(path, QJsonDocument(object).toJson());
 }

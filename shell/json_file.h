@@ -22,5 +22,5 @@ QString keepCopyOf(const QString& path, const QByteArray& bytes);
 QJsonObject readConfigObject();
 
 /// Rewrites config.json. What Qt's reader refuses there is kept in a file beside it first. A file that cannot
-/// be read, copied or written is passed over without a word.
+/// be read or written, or neither understood nor kept, is passed over without a word.
 void writeConfigObject(const QJsonObject& object);

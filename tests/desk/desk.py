@@ -142,7 +142,10 @@ class Desk:
         """The process id of the living guard, or None."""
         children = Path(f"/proc/{self.program.pid}/task/{self.program.pid}/children").read_text().split()
         for child in children:
-            status = Path(f"/proc/{child}/stat").read_text().rpartition(")")
+            try:
+                status = Path(f"/proc/{child}/stat").read_text().rpartition(")")
+            except OSError:
+                continue  # gone meanwhile
             if "rotika-guard" in status[0] and status[2].split()[0] != "Z":
                 return int(child)
         return None

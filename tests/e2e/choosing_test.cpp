@@ -195,14 +195,15 @@ TEST_F(Choosing, TheButtonOfTheMainWindowOpensTheWheel) {
     s.startProgram();
     const PixelColor primary{0x18, 0x5F, 0xA5};
     std::optional<ScreenPoint> button;
-    // The window manager may still move the window: a button that shows the pointer over it is where it was
+    // The window manager may still move the window: a button that is lit by the pointer is where it was
     // found.
+    const PixelColor hovered{0x13, 0x4E, 0x88};
     waitFor("the button under the pointer", [&] {
         button = s.screen.eyes().findPlain(*s.mainWindow(), primary);
         if (button)
             placePointer(s.screen.eyes(), *button);
         return button && holdsWithin(std::chrono::milliseconds(500),
-                                     [&] { return s.screen.eyes().pixel(button->x, button->y) != primary; });
+                                     [&] { return s.screen.eyes().pixel(button->x, button->y) == hovered; });
     });
     s.openWheelAfter([&] { s.mouse->click(MouseButton::left); });
     keepPicture("wheel-over-main-window");

@@ -4,7 +4,6 @@
 
 #include <unistd.h>
 
-#include <atomic>
 #include <cstdio>
 #include <vector>
 
@@ -17,7 +16,7 @@ struct Connection {
     std::vector<EventHandler> handlers;
 };
 Connection connection;
-std::atomic<unsigned long> errorCount = 0;
+thread_local unsigned long errorCount = 0; // an error is read by the thread that waits for the server
 
 struct DisplaySource {
     GSource base;
@@ -42,6 +41,8 @@ gboolean dispatchDisplaySource(GSource*, GSourceFunc, gpointer) {
         XNextEvent(connection.display, &event);
         const bool hasCookie =
             event.type == GenericEvent && XGetEventData(connection.display, &event.xcookie) != 0;
+        if (event.type == MappingNotify)
+            XRefreshKeyboardMapping(&event.xmapping);
         for (const EventHandler handler : connection.handlers)
             if (handler(event))
                 break;
@@ -64,10 +65,8 @@ void attachDisplaySource() {
     g_source_unref(source);
 }
 
-/// Other threads have connections of their own, whose errors are not the owner's.
-int countError(Display* display, XErrorEvent*) {
-    if (display == connection.display)
-        ++errorCount;
+int countError(Display*, XErrorEvent*) {
+    ++errorCount;
     return 0;
 }
 
@@ -144,13 +143,13 @@ int fixesEventBase() {
     return connection.fixesEventBase;
 }
 
-ErrorTrap::ErrorTrap() : before(errorCount) {}
+ErrorTrap::ErrorTrap(Display* connection) : display(connection), before(errorCount) {}
 ErrorTrap::~ErrorTrap() {
-    XSync(connection.display, 0);
+    XSync(display, 0);
 }
 
 bool ErrorTrap::hasFailed() const {
-    XSync(connection.display, 0);
+    XSync(display, 0);
     return errorCount != before;
 }
 

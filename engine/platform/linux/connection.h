@@ -22,10 +22,11 @@ void addEventHandler(EventHandler handler);
 int xinputOpcode();
 int fixesEventBase();
 
-/// Swallows X errors of the owner's connection while it lives, and knows whether there was one.
+/// Swallows X errors of requests that this thread sends while it lives, and knows whether there was one. Any
+/// thread; no other one may use the connection meanwhile.
 class ErrorTrap {
 public:
-    ErrorTrap();
+    explicit ErrorTrap(Display* connection = ownerDisplay());
     ~ErrorTrap();
     ErrorTrap(const ErrorTrap&) = delete;
     ErrorTrap& operator=(const ErrorTrap&) = delete;
@@ -34,6 +35,7 @@ public:
     bool hasFailed() const;
 
 private:
+    Display* display;
     unsigned long before;
 };
 

@@ -1,16 +1,33 @@
 #include "platform/hot_key.h"
 
+#include "platform/threads.h"
+
 #include "platform/linux/connection.h"
+#include "platform/linux/glib_handles.h"
 #include "platform/linux/held_keys.h"
 #include "platform/linux/hot_key_events.h"
 #include "platform/linux/key_positions.h"
 #include "platform/linux/raw_keys.h"
 
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <chrono>
+#include <mutex>
 #include <set>
 #include <vector>
 
+// The server gives the whole keyboard to us while a grabbed key goes down, until we give it back. What other
+// keys do meanwhile never reaches the program in front, so the time must be short: hot keys have a connection
+// and a thread of their own, which no painting holds up. The thread only passes presses on to the owner
+// thread.
+
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 struct HotKey {
     int id = 0;
@@ -22,13 +39,25 @@ struct HotKey {
 
 constexpr int unknownDevice = -1; // its raw press came before anybody listened
 
-std::vector<HotKey> hotKeys;
-unsigned int heldModifiers = 0; // those that the program itself holds down
-void (*pressHandler)(int id) noexcept = nullptr;
+struct HotKeys {
+    std::mutex mutex; // held for all below and for every use of the connection
+    Display* display = nullptr;
+    std::vector<HotKey> keys;
+    unsigned int heldModifiers = 0; // those that the program itself holds down
+    int wakeUp = -1;                // the owner thread may have read events that the thread waits for
+};
+
+/// Never destroyed: its thread lives as long as the process.
+HotKeys& hotKeys() {
+    static HotKeys* const instance = new HotKeys;
+    return *instance;
+}
+
+void (*pressHandler)(int id) noexcept = nullptr; // owner thread
 
 /// The modifier bit that a key has on this keyboard, 0 if none.
-unsigned int modifierOf(KeyCode code) {
-    XModifierKeymap* map = XGetModifierMapping(ownerDisplay());
+unsigned int modifierOf(Display* display, KeyCode code) {
+    XModifierKeymap* map = XGetModifierMapping(display);
     unsigned int found = 0;
     for (int i = 0; code != 0 && map != nullptr && i < 8 * map->max_keypermod; ++i)
         if (map->modifiermap[i] == code)
@@ -39,9 +68,9 @@ unsigned int modifierOf(KeyCode code) {
 }
 
 /// Every combination of the lock keys: the toggle key works in every Caps, Num and Scroll Lock state.
-std::vector<unsigned int> lockCombinations() {
-    const auto modifierOfKeysym = [](KeySym lockKey) {
-        return modifierOf(XKeysymToKeycode(ownerDisplay(), lockKey));
+std::vector<unsigned int> lockCombinations(Display* display) {
+    const auto modifierOfKeysym = [display](KeySym lockKey) {
+        return modifierOf(display, XKeysymToKeycode(display, lockKey));
     };
     std::vector<unsigned int> combinations{0};
     for (const unsigned int lock :
@@ -55,126 +84,210 @@ std::vector<unsigned int> lockCombinations() {
     return combinations;
 }
 
-void grabWith(KeyCode code, unsigned int modifiers) {
-    for (const unsigned int combination : lockCombinations())
-        XGrabKey(ownerDisplay(), code, combination | modifiers, rootWindow(), 0, GrabModeAsync,
+void grabWith(Display* display, KeyCode code, unsigned int modifiers) {
+    for (const unsigned int combination : lockCombinations(display))
+        XGrabKey(display, code, combination | modifiers, DefaultRootWindow(display), 0, GrabModeAsync,
                  GrabModeAsync);
 }
 
-void ungrab(HotKey& key) {
+void ungrab(Display* display, HotKey& key) {
     if (key.keycode != 0)
-        XUngrabKey(ownerDisplay(), key.keycode, AnyModifier, rootWindow());
+        XUngrabKey(display, key.keycode, AnyModifier, DefaultRootWindow(display));
     key.keycode = 0;
 }
 
-bool grab(HotKey& key) {
-    key.keycode = keycodeOfHotKey(ownerDisplay(), key.virtualKey);
+/// False when another program holds the key or the keyboard has none for it.
+bool grab(HotKeys& all, HotKey& key) {
+    key.keycode = keycodeOfHotKey(all.display, key.virtualKey);
     if (key.keycode == 0)
         return false;
-    const ErrorTrap trap; // BadAccess: another program holds it
-    grabWith(key.keycode, 0);
+    const ErrorTrap trap(all.display); // BadAccess: another program holds it
+    grabWith(all.display, key.keycode, 0);
     if (!trap.hasFailed()) {
-        if (heldModifiers != 0)
-            grabWith(key.keycode, heldModifiers);
+        if (all.heldModifiers != 0)
+            grabWith(all.display, key.keycode, all.heldModifiers);
         return true;
     }
-    ungrab(key);
+    ungrab(all.display, key);
     return false;
 }
 
 /// A new layout or keyboard may have put the key elsewhere.
-void grabAnew() {
-    for (HotKey& key : hotKeys) {
-        if (keycodeOfHotKey(ownerDisplay(), key.virtualKey) == key.keycode)
+void grabAnew(HotKeys& all) {
+    for (HotKey& key : all.keys) {
+        if (keycodeOfHotKey(all.display, key.virtualKey) == key.keycode)
             continue;
-        ungrab(key);
-        grab(key);
+        ungrab(all.display, key);
+        grab(all, key);
     }
 }
 
-void noteHolders(HotKey& key, bool hasFired) {
+void noteHolders(HotKeys& all, HotKey& key, bool hasFired) {
     key.hasFired = hasFired;
-    listenToRawKeys(ListeningReason::hotKeyIsDown, std::ranges::any_of(hotKeys, &HotKey::hasFired));
+    if (!hasFired)
+        key.holders.clear();
+    selectRawKeys(all.display, std::ranges::any_of(all.keys, &HotKey::hasFired));
 }
 
-/// The server gives the whole keyboard to us while a grabbed key is down: it goes back at once, or keys
-/// released meanwhile would stay down for the program in front. The release of the hot key itself is then
-/// heard of by its raw event; the program sees that release without its press, which means nothing to it.
-bool handlePress(const XKeyEvent& event) {
-    const auto key = std::ranges::find(hotKeys, event.keycode, &HotKey::keycode);
-    if (key == hotKeys.end())
-        return false;
-    XUngrabKeyboard(ownerDisplay(), CurrentTime);
-    XFlush(ownerDisplay());
-    if (key->hasFired || pressHandler == nullptr)
-        return true; // an auto-repeat
-    if (key->holders.empty())
-        key->holders.insert(unknownDevice);
-    noteHolders(*key, true);
-    const KeyCode code = key->keycode;
-    pressHandler(key->id); // may unregister keys
-    for (HotKey& pressed : hotKeys) {
-        if (pressed.keycode != code || isKeyDown(code))
-            continue; // else it was released before anybody listened
-        pressed.holders.clear();
-        noteHolders(pressed, false);
+struct Press {
+    int id = 0;
+    Clock::time_point at;
+};
+
+// A press that the owner thread could not hear of in time is not made up for: nobody waits for it any more.
+constexpr std::chrono::seconds longestDelay{2};
+
+gboolean deliverPress(gpointer data) {
+    const std::unique_ptr<Press> press(static_cast<Press*>(data));
+    if (pressHandler != nullptr && Clock::now() - press->at < longestDelay)
+        pressHandler(press->id);
+    return G_SOURCE_REMOVE;
+}
+
+void postPress(int id) {
+    GSource* source = g_idle_source_new();
+    g_source_set_priority(source, G_PRIORITY_DEFAULT - 1);
+    g_source_set_callback(source, deliverPress, new Press{id, Clock::now()}, nullptr);
+    g_source_attach(source, ownerContext());
+    g_source_unref(source);
+}
+
+/// The raw events are asked for before the keyboard is given back: the key's release then comes by one of the
+/// two roads. The program in front sees that release without its press, which means nothing to it.
+void handlePress(HotKeys& all, const XKeyEvent& event) {
+    const auto key = std::ranges::find(all.keys, event.keycode, &HotKey::keycode);
+    const bool isNew = key != all.keys.end() && !key->hasFired; // else an auto-repeat
+    if (isNew) {
+        if (key->holders.empty())
+            key->holders.insert(unknownDevice);
+        noteHolders(all, *key, true);
     }
+    XUngrabKeyboard(all.display, CurrentTime);
+    XFlush(all.display);
+    if (isNew)
+        postPress(key->id);
+}
+
+/// Another key was let go before the keyboard was given back, and would stay down for the program in front.
+void passReleaseOn(Display* display, XKeyEvent event) {
+    int revertTo = 0;
+    XGetInputFocus(display, &event.window, &revertTo);
+    const ErrorTrap trap(display); // the window may go
+    XSendEvent(display, InputFocus, 1, KeyReleaseMask, reinterpret_cast<XEvent*>(&event));
+}
+
+void handleRelease(HotKeys& all, const XKeyEvent& event) {
+    const auto key = std::ranges::find(all.keys, event.keycode, &HotKey::keycode);
+    if (key != all.keys.end())
+        noteHolders(all, *key, false);
+    else
+        passReleaseOn(all.display, event);
+}
+
+void handleRawKey(HotKeys& all, const RawKey& raw) {
+    const auto key = std::ranges::find(all.keys, raw.code, &HotKey::keycode);
+    if (key == all.keys.end())
+        return;
+    if (raw.isPress)
+        key->holders.insert(raw.device);
+    else if (key->holders.erase(raw.device) == 0)
+        key->holders.erase(unknownDevice);
+    if (key->holders.empty())
+        noteHolders(all, *key, false);
+}
+
+void handleEvent(HotKeys& all, XEvent& event) {
+    if (event.type == KeyPress) {
+        handlePress(all, event.xkey);
+    } else if (event.type == KeyRelease) {
+        handleRelease(all, event.xkey);
+    } else if (event.type == MappingNotify) {
+        XRefreshKeyboardMapping(&event.xmapping);
+        grabAnew(all);
+    } else if (event.type == GenericEvent && XGetEventData(all.display, &event.xcookie) != 0) {
+        if (const auto raw = rawKeyOf(event))
+            handleRawKey(all, *raw);
+        XFreeEventData(all.display, &event.xcookie);
+    }
+}
+
+[[noreturn]] void listen() noexcept {
+    HotKeys& all = hotKeys();
+    std::array<pollfd, 2> inputs{{{ConnectionNumber(all.display), POLLIN, 0}, {all.wakeUp, POLLIN, 0}}};
+    while (true) {
+        {
+            const std::lock_guard lock(all.mutex);
+            while (XPending(all.display) > 0) {
+                XEvent event;
+                XNextEvent(all.display, &event);
+                handleEvent(all, event);
+            }
+        }
+        poll(inputs.data(), inputs.size(), -1);
+        eventfd_t ignored = 0;
+        if ((inputs[1].revents & POLLIN) != 0)
+            eventfd_read(all.wakeUp, &ignored);
+    }
+}
+
+/// The mutex is held.
+bool startListening(HotKeys& all) {
+    if (all.display != nullptr)
+        return true;
+    all.display = ownerDisplay() == nullptr ? nullptr : XOpenDisplay(nullptr);
+    if (all.display == nullptr)
+        return false;
+    all.wakeUp = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    int major = 2;
+    int minor = 2;
+    XIQueryVersion(all.display, &major, &minor);
+    // A held key then repeats as presses alone.
+    XkbSetDetectableAutoRepeat(all.display, 1, nullptr);
+    startDetachedThread(listen);
     return true;
 }
 
-void onRawKey(KeyCode code, int device, bool isPress) {
-    for (HotKey& key : hotKeys) {
-        if (key.keycode != code)
-            continue;
-        if (isPress)
-            key.holders.insert(device);
-        else if (key.holders.erase(device) == 0)
-            key.holders.erase(unknownDevice);
-        if (key.holders.empty())
-            noteHolders(key, false);
+/// For the owner thread: the connection's events may have been read here.
+class OwnersTurn {
+public:
+    OwnersTurn() : lock(hotKeys().mutex) {}
+    OwnersTurn(const OwnersTurn&) = delete;
+    OwnersTurn& operator=(const OwnersTurn&) = delete;
+    ~OwnersTurn() {
+        if (hotKeys().display == nullptr)
+            return;
+        XFlush(hotKeys().display);
+        eventfd_write(hotKeys().wakeUp, 1);
     }
-}
 
-bool handleKeyEvent(XEvent& event) {
-    if (event.type == KeyPress)
-        return handlePress(event.xkey);
-    if (event.type == MappingNotify) {
-        XRefreshKeyboardMapping(&event.xmapping);
-        grabAnew();
-    }
-    return false;
-}
-
-void startListening() {
-    static const bool isListening = [] {
-        // A held key then repeats as presses alone, so that a press after a press is a repeat.
-        XkbSetDetectableAutoRepeat(ownerDisplay(), 1, nullptr);
-        addEventHandler(handleKeyEvent);
-        addRawKeyHandler(onRawKey);
-        return true;
-    }();
-    (void)isListening;
-}
+private:
+    std::lock_guard<std::mutex> lock;
+};
 
 } // namespace
 
 void followHeldModifiers() {
+    const OwnersTurn turn;
+    HotKeys& all = hotKeys();
+    if (all.display == nullptr)
+        return;
     unsigned int now = 0;
     for (const KeyCode code : heldKeycodes())
-        now |= modifierOf(code);
-    if (now == heldModifiers)
+        now |= modifierOf(all.display, code);
+    if (now == all.heldModifiers)
         return;
-    const ErrorTrap trap; // another program may hold a combination
-    for (const HotKey& key : hotKeys) {
+    const ErrorTrap trap(all.display); // another program may hold a combination
+    for (const HotKey& key : all.keys) {
         if (key.keycode == 0)
             continue;
-        for (const unsigned int combination : lockCombinations())
-            if (heldModifiers != 0)
-                XUngrabKey(ownerDisplay(), key.keycode, combination | heldModifiers, rootWindow());
+        for (const unsigned int combination : lockCombinations(all.display))
+            if (all.heldModifiers != 0)
+                XUngrabKey(all.display, key.keycode, combination | all.heldModifiers,
+                           DefaultRootWindow(all.display));
         if (now != 0)
-            grabWith(key.keycode, now);
+            grabWith(all.display, key.keycode, now);
     }
-    heldModifiers = now;
+    all.heldModifiers = now;
 }
 
 void setHotKeyHandler(void (*handler)(int id) noexcept) {
@@ -182,21 +295,22 @@ void setHotKeyHandler(void (*handler)(int id) noexcept) {
 }
 
 bool registerHotKey(WindowHandle, int id, std::uint16_t virtualKey) {
-    if (ownerDisplay() == nullptr)
-        return false;
-    startListening();
+    const OwnersTurn turn;
+    HotKeys& all = hotKeys();
     HotKey key{id, virtualKey, 0, false, {}};
-    if (!grab(key))
+    if (!startListening(all) || !grab(all, key))
         return false;
-    hotKeys.push_back(key);
+    all.keys.push_back(key);
     return true;
 }
 
 void unregisterHotKey(WindowHandle, int id) {
-    for (HotKey& key : hotKeys)
+    const OwnersTurn turn;
+    HotKeys& all = hotKeys();
+    for (HotKey& key : all.keys)
         if (key.id == id)
-            ungrab(key);
-    std::erase_if(hotKeys, [id](const HotKey& key) { return key.id == id; });
-    if (ownerDisplay() != nullptr)
-        XFlush(ownerDisplay());
+            ungrab(all.display, key);
+    std::erase_if(all.keys, [id](const HotKey& key) { return key.id == id; });
+    if (all.display != nullptr)
+        XSync(all.display, 0);
 }

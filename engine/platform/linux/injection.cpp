@@ -118,6 +118,11 @@ HeldKey forgetHeld(std::uint16_t virtualKey) {
 }
 
 void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMotion motion) {
+    // XTest's own keyboard may still have it down, left by a program that has died and undone by the person
+    // since then; the server would drop the press.
+    if (!isKeyDown(display, code))
+        XTestFakeKeyEvent(display, code, 0, CurrentTime);
+    XSync(display, 0);
     // A key held by XTest would repeat, and go on repeating after we have died: unlike on Windows, where an
     // injected press is one press.
     if (noteHeld(virtualKey, {code, motion == InputMotion::downAndLeft}))
@@ -149,19 +154,23 @@ std::vector<std::pair<std::uint16_t, HeldKey>> keysLeftDown() {
 
 /// The person has tapped a key that a function left down: for the programs it is released now, so it is let
 /// go of.
-void onRawKey(KeyCode code, int /*device*/, bool isPress) {
+bool handleRawKey(XEvent& event) {
+    const auto raw = rawKeyOf(event);
+    if (!raw)
+        return false;
     for (const auto& [virtualKey, key] : keysLeftDown())
-        if (key.code == code && !isPress)
-            releaseKey(ownerDisplay(), virtualKey, code);
+        if (key.code == raw->code && !raw->isPress)
+            releaseKey(ownerDisplay(), virtualKey, key.code);
+    return true;
 }
 
 /// What the owner thread does about the keys that are held now.
 gboolean followHeldKeys(gpointer) {
-    static const bool isListening = (addRawKeyHandler(onRawKey), true);
+    static const bool isListening = (addEventHandler(handleRawKey), true);
     (void)isListening;
-    listenToRawKeys(ListeningReason::keyIsLeftDown, !keysLeftDown().empty());
+    selectRawKeys(ownerDisplay(), !keysLeftDown().empty());
     for (const auto& [virtualKey, key] : keysLeftDown())
-        if (!isKeyDown(key.code)) // tapped before anybody listened
+        if (!isKeyDown(ownerDisplay(), key.code)) // tapped before anybody listened
             releaseKey(ownerDisplay(), virtualKey, key.code);
     followHeldModifiers();
     return G_SOURCE_REMOVE;

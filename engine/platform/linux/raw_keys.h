@@ -2,18 +2,22 @@
 
 #include "platform/linux/x11.h"
 
-// Raw presses and releases of all keyboards, whoever has the focus or a grab. They are asked for only while
-// somebody needs them, so that people's typing is not listened to otherwise. Owner thread.
+#include <optional>
 
-/// `device` is the slave that sent it. Auto-repeats are not among them. Owner thread.
-using RawKeyHandler = void (*)(KeyCode code, int device, bool isPress);
+// Raw presses and releases of all keyboards, whoever has the focus or a grab; auto-repeats are not among
+// them. They are asked for only while they are needed, so that people's typing is not listened to otherwise.
+// Each on its own connection.
 
-/// Called for each press and release while any reason for listening stands. Lives for the whole process.
-void addRawKeyHandler(RawKeyHandler handler);
+struct RawKey {
+    KeyCode code = 0;
+    int device = 0; // the slave that sent it
+    bool isPress = false;
+};
 
-enum class ListeningReason : unsigned { hotKeyIsDown = 1, keyIsLeftDown = 2 };
+void selectRawKeys(Display* display, bool isOn);
 
-void listenToRawKeys(ListeningReason reason, bool isOn);
+/// Empty for any other event. The event's data has been fetched.
+std::optional<RawKey> rawKeyOf(const XEvent& event);
 
 /// Whether the key is down now, as the server sees it.
-bool isKeyDown(KeyCode code);
+bool isKeyDown(Display* display, KeyCode code);

@@ -10,6 +10,7 @@
 #include "core/voice_commands.h"
 #include "editor/editor_form.h"
 #include "platform/hot_key.h"
+#include "platform/screen_saver.h"
 #include "platform/tray.h"
 #include "pointing/element_labels.h"
 #include "pointing/grid.h"
@@ -145,10 +146,13 @@ void onVoiceSkipped(std::intptr_t payload) {
     showTrayBalloon(u"Rotika — komendy głosowe", cutTo(text, balloonTextLength), BalloonIcon::warning);
 }
 
-/// What was said. Behind a locked screen nobody can see what a word would do.
+/// What was said. Behind a locked screen nobody can see what a word would do. A screen saver counts as a lock
+/// too, and somebody who has only words must be able to end it.
 void onSpoken(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) {
-    if (engineState.sessionLocked)
+    if (engineState.sessionLocked) {
+        wakeScreen();
         return;
+    }
     if (message == MsgVoiceCommand)
         onVoiceCommand(static_cast<std::int32_t>(wParam));
     else if (message == MsgVoiceField)

@@ -186,9 +186,9 @@ class Round:
         self.wants_restart = True  # the way back of the monitors would close the next round's wheel
 
     def locks(self):
-        if self.chance.random() < 0.7:
-            self.desk.open_wheel()
+        self.desk.open_wheel()
         self.locker.say(True)
+        # It closes when the program has heard: from then on the key does nothing.
         wait_for("the wheel to close with the session", lambda: not self.desk.wheel(), 3)
         for _ in range(self.chance.randrange(3)):
             self.desk.keyboard.tap(TOGGLE_KEY)
@@ -299,15 +299,14 @@ class Round:
     def check(self):
         desk = self.desk
         but = () if self.was_killed else ("silent",)
-        desk.is_clean_within(SETTLE_S, but)
         if self.place not in (None, desk.display.cursor()):
             raise DeskError(f"the cursor was at {self.place} and is at {desk.display.cursor()}")
-        if left := desk.leftovers(but):
+        if left := desk.leftovers(but, SETTLE_S):
             raise DeskError(f"left behind: {left}")
         typed = {record.name for record in desk.recorder.since_mark("key-down", "key-repeat")}
         if TOGGLE_KEY in typed and not self.was_killed:
             raise DeskError("the toggle key's letter reached the window")
-        if desk.recorder.down:
+        if not holds_within(SETTLE_S, lambda: desk.recorder.all() and not desk.recorder.down):
             raise DeskError(f"the window never saw these go up: {desk.recorder.down}")
         self.check_files()
         said = (desk.screen.folder / "rotika.log").read_text(errors="replace")

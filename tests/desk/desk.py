@@ -186,19 +186,18 @@ class Desk:
         self.mouse.move(3, 3)
         return self.display.cursor()[0] - x, self.display.cursor()[1] - y
 
-    def leftovers(self, but=()):
-        """What is floating, down or silent that was not before, and a cursor that is not free, as texts."""
+    def not_as_before(self, but=()):
         now = self.state()
-        found = [f"{what}: {sorted(now[what] - self.before[what])}"
-                 for what in now if what not in but and now[what] - self.before[what]]
-        moved = self.next_motion()
-        return found + ([] if moved == (3, 3) else [f"a motion of 3, 3 moved the cursor by {moved}"])
+        return [f"{what}: {sorted(now[what] - self.before[what])}"
+                for what in now if what not in but and now[what] - self.before[what]]
 
-    def is_clean_within(self, seconds, but=()):
-        """Leftovers that do not go within the time; the cursor is asked once, since every motion settles it."""
-        now = holds_within(seconds, lambda: all(not (value - self.before[what]) for what, value in
-                                                self.state().items() if what not in but))
-        return now
+    def leftovers(self, but=(), seconds=2):
+        """What is floating, down or silent that was not before and does not go within the time, and a cursor that
+        is not free, as texts. A function that is still running may press and release in between."""
+        is_clean = holds_within(seconds, lambda: not self.not_as_before(but))
+        found = [] if is_clean else self.not_as_before(but)
+        moved = self.next_motion()  # asked once, since every motion settles it
+        return found + ([] if moved == (3, 3) else [f"a motion of 3, 3 moved the cursor by {moved}"])
 
     def keep(self, folder, name):
         """Screenshot, records and the program's log, for a failure."""

@@ -33,16 +33,11 @@ def desk(request):
         yield made
         left = []
         if not made.wheel():  # with the wheel open the mouse is rightly held
-            left += leftovers(made, but=("silent",))
+            left += made.leftovers(but=("silent",))
         made.end_program()
-        left += leftovers(made)
+        left += made.leftovers()
         if left or request.node.has_failed:
             made.keep(Path(request.config.getoption("artefacts")), request.node.name)
         assert not left, f"left behind: {left}"
     finally:
         made.close()
-
-
-def leftovers(made, but=()):
-    made.is_clean_within(2, but)
-    return made.leftovers(but)

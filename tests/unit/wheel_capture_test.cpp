@@ -161,6 +161,7 @@ constexpr Event tryEverythingLocked = [](EngineTest& t) {
     t.desktop.lockSession(true);
     for (const Event& event : {toggle, toggleByShell, voice<1>, voiceField<1>, voice<7>})
         event(t);
+    EXPECT_EQ(t.desktop.screenWakeUps, 3) << "a word is all that some people have to end a screen saver with";
 };
 constexpr Event changeMonitors = [](EngineTest& t) { t.desktop.changeMonitors({{0, 0, 800, 600}}); };
 constexpr Event askToClose = [](EngineTest& t) { t.desktop.askToClose("wheel"); };

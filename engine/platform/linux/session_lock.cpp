@@ -43,6 +43,7 @@ struct SessionLock {
     std::set<std::string> saying; // who says that the session is locked
     std::string sessionPath;      // of our session in logind, empty if unknown
     GSource* requestEnd = nullptr;
+    GDBusConnection* sessionBus = nullptr; // null: none, or not yet open
 };
 
 SessionLock& sessionLock() {
@@ -97,6 +98,7 @@ void onLockerWent(GDBusConnection*, const gchar* name, gpointer) noexcept {
 void watchLockers(GDBusConnection* bus) {
     if (bus == nullptr)
         return;
+    sessionLock().sessionBus = bus;
     for (const Locker& locker : lockers) {
         g_dbus_connection_signal_subscribe(bus, locker.name, locker.name, "ActiveChanged", nullptr, nullptr,
                                            G_DBUS_SIGNAL_FLAGS_NONE, onActiveChanged, nullptr, nullptr);
@@ -224,4 +226,17 @@ void watchSessionLock(void (*changed)(bool isLocked) noexcept) {
     const std::string sessionBus = sessionBusAddress();
     if (!sessionBus.empty())
         openOwnerBus(sessionBus, watchLockers);
+}
+
+void tellLockersOfActivity() {
+    if (sessionLock().sessionBus == nullptr)
+        return;
+    for (const Locker& locker : lockers) {
+        if (!sessionLock().saying.contains(locker.name))
+            continue;
+        for (const char* path : locker.paths)
+            askOnOwnerBus(sessionLock().sessionBus,
+                          {locker.name, path, locker.name, "SimulateUserActivity", "()"}, nullptr,
+                          [](GVariant*) {});
+    }
 }

@@ -100,6 +100,7 @@ public:
     /// What is heard, a buffer each; nothing but silence afterwards.
     std::deque<std::string> sound;
     int microphonesOpen = 0;
+    int screenWakeUps = 0; // how often a screen saver was told that the user is active
 
     SimulatedEditor editor; // the engine's own function editor
 

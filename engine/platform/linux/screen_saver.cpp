@@ -1,0 +1,12 @@
+#include "platform/screen_saver.h"
+
+#include "platform/linux/connection.h"
+#include "platform/linux/session_lock.h"
+
+void wakeScreen() {
+    if (ownerDisplay() == nullptr)
+        return;
+    XForceScreenSaver(ownerDisplay(), ScreenSaverReset);
+    XFlush(ownerDisplay());
+    tellLockersOfActivity();
+}

@@ -203,7 +203,8 @@ class Desk:
         """Screenshot, records and the program's log, for a failure."""
         folder.mkdir(parents=True, exist_ok=True)
         save_png(self.display.picture(), folder / f"{name}.png")
-        lines = [f"wheel: {self.wheel()}", f"now: {self.state()}"]
+        lines = [f"wheel: {self.wheel()}", f"now: {self.state()}",
+                 f"keyboard: {self.display.focused_title()}, in front: {self.display.active_title()}"]
         lines += [f"{record.time} {record} {record.code} {record.place}" for record in
                  (self.recorder.all() if self.recorder else [])]
         log = self.screen.folder / "rotika.log"

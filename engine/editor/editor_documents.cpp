@@ -16,6 +16,7 @@
 #include "platform/main_window.h"
 #include "platform/paths.h"
 #include "voice/phrase_table.h"
+#include "wheel/icons.h"
 
 #include <algorithm>
 #include <array>
@@ -52,6 +53,7 @@ bool isFileOfEngine(const std::u16string& path) {
 void takeSavedFilesIntoForce() {
     std::u16string problems; // shown to nobody on this road
     loadConfiguration(problems);
+    loadNewIcons();
     rebuildPhraseTable();
     repaintMainWindow(engineState.mainWindow);
 }

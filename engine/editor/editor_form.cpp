@@ -29,12 +29,13 @@ void setText(std::int32_t id, const std::u16string& text) {
 /// Whatever the window held when it was last open is gone here, but for what a failed save could not write.
 void loadEditorWheels() {
     if (!editorState.isKeptInMemory) {
+        const std::u16string defaultPath = joinPath(programFolder(), defaultWheelsFileName);
         editorState.keptFile = findKeptEdits();
-        editorState.editorPath = editorState.keptFile.empty()
-                                     ? joinPath(programFolder(), defaultWheelsFileName)
-                                     : editorState.keptFile;
+        // Without a path a save asks where to, since a file may have changed after its save has failed.
+        editorState.editorPath = editorState.keptFile.empty() ? defaultPath : u"";
         std::u16string problems; // shown to nobody on this road
-        loadWheelFile(editorState.editorPath, editorState.editorWheels, problems);
+        loadWheelFile(editorState.keptFile.empty() ? defaultPath : editorState.keptFile,
+                      editorState.editorWheels, problems);
     }
     if (editorState.editorWheels.empty())
         editorState.editorWheels = newEditorWheels();

@@ -10,10 +10,13 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
 namespace {
+
+constexpr std::size_t mostIcons = 2000; // the fields of 83 full wheels; the images stay in memory for good
 
 std::u16string iconPath(const std::u16string& written) {
     const bool isAbsolute =
@@ -39,10 +42,14 @@ void readIcons(const std::vector<std::u16string>& paths, WindowHandle mainWindow
 } // namespace
 
 void loadNewIcons() {
+    std::unordered_set<std::u16string> known;
+    for (const IconCacheEntry& entry : engineState.iconCache)
+        known.insert(entry.path);
     std::vector<std::u16string> paths;
     for (const Wheel& wheel : engineState.wheels) {
         for (const WheelAction& action : wheel.actions) {
-            if (action.icon.empty() || cachedIcon(action.icon) != nullptr)
+            if (action.icon.empty() || engineState.iconCache.size() >= mostIcons ||
+                !known.insert(action.icon).second)
                 continue;
             engineState.iconCache.push_back({action.icon, nullptr});
             paths.push_back(action.icon);

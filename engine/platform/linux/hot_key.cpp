@@ -112,6 +112,14 @@ bool grab(HotKeys& all, HotKey& key) {
     return false;
 }
 
+/// The person's typing is heard of only while a key that has fired is down.
+void noteHolders(HotKeys& all, HotKey& key, bool hasFired) {
+    key.hasFired = hasFired;
+    if (!hasFired)
+        key.holders.clear();
+    selectRawKeys(all.display, std::ranges::any_of(all.keys, &HotKey::hasFired));
+}
+
 /// A new layout or keyboard may have put the key elsewhere.
 void grabAnew(HotKeys& all) {
     for (HotKey& key : all.keys) {
@@ -119,14 +127,8 @@ void grabAnew(HotKeys& all) {
             continue;
         ungrab(all.display, key);
         grab(all, key);
+        noteHolders(all, key, false); // the press under way was that of another key
     }
-}
-
-void noteHolders(HotKeys& all, HotKey& key, bool hasFired) {
-    key.hasFired = hasFired;
-    if (!hasFired)
-        key.holders.clear();
-    selectRawKeys(all.display, std::ranges::any_of(all.keys, &HotKey::hasFired));
 }
 
 struct Press {
@@ -170,6 +172,8 @@ void handlePress(HotKeys& all, const XKeyEvent& event) {
 
 /// Another key was let go before the keyboard was given back, and would stay down for the program in front.
 void passReleaseOn(Display* display, XKeyEvent event) {
+    if (isKeyDown(display, static_cast<KeyCode>(event.keycode)))
+        return; // pressed again already
     int revertTo = 0;
     XGetInputFocus(display, &event.window, &revertTo);
     const ErrorTrap trap(display); // the window may go
@@ -188,11 +192,15 @@ void handleRawKey(HotKeys& all, const RawKey& raw) {
     const auto key = std::ranges::find(all.keys, raw.code, &HotKey::keycode);
     if (key == all.keys.end())
         return;
-    if (raw.isPress)
+    if (raw.isPress) {
         key->holders.insert(raw.device);
-    else if (key->holders.erase(raw.device) == 0)
+        return;
+    }
+    if (key->holders.erase(raw.device) == 0)
         key->holders.erase(unknownDevice);
-    if (key->holders.empty())
+    // A release may have been lost, to a program that grabbed the keyboard itself for example: what the
+    // server says is true in any case, but says nothing of a key that is down again already.
+    if (key->holders.empty() || !isKeyDown(all.display, key->keycode))
         noteHolders(all, *key, false);
 }
 
@@ -274,6 +282,8 @@ void followHeldModifiers() {
     unsigned int now = 0;
     for (const KeyCode code : heldKeycodes())
         now |= modifierOf(all.display, code);
+    for (const unsigned int lock : lockCombinations(all.display))
+        now &= ~lock; // grabbed for in any case
     if (now == all.heldModifiers)
         return;
     const ErrorTrap trap(all.display); // another program may hold a combination
@@ -311,6 +321,8 @@ void unregisterHotKey(WindowHandle, int id) {
         if (key.id == id)
             ungrab(all.display, key);
     std::erase_if(all.keys, [id](const HotKey& key) { return key.id == id; });
-    if (all.display != nullptr)
-        XSync(all.display, 0);
+    if (all.display == nullptr)
+        return;
+    selectRawKeys(all.display, std::ranges::any_of(all.keys, &HotKey::hasFired));
+    XSync(all.display, 0);
 }

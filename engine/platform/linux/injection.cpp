@@ -152,17 +152,7 @@ std::vector<std::pair<std::uint16_t, HeldKey>> keysLeftDown() {
     return left;
 }
 
-/// The person has tapped a key that a function left down: for the programs it is released now, so it is let
-/// go of.
-bool handleRawKey(XEvent& event) {
-    const auto raw = rawKeyOf(event);
-    if (!raw)
-        return false;
-    for (const auto& [virtualKey, key] : keysLeftDown())
-        if (key.code == raw->code && !raw->isPress)
-            releaseKey(ownerDisplay(), virtualKey, key.code);
-    return true;
-}
+bool handleRawKey(XEvent& event);
 
 /// What the owner thread does about the keys that are held now.
 gboolean followHeldKeys(gpointer) {
@@ -172,6 +162,7 @@ gboolean followHeldKeys(gpointer) {
     for (const auto& [virtualKey, key] : keysLeftDown())
         if (!isKeyDown(ownerDisplay(), key.code)) // tapped before anybody listened
             releaseKey(ownerDisplay(), virtualKey, key.code);
+    selectRawKeys(ownerDisplay(), !keysLeftDown().empty());
     followHeldModifiers();
     return G_SOURCE_REMOVE;
 }
@@ -182,6 +173,21 @@ void tellOwnerOfHeldKeys() {
     g_source_set_callback(source, followHeldKeys, nullptr, nullptr);
     g_source_attach(source, ownerContext());
     g_source_unref(source);
+}
+
+/// The person has tapped a key that a function left down: for the programs it is released now, so it is let
+/// go of. A release of our own, before the press, is no tap: the key is down by now.
+bool handleRawKey(XEvent& event) {
+    const auto raw = rawKeyOf(event);
+    if (!raw)
+        return false;
+    for (const auto& [virtualKey, key] : keysLeftDown()) {
+        if (key.code != raw->code || raw->isPress || isKeyDown(ownerDisplay(), key.code))
+            continue;
+        releaseKey(ownerDisplay(), virtualKey, key.code);
+        tellOwnerOfHeldKeys();
+    }
+    return true;
 }
 
 bool isModifier(std::uint16_t virtualKey) {

@@ -27,8 +27,10 @@ private:
 } // namespace
 
 DeviceInfos queryDevices(Display* display, int device, int& count) {
-    count = 0;
-    return DeviceInfos(XIQueryDevice(display, device, &count));
+    DeviceInfos infos(XIQueryDevice(display, device, &count));
+    if (infos == nullptr)
+        count = 0; // Xlib says -1
+    return infos;
 }
 
 bool isXTestDevice(Display* display, int device) {

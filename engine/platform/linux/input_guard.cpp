@@ -92,8 +92,7 @@ gboolean launchAgain(gpointer) {
     return G_SOURCE_REMOVE;
 }
 
-void onGuardDeath(GPid child, gint /*status*/, gpointer) {
-    g_spawn_close_pid(child);
+void launchAfterPause() {
     Guard& dead = guard();
     GSource* timer = g_timeout_source_new(static_cast<guint>(dead.pause.count()));
     const bool diedYoung = Clock::now() - dead.startedAt < shortLife;
@@ -103,18 +102,31 @@ void onGuardDeath(GPid child, gint /*status*/, gpointer) {
     g_source_unref(timer);
 }
 
-void launchGuard() {
+void onGuardDeath(GPid child, gint /*status*/, gpointer) {
+    g_spawn_close_pid(child);
+    launchAfterPause();
+}
+
+/// 0 when it could not be started.
+pid_t launchOne() {
     int ends[2] = {-1, -1};
+    guard().startedAt = Clock::now();
     // A stream: of packets a system may keep as few as ten that have not been read yet.
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
-        return;
+        return 0;
     // What is held stands in the socket before its reader exists: we may be killed at any moment.
     adoptSocket(ends[0]);
-    guard().startedAt = Clock::now();
     const pid_t child = spawnGuard(guardPath(), ends[1]);
     close(ends[1]);
-    if (child == 0) {
+    if (child == 0)
         adoptSocket(-1);
+    return child;
+}
+
+void launchGuard() {
+    const pid_t child = launchOne();
+    if (child == 0) {
+        launchAfterPause();
         return;
     }
     GSource* watch = g_child_watch_source_new(child);

@@ -90,6 +90,16 @@ void grabMouse(const XIDeviceInfo& info) {
 void grabAllMice() {
     int count = 0;
     const DeviceInfos infos = queryDevices(ownerDisplay(), XIAllDevices, count);
+    const auto* const end = infos.get() + count;
+    std::erase_if(capture.mice, [&](const auto& entry) { // unplugged; another device may get its id
+        const bool isGone =
+            std::find_if(const_cast<const XIDeviceInfo*>(infos.get()), end,
+                         [&](const XIDeviceInfo& info) { return info.deviceid == entry.first; }) == end;
+        if (isGone)
+            tellInputGuard(GuardedThing::pointerPin, false,
+                           codeOfPinnedDevice(entry.first, entry.second.master));
+        return isGone;
+    });
     for (int i = 0; i < count; ++i)
         if (isMouse(infos.get()[i]))
             grabMouse(infos.get()[i]);
@@ -162,7 +172,8 @@ std::vector<unsigned int> pressesOfCapture(int deviceId, const GrabbedMouse& mou
     std::vector<unsigned int> pressed;
     int count = 0;
     const DeviceInfos info = queryDevices(ownerDisplay(), deviceId, count);
-    if (count == 0)
+    // One that the guard has given back is attached, and what is pressed on it is meant for the programs.
+    if (info == nullptr || info->use != XIFloatingSlave)
         return pressed;
     const ButtonStates now = buttonStates(*info);
     for (std::size_t button = 1; button < now.size(); ++button)

@@ -99,6 +99,19 @@ def test_the_toggle_key_works_after_its_keyboard_was_unplugged_while_it_was_down
     assert not pressed_letters(desk)
 
 
+def test_a_layout_change_while_the_toggle_key_is_down_leaves_it_alive(desk):
+    desk.start(field("a"))
+    pressed = desk.display.keycode(TOGGLE_KEY)
+    desk.keyboard.press(pressed)
+    desk.wait_until_open()
+    desk.screen.run("setxkbmap", "us", "-variant", "dvorak")
+    wait_for("the toggle key at another place",
+             lambda: desk.display.follow_keyboard_changes() or desk.display.keycode(TOGGLE_KEY) != pressed)
+    desk.wait_for_hot_key_with(0)
+    desk.keyboard.release(pressed)
+    desk.close_wheel()
+
+
 # Modifiers
 
 
@@ -140,6 +153,19 @@ def test_what_was_pressed_is_what_is_released_after_a_layout_change(desk):
     wait_for("y to be up again", lambda: not desk.display.keys_down(), 3)
     codes = {record.kind: record.code for record in desk.recorder.since_mark() if record.name != TOGGLE_KEY}
     assert codes["key-up"] == codes["key-down"]
+
+
+def test_a_modifier_that_the_person_has_let_go_of_is_no_longer_the_programs(desk):
+    desk.start(hold("ctrl"))
+    desk.choose(0)
+    desk.wait_for_hot_key_with(CONTROL)
+    desk.keyboard.tap("Control_L")
+    wait_for("the key with ctrl to be free", lambda: not desk.display.key_is_taken(TOGGLE_KEY, CONTROL))
+    desk.keyboard.press("Control_L")
+    desk.keyboard.tap(TOGGLE_KEY)
+    desk.keyboard.release("Control_L")
+    desk.recorder.wait_for(f"key-down {TOGGLE_KEY}")
+    assert not desk.wheel()
 
 
 # Buttons

@@ -41,6 +41,17 @@ def test_a_stalled_program_lets_go_of_the_mouse(stalled):
     assert [text for text in desk.recorder.presses() if "key-up" not in text] == ["button-down left", "button-up left"]
 
 
+def test_a_press_on_a_mouse_that_was_given_back_is_the_persons(stalled):
+    desk = stalled
+    wait_for_the_mouse(desk, STALL_LIMIT_S)
+    desk.mouse.press()
+    desk.recorder.wait_for("button-down left")
+    desk.program.send_signal(signal.SIGCONT)
+    desk.wait_until_closed()
+    assert not holds_within(STALL_LIMIT_S + 0.5, lambda: not desk.display.buttons_down()), "let go by the program"
+    desk.mouse.release()
+
+
 def test_a_stalled_program_lets_go_of_the_keyboard(stalled):
     desk = stalled
     desk.keyboard.tap(TOGGLE_KEY)

@@ -368,7 +368,7 @@ TEST_F(Editor, WhatCouldNotBeWrittenIsKeptAndOpenedNextTime) {
         editor.closeWindow();
         desktop.mainHandlers->editorRequested();
         EXPECT_EQ(editor.rows(wheelList), rows);
-        EXPECT_EQ(editor.text(pathLabel), folder.at(name).string());
+        EXPECT_EQ(editor.text(pathLabel), folder.at(name).make_preferred().string());
     };
     std::filesystem::create_directory(folder.at("temp"));
     setSimulatedTemporaryFolder(folder.path("temp"));

@@ -29,7 +29,7 @@ FIELDS = [field("a"), field("lmb"), field("a", "ppm", ("b", "click", 3)), field(
           field(("w", "hold")), field(("w", "release")), field(("lmb", "hold"), ("ctrl", "hold")),
           field(("ctrl", "release"), ("lmb", "release")), field()]
 HOLDS = {7: 8, 9: 10}  # a field that leaves something down, and the one that lets go
-CLICKS = {1: "button-up left", 2: "button-up right", 5: "button-up left", 9: "button-down left", 10: "button-up left"}
+CLICKS = {1: "button-up left", 2: "button-up right", 5: "button-up left", 9: "button-down left"}
 MODIFIERS = {3: SHIFT, 9: CONTROL}  # that a field holds last or for a time
 
 
@@ -98,7 +98,7 @@ class Round:
         self.desk.wait_until_closed()
         if index in CLICKS:
             # A press that comes while the next wheel opens may end in a menu of the window manager, with the keyboard.
-            wait_for("the click in the window", lambda: any(
+            holds_within(1, lambda: any(  # not if the button was down already
                 str(record) == CLICKS[index] for record in self.desk.recorder.all()[seen:]))
         if index in HOLDS:
             self.owed.add(HOLDS[index])

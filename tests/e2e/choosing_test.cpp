@@ -15,9 +15,7 @@ protected:
         Stage& s = stage();
         s.writeFile("default.json", oneWheelText("Litery", clickActions({"a", "b", "c", "d"})));
         s.startAll();
-        placePointer(s.screen.eyes(), {500, 300});
-        s.recording.waitForKind("motion");
-        s.recording.mark();
+        s.restPointerAt({500, 300});
         return s;
     }
 };

@@ -23,9 +23,7 @@ protected:
         Stage& s = stage(setup);
         s.writeFile("default.json", oneWheelText("", clickActions({"a", "b"})));
         s.startAll();
-        placePointer(s.screen.eyes(), {300, 300});
-        s.recording.waitForKind("motion");
-        s.recording.mark();
+        s.restPointerAt({300, 300});
         return s;
     }
 

@@ -22,9 +22,7 @@ protected:
         s.writeFile("default.json",
                     oneWheelText("Próba", {"{ \"name\": \"pole\", \"steps\": [ " + steps + " ] }"}));
         s.startAll();
-        placePointer(s.screen.eyes(), {300, 300});
-        s.recording.waitForKind("motion");
-        s.recording.mark();
+        s.restPointerAt({300, 300});
         return s;
     }
 

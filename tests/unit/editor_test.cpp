@@ -369,7 +369,7 @@ TEST_F(Editor, WhatCouldNotBeWrittenIsKeptAndOpenedNextTime) {
         desktop.mainHandlers->editorRequested();
         EXPECT_EQ(editor.rows(wheelList), rows);
         EXPECT_EQ(editor.text(pathLabel),
-                  name.empty() ? "(nowy plik — niezapisany)" : folder.at(name).string());
+                  name.empty() ? "(nowy plik — niezapisany)" : folder.at(name).make_preferred().string());
     };
     std::filesystem::create_directory(folder.at("temp"));
     setSimulatedTemporaryFolder(folder.path("temp"));

@@ -162,6 +162,19 @@ void Stage::startAll() {
     startRecorder();
 }
 
+void Stage::restPointerAt(ScreenPoint place) {
+    placePointer(screen.eyes(), place);
+    waitFor("the cursor's arrival in the recorder", [&] {
+        std::optional<ScreenPoint> last;
+        for (const RecordedEvent& event : recording.all()) {
+            if (event.kind == "motion")
+                last = ScreenPoint{event.x, event.y};
+        }
+        return last == place;
+    });
+    recording.mark();
+}
+
 bool Stage::wheelIsOpen() const {
     return wheel.window().has_value();
 }

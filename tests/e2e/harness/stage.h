@@ -59,6 +59,9 @@ public:
     void startRecorder(int marginPx = 0);
     /// Program, then recorder.
     void startAll();
+    /// Puts the real cursor there, and begins the recording anew when the recorder has seen it arrive: Wine
+    /// may tell of other places on the way.
+    void restPointerAt(ScreenPoint place);
 
     /// Presses the toggle key and waits until the wheel stands and the mouse is held back.
     void openWheel(const std::string& key = toggleKey);

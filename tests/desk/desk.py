@@ -181,10 +181,11 @@ class Desk:
                 "buttons": self.display.buttons_down(), "silent": set(range(256)) - self.display.repeating_keys()}
 
     def next_motion(self):
-        """How far the real mouse's next motion of 3, 3 moves the cursor."""
+        """How far the real mouse's next motion of 3, 3, away from the nearer edges, moves the cursor that way."""
         x, y = self.display.cursor()
-        self.mouse.move(3, 3)
-        return self.display.cursor()[0] - x, self.display.cursor()[1] - y
+        way = [1 if place < whole / 2 else -1 for place, whole in zip((x, y), self.screen.size)]
+        self.mouse.move(3 * way[0], 3 * way[1])
+        return (self.display.cursor()[0] - x) * way[0], (self.display.cursor()[1] - y) * way[1]
 
     def not_as_before(self, but=()):
         now = self.state()

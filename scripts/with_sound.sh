@@ -42,13 +42,14 @@ trap 'status=$?; finish; exit $status' EXIT
 trap 'exit 143' TERM INT HUP
 
 deadline=$((SECONDS + 20))
-until [ -S "$socket" ]; do
+export PULSE_SERVER=unix:$socket
+# Its socket stands a moment before it listens.
+until pactl info >/dev/null 2>&1; do
     if [ "$SECONDS" -ge "$deadline" ]; then
         cat "$folder/log" >&2
         exit 1
     fi
     sleep 0.05
 done
-export PULSE_SERVER=unix:$socket
 
 "$@"

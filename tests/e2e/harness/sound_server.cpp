@@ -81,7 +81,10 @@ SoundServer::SoundServer(const std::filesystem::path& ownFolder, const Environme
                       folder,
                       folder / "sound-server.log"});
     surroundings["PULSE_SERVER"] = "unix:" + socket.string();
-    waitFor("the sound server", [&] { return std::filesystem::exists(socket); });
+    // Its socket stands a moment before it listens.
+    waitFor("the sound server", [&] {
+        return runToEnd({{"pactl", "info"}, surroundings, folder, folder / "sound-control.log"}) == 0;
+    });
 }
 
 void SoundServer::control(const std::vector<std::string>& words) const {

@@ -1,12 +1,9 @@
 #include "platform/linux/monitor_changes.h"
 
-#include "platform/geometry_types.h"
-
 #include "platform/linux/connection.h"
 #include "platform/linux/glib_handles.h"
+#include "platform/linux/monitors.h"
 #include "platform/linux/root_events.h"
-
-#include <vector>
 
 namespace {
 
@@ -15,30 +12,17 @@ constexpr guint settlingMs = 100;
 
 struct MonitorWatch {
     void (*changed)() noexcept = nullptr;
-    std::vector<Rect> known; // the primary one first
+    Monitors known;
     int randrEventBase = 0;
     bool isSettling = false;
 };
 MonitorWatch watch;
 
-std::vector<Rect> currentMonitors() {
-    int count = 0;
-    XRRMonitorInfo* infos = XRRGetMonitors(ownerDisplay(), rootWindow(), 1, &count);
-    std::vector<Rect> monitors;
-    for (int i = 0; i < count; ++i) {
-        const Rect place{infos[i].x, infos[i].y, infos[i].x + infos[i].width, infos[i].y + infos[i].height};
-        monitors.insert(infos[i].primary != 0 ? monitors.begin() : monitors.end(), place);
-    }
-    if (infos != nullptr)
-        XRRFreeMonitors(infos);
-    return monitors;
-}
-
 gboolean compareMonitors(gpointer) noexcept {
     watch.isSettling = false;
-    std::vector<Rect> now = currentMonitors();
+    const Monitors& now = refreshMonitors();
     if (now != watch.known) {
-        watch.known = std::move(now);
+        watch.known = now;
         watch.changed();
     }
     return G_SOURCE_REMOVE;
@@ -71,7 +55,7 @@ void watchMonitors(void (*changed)() noexcept) {
     int errorBase = 0;
     XRRQueryExtension(ownerDisplay(), &watch.randrEventBase, &errorBase);
     watch.changed = changed;
-    watch.known = currentMonitors();
+    watch.known = refreshMonitors();
     addEventHandler(handleMonitorEvent);
     XRRSelectInput(ownerDisplay(), rootWindow(),
                    RRScreenChangeNotifyMask | RRCrtcChangeNotifyMask | RROutputChangeNotifyMask);

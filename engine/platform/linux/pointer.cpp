@@ -2,16 +2,13 @@
 
 #include "platform/linux/connection.h"
 #include "platform/linux/injection_connection.h"
+#include "platform/linux/monitors.h"
 
 #include <algorithm>
 #include <vector>
 
 namespace {
 
-struct Monitors {
-    std::vector<Rect> all;
-    Rect primary;
-};
 Monitors known;
 
 Monitors queryMonitors() {
@@ -36,6 +33,11 @@ Monitors queryMonitors() {
 }
 
 } // namespace
+
+const Monitors& refreshMonitors() {
+    known = queryMonitors();
+    return known;
+}
 
 Point cursorPosition() {
     if (ownerDisplay() == nullptr)
@@ -62,7 +64,7 @@ void setCursorPosition(Point position) {
 Rect monitorAt(Point point) {
     if (ownerDisplay() == nullptr)
         return {};
-    known = queryMonitors();
+    refreshMonitors();
     const auto holder = std::find_if(known.all.begin(), known.all.end(),
                                      [&](const Rect& monitor) { return monitor.contains(point); });
     return holder == known.all.end() ? known.primary : *holder;
@@ -71,11 +73,9 @@ Rect monitorAt(Point point) {
 Rect primaryMonitor() {
     if (ownerDisplay() == nullptr)
         return {};
-    // The gaze asks on each tick: the answer is as old as the last opening of the wheel, which spares a round
-    // trip.
-    if (known.all.empty())
-        known = queryMonitors();
-    return known.primary;
+    // The gaze asks on each tick: the answer is as old as the last opening of the wheel or change of the
+    // monitors, which spares a round trip.
+    return (known.all.empty() ? refreshMonitors() : known).primary;
 }
 
 bool mouseButtonsAreSwapped() {

@@ -262,6 +262,8 @@ class Round:
         for _ in range(3):
             self.desk.keyboard.tap("Escape")
         self.place = None
+        self.desk.recorder.all()
+        self.desk.recorder.down.clear()  # what goes up while another window has the keyboard is not seen here
         self.check_files()
         if self.disk:
             (self.disk / "filler").unlink(missing_ok=True)

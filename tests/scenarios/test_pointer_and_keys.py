@@ -197,6 +197,21 @@ def test_an_injected_click_is_whole_while_the_choosing_press_is_still_held(desk)
     assert desk.recorder.presses() == ["button-down left", "button-up left", "key-down q", "key-up q"]
 
 
+def test_a_button_that_the_person_holds_all_along_stays_down_while_another_press_is_waited_for(desk):
+    desk.start(field("a"), sendDelay=0)
+    desk.mouse.press(RIGHT)
+    desk.recorder.wait_for("button-down right")
+    desk.open_wheel()
+    desk.aim(0)
+    desk.mouse.press()
+    desk.recorder.wait_for("key-up a")
+    desk.mouse.release()
+    wait_for("the mouse to be given back", lambda: not desk.mouse_is_held())
+    assert "button-up right" not in desk.recorder.presses()
+    desk.mouse.release(RIGHT)
+    desk.recorder.wait_for("button-up right")
+
+
 @pytest.mark.parametrize("way_out", ["toggle", "choice"])
 def test_a_press_inside_the_wheel_does_not_let_go_of_a_button_that_a_function_holds(desk, way_out):
     desk.start(hold("lmb"), field("a"), release("lmb"), sendDelay=0)

@@ -2,8 +2,8 @@
 
 #include "platform/linux/x11.h"
 
-// A key that repeats by itself: switched off for keys that we hold down or have taken. The guard switches it
-// on again should the process die. Counted, since both may want it of one key. Any thread, on its own
+// A key that repeats by itself: switched off for keys that we hold down. The guard switches it on again
+// should the process die. Counted, since two virtual keys may be one keycode. Any thread, on its own
 // connection.
 
 void silenceAutoRepeat(Display* display, KeyCode code);

@@ -107,6 +107,28 @@ GMainContext* ownerContext() {
     return context;
 }
 
+namespace {
+
+void attachToOwner(GSource* source, GSourceFunc function, gpointer data) {
+    g_source_set_callback(source, function, data, nullptr);
+    g_source_attach(source, ownerContext());
+    g_source_unref(source);
+}
+
+} // namespace
+
+// g_main_context_invoke would call it here and now whenever nobody owns the context; an attached source never
+// does.
+void callOwnerSoon(GSourceFunc function, gpointer data) {
+    GSource* source = g_idle_source_new();
+    g_source_set_priority(source, G_PRIORITY_DEFAULT - 1);
+    attachToOwner(source, function, data);
+}
+
+void callOwnerAfter(guint delayMs, GSourceFunc function, gpointer data) {
+    attachToOwner(g_timeout_source_new(delayMs), function, data);
+}
+
 bool openConnection() {
     XInitThreads();
     ownerContext(); // first called here, so it is the owner thread's

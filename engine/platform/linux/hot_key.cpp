@@ -147,11 +147,7 @@ gboolean deliverPress(gpointer data) {
 }
 
 void postPress(int id) {
-    GSource* source = g_idle_source_new();
-    g_source_set_priority(source, G_PRIORITY_DEFAULT - 1);
-    g_source_set_callback(source, deliverPress, new Press{id, Clock::now()}, nullptr);
-    g_source_attach(source, ownerContext());
-    g_source_unref(source);
+    callOwnerSoon(deliverPress, new Press{id, Clock::now()});
 }
 
 /// The raw events are asked for before the keyboard is given back: the key's release then comes by one of the

@@ -162,17 +162,13 @@ gboolean followHeldKeys(gpointer) {
     for (const auto& [virtualKey, key] : keysLeftDown())
         if (!isKeyDown(ownerDisplay(), key.code)) // tapped before anybody listened
             releaseKey(ownerDisplay(), virtualKey, key.code);
-    selectRawKeys(ownerDisplay(), !keysLeftDown().empty());
+    selectRawKeys(ownerDisplay(), !keysLeftDown().empty()); // perhaps no more
     followHeldModifiers();
     return G_SOURCE_REMOVE;
 }
 
 void tellOwnerOfHeldKeys() {
-    GSource* source = g_idle_source_new();
-    g_source_set_priority(source, G_PRIORITY_DEFAULT - 1);
-    g_source_set_callback(source, followHeldKeys, nullptr, nullptr);
-    g_source_attach(source, ownerContext());
-    g_source_unref(source);
+    callOwnerSoon(followHeldKeys, nullptr);
 }
 
 /// The person has tapped a key that a function left down: for the programs it is released now, so it is let

@@ -94,12 +94,9 @@ gboolean launchAgain(gpointer) {
 
 void launchAfterPause() {
     Guard& dead = guard();
-    GSource* timer = g_timeout_source_new(static_cast<guint>(dead.pause.count()));
+    callOwnerAfter(static_cast<guint>(dead.pause.count()), launchAgain, nullptr);
     const bool diedYoung = Clock::now() - dead.startedAt < shortLife;
     dead.pause = diedYoung ? std::clamp(dead.pause * 2, shortestPause, longestPause) : milliseconds(0);
-    g_source_set_callback(timer, launchAgain, nullptr, nullptr);
-    g_source_attach(timer, ownerContext());
-    g_source_unref(timer);
 }
 
 void onGuardDeath(GPid child, gint /*status*/, gpointer) {

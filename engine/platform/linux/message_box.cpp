@@ -85,10 +85,7 @@ gboolean onAnswerLimit(gpointer data) noexcept {
 
 /// A bus that lets one connect and says nothing must not swallow the warning.
 void limitAnswerTime(const SharedWarning& warning) {
-    GSource* source = g_timeout_source_new(answerLimitMs);
-    g_source_set_callback(source, onAnswerLimit, std::make_unique<SharedWarning>(warning).release(), nullptr);
-    g_source_attach(source, ownerContext());
-    g_source_unref(source);
+    callOwnerAfter(answerLimitMs, onAnswerLimit, std::make_unique<SharedWarning>(warning).release());
 }
 
 } // namespace

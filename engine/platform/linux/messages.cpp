@@ -66,14 +66,7 @@ bool postWindowMessage(WindowHandle window, std::uint32_t message, std::uintptr_
             return false;
         queue().messages.push_back({window, message, wParam, lParam});
     }
-    // g_main_context_invoke would run it here and now whenever nobody owns the context; an attached source
-    // never does.
-    GSource* source = g_idle_source_new();
-    // Before the next tick and the next event: a press counts where the cursor stood when it came, however
-    // fast the mouse moves on.
-    g_source_set_priority(source, G_PRIORITY_DEFAULT - 1);
-    g_source_set_callback(source, deliverOne, nullptr, nullptr);
-    g_source_attach(source, ownerContext());
-    g_source_unref(source);
+    // Soon: a press counts where the cursor stood when it came, however fast the mouse moves on.
+    callOwnerSoon(deliverOne, nullptr);
     return true;
 }

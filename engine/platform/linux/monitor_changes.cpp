@@ -32,10 +32,7 @@ void compareWhenSettled() {
     if (watch.isSettling)
         return;
     watch.isSettling = true;
-    GSource* source = g_timeout_source_new(settlingMs);
-    g_source_set_callback(source, compareMonitors, nullptr, nullptr);
-    g_source_attach(source, ownerContext());
-    g_source_unref(source);
+    callOwnerAfter(settlingMs, compareMonitors, nullptr);
 }
 
 bool handleMonitorEvent(XEvent& event) {

@@ -90,11 +90,10 @@ void grabMouse(const XIDeviceInfo& info) {
 void grabAllMice() {
     int count = 0;
     const DeviceInfos infos = queryDevices(ownerDisplay(), XIAllDevices, count);
-    const auto* const end = infos.get() + count;
     std::erase_if(capture.mice, [&](const auto& entry) { // unplugged; another device may get its id
-        const bool isGone =
-            std::find_if(const_cast<const XIDeviceInfo*>(infos.get()), end,
-                         [&](const XIDeviceInfo& info) { return info.deviceid == entry.first; }) == end;
+        const bool isGone = std::none_of(infos.get(), infos.get() + count, [&](const XIDeviceInfo& info) {
+            return info.deviceid == entry.first;
+        });
         if (isGone)
             tellInputGuard(GuardedThing::pointerPin, false,
                            codeOfPinnedDevice(entry.first, entry.second.master));
@@ -195,7 +194,10 @@ void giveBackMice(bool all) {
         tellInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(deviceId, mouse.master));
         return true;
     });
-    releaseForgottenButtons(ownerDisplay());
+    // A mouse that is still detached may hold a button from before the capture: down in truth, though no
+    // attached slave says so.
+    if (capture.mice.empty())
+        releaseForgottenButtons(ownerDisplay());
 }
 
 gboolean giveBackReleasedMice(gpointer) {
@@ -216,10 +218,7 @@ gboolean giveBackReleasedMice(gpointer) {
 void waitForReleases() {
     if (capture.mice.empty() || std::exchange(capture.isWaitingForRelease, true))
         return;
-    GSource* timer = g_timeout_source_new(releasePollMs);
-    g_source_set_callback(timer, giveBackReleasedMice, nullptr, nullptr);
-    g_source_attach(timer, ownerContext());
-    g_source_unref(timer);
+    callOwnerAfter(releasePollMs, giveBackReleasedMice, nullptr);
 }
 
 /// The device's number of the button that is the first one after the user's mapping.

@@ -2,10 +2,11 @@
 
 #include "platform/windows/windows_api.h"
 
-/// The calling thread may use COM as long as this lives.
+/// The calling thread may use COM as long as this lives; `model` is of COINIT.
 class ComSession {
 public:
-    ComSession() noexcept : isOpen(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {}
+    explicit ComSession(DWORD model = COINIT_MULTITHREADED) noexcept
+        : isOpen(SUCCEEDED(CoInitializeEx(nullptr, model))) {}
     ComSession(const ComSession&) = delete;
     ComSession& operator=(const ComSession&) = delete;
     ~ComSession() {

@@ -7,6 +7,7 @@
 #include "files/settings_file.h"
 #include "files/wheel_files.h"
 #include "gaze/gaze_thread.h"
+#include "platform/elements.h"
 #include "platform/hot_key.h"
 #include "platform/message_box.h"
 #include "platform/platform.h"
@@ -57,6 +58,7 @@ void startGaze() {
 }
 
 void startVoice() {
+    prepareElementSearches(); // which nothing but the voice asks for
     const VoiceSettings settings{engineConfig.voiceDllPath, engineConfig.voiceModel};
     startWorker(engineState.voiceThread, engineState.voiceStop,
                 [settings](const std::atomic<bool>& stop) { voiceThreadMain(settings, stop); });

@@ -8,11 +8,12 @@ void startWorker(std::future<void>& thread, StopRequest& stop,
                  std::function<void(const std::atomic<bool>& stop)> body) {
     stop = std::make_shared<std::atomic<bool>>(false);
     const auto ended = std::make_shared<std::promise<void>>();
-    thread = ended->get_future();
-    startDetachedThread([run = std::move(body), stop, ended] {
+    const bool hasStarted = startDetachedThread([run = std::move(body), stop, ended] {
         run(*stop);
         ended->set_value();
     });
+    if (hasStarted)
+        thread = ended->get_future();
 }
 
 void stopWorker(std::future<void>& thread, const StopRequest& stop, std::uint32_t limitMs) {

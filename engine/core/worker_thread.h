@@ -11,7 +11,8 @@
 using StopRequest = std::shared_ptr<std::atomic<bool>>;
 
 /// Starts `body` on a thread of its own; `thread` is then valid until stopWorker, even if the body ends
-/// before. Owner thread, like the next.
+/// before. Where the system refuses a thread `thread` stays invalid, so that the next start tries again.
+/// Owner thread, like the next.
 void startWorker(std::future<void>& thread, StopRequest& stop,
                  std::function<void(const std::atomic<bool>& stop)> body);
 

@@ -54,6 +54,11 @@ struct FoundElements {
     std::vector<std::vector<ScreenElement>> roots; // what lies below each root, in the order of the tree
 };
 
+/// Asks the programs of the session to publish what their windows hold, where the system leaves that to them:
+/// those that start before may never do it. In the background. Called when the first search may come. Any
+/// thread.
+void prepareElementSearches();
+
 /// Asks the accessibility service of the system for the elements that can be clicked or focused; it may give
 /// others too. There are no roots where there is no such service or it fails; the area stands all the same. A
 /// program that does not answer costs a bounded time, and what was found until then counts. Any thread but

@@ -4,6 +4,7 @@
 
 /// The real cursor. Owner thread.
 Point cursorPosition();
+/// Does nothing while a capture pins the cursor elsewhere.
 void setCursorPosition(Point position);
 
 /// Full rectangle, panels included, of the monitor that holds `point`, or of the primary one. Owner thread.

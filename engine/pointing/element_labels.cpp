@@ -69,7 +69,9 @@ void startElementScan(ElementScope scope) {
     hideGrid();
     const ElementSearch search{scope,
                                {engineState.mainWindow, engineState.gridWindow, engineState.wheelWindow}};
-    startDetachedThread([search, main = engineState.mainWindow] { scanElements(search, main); });
+    // Without a thread the scan counts as running until it is cancelled.
+    static_cast<void>(
+        startDetachedThread([search, main = engineState.mainWindow] { scanElements(search, main); }));
 }
 
 void hideElementLabels() {

@@ -10,6 +10,9 @@
 #include "platform/threads.h"
 
 #include <algorithm>
+#include <exception>
+#include <functional>
+#include <utility>
 
 namespace {
 
@@ -100,10 +103,17 @@ void playPointerClick(const PointerClick& click) noexcept {
     }
 }
 
+/// What was chosen must not be lost without a word, and there is nobody to tell: such a system ends the
+/// process, and with it whatever a run still holds down.
+void startRun(std::function<void()> body) {
+    if (!startDetachedThread(std::move(body)))
+        std::terminate();
+}
+
 } // namespace
 
 void runFunction(const WheelAction& action, std::uint32_t initialDelay) {
-    startDetachedThread([run = FunctionRun{action, initialDelay}] { playRun(run); });
+    startRun([run = FunctionRun{action, initialDelay}] { playRun(run); });
 }
 
 void startMouseClick(std::uint32_t button, std::int32_t count) {
@@ -111,7 +121,7 @@ void startMouseClick(std::uint32_t button, std::int32_t count) {
         hideOverlayWindow(engineState.gridWindow);
         engineState.gridVisible = false;
     }
-    startDetachedThread([click = PointerClick{button, count}] { playPointerClick(click); });
+    startRun([click = PointerClick{button, count}] { playPointerClick(click); });
 }
 
 void injectStep(const ActionStep& step, bool down) {

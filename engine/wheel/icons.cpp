@@ -55,9 +55,11 @@ void loadNewIcons() {
             paths.push_back(action.icon);
         }
     }
-    if (!paths.empty())
-        startDetachedThread(
-            [paths = std::move(paths), main = engineState.mainWindow] { readIcons(paths, main); });
+    if (paths.empty())
+        return;
+    // Without a thread the fields show no icons.
+    static_cast<void>(startDetachedThread(
+        [paths = std::move(paths), main = engineState.mainWindow] { readIcons(paths, main); }));
 }
 
 void takeIcon(std::intptr_t payload) {

@@ -85,11 +85,11 @@ TEST_F(FilesContract, AReaderSeesTheOldContentOrTheNew) {
     ASSERT_TRUE(replaceFileBytes(path, first));
     static std::atomic<bool> ended;
     ended = false;
-    startDetachedThread([path, first, second] {
+    ASSERT_TRUE(startDetachedThread([path, first, second] {
         for (int i = 0; i < 50; ++i)
             replaceFileBytes(path, i % 2 == 0 ? second : first);
         ended = true;
-    });
+    }));
     int cut = 0;
     EXPECT_TRUE(pumpUntil([&] {
         const auto content = readFileBytes(path);

@@ -5,6 +5,7 @@
 #include "platform/injection.h"
 #include "platform/message_box.h"
 #include "platform/overlay_window.h"
+#include "platform/pointer.h"
 
 #include "platform/linux/x11.h"
 
@@ -225,6 +226,15 @@ TEST_F(LinuxDesktop, AChangeOfTheMonitorsIsToldOnceHoweverManyEventsItMakes) {
     XRRDeleteMonitor(other, root(), atom("left"));
     XFlush(other);
     EXPECT_TRUE(pumpUntil([] { return heard.monitorChanges == 2; }));
+}
+
+TEST_F(LinuxDesktop, ACursorThatAnotherProgramMovesDuringACaptureComesBack) {
+    setCursorPosition({300, 250});
+    beginCapture({300, 250});
+    XWarpPointer(other, noXid, root(), 0, 0, 0, 0, 20, 30);
+    XSync(other, 0);
+    EXPECT_NE(cursorPosition(), (Point{300, 250}));
+    EXPECT_TRUE(pumpUntil([] { return cursorPosition() == (Point{300, 250}); }));
 }
 
 TEST_F(LinuxDesktop, ADestroyedLayerIsToldOnceAndItsHandleHarmsNothing) {

@@ -36,10 +36,10 @@ TEST_F(LoopContract, MessagesOfEachThreadKeepTheirOrder) {
     constexpr std::uintptr_t senders = 3;
     constexpr std::intptr_t perSender = 200;
     for (std::uintptr_t sender = 0; sender < senders; ++sender) {
-        startDetachedThread([sender, window = mainWindow()] {
+        ASSERT_TRUE(startDetachedThread([sender, window = mainWindow()] {
             for (std::intptr_t i = 0; i < perSender; ++i)
                 postWindowMessage(window, firstMessage, sender, i);
-        });
+        }));
     }
     ASSERT_TRUE(pumpUntil([&] { return heard.byMain.size() == senders * perSender; })) << heard.byMain.size();
     std::vector<std::intptr_t> next(senders, 0);
@@ -76,12 +76,12 @@ TEST_F(LoopContract, SleepLastsAndTicksNeverRunBack) {
     static std::atomic<bool> ended;
     sleptMs = 0;
     ended = false;
-    startDetachedThread([] {
+    ASSERT_TRUE(startDetachedThread([] {
         const std::uint64_t before = watchMs();
         sleepMs(100);
         sleptMs = watchMs() - before;
         ended = true;
-    });
+    }));
     std::uint64_t last = tickCount();
     ASSERT_TRUE(pumpUntil([&] {
         const std::uint64_t now = tickCount();

@@ -72,6 +72,17 @@ TEST_F(PointerContract, EachCaptureHearsRealMotionRawWhileTheCursorStays) {
     EXPECT_TRUE(recorder->events().empty());
 }
 
+TEST_F(PointerContract, TheCaptureHoldsTheCursorBackFromOurMovesUntilItsEnd) {
+    beginCapture(overRecorder);
+    setCursorPosition({120, 140});
+    EXPECT_EQ(cursorPosition(), overRecorder);
+    endPointerCapture();
+    EXPECT_TRUE(pumpUntil([] {
+        setCursorPosition({120, 140});
+        return cursorPosition() == (Point{120, 140});
+    }));
+}
+
 TEST_F(PointerContract, TheEndGivesTheRealMouseBack) {
     const auto recorder = openRecorder(recorderPlace);
     beginCapture(overRecorder);

@@ -50,10 +50,27 @@ TEST_F(Lifecycle, ATakenToggleKeyIsToldAndTheEngineRunsWithoutIt) {
     folder.write("config.json", R"({"toggleKey": "F9", "gazeEnabled": false, "voiceEnabled": false})");
     desktop.keysTakenByOthers = {0x78};
     EXPECT_TRUE(OverlayEngineStart());
+    EXPECT_FALSE(desktop.askedForElements) << "nobody can ask for labels while voice is off";
     EXPECT_EQ(boxes(), "[Rotika] Nie udało się zarejestrować globalnego skrótu 'F9'.\n"
                        "Być może inny program już go używa.");
     OverlayToggleWheel();
     EXPECT_TRUE(OverlayIsWheelVisible());
+}
+
+TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansAreLeftOutAndALaterReloadStartsThem) {
+    folder.write("config.json", "{}");
+    desktop.refusesThreads = true;
+    EXPECT_TRUE(OverlayEngineStart());
+    postToMain(MsgVoiceCommand, 10);
+    EXPECT_EQ(engineState.elementScanBusy, 1) << "until it is cancelled";
+    EXPECT_EQ(textOf(OverlayVoiceStatus()), "wyłączony (voiceEnabled = false)");
+    desktop.refusesThreads = false;
+    OverlayReloadConfig();
+    desktop.settle();
+    EXPECT_EQ(textOf(OverlayVoiceStatus()), "brak simulated-speech");
+    EXPECT_TRUE(desktop.askedForElements);
+    EXPECT_EQ(textOf(OverlayGazeStatus()), "brak simulated-gaze (zainstaluj oprogramowanie Tobii)");
+    OverlayEngineStop();
 }
 
 TEST_F(Lifecycle, AStandaloneStartShowsTheProblemsOfItsFilesAndATrayIcon) {

@@ -1,5 +1,6 @@
 #include "platform/linux/accessibility.h"
 
+#include "platform/elements.h"
 #include "platform/threads.h"
 
 #include "platform/linux/accessible_questions.h"
@@ -33,11 +34,11 @@ BusObject accessibilityDesktop() {
     return {"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
 }
 
-void turnAccessibilityOn() {
+void prepareElementSearches() {
     const std::string address = sessionBusAddress();
     if (address.empty())
         return;
-    startDetachedThread([address]() noexcept {
+    const auto turnOn = [address]() noexcept {
         BusConnection bus(switchingLimit);
         if (!bus.open(address))
             return;
@@ -50,5 +51,7 @@ void turnAccessibilityOn() {
         if (openAccessibilityBus(bus))
             askForChildCount(bus, accessibilityDesktop(), [](std::int32_t) {});
         bus.waitForAnswers();
-    });
+    };
+    // Without a thread only programs that publish unasked get labels.
+    static_cast<void>(startDetachedThread(turnOn));
 }

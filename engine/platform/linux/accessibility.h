@@ -7,7 +7,3 @@ bool openAccessibilityBus(BusConnection& bus);
 
 /// The root of all that is published there: its children are the programs.
 BusObject accessibilityDesktop();
-
-/// Tells the programs of the session to publish what their windows hold. In the background; nothing where
-/// there is no session bus. Any thread.
-void turnAccessibilityOn();

@@ -247,8 +247,12 @@ bool startListening(HotKeys& all) {
     XIQueryVersion(all.display, &major, &minor);
     // A held key then repeats as presses alone.
     XkbSetDetectableAutoRepeat(all.display, 1, nullptr);
-    startDetachedThread(listen);
-    return true;
+    if (startDetachedThread(listen))
+        return true;
+    close(all.wakeUp);
+    XCloseDisplay(all.display);
+    all.display = nullptr;
+    return false;
 }
 
 /// For the owner thread: the connection's events may have been read here.

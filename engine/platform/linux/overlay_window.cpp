@@ -174,7 +174,8 @@ void showRegion(Window window, const cairo_region_t* region) {
     }
 }
 
-void present(Window window, Layer& layer, const Picture& picture) {
+/// Makes the picture the layer's background and gives the part of it that has changed.
+PixelRegion drawLayer(Window window, Layer& layer, const Picture& picture) {
     const bool isNew = makeSurfaces(window, layer);
     PixelRegion region;
     if (isNew || layer.shown.width != picture.width || layer.shown.height != picture.height) {
@@ -184,12 +185,17 @@ void present(Window window, Layer& layer, const Picture& picture) {
         region = changedPixels(layer.shown, picture);
     }
     drawRegion(layer, picture, region.get());
+    if (&layer.shown != &picture)
+        layer.shown = picture;
+    return region;
+}
+
+void present(Window window, Layer& layer, const Picture& picture) {
+    const PixelRegion region = drawLayer(window, layer, picture);
     if (layer.isShown)
         showRegion(window, region.get());
     if (layer.isShown && !hasCompositor)
         shapeBounding(window, layer);
-    if (&layer.shown != &picture)
-        layer.shown = picture;
     XFlush(ownerDisplay());
 }
 
@@ -386,9 +392,13 @@ void presentPictureAt(WindowHandle window, Point corner, const Picture& picture)
         return;
     }
     layer->place = place;
-    presentPicture(window, picture);
+    drawLayer(windowOf(window), *layer, picture);
     XMoveResizeWindow(ownerDisplay(), windowOf(window), corner.x, corner.y,
                       static_cast<unsigned int>(picture.width), static_cast<unsigned int>(picture.height));
+    if (layer->isShown) {
+        shapeBounding(windowOf(window), *layer);
+        XClearWindow(ownerDisplay(), windowOf(window)); // one that keeps its size keeps its pixels too
+    }
     XFlush(ownerDisplay());
 }
 

@@ -1,6 +1,5 @@
 #include "platform/platform.h"
 
-#include "platform/linux/accessibility.h"
 #include "platform/linux/connection.h"
 #include "platform/linux/injection_connection.h"
 #include "platform/linux/input_guard.h"
@@ -16,7 +15,6 @@ bool openPlatform() {
     }
     startInputGuard();
     lockInjectionConnection(); // opened now, so that the first step of the first run need not
-    turnAccessibilityOn();     // early: programs that start before it may never tell what they hold
     warmUpDrawing();
     return true;
 }

@@ -1,6 +1,7 @@
 #include "platform/pointer.h"
 
 #include "platform/linux/connection.h"
+#include "platform/linux/cursor_pin.h"
 #include "platform/linux/injection_connection.h"
 #include "platform/linux/monitors.h"
 
@@ -54,7 +55,7 @@ Point cursorPosition() {
 
 void setCursorPosition(Point position) {
     // A warp to where the cursor stands would still send a motion event to the program below.
-    if (ownerDisplay() == nullptr || cursorPosition() == position)
+    if (ownerDisplay() == nullptr || isCursorPinned() || cursorPosition() == position)
         return;
     XWarpPointer(ownerDisplay(), noXid, rootWindow(), 0, 0, 0, 0, position.x, position.y);
     // Clicks go over another connection, and must not come there before the warp.

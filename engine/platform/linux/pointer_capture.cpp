@@ -1,6 +1,7 @@
 #include "platform/pointer_capture.h"
 
 #include "platform/linux/connection.h"
+#include "platform/linux/cursor_pin.h"
 #include "platform/linux/glib_handles.h"
 #include "platform/linux/input_devices.h"
 #include "platform/linux/input_guard.h"
@@ -237,7 +238,7 @@ void startListening() {
 
 } // namespace
 
-void beginPointerCapture(WindowHandle, Point, const PointerCaptureHandlers& handlers) {
+void beginPointerCapture(WindowHandle, Point pinned, const PointerCaptureHandlers& handlers) {
     if (ownerDisplay() == nullptr)
         return;
     startListening();
@@ -247,6 +248,7 @@ void beginPointerCapture(WindowHandle, Point, const PointerCaptureHandlers& hand
     capture.lastRenewal = capture.lastHeartbeat = Clock::now();
     selectHierarchyChanges(true); // first, so that no mouse plugged in between is missed
     grabAllMice();
+    pinCursor(pinned);
     // A slave goes on adding up its motion while it is detached, and its first motion afterwards would move
     // the cursor by the whole sum, unless the master has heard of another slave since: then it starts from
     // the cursor. Done now and not at the end, which may come by kill.
@@ -264,6 +266,7 @@ bool renewPointerCapture() {
         capture.lastHeartbeat = capture.lastRenewal;
         tellInputGuard(GuardedThing::heartbeat, false, 0);
     }
+    keepCursorPinned();
     return true;
 }
 
@@ -272,6 +275,7 @@ void endPointerCapture() {
         return;
     capture.isActive = false;
     capture.endedAt = Clock::now();
+    unpinCursor();
     selectHierarchyChanges(false);
     giveBackMice(false);
     waitForReleases();

@@ -1,11 +1,17 @@
 #include "platform/threads.h"
 
 #include <chrono>
+#include <system_error>
 #include <thread>
 #include <utility>
 
-void startDetachedThread(std::function<void()> body) {
-    std::thread(std::move(body)).detach();
+bool startDetachedThread(std::function<void()> body) {
+    try {
+        std::thread([run = std::move(body)]() noexcept { run(); }).detach();
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 bool waitForEnd(const std::future<void>& ended, std::uint32_t limitMs) {

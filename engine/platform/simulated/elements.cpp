@@ -4,6 +4,10 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+void prepareElementSearches() {
+    simulatedDesktop().askedForElements = true;
+}
+
 FoundElements findElements(const ElementSearch& search) {
     SimulatedDesktop& desktop = simulatedDesktop();
     const FoundElements found = desktop.elements;

@@ -78,6 +78,7 @@ public:
     // The machine
     std::uint64_t bootedBeforeMs = 1'000'000; // tickCount() at the virtual time 0
     bool hasDisplay = true;
+    bool refusesThreads = false;                    // the system has none left
     std::vector<Rect> monitors{{0, 0, 1920, 1080}}; // the first one is primary
     Point cursor{960, 540};
     bool buttonsAreSwapped = false;
@@ -91,6 +92,7 @@ public:
     std::vector<std::u16string> gazeRoots;       // what gazeLibraryRoots answers
     std::vector<std::u16string> libraryAttempts; // everything that was tried to be loaded, in order
 
+    bool askedForElements = false;      // whether the programs were asked to publish theirs
     FoundElements elements;             // what a search finds
     std::uint32_t elementSearchMs = 0;  // how long it takes
     std::vector<ElementScope> searches; // all that were begun, in order

@@ -4,8 +4,11 @@
 
 #include <chrono>
 
-void startDetachedThread(std::function<void()> body) {
+bool startDetachedThread(std::function<void()> body) {
+    if (simulatedDesktop().refusesThreads)
+        return false;
     simulatedDesktop().clock.startWorker(std::move(body));
+    return true;
 }
 
 bool waitForEnd(const std::future<void>& ended, std::uint32_t limitMs) {

@@ -109,6 +109,9 @@ std::vector<AutomationElement> searchRoots(const Automation& automation, const E
 
 } // namespace
 
+// UI Automation asks the programs itself.
+void prepareElementSearches() {}
+
 FoundElements findElements(const ElementSearch& search) {
     const ComSession session;
     const HWND front = GetForegroundWindow();

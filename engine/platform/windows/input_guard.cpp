@@ -136,7 +136,9 @@ void replaceDeadGuards(KernelHandle guard) noexcept {
 } // namespace
 
 void startInputGuard() {
-    startDetachedThread([guard = startGuard().release()] { replaceDeadGuards(KernelHandle(guard)); });
+    // Without a thread a guard that dies is not replaced.
+    static_cast<void>(
+        startDetachedThread([guard = startGuard().release()] { replaceDeadGuards(KernelHandle(guard)); }));
 }
 
 void tellInputGuard(const GuardRecord& record) {

@@ -1,16 +1,16 @@
 #include "platform/threads.h"
 
 #include <chrono>
-#include <exception>
 #include <system_error>
 #include <thread>
 #include <utility>
 
-void startDetachedThread(std::function<void()> body) {
+bool startDetachedThread(std::function<void()> body) {
     try {
         std::thread([run = std::move(body)]() noexcept { run(); }).detach();
+        return true;
     } catch (const std::system_error&) {
-        std::terminate();
+        return false;
     }
 }
 

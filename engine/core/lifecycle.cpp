@@ -52,16 +52,18 @@ void repaintOpenWheel() {
 }
 
 void startGaze() {
-    startWorker(
-        engineState.gazeThread, engineState.gazeStop,
-        [path = engineConfig.gazeDllPath](const std::atomic<bool>& stop) { gazeThreadMain(path, stop); });
+    if (!startWorker(
+            engineState.gazeThread, engineState.gazeStop,
+            [path = engineConfig.gazeDllPath](const std::atomic<bool>& stop) { gazeThreadMain(path, stop); }))
+        engineState.gazeStatus = gazeStatusFailed;
 }
 
 void startVoice() {
     prepareElementSearches(); // which nothing but the voice asks for
     const VoiceSettings settings{engineConfig.voiceDllPath, engineConfig.voiceModel};
-    startWorker(engineState.voiceThread, engineState.voiceStop,
-                [settings](const std::atomic<bool>& stop) { voiceThreadMain(settings, stop); });
+    if (!startWorker(engineState.voiceThread, engineState.voiceStop,
+                     [settings](const std::atomic<bool>& stop) { voiceThreadMain(settings, stop); }))
+        engineState.voiceStatus = voiceStatusFailed;
 }
 
 void stopGaze() {

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-void startWorker(std::future<void>& thread, StopRequest& stop,
+bool startWorker(std::future<void>& thread, StopRequest& stop,
                  std::function<void(const std::atomic<bool>& stop)> body) {
     stop = std::make_shared<std::atomic<bool>>(false);
     const auto ended = std::make_shared<std::promise<void>>();
@@ -14,6 +14,7 @@ void startWorker(std::future<void>& thread, StopRequest& stop,
     });
     if (hasStarted)
         thread = ended->get_future();
+    return hasStarted;
 }
 
 void stopWorker(std::future<void>& thread, const StopRequest& stop, std::uint32_t limitMs) {

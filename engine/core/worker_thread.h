@@ -11,10 +11,10 @@
 using StopRequest = std::shared_ptr<std::atomic<bool>>;
 
 /// Starts `body` on a thread of its own; `thread` is then valid until stopWorker, even if the body ends
-/// before. Where the system refuses a thread `thread` stays invalid, so that the next start tries again.
-/// Owner thread, like the next.
-void startWorker(std::future<void>& thread, StopRequest& stop,
-                 std::function<void(const std::atomic<bool>& stop)> body);
+/// before. False where the system refuses a thread: `thread` stays invalid, so that a later start tries
+/// again. Owner thread, like the next.
+[[nodiscard]] bool startWorker(std::future<void>& thread, StopRequest& stop,
+                               std::function<void(const std::atomic<bool>& stop)> body);
 
 /// Asks the run to end and waits for that, `limitMs` at most; one that takes longer is left to itself.
 /// Without a run nothing happens.

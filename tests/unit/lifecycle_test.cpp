@@ -63,7 +63,8 @@ TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansAreLeftOutAndALaterReloadStarts
     EXPECT_TRUE(OverlayEngineStart());
     postToMain(MsgVoiceCommand, 10);
     EXPECT_EQ(engineState.elementScanBusy, 1) << "until it is cancelled";
-    EXPECT_EQ(textOf(OverlayVoiceStatus()), "wyłączony (voiceEnabled = false)");
+    EXPECT_EQ(textOf(OverlayVoiceStatus()), "błąd inicjalizacji");
+    EXPECT_EQ(textOf(OverlayGazeStatus()), "błąd inicjalizacji");
     desktop.refusesThreads = false;
     OverlayReloadConfig();
     desktop.settle();

@@ -2,6 +2,7 @@
 
 #include "shell/screen_room.h"
 
+#include <QLayout>
 #include <QResizeEvent>
 #include <QScreen>
 #include <QScrollBar>
@@ -26,10 +27,14 @@ void PageStack::countOnlyThePageInFront() {
     updateGeometry();
 }
 
-// Its layout would ask the pages behind as well.
+// Its layout would ask the pages behind as well, and for the room that they like best: a list is to shrink
+// before the page scrolls.
 int PageStack::heightForWidth(int width) const {
     const QWidget* page = currentWidget();
-    return page == nullptr ? -1 : std::max(page->heightForWidth(width), page->minimumSizeHint().height());
+    if (page == nullptr)
+        return -1;
+    const int wrapped = page->layout() == nullptr ? 0 : page->layout()->totalMinimumHeightForWidth(width);
+    return std::max(wrapped, page->minimumSizeHint().height());
 }
 
 PageArea::PageArea(PageStack* stack, int beside, QWidget* parent)

@@ -2,9 +2,10 @@
 
 #include "shell/screen_room.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFontMetrics>
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QTreeView>
@@ -31,10 +32,12 @@ QString chosenFile(QFileDialog& dialog) {
 }
 
 bool mayOverwrite(QWidget* parent, const QString& title, const QString& path) {
-    QMessageBox box(QMessageBox::Warning, title,
-                    QCoreApplication::translate("FileDialogs", "Plik %1 już istnieje. Zastąpić go?")
-                        .arg(QFileInfo(path).fileName()),
-                    QMessageBox::Yes | QMessageBox::No, parent);
+    const QFontMetrics metrics(QApplication::font());
+    const QString name = metrics.elidedText(QFileInfo(path).fileName(), Qt::ElideMiddle, 600);
+    QMessageBox box(
+        QMessageBox::Warning, title,
+        QCoreApplication::translate("FileDialogs", "Plik %1 już istnieje. Zastąpić go?").arg(name),
+        QMessageBox::Yes | QMessageBox::No, parent);
     box.setTextFormat(Qt::PlainText); // a name may look like HTML
     box.setDefaultButton(QMessageBox::No);
     return box.exec() == QMessageBox::Yes;

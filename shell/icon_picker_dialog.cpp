@@ -10,7 +10,7 @@
 
 IconPickerDialog::IconPickerDialog(const QString& folder, QWidget* parent) : QDialog(parent) {
     setWindowTitle(tr("Wybierz ikonę"));
-    resize(QSize(520, 420).boundedTo(screenRoom(*this)));
+    resize(QSize(520, 420).boundedTo(screenRoom(parent == nullptr ? *this : *parent)));
     auto* column = new QVBoxLayout(this);
     list = new QListWidget;
     list->setAccessibleName(tr("Ikony"));

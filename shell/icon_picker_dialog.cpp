@@ -1,5 +1,8 @@
 #include "shell/icon_picker_dialog.h"
 
+#include "shell/field_icons.h"
+#include "shell/screen_room.h"
+
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QListWidget>
@@ -7,7 +10,7 @@
 
 IconPickerDialog::IconPickerDialog(const QString& folder, QWidget* parent) : QDialog(parent) {
     setWindowTitle(tr("Wybierz ikonę"));
-    resize(520, 420);
+    resize(QSize(520, 420).boundedTo(screenRoom(parent == nullptr ? *this : *parent)));
     auto* column = new QVBoxLayout(this);
     list = new QListWidget;
     list->setAccessibleName(tr("Ikony"));
@@ -19,7 +22,7 @@ IconPickerDialog::IconPickerDialog(const QString& folder, QWidget* parent) : QDi
     auto* none = new QListWidgetItem(tr("(bez ikony)"), list);
     none->setData(Qt::UserRole, QString());
     for (const QFileInfo& file : QDir(folder).entryInfoList({"*.png"}, QDir::Files, QDir::Name)) {
-        auto* item = new QListWidgetItem(QIcon(file.filePath()), file.baseName(), list);
+        auto* item = new QListWidgetItem(fieldIcon(file.filePath()), iconNameOf(file.fileName()), list);
         item->setData(Qt::UserRole, "icons/" + file.fileName());
     }
     column->addWidget(list);
@@ -28,6 +31,12 @@ IconPickerDialog::IconPickerDialog(const QString& folder, QWidget* parent) : QDi
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(list, &QListWidget::itemDoubleClicked, this, &QDialog::accept);
+}
+
+void IconPickerDialog::select(const QString& icon) {
+    for (int row = 0; row < list->count(); ++row)
+        if (list->item(row)->data(Qt::UserRole) == icon)
+            list->setCurrentRow(row);
 }
 
 QString IconPickerDialog::chosenIcon() const {

@@ -6,6 +6,7 @@
 #include "shell/gaze_page.h"
 #include "shell/page_area.h"
 #include "shell/quit_order.h"
+#include "shell/screen_room.h"
 #include "shell/voice_page.h"
 #include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
@@ -16,7 +17,6 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
-#include <QStackedWidget>
 #include <QSystemTrayIcon>
 #include <QTimer>
 #include <algorithm>
@@ -32,7 +32,7 @@ constexpr int sidebarEdges = 20; // the sheets' padding left and right, and the 
 MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidget* parent)
     : QMainWindow(parent), licenceCheck(&licence), licenceResult(result) {
     setWindowTitle(tr("Rotika"));
-    resize(860, 560);
+    resize(QSize(860, 560).boundedTo(screenRoom(*this)));
 
     auto* central = new QWidget;
     auto* row = new QHBoxLayout(central);
@@ -64,7 +64,7 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
 }
 
 void MainWindow::makePages() {
-    stack = new QStackedWidget;
+    stack = new PageStack;
     editorPage = new WheelEditorPage;
     stack->addWidget(makeDashboard());
     stack->addWidget(editorPage);

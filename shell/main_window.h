@@ -6,7 +6,7 @@
 
 class QLabel;
 class QListWidget;
-class QStackedWidget;
+class PageStack;
 class QSystemTrayIcon;
 class WheelEditorPage;
 class WheelPreview;
@@ -38,7 +38,7 @@ private:
     void bringUp();
 
     QListWidget* sidebar = nullptr;
-    QStackedWidget* stack = nullptr;
+    PageStack* stack = nullptr;
     WheelPreview* dashboardPreview = nullptr;
     WheelEditorPage* editorPage = nullptr;
     QSystemTrayIcon* tray = nullptr;

@@ -1,21 +1,43 @@
 #include "shell/page_area.h"
 
+#include "shell/screen_room.h"
+
+#include <QLayout>
 #include <QResizeEvent>
 #include <QScreen>
 #include <QScrollBar>
-#include <QStackedWidget>
 #include <algorithm>
 
 namespace {
 
-/// The window's frame, and a border around it.
-constexpr QSize frame{40, 60};
 /// A screen so small that a page makes no sense below this.
 constexpr QSize smallestArea{240, 200};
 
 } // namespace
 
-PageArea::PageArea(QStackedWidget* stack, int beside, QWidget* parent)
+PageStack::PageStack(QWidget* parent) : QStackedWidget(parent) {
+    connect(this, &QStackedWidget::currentChanged, this, &PageStack::countOnlyThePageInFront);
+}
+
+void PageStack::countOnlyThePageInFront() {
+    for (int i = 0; i < count(); ++i) {
+        const auto policy = i == currentIndex() ? QSizePolicy::Preferred : QSizePolicy::Ignored;
+        widget(i)->setSizePolicy(policy, policy);
+    }
+    updateGeometry();
+}
+
+// Its layout would ask the pages behind as well, and for the room that they like best: a list is to shrink
+// before the page scrolls.
+int PageStack::heightForWidth(int width) const {
+    const QWidget* page = currentWidget();
+    if (page == nullptr)
+        return -1;
+    const int wrapped = page->layout() == nullptr ? 0 : page->layout()->totalMinimumHeightForWidth(width);
+    return std::max(wrapped, page->minimumSizeHint().height());
+}
+
+PageArea::PageArea(PageStack* stack, int beside, QWidget* parent)
     : QScrollArea(parent), pages(stack), besidePx(beside) {
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus); // it follows the focus of what is in it
@@ -25,21 +47,11 @@ PageArea::PageArea(QStackedWidget* stack, int beside, QWidget* parent)
     viewport()->setAutoFillBackground(false);
     pages->setAutoFillBackground(false);
     pages->installEventFilter(this);
-    connect(pages, &QStackedWidget::currentChanged, this, &PageArea::countOnlyThePageInFront);
-    countOnlyThePageInFront();
-}
-
-void PageArea::countOnlyThePageInFront() {
-    for (int i = 0; i < pages->count(); ++i) {
-        const auto policy = i == pages->currentIndex() ? QSizePolicy::Preferred : QSizePolicy::Ignored;
-        pages->widget(i)->setSizePolicy(policy, policy);
-    }
-    pages->updateGeometry();
+    pages->countOnlyThePageInFront();
 }
 
 QSize PageArea::minimumSizeHint() const {
-    const QSize room =
-        (screen()->availableGeometry().size() - frame - QSize(besidePx, 0)).expandedTo(smallestArea);
+    const QSize room = (screenRoom(*this) - QSize(besidePx, 0)).expandedTo(smallestArea);
     QSize wanted = pages->minimumSizeHint();
     // Texts that wrap are higher than the least size tells.
     wanted.setHeight(

@@ -1,8 +1,20 @@
 #pragma once
 
 #include <QScrollArea>
+#include <QStackedWidget>
 
-class QStackedWidget;
+/// Pages of which the one in front alone says how much room is needed.
+class PageStack : public QStackedWidget {
+    Q_OBJECT
+
+public:
+    explicit PageStack(QWidget* parent = nullptr);
+
+    int heightForWidth(int width) const override;
+
+    /// To be called when all pages are in, and by itself whenever another one comes to the front.
+    void countOnlyThePageInFront();
+};
 
 /// Holds the pages. It asks for all the room that the page in front needs, so that the window grows when a
 /// larger one comes up, but for no more than the screen has: there it scrolls, so that nothing is out of
@@ -12,7 +24,7 @@ class PageArea : public QScrollArea {
 
 public:
     /// Takes `stack`, whose pages are complete. `besidePx` of the window's width is not the area's.
-    PageArea(QStackedWidget* stack, int besidePx, QWidget* parent = nullptr);
+    PageArea(PageStack* stack, int besidePx, QWidget* parent = nullptr);
 
     QSize minimumSizeHint() const override;
 
@@ -21,8 +33,6 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void countOnlyThePageInFront();
-
-    QStackedWidget* pages;
+    PageStack* pages;
     int besidePx;
 };

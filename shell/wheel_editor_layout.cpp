@@ -1,11 +1,12 @@
 #include "shell/cards.h"
-#include "shell/path_label.h"
+#include "shell/elided_label.h"
 #include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
 
 #include <QAbstractItemView>
 #include <QBoxLayout>
 #include <QComboBox>
+#include <QGridLayout>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -87,7 +88,7 @@ QBoxLayout* WheelEditorPage::makeFileRow() {
     activate->setObjectName("Primary");
     connect(activate, &QPushButton::clicked, this, &WheelEditorPage::activateOnEngine);
     row->addSpacing(10);
-    fileLabel = new PathLabel(tr("(nie wczytano pliku)"));
+    fileLabel = new ElidedLabel(tr("(nie wczytano pliku)"), Qt::ElideMiddle);
     fileLabel->setProperty("role", "cardTitle");
     row->addWidget(fileLabel, 1);
     return row;
@@ -136,15 +137,10 @@ QWidget* WheelEditorPage::makeDetails() {
     return panel;
 }
 
-QBoxLayout* WheelEditorPage::makeFieldForm() {
+QLayout* WheelEditorPage::makeFieldForm() {
     nameEdit = new QLineEdit;
     voiceEdit = new QLineEdit;
     voiceEdit->setPlaceholderText(tr("np. leczenie"));
-    auto* texts = new QVBoxLayout;
-    texts->addWidget(makeFieldLabel(tr("Nazwa"), nameEdit));
-    texts->addWidget(nameEdit);
-    texts->addWidget(makeFieldLabel(tr("Fraza głosowa"), voiceEdit));
-    texts->addWidget(voiceEdit);
 
     iconLabel = new QLabel;
     iconLabel->setFixedSize(34, 34);
@@ -154,6 +150,10 @@ QBoxLayout* WheelEditorPage::makeFieldForm() {
     iconRow->addWidget(iconLabel);
     iconRow->addWidget(iconButton, 1);
     colorButton = new QPushButton;
+    // As wide as for any colour's name, or the fields beside it would move with the selection.
+    colorButton->ensurePolished();
+    colorButton->setText(QStringLiteral("#DDDDDD"));
+    colorButton->setMinimumWidth(colorButton->sizeHint().width());
     showIcon({});
     showColor({});
     delaySpin = new QSpinBox;
@@ -163,16 +163,19 @@ QBoxLayout* WheelEditorPage::makeFieldForm() {
     auto* colorRow = makeRow();
     colorRow->addWidget(colorButton, 1);
     colorRow->addWidget(delaySpin);
-    auto* looks = new QVBoxLayout;
-    looks->addWidget(makeLabel(tr("Ikona"), "cardTitle"));
-    looks->addLayout(iconRow);
-    looks->addWidget(makeLabel(tr("Kolor pola / odstęp [ms]"), "cardTitle"));
-    looks->addLayout(colorRow);
 
-    auto* form = makeRow();
+    auto* form = new QGridLayout; // the pairs of labels, and of fields, stand level
     form->setSpacing(10);
-    form->addLayout(texts, 3);
-    form->addLayout(looks, 2);
+    form->setColumnStretch(0, 3);
+    form->setColumnStretch(1, 2);
+    form->addWidget(makeFieldLabel(tr("Nazwa"), nameEdit), 0, 0); // Tab follows the order of adding
+    form->addWidget(nameEdit, 1, 0);
+    form->addWidget(makeFieldLabel(tr("Fraza głosowa"), voiceEdit), 2, 0);
+    form->addWidget(voiceEdit, 3, 0);
+    form->addWidget(makeLabel(tr("Ikona"), "cardTitle"), 0, 1);
+    form->addLayout(iconRow, 1, 1);
+    form->addWidget(makeLabel(tr("Kolor pola / odstęp [ms]"), "cardTitle"), 2, 1);
+    form->addLayout(colorRow, 3, 1);
     return form;
 }
 
@@ -240,10 +243,9 @@ QBoxLayout* WheelEditorPage::makeStepButtons() {
 
 QBoxLayout* WheelEditorPage::makePreviewColumn() {
     auto* column = new QVBoxLayout;
-    previewTitle = makeLabel({}, "value");
-    previewTitle->setTextFormat(Qt::PlainText); // a name
+    previewTitle = new ElidedLabel({}, Qt::ElideRight);
+    previewTitle->setProperty("role", "value");
     previewTitle->setAlignment(Qt::AlignCenter);
-    previewTitle->setMaximumWidth(240); // a long name must not push the form aside
     preview = new WheelPreview;
     preview->setFixedSize(240, 240);
     column->addWidget(previewTitle);

@@ -1,6 +1,8 @@
 #include "shell/wheel_editor_page.h"
 
 #include "engine/overlay.h"
+#include "shell/field_icons.h"
+#include "shell/file_dialogs.h"
 #include "shell/icon_picker_dialog.h"
 #include "shell/settings.h"
 #include "shell/themes.h"
@@ -10,7 +12,6 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QFontMetrics>
 #include <QInputDialog>
@@ -130,8 +131,7 @@ void WheelEditorPage::loadFile(const QString& path) {
 
 void WheelEditorPage::openFile() {
     const QString folder = doc.path.isEmpty() ? QString() : QFileInfo(doc.path).absolutePath();
-    const QString path =
-        QFileDialog::getOpenFileName(this, tr("Otwórz plik kół"), folder, tr("JSON (*.json)"));
+    const QString path = askFileToOpen(this, tr("Otwórz plik kół"), folder, tr("JSON (*.json)"));
     if (!path.isEmpty())
         loadFile(path);
 }
@@ -141,7 +141,7 @@ void WheelEditorPage::saveFile(bool saveAs) {
         return;
     QString path;
     if (saveAs) {
-        path = QFileDialog::getSaveFileName(this, tr("Zapisz jako"), doc.path, tr("JSON (*.json)"));
+        path = askFileToSave(this, tr("Zapisz jako"), doc.path, tr("JSON (*.json)"), "json");
         if (path.isEmpty())
             return;
     }
@@ -182,7 +182,7 @@ void WheelEditorPage::rebuildTree(int wheel, int function) {
             auto* item = new QTreeWidgetItem(wheelItem);
             item->setText(0, functionText(shown.actions[j].name));
             if (!shown.actions[j].icon.isEmpty())
-                item->setIcon(0, QIcon(besideFile(shown.actions[j].icon)));
+                item->setIcon(0, fieldIcon(besideFile(shown.actions[j].icon)));
             item->setData(0, wheelRole, i);
             item->setData(0, functionRole, j);
         }
@@ -221,6 +221,8 @@ void WheelEditorPage::showFunction() {
     } else {
         nameEdit->setText(function->name);
         voiceEdit->setText(function->voice);
+        for (QLineEdit* edit : {nameEdit, voiceEdit})
+            edit->home(false); // a long text is read from its beginning
         delaySpin->setValue(function->delay);
         showColor(function->color);
         showIcon(function->icon);
@@ -242,7 +244,7 @@ void WheelEditorPage::showColor(const QColor& color) {
 
 void WheelEditorPage::showIcon(const QString& icon) {
     iconLabel->setPixmap(icon.isEmpty() ? QPixmap() : QPixmap(besideFile(icon)));
-    const QString name = icon.isEmpty() ? tr("Wybierz…") : QFileInfo(icon).baseName();
+    const QString name = icon.isEmpty() ? tr("Wybierz…") : iconNameOf(icon);
     iconButton->setText(name);
     iconButton->setAccessibleName(tr("Ikona: %1").arg(name));
 }
@@ -288,6 +290,7 @@ void WheelEditorPage::pickIcon() {
     if (function == nullptr)
         return;
     IconPickerDialog picker(besideFile("icons"), this);
+    picker.select(function->icon);
     if (picker.exec() != QDialog::Accepted)
         return;
     function->icon = picker.chosenIcon();
@@ -320,6 +323,8 @@ void WheelEditorPage::addAction() {
     actions.append(added);
     markDirty();
     rebuildTree(selectedWheel, static_cast<int>(actions.size()) - 1);
+    nameEdit->setFocus(); // the name is what comes next
+    nameEdit->selectAll();
 }
 
 void WheelEditorPage::removeSelected() {

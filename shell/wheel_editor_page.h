@@ -7,6 +7,7 @@
 class QBoxLayout;
 class QComboBox;
 class QLabel;
+class QLayout;
 class QLineEdit;
 class QListWidget;
 class QPushButton;
@@ -47,7 +48,7 @@ private:
     QBoxLayout* makeFileRow();
     QBoxLayout* makeTreeColumn();
     QWidget* makeDetails();
-    QBoxLayout* makeFieldForm();
+    QLayout* makeFieldForm();
     QBoxLayout* makeStepRow();
     QWidget* makeKeyRow();
     QBoxLayout* makeStepButtons();

@@ -13,7 +13,8 @@ namespace {
 struct Look {
     std::string name;
     std::string theme;
-    std::string fontDpi;
+    std::string fontDpi = "96";
+    std::string scale = "1";
 };
 
 void PrintTo(const Look& look, std::ostream* stream) {
@@ -36,7 +37,7 @@ protected:
         command.folder = s.screen.folder();
         command.outputFile = s.screen.folder() / "program.log";
         command.environment["QT_FONT_DPI"] = GetParam().fontDpi;
-        command.environment["QT_ENABLE_HIGHDPI_SCALING"] = "0"; // the letters alone
+        command.environment["QT_SCALE_FACTOR"] = GetParam().scale;
         s.program = Process(command);
         s.waitForMainWindow();
         user.waitUntilInFront();
@@ -45,8 +46,8 @@ protected:
     std::vector<PixelColor> windowPixels() {
         const ShownWindow window = *stage().mainWindow();
         EXPECT_LE(window.left + window.width, stage().screen.eyes().width());
-        const int height = std::min(window.height, stage().screen.eyes().height() - window.top);
-        return stage().screen.eyes().look(window.left, window.top, window.width, height).pixels;
+        EXPECT_LE(window.top + window.height, stage().screen.eyes().height());
+        return stage().screen.eyes().look(window.left, window.top, window.width, window.height).pixels;
     }
 
     ShellUser user{stage()};
@@ -88,8 +89,8 @@ TEST_P(ShellPictures, OfEveryPage) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Looks, ShellPictures,
-                         testing::Values(Look{"fluent", "fluent", "96"}, Look{"neon", "neon", "96"},
-                                         Look{"pro", "pro", "96"}, Look{"large", "fluent", "144"}),
+                         testing::Values(Look{"fluent", "fluent"}, Look{"neon", "neon"}, Look{"pro", "pro"},
+                                         Look{"large", "fluent", "144"}, Look{"scaled", "neon", "96", "1.5"}),
                          [](const auto& instance) { return instance.param.name; });
 
 } // namespace

@@ -18,6 +18,8 @@ void ShellUser::goTo(WheelControl control) {
 void ShellUser::press(WheelControl control) {
     goTo(control);
     key("space");
+    if (control == WheelControl::addFunction)
+        tabsFromPageList = static_cast<int>(WheelControl::name); // the program goes on there
 }
 
 void ShellUser::tab(int times) {

@@ -250,6 +250,28 @@ TEST_P(Sheets, MarkTheKeyboardFocus) {
     });
 }
 
+TEST_P(Sheets, ShowEveryRowOfASelectorAndTheArrowOfASelectedWheel) {
+    sidebar->setCurrentRow(1);
+    for (auto* combo : window->findChildren<QComboBox*>()) {
+        combo->showPopup();
+        QApplication::processEvents();
+        const QAbstractItemView& list = *combo->view();
+        const QModelIndex lastInView = list.model()->index(std::min(combo->count(), 10) - 1, 0);
+        EXPECT_TRUE(list.viewport()->rect().contains(list.visualRect(lastInView)));
+        EXPECT_EQ(list.window()->findChildren<QWidget*>("", Qt::FindDirectChildrenOnly).size(), 1)
+            << "strips";
+        combo->hidePopup();
+    }
+    auto* tree = window->findChild<QTreeWidget*>();
+    QTreeWidgetItem* wheel = tree->topLevelItem(0);
+    tree->setCurrentItem(wheel);
+    tree->setFocus();
+    QApplication::processEvents();
+    const QRect text = tree->visualItemRect(wheel);
+    const QRect arrow = QRect(0, text.top(), text.left(), text.height()).adjusted(6, 6, -6, -6);
+    EXPECT_GE(contrastOfTwo(picture(*tree, arrow.translated(tree->viewport()->pos()))), markContrast);
+}
+
 INSTANTIATE_TEST_SUITE_P(All, Sheets, testing::Values("fluent", "neon", "pro"),
                          [](const auto& each) { return std::string(each.param); });
 

@@ -222,6 +222,8 @@ TEST_F(WheelEditorPageTest, AddsAndRemovesWheelsAndFunctions) {
     open();
     press("+ funkcja");
     EXPECT_EQ(treeLines(), QStringList({"(koło bez nazwy)", "- Nowa funkcja"}));
+    EXPECT_EQ(page->focusWidget(), labelled<QLineEdit>("Nazwa")); // to be typed over
+    EXPECT_EQ(labelled<QLineEdit>("Nazwa")->selectedText(), "Nowa funkcja");
     onNextDialog<QInputDialog>([](QInputDialog& dialog) {
         EXPECT_EQ(dialog.textValue(), "Koło 2");
         dialog.setTextValue("Drugie");
@@ -244,27 +246,58 @@ TEST_F(WheelEditorPageTest, AddsAndRemovesWheelsAndFunctions) {
 
 TEST_F(WheelEditorPageTest, ChoosesColoursAndGoesBackToTheDefault) {
     open();
+    page->resize(page->minimumSizeHint());
+    page->show();
+    const QRect nameBefore = labelled<QLineEdit>("Nazwa")->geometry();
     onNextDialog<QColorDialog>([](QColorDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "Kolor pola");
         const auto* buttons = dialog.findChild<QDialogButtonBox*>();
         EXPECT_EQ(buttons->button(QDialogButtonBox::Cancel)->text(), "Anuluj"); // Qt's own texts as well
         EXPECT_EQ(dialog.currentColor(), themeInfo(currentThemeId()).ringColor);
-        dialog.setCurrentColor("#102030");
+        dialog.setCurrentColor("#DDDDDD");
         dialog.accept();
     });
     press("domyślny");
+    QApplication::processEvents();
+    EXPECT_EQ(labelled<QLineEdit>("Nazwa")->geometry(), nameBefore); // nothing moves
     onNextDialog<QColorDialog>([](QColorDialog& dialog) { dialog.reject(); });
-    press("#102030");
+    press("#DDDDDD");
     EXPECT_TRUE(showsFile(file + " *"));
     press("Zapisz");
     EXPECT_FALSE(saved().wheels[0].actions[0].color.isValid());
+}
+
+TEST_F(WheelEditorPageTest, SavesUnderANameThatGetsItsSuffixAndOverwritesOnlyWhenTold) {
+    open();
+    const QByteArray other = R"({"actions":[]})";
+    const QString target = folder.filePath("inne.json");
+    for (const auto answer : {QMessageBox::No, QMessageBox::Yes}) {
+        file = target;
+        write(other);
+        onNextDialog<QFileDialog>([&](QFileDialog& dialog) {
+            EXPECT_EQ(dialog.windowTitle(), "Zapisz jako");
+            dialog.findChild<QLineEdit*>("fileNameEdit")->setText("inne");
+            onNextDialog<QMessageBox>([&](QMessageBox& box) {
+                EXPECT_EQ(box.text(), "Plik inne.json już istnieje. Zastąpić go?");
+                // After a "no" another name can be given.
+                if (answer == QMessageBox::No)
+                    onNextDialog<QFileDialog>([](QFileDialog& again) { again.reject(); });
+                box.button(answer)->click();
+            });
+            QMetaObject::invokeMethod(&dialog, "accept");
+        });
+        press("Zapisz jako…");
+        EXPECT_EQ(saved().wheels.size(), answer == QMessageBox::Yes ? 2 : 1);
+    }
+    EXPECT_TRUE(showsFile(target));
+    EXPECT_FALSE(QFile::exists(folder.filePath("inne")));
 }
 
 TEST_F(WheelEditorPageTest, OffersTheIconsBesideTheFile) {
     ASSERT_TRUE(QDir(folder.path()).mkdir("icons"));
     QPixmap picture(8, 8);
     picture.fill(Qt::red);
-    ASSERT_TRUE(picture.save(folder.filePath("icons/tarcza.png")));
+    ASSERT_TRUE(picture.save(folder.filePath("icons/dzwiek.png")));
     ASSERT_TRUE(picture.save(folder.filePath("icons/atak.png")));
     open();
     onNextDialog<IconPickerDialog>([](IconPickerDialog& dialog) {
@@ -272,14 +305,21 @@ TEST_F(WheelEditorPageTest, OffersTheIconsBesideTheFile) {
         ASSERT_EQ(list->count(), 3);
         EXPECT_EQ(list->item(0)->text(), "(bez ikony)");
         EXPECT_EQ(list->item(1)->text(), "atak");
+        EXPECT_EQ(list->item(2)->text(), "dźwięk"); // the file's name is ASCII
         list->setCurrentRow(2);
         dialog.accept();
     });
     press("Wybierz…");
     press("Zapisz");
-    EXPECT_EQ(saved().wheels[0].actions[0].icon, "icons/tarcza.png");
+    EXPECT_EQ(saved().wheels[0].actions[0].icon, "icons/dzwiek.png");
     onNextDialog<IconPickerDialog>([](IconPickerDialog& dialog) { dialog.accept(); });
-    press("tarcza"); // accepted with nothing chosen
+    press("dźwięk"); // accepted without a choice
+    EXPECT_EQ(saved().wheels[0].actions[0].icon, "icons/dzwiek.png");
+    onNextDialog<IconPickerDialog>([](IconPickerDialog& dialog) {
+        dialog.findChild<QListWidget*>()->setCurrentItem(nullptr);
+        dialog.accept();
+    });
+    press("dźwięk");
     press("Zapisz");
     EXPECT_EQ(saved().wheels[0].actions[0].icon, "");
 }

@@ -1,0 +1,20 @@
+#include "shell/field_icons.h"
+
+#include <QFileInfo>
+#include <QHash>
+
+QIcon fieldIcon(const QString& file) {
+    QIcon icon(file);
+    icon.addFile(file, {}, QIcon::Selected); // or it is tinted with the selection's colour
+    return icon;
+}
+
+QString iconNameOf(const QString& file) {
+    static const QHash<QString, QString> spelled{{"dzwiek", "dźwięk"},
+                                                 {"nastepny", "następny"},
+                                                 {"odtworz", "odtwórz"},
+                                                 {"ponow", "ponów"},
+                                                 {"usun", "usuń"}};
+    const QString name = QFileInfo(file).baseName();
+    return spelled.value(name, name);
+}

@@ -81,7 +81,7 @@ std::string Listener::currentGrammar() {
 }
 
 std::u16string modelPath(const std::u16string& model) {
-    return isFullPath(model) ? model : joinPath(programFolder(), model);
+    return isFullPath(model) ? model : programFilePath(model);
 }
 
 bool Listener::prepare() {

@@ -138,18 +138,30 @@ void letSoundCome(Microphone& microphone) {
     endOperation(pa_stream_cork(microphone.stream.get(), 0, nullptr, nullptr));
 }
 
-/// May be the answer for a source that the stream has left meanwhile; `info` is null at the end of a list.
+/// In both answers `info` is null at the end of a list. An answer that comes after a move, or for an earlier
+/// stream, finds that nothing has been asked.
 void onSourceInfo(pa_context*, const pa_source_info* info, int endOfList, void* context) {
     Microphone& microphone = *static_cast<Microphone*>(context);
-    if (endOfList < 0) {
+    if (microphone.source != Source::askedFor || endOfList > 0) {
+        return;
+    }
+    const bool isWanted =
+        info != nullptr && (info->monitor_of_sink == PA_INVALID_INDEX || isNamedByUser(*info));
+    microphone.source = isWanted ? Source::microphone : Source::unwanted;
+    if (isHearing(microphone) && microphone.isStarted) {
+        letSoundCome(microphone);
+    }
+}
+
+void onStreamInfo(pa_context* server, const pa_source_output_info* info, int endOfList, void* context) {
+    Microphone& microphone = *static_cast<Microphone*>(context);
+    if (microphone.source != Source::askedFor || endOfList > 0) {
+        return;
+    }
+    if (info == nullptr) {
         microphone.source = Source::unwanted;
-    } else if (info != nullptr && isStreamReady(microphone) &&
-               info->index == pa_stream_get_device_index(microphone.stream.get())) {
-        const bool isMonitor = info->monitor_of_sink != PA_INVALID_INDEX;
-        microphone.source = isMonitor && !isNamedByUser(*info) ? Source::unwanted : Source::microphone;
-        if (isHearing(microphone) && microphone.isStarted) {
-            letSoundCome(microphone);
-        }
+    } else {
+        endOperation(pa_context_get_source_info_by_index(server, info->source, onSourceInfo, context));
     }
 }
 
@@ -197,11 +209,11 @@ void connectToDevice(Microphone& microphone) {
         static_cast<pa_stream_flags_t>(PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY));
 }
 
+/// Not for the index that the stream itself knows: PipeWire may have made it ready before it was linked.
 void askForSource(Microphone& microphone) {
     microphone.source = Source::askedFor;
-    endOperation(pa_context_get_source_info_by_index(microphone.context.get(),
-                                                     pa_stream_get_device_index(microphone.stream.get()),
-                                                     onSourceInfo, &microphone));
+    endOperation(pa_context_get_source_output_info(
+        microphone.context.get(), pa_stream_get_index(microphone.stream.get()), onStreamInfo, &microphone));
 }
 
 /// The device may have been unplugged, the server restarted; or the server accepts and never answers.

@@ -176,6 +176,8 @@ TEST_F(Voice, PhrasesWithUnknownWordsLeaveTheGrammarAndAreNamedButKeepTheirRows)
     EXPECT_EQ(buildGrammar(
                   &recogniser, [](void*, const char*) { return -1; }, nullptr),
               "[\" \",\"[unk]\"]");
+    const FindWordFunction faulting = [](void*, const char*) -> std::int32_t { throw SimulatedFault(); };
+    EXPECT_EQ(buildGrammar(&recogniser, faulting, nullptr), buildGrammar(nullptr, nullptr, nullptr));
 }
 
 TEST_F(Voice, OnlyTheWholeTextActsAndVoiceGlobalGovernsFieldsAlone) {

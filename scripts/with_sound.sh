@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# with_sound.sh command...: the command with a sound server of its own. Its only microphone hears a tone of
-# 1000 Hz. PULSE_SERVER leads to it, and the file that ROTIKA_SOUND_PID names holds its process id: a server
+# with_sound.sh command...: the command with a sound server of its own. Its only microphone hears what the
+# speakers play, a tone of 1000 Hz. PULSE_SERVER leads to it, and the file that ROTIKA_SOUND_PID names holds its process id: a server
 # that ends is started again, as a session does. Everything ends with the command, whose exit status is passed
 # on.
 set -euo pipefail
@@ -22,6 +22,7 @@ keep_serving() {
         HOME=$folder XDG_RUNTIME_DIR=$folder pulseaudio -n --daemonize=no --exit-idle-time=-1 --use-pid-file=no \
             --load="module-null-sink sink_name=room rate=16000 channels=1" \
             --load="module-sine sink=room frequency=1000" \
+            --load="module-remap-source master=room.monitor source_name=microphone" \
             --load="module-native-protocol-unix auth-anonymous=1 socket=$socket" >>"$folder/log" 2>&1 &
         server=$!
         echo "$server" >"$ROTIKA_SOUND_PID"

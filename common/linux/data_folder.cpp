@@ -1,17 +1,24 @@
 #include "common/linux/data_folder.h"
 
+#include "common/files.h"
+
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace {
 
-std::string executableFolder() {
+namespace fs = std::filesystem;
+
+std::string folderOfExecutable() {
     std::string path(256, '\0');
     while (true) {
         const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
@@ -78,20 +85,56 @@ bool makeFolders(const std::string& folder) {
     return isWritable(folder);
 }
 
-std::string decide() {
-    std::string beside = executableFolder();
+void copyIfMissing(const fs::path& prepared, const fs::path& target) {
+    std::error_code ignored;
+    std::error_code failure;
+    // A link, even a broken one, is a file that the person has, and none that is to be copied.
+    if (fs::symlink_status(target, ignored).type() != fs::file_type::not_found ||
+        fs::symlink_status(prepared, ignored).type() != fs::file_type::regular) {
+        return;
+    }
+    const std::optional<std::string> bytes = readWholeFile(prepared);
+    const std::uintmax_t size = fs::file_size(prepared, failure);
+    if (bytes && !failure && bytes->size() == size) { // and not cut short by a read that failed
+        replaceWholeFile(target, *bytes);
+    }
+}
+
+/// The settings come last: as long as they are missing, a copying that was interrupted is done again.
+void takePreparedFiles(const fs::path& beside, const fs::path& own) {
+    const fs::path settings = "config.json";
+    std::error_code failure;
+    if (fs::exists(fs::symlink_status(own / settings, failure))) {
+        return;
+    }
+    for (fs::directory_iterator each(beside, failure); !failure && each != fs::directory_iterator();
+         each.increment(failure)) {
+        const fs::path name = each->path().filename();
+        if (name.extension() == ".json" && name != settings) {
+            copyIfMissing(each->path(), own / name);
+        }
+    }
+    copyIfMissing(beside / settings, own / settings);
+}
+
+} // namespace
+
+std::filesystem::path executableFolder() {
+    return folderOfExecutable();
+}
+
+std::filesystem::path chooseDataFolder(const std::filesystem::path& beside) {
     if (!isWritable(beside)) {
-        std::string own = userDataFolder();
+        const std::string own = userDataFolder();
         if (!own.empty() && makeFolders(own)) {
+            takePreparedFiles(beside, own);
             return own;
         }
     }
     return beside;
 }
 
-} // namespace
-
 const std::filesystem::path& decidedDataFolder() {
-    static const std::filesystem::path folder = decide();
+    static const std::filesystem::path folder = chooseDataFolder(executableFolder());
     return folder;
 }

@@ -11,7 +11,7 @@ inline LibraryHandle loadOptionalLibrary(const std::u16string& configuredPath, c
                                          LibrarySearch search) {
     LibraryHandle library = configuredPath.empty() ? nullptr : loadLibrary(configuredPath, search);
     if (library == nullptr)
-        library = loadLibrary(joinPath(programFolder(), name), search);
+        library = loadLibrary(programFilePath(name), search);
     return library != nullptr ? library : loadLibrary(name, LibrarySearch::asSystemDoes);
 }
 

@@ -3,6 +3,7 @@
 #include "core/engine_state.h"
 #include "core/text.h"
 #include "core/voice_commands.h"
+#include "platform/fault_guard.h"
 
 #include <algorithm>
 #include <array>
@@ -81,13 +82,31 @@ void addFunctionPhrases(const std::vector<WheelAction>& actions, std::int32_t wh
     }
 }
 
+/// A word at which the library faults counts as known: the caller holds the lock of the table, and the
+/// recogniser has the last word on a phrase.
+bool isKnown(FindWordFunction findWord, void* model, const char* word) {
+    struct Question {
+        FindWordFunction findWord;
+        void* model;
+        const char* word;
+        std::int32_t answer;
+    } question{findWord, model, word, 0};
+    const bool survived = runGuarded(
+        [](void* context) {
+            Question& asked = *static_cast<Question*>(context);
+            asked.answer = asked.findWord(asked.model, asked.word);
+        },
+        &question);
+    return !survived || question.answer >= 0;
+}
+
 /// Tests the words up to the first unknown one. Words are what stands between blanks; an empty one is none.
 bool dictionaryHolds(const std::string& phrase, void* model, FindWordFunction findWord, std::string& word) {
     std::size_t begin = 0;
     while (begin < phrase.size()) {
         const std::size_t end = std::min(phrase.find(' ', begin), phrase.size());
         word.assign(phrase, begin, end - begin);
-        if (!word.empty() && findWord(model, word.c_str()) < 0)
+        if (!word.empty() && !isKnown(findWord, model, word.c_str()))
             return false;
         begin = end + 1;
     }

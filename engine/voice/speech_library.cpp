@@ -30,6 +30,15 @@ bool bindSpeechLibrary(LibraryHandle library, SpeechLibrary& functions) {
            bindFunction(library, "vosk_recognizer_free", functions.recognizerFree);
 }
 
+void* guardedModelNew(const SpeechLibrary& functions, const std::string& path) {
+    void* model = nullptr;
+    return survives([&] { model = functions.modelNew(path.c_str()); }) ? model : nullptr;
+}
+
+void guardedModelFree(const SpeechLibrary& functions, void* model) {
+    survives([&] { functions.modelFree(model); });
+}
+
 std::int32_t guardedAcceptWaveform(const SpeechLibrary& functions, void* recognizer, std::string_view sound) {
     std::int32_t answer = -1;
     const bool survived = survives([&] {
@@ -48,6 +57,15 @@ void* guardedRecognizerNew(const SpeechLibrary& functions, void* model, const st
 
 bool guardedSetGrammar(const SpeechLibrary& functions, void* recognizer, const std::string& grammar) {
     return survives([&] { functions.recognizerSetGrm(recognizer, grammar.c_str()); });
+}
+
+const char* guardedResult(const SpeechLibrary& functions, void* recognizer) {
+    const char* answer = nullptr;
+    return survives([&] { answer = functions.result(recognizer); }) ? answer : nullptr;
+}
+
+void guardedRecognizerFree(const SpeechLibrary& functions, void* recognizer) {
+    survives([&] { functions.recognizerFree(recognizer); });
 }
 
 std::string_view recognisedText(const char* answer) {

@@ -28,12 +28,18 @@ bool bindSpeechLibrary(LibraryHandle library, SpeechLibrary& functions);
 
 // Calls that survive a fault inside the library.
 
+/// Null when the model cannot be loaded, or after a fault.
+void* guardedModelNew(const SpeechLibrary& functions, const std::string& path);
+void guardedModelFree(const SpeechLibrary& functions, void* model);
 /// 1 when a final result is ready; -1 after a fault.
 std::int32_t guardedAcceptWaveform(const SpeechLibrary& functions, void* recognizer, std::string_view sound);
 /// Null when the library refuses the grammar, or after a fault.
 void* guardedRecognizerNew(const SpeechLibrary& functions, void* model, const std::string& grammar);
 /// False after a fault.
 bool guardedSetGrammar(const SpeechLibrary& functions, void* recognizer, const std::string& grammar);
+/// The recogniser's answer, its own until the next call; null when it has none, or after a fault.
+const char* guardedResult(const SpeechLibrary& functions, void* recognizer);
+void guardedRecognizerFree(const SpeechLibrary& functions, void* recognizer);
 
 /// The text in the recogniser's answer, {"text" : "..."}: a view into it, empty when the answer is null or of
 /// another shape.

@@ -30,10 +30,9 @@ public:
 
     ~Listener() {
         microphone.reset(); // before what its sound was for
-        if (recognizer != nullptr)
-            library.recognizerFree(recognizer);
+        freeRecognizer();
         if (model != nullptr)
-            library.modelFree(model);
+            guardedModelFree(library, model);
     }
 
     bool prepare();
@@ -44,14 +43,18 @@ private:
     void setStatus(VoiceStatusCode code) const;
     std::string currentGrammar();
     bool followPhraseTable();
-    void hear(std::string_view sound) const;
+    void freeRecognizer();
+    void hear(std::string_view sound);
+    void hearRecordedBuffers();
 
     const VoiceSettings& settings;
     const std::atomic<bool>& voiceStop;
     SpeechLibrary library;
     void* model = nullptr;
     void* recognizer = nullptr;
+    bool hasRecognizerFaulted = false;
     MicrophoneHandle microphone;
+    std::size_t nextBuffer = 0; // the one whose sound comes next
     std::uint32_t seenGeneration = 0;
 };
 
@@ -78,7 +81,7 @@ std::string Listener::currentGrammar() {
 }
 
 std::u16string modelPath(const std::u16string& model) {
-    return isFullPath(model) ? model : joinPath(programFolder(), model);
+    return isFullPath(model) ? model : programFilePath(model);
 }
 
 bool Listener::prepare() {
@@ -94,7 +97,7 @@ bool Listener::prepare() {
     }
     if (library.setLogLevel != nullptr)
         library.setLogLevel(-1);
-    model = library.modelNew(utf8FromUtf16(modelPath(settings.model)).c_str());
+    model = guardedModelNew(library, utf8FromUtf16(modelPath(settings.model)));
     if (model == nullptr) {
         setStatus(voiceStatusNoModel);
         return false;
@@ -118,6 +121,15 @@ bool Listener::awaitMicrophone() {
     return false;
 }
 
+/// One that has faulted is left behind: a fault may have ruined its memory and left the allocator's lock
+/// held, and freeing it would end the process or hang the thread.
+void Listener::freeRecognizer() {
+    if (recognizer != nullptr && !hasRecognizerFaulted)
+        guardedRecognizerFree(library, recognizer);
+    recognizer = nullptr;
+    hasRecognizerFaulted = false;
+}
+
 /// False when there is no recogniser any more.
 bool Listener::followPhraseTable() {
     if (engineState.phraseGeneration == seenGeneration)
@@ -125,14 +137,32 @@ bool Listener::followPhraseTable() {
     const std::string grammar = currentGrammar();
     if (guardedSetGrammar(library, recognizer, grammar))
         return true;
-    library.recognizerFree(recognizer);
+    hasRecognizerFaulted = true;
+    freeRecognizer();
     recognizer = guardedRecognizerNew(library, model, grammar);
     return recognizer != nullptr;
 }
 
-void Listener::hear(std::string_view sound) const {
-    if (!sound.empty() && guardedAcceptWaveform(library, recognizer, sound) == 1 && !voiceStop)
-        dispatchRecognisedText(recognisedText(library.result(recognizer)));
+void Listener::hear(std::string_view sound) {
+    if (sound.empty())
+        return;
+    const std::int32_t answer = guardedAcceptWaveform(library, recognizer, sound);
+    hasRecognizerFaulted |= answer == -1;
+    if (answer == 1 && !voiceStop)
+        dispatchRecognisedText(recognisedText(guardedResult(library, recognizer)));
+}
+
+/// Goes on where the last pass ended. After a stall all buffers are full, and the oldest is rarely the first.
+void Listener::hearRecordedBuffers() {
+    const std::size_t first = nextBuffer;
+    for (std::size_t i = 0; i < soundBufferCount; ++i) {
+        const std::size_t index = (first + i) % soundBufferCount;
+        if (const auto sound = recordedSound(*microphone, index)) {
+            hear(*sound);
+            requeueSoundBuffer(*microphone, index);
+            nextBuffer = (index + 1) % soundBufferCount;
+        }
+    }
 }
 
 void Listener::listen() {
@@ -146,12 +176,7 @@ void Listener::listen() {
             setStatus(voiceStatusFailed);
             return;
         }
-        for (std::size_t i = 0; i < soundBufferCount; ++i) {
-            if (const auto sound = recordedSound(*microphone, i)) {
-                hear(*sound);
-                requeueSoundBuffer(*microphone, i);
-            }
-        }
+        hearRecordedBuffers();
     }
 }
 

@@ -21,7 +21,7 @@ constexpr std::size_t mostIcons = 2000; // the fields of 83 full wheels; the ima
 std::u16string iconPath(const std::u16string& written) {
     const bool isAbsolute =
         written.size() >= 2 && (written[1] == u':' || written[0] == u'\\' || written[0] == u'/');
-    return isAbsolute ? written : joinPath(programFolder(), written);
+    return isAbsolute ? written : programFilePath(written);
 }
 
 IconCacheEntry* cachedIcon(const std::u16string& path) {

@@ -9,6 +9,8 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <exception>
+#include <string>
 #include <thread>
 
 namespace {
@@ -23,15 +25,35 @@ TEST(LinuxFaultGuardDeathTest, WhatIsNotItsOwnTakesTheEarlierWay) {
     EXPECT_EXIT((guardOnce(), divideByZero(nullptr)), testing::KilledBySignal(SIGFPE), "");
     EXPECT_EXIT(runGuarded([](void*) { raise(SIGSEGV); }, nullptr), testing::KilledBySignal(SIGSEGV), "")
         << "a signal that somebody sent";
-    EXPECT_EXIT(runGuarded([](void*) { std::abort(); }, nullptr), testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EXIT((guardOnce(), std::abort()), testing::KilledBySignal(SIGABRT), "");
     EXPECT_EXIT(runGuarded([](void*) { std::thread([] { writeToNowhere(nullptr); }).join(); }, nullptr),
                 testing::KilledBySignal(SIGSEGV), "")
         << "another thread's";
+    EXPECT_EXIT(runGuarded([](void*) { std::thread([] { std::abort(); }).join(); }, nullptr),
+                testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EXIT((guardOnce(), kill(getpid(), SIGABRT), pause()), testing::KilledBySignal(SIGABRT), "");
     EXPECT_EXIT((signal(SIGSEGV, [](int) { _exit(7); }), guardOnce(), writeToNowhere(nullptr)),
                 testing::ExitedWithCode(7), "")
         << "a handler that was there before";
     EXPECT_EXIT((signal(SIGSEGV, SIG_IGN), guardOnce(), raise(SIGSEGV), _exit(8)), testing::ExitedWithCode(8),
                 "");
+}
+
+/// An exception that may not leave a function ends in an abort, too. The last one is nobody's and ends the
+/// test.
+TEST(LinuxFaultGuardDeathTest, AnAbortOnTheGuardedThreadIsSurvivedAThousandTimes) {
+    const auto throwWhereNoneMay = [](void*) noexcept { static_cast<void>(std::string().at(1)); };
+    EXPECT_EXIT(
+        {
+            std::set_terminate(std::abort); // without a line for each
+            int survived = 0;
+            for (int i = 0; i < 1000; ++i) {
+                survived += runGuarded([](void*) { std::abort(); }, nullptr) ? 0 : 1;
+                survived += runGuarded(throwWhereNoneMay, nullptr) ? 0 : 1;
+            }
+            survived == 2000 ? std::abort() : _exit(1);
+        },
+        testing::KilledBySignal(SIGABRT), "");
 }
 
 /// As when a file shrinks that a library has mapped.

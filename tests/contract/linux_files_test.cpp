@@ -1,5 +1,6 @@
 // Oddities of files that only Linux has: permissions, symbolic links, pipes.
 
+#include "common/linux/data_folder.h"
 #include "contract_test.h"
 #include "platform/files.h"
 #include "platform/paths.h"
@@ -15,6 +16,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 
 namespace {
@@ -147,21 +149,64 @@ TEST_F(LinuxFiles, InAFolderWhereNothingMayBeMadeAFileIsWrittenInPlace) {
 
 /// Between the two questions the other answer becomes the right one: for the owner of the program's folder
 /// by its mode, for anybody else by the variable.
-TEST_F(LinuxFiles, TheFolderOfTheProgramIsDecidedOnce) {
+TEST_F(LinuxFiles, TheFolderOfTheProgramIsDecidedOnceAndItsFilesMayStandBesideTheExecutable) {
     EXPECT_TRUE(inChild([this] {
         return asOrdinaryUser([this] {
-            const fs::path program = fs::read_symlink("/proc/self/exe").parent_path();
+            const fs::path executable = fs::read_symlink("/proc/self/exe");
+            const fs::path program = executable.parent_path();
+            const std::u16string name = executable.filename().u16string();
             const fs::perms mode = fs::status(program).permissions();
             std::error_code ignored;
             ::setenv("XDG_DATA_HOME", (folder / "one").c_str(), 1);
             const std::u16string before = programFolder();
+            const bool isFoundBeside = programFilePath(name) == executable.u16string();
+            std::ofstream(fs::path(joinPath(before, name)), std::ios::app);
+            const bool isOwnPreferred = programFilePath(name) == joinPath(before, name);
             ::setenv("XDG_DATA_HOME", (folder / "two").c_str(), 1);
             fs::permissions(program, fs::perms::owner_read | fs::perms::owner_exec, ignored);
             const std::u16string after = programFolder();
             fs::permissions(program, mode, ignored);
-            return after == before;
+            return isFoundBeside && isOwnPreferred && after == before;
         });
     }));
+}
+
+/// The second start is after the person has deleted a wheel and the administrator has added one.
+TEST_F(LinuxFiles, AProgramInAPackageTakesOverWhatItsAdministratorPreparedOnce) {
+    const fs::path program = folder / "program";
+    const fs::path own = folder / "data/rotika";
+    fs::create_directories(program);
+    fs::create_directories(own);
+    for (const char* name : {"config", "voice", "default", "praca", "gone"})
+        ASSERT_TRUE(write("program/" + std::string(name) + ".json", name));
+    ASSERT_TRUE(write("program/readme.txt", "no wheels"));
+    ASSERT_TRUE(write("program/huge.json", "x"));
+    fs::resize_file(program / "huge.json", longestFileBytes + 1);
+    fs::create_symlink("praca.json", program / "link.json");
+    ASSERT_EQ(::mkfifo((program / "pipe.json").c_str(), 0600), 0);
+    ASSERT_TRUE(write("data/rotika/default.json", "mine"));
+    fs::create_symlink("nowhere", own / "voice.json");
+    for (const fs::path& each : {own, folder / "data"})
+        fs::permissions(each, fs::perms::all);
+    fs::permissions(program, fs::perms(0555));
+    const auto chooses = [&] {
+        ::setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
+        return chooseDataFolder(program) == own;
+    };
+    EXPECT_TRUE(asOrdinaryUser(chooses));
+    EXPECT_EQ(read("data/rotika/config.json") + read("data/rotika/default.json") +
+                  read("data/rotika/praca.json"),
+              "configminepraca");
+    EXPECT_EQ(std::distance(fs::directory_iterator(own), {}), 5)
+        << "and gone.json, and a link of the person's";
+    fs::remove(own / "gone.json");
+    fs::permissions(program, fs::perms(0755));
+    ASSERT_TRUE(write("program/new.json", "new"));
+    fs::permissions(program, fs::perms(0555));
+    EXPECT_TRUE(asOrdinaryUser(chooses));
+    EXPECT_EQ(std::distance(fs::directory_iterator(own), {}), 4);
+    fs::permissions(program, fs::perms(0755));
+    EXPECT_TRUE(asOrdinaryUser([&] { return chooseDataFolder(program) == program; }));
 }
 
 TEST_F(LinuxFiles, FilesOfTheKernelThatSayTheyAreEmptyAreReadToTheirEnd) {

@@ -18,12 +18,12 @@ struct GuardFrame {
 /// The handler reads it: no initialiser that would have to run.
 constinit thread_local GuardFrame* innermostFrame = nullptr;
 
-constexpr std::array faultSignals{SIGSEGV, SIGBUS, SIGFPE, SIGILL};
-std::array<struct sigaction, faultSignals.size()> earlierActions;
+constexpr std::array guardedSignals{SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
+std::array<struct sigaction, guardedSignals.size()> earlierActions;
 
 const struct sigaction& earlierAction(int signal) {
     std::size_t index = 0;
-    while (faultSignals[index] != signal) {
+    while (guardedSignals[index] != signal) {
         ++index;
     }
     return earlierActions[index];
@@ -49,9 +49,15 @@ void passOn(int signal, siginfo_t* info, void* context) {
     }
 }
 
-/// A code above 0 is the kernel's word for a fault of this very thread; sent signals have 0 or less.
-void onFaultSignal(int signal, siginfo_t* info, void* context) {
-    if (innermostFrame != nullptr && info->si_code > 0) {
+/// A code above 0 is the kernel's word for a fault of this very thread; sent signals have 0 or less. abort()
+/// sends its signal to the calling thread, and holds no lock of its own meanwhile.
+bool isMadeHere(int signal, const siginfo_t* info) {
+    const bool isAbort = signal == SIGABRT && info->si_code == SI_TKILL && info->si_pid == ::getpid();
+    return isAbort || info->si_code > 0;
+}
+
+void onGuardedSignal(int signal, siginfo_t* info, void* context) {
+    if (innermostFrame != nullptr && isMadeHere(signal, info)) {
         ::siglongjmp(innermostFrame->wayBack, 1);
     }
     passOn(signal, info, context);
@@ -59,14 +65,14 @@ void onFaultSignal(int signal, siginfo_t* info, void* context) {
 
 bool installHandlers() {
     struct sigaction ours {};
-    ours.sa_sigaction = onFaultSignal;
+    ours.sa_sigaction = onGuardedSignal;
     // The handler is left by a jump, so the signal must not stay blocked.
     ours.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
     ::sigemptyset(&ours.sa_mask);
-    for (std::size_t i = 0; i < faultSignals.size(); ++i) {
+    for (std::size_t i = 0; i < guardedSignals.size(); ++i) {
         // Another thread's signal may need the earlier action at once.
-        ::sigaction(faultSignals[i], nullptr, &earlierActions[i]);
-        ::sigaction(faultSignals[i], &ours, nullptr);
+        ::sigaction(guardedSignals[i], nullptr, &earlierActions[i]);
+        ::sigaction(guardedSignals[i], &ours, nullptr);
     }
     return true;
 }

@@ -5,18 +5,24 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
+#include <string>
 #include <thread>
 
 // The server's asynchronous interface, turned by the listening thread itself while it waits: no thread and no
 // lock of ours. Losing and finding the device again goes on inside these waits.
+//
+// Where there is no microphone the server offers the monitor of the speakers, and it moves a stream there
+// whose microphone has gone. A monitor is not listened to: the stream stays paused until its source is known,
+// and what comes between a move and the answer is thrown away.
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
 constexpr auto openingLimit = std::chrono::milliseconds(1500);
-constexpr auto retryPause = std::chrono::seconds(3);
+constexpr auto retryPause = std::chrono::seconds(3); // and how long a try may take
 
 struct LoopCloser {
     void operator()(pa_mainloop* loop) const noexcept { pa_mainloop_free(loop); }
@@ -39,6 +45,8 @@ struct SoundBuffer {
     std::size_t filled = 0;
     bool hasComeBack = false;
 };
+
+enum class Source { unknown, askedFor, microphone, unwanted };
 
 /// Which buffers the device has, in the order in which they were handed out.
 class BufferQueue {
@@ -68,10 +76,12 @@ struct Microphone {
     std::unique_ptr<pa_context, ContextCloser> context;
     std::unique_ptr<pa_stream, StreamCloser> stream;
     std::array<SoundBuffer, soundBufferCount> buffers{};
+    Source source = Source::unknown; // of the stream
+    bool isDefaultAskedFor = false;  // by name
     BufferQueue waiting;
     std::size_t takenOfFragment = 0; // bytes of the server's present fragment that stand in buffers already
     bool isStarted = false;
-    Clock::time_point nextTry{};
+    Clock::time_point nextTry{}; // when a connection that has led nowhere is begun anew
 };
 
 namespace {
@@ -84,16 +94,91 @@ bool isContextReady(const Microphone& microphone) {
     return microphone.context && pa_context_get_state(microphone.context.get()) == PA_CONTEXT_READY;
 }
 
-bool isStreamGood(const Microphone& microphone) {
-    return microphone.stream && PA_STREAM_IS_GOOD(pa_stream_get_state(microphone.stream.get()));
-}
-
 bool isStreamReady(const Microphone& microphone) {
     return microphone.stream && pa_stream_get_state(microphone.stream.get()) == PA_STREAM_READY;
 }
 
+bool isHearing(const Microphone& microphone) {
+    return isStreamReady(microphone) && microphone.source == Source::microphone;
+}
+
+/// From the library's own variable; empty if there is none.
+std::string_view sourceNamedByUser() {
+    const char* const name = std::getenv("PULSE_SOURCE");
+    return name != nullptr ? name : "";
+}
+
+bool isNamedByUser(const pa_source_info& source) {
+    const std::string_view name = sourceNamedByUser();
+    return name == source.name || name == std::to_string(source.index);
+}
+
+/// Whether the default source is still to be asked for by name. The server may remember another one for this
+/// program, a monitor for instance that somebody once moved it to.
+bool canAskForDefault(const Microphone& microphone) {
+    return isContextReady(microphone) && microphone.source == Source::unwanted &&
+           !microphone.isDefaultAskedFor && sourceNamedByUser().empty();
+}
+
+/// Whether it is clear that this connection leads to no microphone.
+bool hasFailed(const Microphone& microphone) {
+    const bool isStreamBad =
+        microphone.stream && !PA_STREAM_IS_GOOD(pa_stream_get_state(microphone.stream.get()));
+    const bool isUnwanted = microphone.source == Source::unwanted && !canAskForDefault(microphone);
+    return !isContextGood(microphone) || isStreamBad || isUnwanted;
+}
+
+void endOperation(pa_operation* operation) {
+    if (operation != nullptr) {
+        pa_operation_unref(operation);
+    }
+}
+
+void letSoundCome(Microphone& microphone) {
+    endOperation(pa_stream_cork(microphone.stream.get(), 0, nullptr, nullptr));
+}
+
+/// In both answers `info` is null at the end of a list. An answer that comes after a move, or for an earlier
+/// stream, finds that nothing has been asked.
+void onSourceInfo(pa_context*, const pa_source_info* info, int endOfList, void* context) {
+    Microphone& microphone = *static_cast<Microphone*>(context);
+    if (microphone.source != Source::askedFor || endOfList > 0) {
+        return;
+    }
+    const bool isWanted =
+        info != nullptr && (info->monitor_of_sink == PA_INVALID_INDEX || isNamedByUser(*info));
+    microphone.source = isWanted ? Source::microphone : Source::unwanted;
+    if (isHearing(microphone) && microphone.isStarted) {
+        letSoundCome(microphone);
+    }
+}
+
+void onStreamInfo(pa_context* server, const pa_source_output_info* info, int endOfList, void* context) {
+    Microphone& microphone = *static_cast<Microphone*>(context);
+    if (microphone.source != Source::askedFor || endOfList > 0) {
+        return;
+    }
+    if (info == nullptr) {
+        microphone.source = Source::unwanted;
+    } else {
+        endOperation(pa_context_get_source_info_by_index(server, info->source, onSourceInfo, context));
+    }
+}
+
+/// The server may deliver a source's last sound after the move. So a stream that has been at a source of
+/// which nothing is known, or at a monitor, is not used any more: a new one has nothing of it.
+void onStreamMoved(pa_stream*, void* context) {
+    Microphone& microphone = *static_cast<Microphone*>(context);
+    const bool wasHearing = microphone.source == Source::microphone;
+    microphone.source = wasHearing ? Source::unknown : Source::unwanted;
+    microphone.isDefaultAskedFor = false;
+    microphone.nextTry = Clock::now() + retryPause;
+}
+
 void connectToServer(Microphone& microphone) {
     microphone.stream.reset();
+    microphone.source = Source::unknown;
+    microphone.isDefaultAskedFor = false;
     microphone.context.reset(pa_context_new(pa_mainloop_get_api(microphone.loop.get()), "Rotika"));
     if (microphone.context) {
         // Starting a server would hold this thread until that one is up, without a limit.
@@ -102,6 +187,7 @@ void connectToServer(Microphone& microphone) {
 }
 
 void connectToDevice(Microphone& microphone) {
+    microphone.source = Source::unknown;
     microphone.takenOfFragment = 0;
     if (!microphone.waiting.isEmpty()) {
         microphone.buffers[microphone.waiting.front()].filled = 0; // the rest of its sound will never come
@@ -111,39 +197,57 @@ void connectToDevice(Microphone& microphone) {
     if (!microphone.stream) {
         return;
     }
+    pa_stream_set_moved_callback(microphone.stream.get(), onStreamMoved, &microphone);
     constexpr auto byServer = static_cast<std::uint32_t>(-1);
     const pa_buffer_attr sizes{.maxlength = soundBufferCount * soundBufferBytes,
                                .tlength = byServer,
                                .prebuf = byServer,
                                .minreq = byServer,
                                .fragsize = soundBufferBytes};
-    const int corked = microphone.isStarted ? PA_STREAM_NOFLAGS : PA_STREAM_START_CORKED;
-    pa_stream_connect_record(microphone.stream.get(), nullptr, &sizes,
-                             static_cast<pa_stream_flags_t>(corked | PA_STREAM_ADJUST_LATENCY));
+    pa_stream_connect_record(
+        microphone.stream.get(), microphone.isDefaultAskedFor ? "@DEFAULT_SOURCE@" : nullptr, &sizes,
+        static_cast<pa_stream_flags_t>(PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY));
 }
 
-/// The device may have been unplugged, the server restarted.
-void reconnectIfLost(Microphone& microphone) {
-    const bool isComing = isContextGood(microphone) && !isContextReady(microphone);
-    if (isStreamGood(microphone) || isComing) {
-        return;
-    }
-    const bool isFresh = isContextReady(microphone) && !microphone.stream;
-    if (!isFresh && Clock::now() < microphone.nextTry) {
-        return;
-    }
+/// Not for the index that the stream itself knows: PipeWire may have made it ready before it was linked.
+void askForSource(Microphone& microphone) {
+    microphone.source = Source::askedFor;
+    endOperation(pa_context_get_source_output_info(
+        microphone.context.get(), pa_stream_get_index(microphone.stream.get()), onStreamInfo, &microphone));
+}
+
+/// The device may have been unplugged, the server restarted; or the server accepts and never answers.
+void startOver(Microphone& microphone) {
     microphone.nextTry = Clock::now() + retryPause;
-    if (isContextReady(microphone)) {
+    if (isContextReady(microphone) && hasFailed(microphone)) {
+        microphone.isDefaultAskedFor = false;
         connectToDevice(microphone);
     } else {
         connectToServer(microphone);
     }
 }
 
+/// What can be done now to hear a microphone; the server's answers lead on.
+void connectIfLost(Microphone& microphone) {
+    if (isHearing(microphone)) {
+        return;
+    }
+    if (Clock::now() >= microphone.nextTry) {
+        startOver(microphone);
+    } else if (isContextReady(microphone) && !microphone.stream) {
+        connectToDevice(microphone);
+    } else if (isStreamReady(microphone) && microphone.source == Source::unknown) {
+        askForSource(microphone);
+    } else if (canAskForDefault(microphone)) {
+        microphone.isDefaultAskedFor = true;
+        connectToDevice(microphone);
+    }
+}
+
 /// Lets the server's messages in, waiting for one until `deadline` at most.
 void handleMessages(Microphone& microphone, Clock::time_point deadline) {
-    if (!isStreamGood(microphone)) {
-        deadline = std::min(deadline, std::max(Clock::now(), microphone.nextTry));
+    if (!isHearing(microphone)) {
+        deadline = std::min(deadline, microphone.nextTry);
     }
     const auto left =
         std::chrono::ceil<std::chrono::microseconds>(std::max(deadline - Clock::now(), Clock::duration(0)));
@@ -179,7 +283,7 @@ bool fillFront(Microphone& microphone, const char* bytes, std::size_t byteCount)
 /// the stream's queue, where sound past the four fragments is lost.
 bool takeSound(Microphone& microphone) {
     bool hasComeBack = false;
-    while (isStreamReady(microphone) && !microphone.waiting.isEmpty()) {
+    while (isHearing(microphone) && !microphone.waiting.isEmpty()) {
         const void* fragment = nullptr;
         std::size_t byteCount = 0;
         if (pa_stream_peek(microphone.stream.get(), &fragment, &byteCount) != 0 || byteCount == 0) {
@@ -210,19 +314,14 @@ MicrophoneHandle openMicrophone() {
         return nullptr;
     }
     const Clock::time_point deadline = Clock::now() + openingLimit;
+    microphone->nextTry = deadline;
     connectToServer(*microphone);
-    while (isContextGood(*microphone) && Clock::now() < deadline) {
-        if (isContextReady(*microphone) && !microphone->stream) {
-            connectToDevice(*microphone);
-        }
-        if (microphone->stream && !isStreamGood(*microphone)) {
-            return nullptr;
-        }
-        if (isStreamReady(*microphone)) {
+    while (!hasFailed(*microphone) && Clock::now() < deadline) {
+        connectIfLost(*microphone);
+        handleMessages(*microphone, deadline);
+        if (isHearing(*microphone)) {
             return microphone;
         }
-        microphone->nextTry = deadline;
-        handleMessages(*microphone, deadline);
     }
     return nullptr;
 }
@@ -233,17 +332,15 @@ void startMicrophone(Microphone& microphone) {
         handOut(microphone, i);
     }
     microphone.isStarted = true;
-    if (isStreamReady(microphone)) {
-        if (pa_operation* const uncorking = pa_stream_cork(microphone.stream.get(), 0, nullptr, nullptr)) {
-            pa_operation_unref(uncorking);
-        }
+    if (isHearing(microphone)) {
+        letSoundCome(microphone);
     }
 }
 
 void waitForSound(Microphone& microphone, std::uint32_t limitMs) {
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(limitMs);
     do {
-        reconnectIfLost(microphone);
+        connectIfLost(microphone);
         if (takeSound(microphone)) {
             return;
         }

@@ -2,12 +2,19 @@
 
 #include "common/linux/data_folder.h"
 #include "core/text.h"
+#include "platform/files.h"
 
 #include <algorithm>
 #include <cstdlib>
 
 std::u16string programFolder() {
     return utf16FromUtf8(decidedDataFolder().native());
+}
+
+std::u16string programFilePath(const std::u16string& name) {
+    const std::u16string own = joinPath(programFolder(), name);
+    const std::u16string beside = joinPath(utf16FromUtf8(executableFolder().native()), name);
+    return !pathExists(own) && pathExists(beside) ? beside : own;
 }
 
 std::u16string folderOfTemporaryFiles() {

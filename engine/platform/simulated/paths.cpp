@@ -22,6 +22,10 @@ std::u16string programFolder() {
     return folderInForce;
 }
 
+std::u16string programFilePath(const std::u16string& name) {
+    return joinPath(programFolder(), name);
+}
+
 std::u16string folderOfTemporaryFiles() {
     const std::lock_guard lock(folderLock);
     return temporaryFolderInForce;

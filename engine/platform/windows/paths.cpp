@@ -12,6 +12,10 @@ std::u16string programFolder() {
     return separator == std::u16string::npos ? u"." : path.substr(0, separator);
 }
 
+std::u16string programFilePath(const std::u16string& name) {
+    return joinPath(programFolder(), name);
+}
+
 std::u16string folderOfTemporaryFiles() {
     std::array<wchar_t, MAX_PATH + 1> buffer{};
     DWORD length = GetTempPathW(static_cast<DWORD>(buffer.size()), buffer.data());

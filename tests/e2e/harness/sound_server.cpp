@@ -97,6 +97,8 @@ void SoundServer::control(const std::vector<std::string>& words) const {
 void SoundServer::plugMicrophoneIn() {
     control({"load-module", "module-null-sink", std::string("sink_name=") + microphoneName, "rate=16000",
              "channels=1"});
+    // What a sink plays is nobody's microphone by itself.
+    control({"load-module", "module-remap-source", std::string("master=") + microphoneName + ".monitor"});
     silence = Process({{"pacat", "--latency-msec=30", "--raw", "--rate=16000", "--channels=1", "/dev/zero"},
                        surroundings,
                        folder,
@@ -105,7 +107,7 @@ void SoundServer::plugMicrophoneIn() {
 
 void SoundServer::unplugMicrophone() {
     silence.end();
-    control({"unload-module", "module-null-sink"});
+    control({"unload-module", "module-null-sink"}); // the microphone goes with it
 }
 
 std::chrono::steady_clock::time_point SoundServer::say(const std::string& text, const std::string& voice) {

@@ -1,5 +1,6 @@
 #include "platform/windows/input_guard.h"
 
+#include "common/windows/unlimited_path.h"
 #include "platform/paths.h"
 #include "platform/threads.h"
 
@@ -66,9 +67,9 @@ KernelHandle runGuardProgram(HANDLE readEnd) {
     if (startup.record() == nullptr) {
         return {};
     }
-    const std::u16string program = joinPath(programFolder(), u"rotika-guard.exe");
+    const std::wstring program = unlimitedPath(wideText(joinPath(programFolder(), u"rotika-guard.exe")));
     PROCESS_INFORMATION started{};
-    if (CreateProcessW(wideText(program), nullptr, nullptr, nullptr, TRUE,
+    if (CreateProcessW(program.c_str(), nullptr, nullptr, nullptr, TRUE,
                        EXTENDED_STARTUPINFO_PRESENT | CREATE_NO_WINDOW, nullptr, nullptr, startup.record(),
                        &started) == 0) {
         return {};

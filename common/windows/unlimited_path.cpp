@@ -15,3 +15,11 @@ std::wstring unlimitedPath(const std::wstring& path) {
     }
     return full.starts_with(L"\\\\") ? L"\\\\?\\UNC" + full.substr(1) : L"\\\\?\\" + full;
 }
+
+std::wstring shortPath(const std::wstring& path) {
+    const std::wstring whole = unlimitedPath(path);
+    const DWORD size = GetShortPathNameW(whole.c_str(), nullptr, 0);
+    std::wstring found(size, L'\0');
+    found.resize(size == 0 ? 0 : GetShortPathNameW(whole.c_str(), found.data(), size));
+    return found;
+}

@@ -30,14 +30,6 @@ std::string inSystemCodePage(const std::wstring& path) {
     return bytes;
 }
 
-/// Empty where the system keeps none, or there is no such file.
-std::wstring shortPath(const std::wstring& path) {
-    const DWORD size = GetShortPathNameW(path.c_str(), nullptr, 0);
-    std::wstring found(size, L'\0');
-    found.resize(size == 0 ? 0 : GetShortPathNameW(path.c_str(), found.data(), size));
-    return found;
-}
-
 } // namespace
 
 LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch search) {

@@ -1,6 +1,7 @@
 #include "platform/dynamic_library.h"
 
 #include "core/text.h"
+
 #include "platform/simulated/simulated_desktop.h"
 
 // Only workers load libraries, one at a time, so the owner thread may look at the desktop between their

@@ -63,8 +63,9 @@ int main() {
     desktop.libraries[u"simulated-speech"] = quietRecogniser();
     engineState.mainWindow = desktop.addProgram("main");
     rebuildPhraseTable();
-    startWorker(engineState.voiceThread, engineState.voiceStop,
-                [](const std::atomic<bool>& stop) { voiceThreadMain({}, stop); });
+    if (!startWorker(engineState.voiceThread, engineState.voiceStop,
+                     [](const std::atomic<bool>& stop) { voiceThreadMain({}, stop); }))
+        return 1;
     desktop.advanceBy(1000);
     const auto start = std::chrono::steady_clock::now();
     desktop.advanceBy(bufferCount * 100);

@@ -1,5 +1,7 @@
 #include "common/files.h"
 
+#include "common/windows/unlimited_path.h"
+
 #include <windows.h>
 
 #include <algorithm>
@@ -39,16 +41,6 @@ Replacement closedUnlessFull(DWORD error) {
     const bool isFull = error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL ||
                         error == quotaExceeded || error == ERROR_FILE_TOO_LARGE;
     return isFull ? Replacement::failed : Replacement::closed;
-}
-
-/// The form that the system does not hold to MAX_PATH, also for a temporary name that is a little longer.
-std::wstring unlimitedPath(const std::wstring& path) {
-    const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
-    std::wstring full(size, L'\0');
-    full.resize(size == 0 ? 0 : GetFullPathNameW(path.c_str(), size, full.data(), nullptr));
-    const bool hasDrive = full.size() > 2 && full[1] == L':';
-    const bool isShort = full.size() + 32 < MAX_PATH;
-    return isShort || !hasDrive ? path : L"\\\\?\\" + full;
 }
 
 /// Unlike any other writer's, in this process or another: two of them must not share one temporary file.

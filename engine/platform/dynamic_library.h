@@ -20,6 +20,9 @@ LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch search
 /// Null when the library has no such name.
 void* findLibraryFunction(LibraryHandle library, const char* name);
 
+/// `path` in the bytes under which a library opens it that knows no wide names.
+std::string pathForLibrary(const std::u16string& path);
+
 /// File name of the speech recogniser's library on this system.
 std::u16string speechLibraryName();
 

@@ -29,8 +29,8 @@ MicrophoneHandle openMicrophone();
 /// Hands all buffers to the device and starts it.
 void startMicrophone(Microphone& microphone);
 
-/// Returns when a buffer has come back, or after `limitMs`. A device that is gone brings no more buffers;
-/// that is not told.
+/// Returns when a buffer has come back, or after `limitMs`. In the place of a device
+/// that is gone comes another as soon as there is one, and neither is told.
 void waitForSound(Microphone& microphone, std::uint32_t limitMs);
 
 /// The bytes recorded in buffer `index`, perhaps none, once the device has given it back; empty optional

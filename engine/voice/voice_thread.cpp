@@ -3,8 +3,8 @@
 #include "core/engine_state.h"
 #include "core/handed_over.h"
 #include "core/private_messages.h"
-#include "core/text.h"
 #include "platform/clock.h"
+#include "platform/dynamic_library.h"
 #include "platform/main_window.h"
 #include "platform/microphone.h"
 #include "platform/paths.h"
@@ -97,7 +97,7 @@ bool Listener::prepare() {
     }
     if (library.setLogLevel != nullptr)
         library.setLogLevel(-1);
-    model = guardedModelNew(library, utf8FromUtf16(modelPath(settings.model)));
+    model = guardedModelNew(library, pathForLibrary(modelPath(settings.model)));
     if (model == nullptr) {
         setStatus(voiceStatusNoModel);
         return false;

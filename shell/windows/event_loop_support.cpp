@@ -1,6 +1,38 @@
 #include "shell/event_loop_support.h"
 
-struct EventLoopSupport::Parts {};
+#include <windows.h>
 
-EventLoopSupport::EventLoopSupport() = default;
+#include <array>
+#include <string_view>
+#include <type_traits>
+
+namespace {
+
+/// Windows that Qt makes for itself and not for a QWindow, for example to hear of its tray icon.
+bool isInternalWindow(HWND window) {
+    std::array<wchar_t, 64> buffer{};
+    const int length = GetClassNameW(window, buffer.data(), static_cast<int>(buffer.size()));
+    const std::wstring_view name(buffer.data(), static_cast<std::size_t>(length));
+    return name.starts_with(L"Qt") && name.find(L"QWindow") == std::wstring_view::npos;
+}
+
+LRESULT CALLBACK messageHook(int code, WPARAM isTaken, LPARAM parameter) noexcept {
+    auto& message = *reinterpret_cast<MSG*>(parameter);
+    if (code == HC_ACTION && message.message == WM_CLOSE && isInternalWindow(message.hwnd))
+        message.message = WM_NULL;
+    return CallNextHookEx(nullptr, code, isTaken, parameter);
+}
+
+} // namespace
+
+/// Whoever ends a program by its windows asks all of them to close, hidden ones too. Of the tray icon's Qt
+/// takes that for an order to quit, and unsaved changes would be lost; the main window only hides. A hook,
+/// because it also sees the messages that a native dialog's own loop fetches.
+struct EventLoopSupport::Parts {
+    using Hook = std::unique_ptr<std::remove_pointer_t<HHOOK>, decltype(&UnhookWindowsHookEx)>;
+    Hook hook{SetWindowsHookExW(WH_GETMESSAGE, messageHook, nullptr, GetCurrentThreadId()),
+              UnhookWindowsHookEx};
+};
+
+EventLoopSupport::EventLoopSupport() : parts(std::make_unique<Parts>()) {}
 EventLoopSupport::~EventLoopSupport() = default;

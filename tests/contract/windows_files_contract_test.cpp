@@ -1,6 +1,7 @@
 // What other programs on Windows do to a file that is to be replaced.
 
 #include "contract_test.h"
+#include "platform/dynamic_library.h"
 #include "platform/files.h"
 #include "platform/paths.h"
 
@@ -34,6 +35,34 @@ TEST_F(WindowsFiles, AReadOnlyFileAndADeviceAreLeftAlone) {
     EXPECT_EQ(readFileBytes(path), "old");
     SetFileAttributesW(wideText(path), FILE_ATTRIBUTE_NORMAL);
     EXPECT_EQ(readFileBytes(u"NUL"), std::nullopt);
+}
+
+TEST_F(WindowsFiles, FoldersMayBeAsDeepAsTheyLike) {
+    const auto unlimited = [](const std::u16string& folder) { return u"\\\\?\\" + folder; };
+    const std::u16string first = temporaryFolder() + u"\\deep";
+    std::u16string folder = first;
+    for (; folder.size() < 320; folder += u"\\" + std::u16string(9, u'ż')) {
+        ASSERT_NE(CreateDirectoryW(wideText(unlimited(folder)), nullptr), 0);
+        const std::u16string path = joinPath(folder, u"file");
+        EXPECT_TRUE(replaceFileBytes(path, "new")) << folder.size();
+        EXPECT_EQ(readFileBytes(path), "new") << folder.size();
+        EXPECT_TRUE(pathExists(path)) << folder.size();
+        const std::u16string parent = folder.substr(0, folder.rfind(u'\\'));
+        EXPECT_EQ(foldersIn(parent).size(), 1U) << folder.size();
+        removeFile(path);
+        EXPECT_FALSE(pathExists(path)) << folder.size();
+    }
+    for (; folder.size() >= first.size(); folder.resize(folder.rfind(u'\\'))) {
+        RemoveDirectoryW(wideText(unlimited(folder)));
+    }
+}
+
+TEST_F(WindowsFiles, ALibraryThatKnowsNoWideNamesOpensAPathWithForeignLetters) {
+    const std::u16string path = joinPath(temporaryFolder(), u"zażółć");
+    ASSERT_TRUE(replaceFileBytes(path, "here"));
+    const KernelHandle file = fileHandle(CreateFileA(pathForLibrary(path).c_str(), GENERIC_READ, 0, nullptr,
+                                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    EXPECT_TRUE(file);
 }
 
 } // namespace

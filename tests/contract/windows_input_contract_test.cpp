@@ -2,6 +2,7 @@
 // clip that belongs to everybody, hot keys that take exactly their modifiers.
 
 #include "contract_test.h"
+#include "intercepted_call.h"
 #include "platform/hot_key.h"
 #include "platform/injection.h"
 #include "platform/pointer_capture.h"
@@ -13,6 +14,8 @@
 #include <tlhelp32.h>
 
 #include <optional>
+
+extern "C" decltype(&SendInput) __imp_SendInput;
 
 namespace {
 
@@ -139,6 +142,53 @@ TEST_F(WindowsInput, AHotKeyIsHeardUnderAModifierThatAFunctionHoldsAndNotUnderTh
     tapX();
     EXPECT_TRUE(pumpUntil([&] { return heard.hotKeys.size() == heardBefore + 1; }));
     unregisterHotKey(mainWindow(), 1);
+}
+
+UINT WINAPI refuseInput(UINT, LPINPUT, int) {
+    return 0;
+}
+
+TEST_F(WindowsInput, AReleaseThatTheSystemRefusesComesLaterAndNotAfterANewPress) {
+    const auto recorder = openRecorder(recorderPlace);
+    ASSERT_TRUE(pumpUntil([&] {
+        SetCursorPos(overRecorder.x, overRecorder.y);
+        injectMouseButton(2, InputMotion::downAndLeft);
+        injectKey('A', false, InputMotion::downUntilReleased);
+        injectKey('B', false, InputMotion::downUntilReleased);
+        const auto events = recorder->events();
+        return contains(events, "button 2 down") && contains(events, "key 66 down");
+    }));
+    {
+        const InterceptedCall<decltype(&SendInput)> refused(__imp_SendInput, refuseInput);
+        for (const std::uint16_t key : {'A', 'B'}) {
+            injectKey(key, false, InputMotion::up);
+        }
+        injectMouseButton(2, InputMotion::up);
+        injectKey('A', false, InputMotion::downUntilReleased);
+    }
+    EXPECT_TRUE(pumpUntil([&] {
+        const auto events = recorder->events();
+        return contains(events, "button 2 up") && contains(events, "key 66 up");
+    }));
+    EXPECT_FALSE(contains(recorder->events(), "key 65 up"));
+    injectKey('A', false, InputMotion::up);
+    EXPECT_TRUE(pumpUntil([&] { return contains(recorder->events(), "key 65 up"); }));
+}
+
+KBDLLHOOKSTRUCT hooked;
+
+LRESULT CALLBACK noteKeyEvent(int code, WPARAM message, LPARAM event) {
+    hooked = *reinterpret_cast<const KBDLLHOOKSTRUCT*>(event);
+    return CallNextHookEx(nullptr, code, message, event);
+}
+
+TEST_F(WindowsInput, PrintScreenHasTheScanCodeOfItsKey) {
+    const HookHandle hook(SetWindowsHookExW(WH_KEYBOARD_LL, noteKeyEvent, GetModuleHandleW(nullptr), 0));
+    injectKey(VK_SNAPSHOT, true, InputMotion::downUntilReleased);
+    injectKey(VK_SNAPSHOT, true, InputMotion::up);
+    EXPECT_TRUE(pumpUntil([] { return (hooked.flags & LLKHF_UP) != 0; }));
+    EXPECT_EQ(hooked.scanCode, 0x37U);
+    EXPECT_TRUE(hooked.flags & LLKHF_EXTENDED);
 }
 
 } // namespace

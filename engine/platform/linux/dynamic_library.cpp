@@ -70,6 +70,10 @@ void* findLibraryFunction(LibraryHandle library, const char* name) {
     return library == nullptr ? nullptr : ::dlsym(library, name);
 }
 
+std::string pathForLibrary(const std::u16string& path) {
+    return utf8FromUtf16(path);
+}
+
 std::u16string speechLibraryName() {
     return u"libvosk.so";
 }

@@ -1,5 +1,7 @@
 #include "platform/dynamic_library.h"
 
+#include "core/text.h"
+
 #include "platform/simulated/simulated_desktop.h"
 
 // Only workers load libraries, one at a time, so the owner thread may look at the desktop between their
@@ -16,6 +18,10 @@ void* findLibraryFunction(LibraryHandle library, const char* name) {
     const auto& functions = reinterpret_cast<const SimulatedLibrary*>(library)->functions;
     const auto found = functions.find(name);
     return found == functions.end() ? nullptr : found->second;
+}
+
+std::string pathForLibrary(const std::u16string& path) {
+    return utf8FromUtf16(path);
 }
 
 std::u16string speechLibraryName() {

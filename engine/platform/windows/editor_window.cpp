@@ -148,13 +148,14 @@ std::optional<std::u16string> pickFile(WindowHandle window, std::span<const File
     }
     const KeptCurrentFolder kept;
     const std::u16string filter = filterText(filters);
-    std::array<wchar_t, MAX_PATH> file{};
-    dialog.name.copy(reinterpret_cast<char16_t*>(file.data()), file.size() - 1);
+    constexpr std::size_t longestPath = 32767;
+    std::u16string file = dialog.name;
+    file.resize(longestPath);
     OPENFILENAMEW request{};
     request.lStructSize = sizeof(request);
     request.hwndOwner = nativeWindow(window);
     request.lpstrFilter = wideText(filter);
-    request.lpstrFile = file.data();
+    request.lpstrFile = reinterpret_cast<wchar_t*>(file.data());
     request.nMaxFile = static_cast<DWORD>(file.size());
     request.lpstrInitialDir = wideText(folder);
     request.lpstrDefExt = dialog.extension.empty() ? nullptr : wideText(dialog.extension);
@@ -162,7 +163,7 @@ std::optional<std::u16string> pickFile(WindowHandle window, std::span<const File
     if (!dialog.show(&request)) {
         return std::nullopt;
     }
-    return std::u16string(reinterpret_cast<const char16_t*>(file.data()));
+    return std::u16string(file.c_str());
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "platform/files.h"
 
+#include "common/windows/unlimited_path.h"
+
 #include "platform/windows/handles.h"
 
 #include <string_view>
@@ -10,6 +12,10 @@ void closeListing(HANDLE handle) {
     FindClose(handle);
 }
 using ListingHandle = UniqueHandle<HANDLE, closeListing>;
+
+std::wstring nativePath(const std::u16string& path) {
+    return unlimitedPath(wideText(path));
+}
 
 bool isFolderEntry(const WIN32_FIND_DATAW& entry) {
     const std::wstring_view name = entry.cFileName;
@@ -27,17 +33,17 @@ bool replaceFileBytes(const std::u16string& path, const std::string& bytes) {
 }
 
 void removeFile(const std::u16string& path) {
-    DeleteFileW(wideText(path));
+    DeleteFileW(nativePath(path).c_str());
 }
 
 bool pathExists(const std::u16string& path) {
-    return GetFileAttributesW(wideText(path)) != INVALID_FILE_ATTRIBUTES;
+    return GetFileAttributesW(nativePath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 std::vector<std::u16string> foldersIn(const std::u16string& folder) {
     std::vector<std::u16string> names;
     WIN32_FIND_DATAW entry{};
-    const HANDLE opened = FindFirstFileW(wideText(folder + u"\\*"), &entry);
+    const HANDLE opened = FindFirstFileW((nativePath(folder) + L"\\*").c_str(), &entry);
     if (opened == INVALID_HANDLE_VALUE) {
         return names;
     }

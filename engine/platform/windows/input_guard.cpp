@@ -1,5 +1,6 @@
 #include "platform/windows/input_guard.h"
 
+#include "common/windows/unlimited_path.h"
 #include "platform/paths.h"
 #include "platform/threads.h"
 
@@ -66,15 +67,18 @@ KernelHandle runGuardProgram(HANDLE readEnd) {
     if (startup.record() == nullptr) {
         return {};
     }
-    const std::u16string program = joinPath(programFolder(), u"rotika-guard.exe");
-    PROCESS_INFORMATION started{};
-    if (CreateProcessW(wideText(program), nullptr, nullptr, nullptr, TRUE,
-                       EXTENDED_STARTUPINFO_PRESENT | CREATE_NO_WINDOW, nullptr, nullptr, startup.record(),
-                       &started) == 0) {
-        return {};
+    const std::wstring program = wideText(joinPath(programFolder(), u"rotika-guard.exe"));
+    // Not every system starts a program by a long path, and not every one keeps short names.
+    for (const std::wstring& form : {unlimitedPath(program), shortPath(program)}) {
+        PROCESS_INFORMATION started{};
+        if (CreateProcessW(form.c_str(), nullptr, nullptr, nullptr, TRUE,
+                           EXTENDED_STARTUPINFO_PRESENT | CREATE_NO_WINDOW, nullptr, nullptr,
+                           startup.record(), &started) != 0) {
+            CloseHandle(started.hThread);
+            return KernelHandle(started.hProcess);
+        }
     }
-    CloseHandle(started.hThread);
-    return KernelHandle(started.hProcess);
+    return {};
 }
 
 void writeRecord(HANDLE pipe, const GuardRecord& record) {

@@ -13,24 +13,20 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <vector>
 
 namespace {
 
-void letGo(const GuardRecord& record, const HeldThings& held) {
-    switch (record.kind) {
-    case GuardedThing::key:
-        sendKeyEvent(static_cast<std::uint16_t>(record.code), record.extended != 0, false);
-        break;
-    case GuardedThing::button:
-        sendButtonEvent(record.code, false);
-        break;
-    case GuardedThing::pointerPin:
-        if (isPinRecord(record)) {
-            unpinCursor(clipBefore(held));
-        }
-        break;
-    default: // never sent by this platform's program
-        break;
+/// Keys and buttons until they are up: there may be no desktop that takes their release just now.
+void letGoOfAll(const HeldThings& held) {
+    std::vector<GuardRecord> things = held.all();
+    if (std::ranges::any_of(things, isPinRecord)) {
+        unpinCursor(clipBefore(held));
+    }
+    std::erase_if(things, sendRelease);
+    while (!things.empty()) {
+        Sleep(releaseRetryMs);
+        std::erase_if(things, sendReleaseAgain);
     }
 }
 
@@ -117,8 +113,6 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
     SetProcessDPIAware(); // as the program is: both speak of the same pixels
     HeldThings held;
     followProgram(GetStdHandle(STD_INPUT_HANDLE), held);
-    for (const GuardRecord& thing : held.all()) {
-        letGo(thing, held);
-    }
+    letGoOfAll(held);
     return 0;
 }

@@ -1,10 +1,22 @@
 #pragma once
 
+#include "platform/input_guard_protocol.h"
+
 #include <cstdint>
 
-// One injected event each; shared by the program and its guard. Failures are silent. Any thread.
+// One injected event each, of the key or button that the record names; shared by the program and its guard.
+// Other records, and buttons above 4, are none. Any thread.
 
-void sendKeyEvent(std::uint16_t virtualKey, bool extended, bool down);
+/// A failure is silent: a release that follows does no harm.
+void sendPress(const GuardRecord& thing);
 
-/// Device button 0 to 4, before any swap; others are ignored.
-void sendButtonEvent(std::uint32_t button, bool down);
+/// False when it may not have arrived and must be tried again: the system refuses input while it shows a
+/// desktop of its own (the locked screen, the question for an administrator's consent), and swallows it while
+/// the program in front has more rights than ours.
+bool sendRelease(const GuardRecord& thing);
+
+/// The same for one that had to be tried again; nothing is sent, and all is well, if it is up by now.
+bool sendReleaseAgain(const GuardRecord& thing);
+
+/// Between two tries.
+inline constexpr std::uint32_t releaseRetryMs = 100;

@@ -2,12 +2,16 @@
 
 #include "platform/windows/windows_api.h"
 
-#include <array>
+namespace {
+
+/// The longest path that the system knows, with its terminator.
+constexpr DWORD longestPath = 32768;
+
+} // namespace
 
 std::u16string programFolder() {
-    std::array<wchar_t, MAX_PATH> buffer{};
-    const DWORD length = GetModuleFileNameW(nullptr, buffer.data(), MAX_PATH);
-    const std::u16string path(reinterpret_cast<const char16_t*>(buffer.data()), length);
+    std::u16string path(longestPath, u'\0');
+    path.resize(GetModuleFileNameW(nullptr, reinterpret_cast<wchar_t*>(path.data()), longestPath));
     const std::size_t separator = path.rfind(u'\\');
     return separator == std::u16string::npos ? u"." : path.substr(0, separator);
 }
@@ -17,12 +21,12 @@ std::u16string programFilePath(const std::u16string& name) {
 }
 
 std::u16string folderOfTemporaryFiles() {
-    std::array<wchar_t, MAX_PATH + 1> buffer{};
-    DWORD length = GetTempPathW(static_cast<DWORD>(buffer.size()), buffer.data());
-    while (length > 0 && buffer[length - 1] == L'\\') {
-        --length;
+    std::u16string path(longestPath, u'\0');
+    path.resize(GetTempPathW(longestPath, reinterpret_cast<wchar_t*>(path.data())));
+    while (path.ends_with(u'\\')) {
+        path.pop_back();
     }
-    return {reinterpret_cast<const char16_t*>(buffer.data()), length};
+    return path;
 }
 
 std::u16string joinPath(const std::u16string& folder, const std::u16string& name) {

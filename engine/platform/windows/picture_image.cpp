@@ -1,5 +1,7 @@
 #include "platform/windows/picture_image.h"
 
+#include "common/windows/unlimited_path.h"
+
 #include "platform/windows/com_session.h"
 #include "platform/windows/handles.h"
 
@@ -21,8 +23,8 @@ std::optional<Bytes> readImageFile(const std::u16string& path) {
     constexpr DWORD anySharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     // Whoever serves a pipe must not act in our user's name.
     constexpr DWORD flags = FILE_FLAG_SEQUENTIAL_SCAN | SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS;
-    const KernelHandle file = fileHandle(
-        CreateFileW(wideText(path), GENERIC_READ, anySharing, nullptr, OPEN_EXISTING, flags, nullptr));
+    const KernelHandle file = fileHandle(CreateFileW(unlimitedPath(wideText(path)).c_str(), GENERIC_READ,
+                                                     anySharing, nullptr, OPEN_EXISTING, flags, nullptr));
     LARGE_INTEGER size{};
     if (!file || GetFileType(file.get()) != FILE_TYPE_DISK || GetFileSizeEx(file.get(), &size) == 0 ||
         size.QuadPart <= 0 || static_cast<std::uint64_t>(size.QuadPart) > largestImageBytes) {

@@ -1,11 +1,11 @@
 #include "platform/pointer_capture.h"
 
+#include "platform/injection.h"
 #include "platform/pointer.h"
 
 #include "platform/windows/cursor_pin.h"
 #include "platform/windows/handles.h"
 #include "platform/windows/input_guard.h"
-#include "platform/windows/input_sending.h"
 #include "platform/windows/raw_input.h"
 
 #include <array>
@@ -158,7 +158,7 @@ void endPointerCapture() {
     // for ever.
     for (std::size_t i = 0; i < state.releasedMeanwhile.size(); ++i) {
         if (state.releasedMeanwhile[i]) {
-            sendButtonEvent(static_cast<std::uint32_t>(i), false);
+            injectMouseButton(static_cast<std::uint32_t>(i), InputMotion::up);
         }
     }
 }

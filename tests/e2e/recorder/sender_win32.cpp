@@ -1,6 +1,6 @@
 // What another program of the same desktop can say to the engine's main window:
 //   sender activate FILE   take the wheels of this file; the answer is the exit status, 1 for yes
-//   sender close           asks the layers to close, as whoever ends a program by its windows does
+//   sender close           asks all windows to close, as whoever ends a program by its windows does
 //   sender stray           private messages that no worker of the engine has posted
 //   sender quit            end in good order
 
@@ -22,12 +22,13 @@ int activate(HWND engine, const std::wstring& file) {
     return static_cast<int>(SendMessageW(engine, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)));
 }
 
-int closeLayers() {
-    for (const wchar_t* const name : {L"RadialOverlayWheel", L"RadialOverlayGrid"}) {
-        if (PostMessageW(FindWindowW(name, nullptr), WM_CLOSE, 0, 0) == 0)
-            return noEngine;
-    }
-    return 0;
+BOOL CALLBACK closeWindow(HWND window, LPARAM) {
+    return PostMessageW(window, WM_CLOSE, 0, 0);
+}
+
+int closeWindows(HWND engine) {
+    const DWORD thread = GetWindowThreadProcessId(engine, nullptr);
+    return EnumThreadWindows(thread, closeWindow, 0) != 0 ? 0 : noEngine;
 }
 
 int sendStrays(HWND engine) {
@@ -49,7 +50,7 @@ int main(int argc, char** argv) {
     if (std::strcmp(argv[1], "activate") == 0 && argc == 3)
         return activate(engine, std::wstring(argv[2], argv[2] + std::strlen(argv[2])));
     if (std::strcmp(argv[1], "close") == 0)
-        return closeLayers();
+        return closeWindows(engine);
     if (std::strcmp(argv[1], "stray") == 0)
         return sendStrays(engine);
     const DWORD thread = GetWindowThreadProcessId(engine, nullptr);

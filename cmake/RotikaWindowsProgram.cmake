@@ -1,0 +1,17 @@
+# rotika_describe_program(target description [ICON]): version information and manifest, and the program's icon.
+
+function(rotika_describe_program target description)
+    set(manifest ${CMAKE_CURRENT_BINARY_DIR}/${target}.manifest)
+    set(resources ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+    set(needed ${manifest})
+    set(icon_line "")
+    if(ARGN STREQUAL "ICON")
+        set(icon_line "IDI_ICON1 ICON \"${ROTIKA_ICON}\"")
+        list(APPEND needed ${ROTIKA_ICON})
+        add_dependencies(${target} rotika_icon)
+    endif()
+    configure_file(${PROJECT_SOURCE_DIR}/common/windows/program.manifest.in ${manifest} @ONLY)
+    configure_file(${PROJECT_SOURCE_DIR}/common/windows/program.rc.in ${resources} @ONLY)
+    target_sources(${target} PRIVATE ${resources})
+    set_source_files_properties(${resources} PROPERTIES OBJECT_DEPENDS "${needed}")
+endfunction()

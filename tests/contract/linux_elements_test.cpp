@@ -1,0 +1,330 @@
+// The search for elements on Linux, among made-up programs on the real accessibility bus.
+
+#include "contract_test.h"
+#include "platform/elements.h"
+
+#include "platform/linux/x11.h"
+
+#include <gio/gio.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <future>
+#include <iterator>
+
+namespace {
+
+using Lefts = std::vector<std::vector<int>>;
+
+// Of the AT-SPI protocol.
+enum Role : guint32 {
+    frame = 23,
+    menuItem = 35,
+    panel = 39,
+    button = 43,
+    popup = 69,
+    application = 75,
+    link = 88,
+    webDocument = 95
+};
+constexpr guint32 active = 1U << 1;
+constexpr guint32 enabled = 1U << 8;
+constexpr guint32 sensitive = 1U << 24;
+constexpr guint32 showing = 1U << 25;
+constexpr guint32 visible = 1U << 30;
+
+struct Published {
+    Role role = button;
+    Rect place = {};
+    std::vector<int> children = {}; // numbers among the program's objects
+    std::string name = {};
+    bool isActive = false;
+};
+
+GVariant* reference(GDBusConnection* bus, int object) {
+    return g_variant_new("(so)", g_dbus_connection_get_unique_name(bus),
+                         ("/org/a11y/atspi/accessible/" + std::to_string(object)).c_str());
+}
+
+/// A program that publishes objects; number 0 is its root. Answers on a thread of GIO.
+class Publisher {
+public:
+    explicit Publisher(std::vector<Published> published, int answersBeforeItStops = 1 << 30)
+        : objects(std::move(published)), answersLeft(answersBeforeItStops) {
+        GDBusConnection* session = connect(std::getenv("DBUS_SESSION_BUS_ADDRESS"));
+        GVariant* address =
+            call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", nullptr);
+        const char* text = nullptr;
+        g_variant_get(address, "(&s)", &text);
+        bus = connect(text);
+        g_variant_unref(address);
+        g_object_unref(session);
+        g_dbus_connection_add_filter(bus, answer, this, nullptr);
+        g_variant_unref(call(bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root",
+                             "org.a11y.atspi.Socket", "Embed", g_variant_new("(@(so))", reference(bus, 0))));
+    }
+    ~Publisher() {
+        g_dbus_connection_close_sync(bus, nullptr, nullptr);
+        g_object_unref(bus);
+    }
+    Publisher(const Publisher&) = delete;
+    Publisher& operator=(const Publisher&) = delete;
+
+    std::atomic<int> asked = 0;
+
+private:
+    static GDBusConnection* connect(const char* address) {
+        return g_dbus_connection_new_for_address_sync(
+            address,
+            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+            nullptr, nullptr, nullptr);
+    }
+
+    static GVariant* call(GDBusConnection* bus, const char* name, const char* path, const char* interface,
+                          const char* method, GVariant* arguments) {
+        return g_dbus_connection_call_sync(bus, name, path, interface, method, arguments, nullptr,
+                                           G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+    }
+
+    static GDBusMessage* answer(GDBusConnection* bus, GDBusMessage* message, gboolean isIncoming,
+                                gpointer data) {
+        auto* publisher = static_cast<Publisher*>(data);
+        if (isIncoming == 0 || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)
+            return message;
+        ++publisher->asked;
+        if (publisher->answersLeft-- > 0) {
+            const std::string path = g_dbus_message_get_path(message);
+            const Published& object = publisher->objects[std::stoul(path.substr(path.rfind('/') + 1))];
+            GDBusMessage* reply = g_dbus_message_new_method_reply(message);
+            g_dbus_message_set_body(reply, publisher->valueOf(bus, object, message));
+            g_dbus_connection_send_message(bus, reply, G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
+            g_object_unref(reply);
+        }
+        g_object_unref(message);
+        return nullptr;
+    }
+
+    GVariant* valueOf(GDBusConnection* connection, const Published& object, GDBusMessage* message) const {
+        const std::string member = g_dbus_message_get_member(message);
+        const Rect& place = object.place;
+        if (member == "GetRole")
+            return g_variant_new("(u)", object.role);
+        if (member == "GetExtents")
+            return g_variant_new("((iiii))", place.left, place.top, place.width(), place.height());
+        if (member == "GetState") {
+            const guint32 words[] = {showing | visible | enabled | sensitive | (object.isActive ? active : 0),
+                                     0};
+            return g_variant_new("(@au)",
+                                 g_variant_new_fixed_array(G_VARIANT_TYPE_UINT32, words, 2, sizeof words[0]));
+        }
+        if (member == "GetChildAtIndex") {
+            gint32 index = 0;
+            g_variant_get(g_dbus_message_get_body(message), "(i)", &index);
+            return g_variant_new("(@(so))",
+                                 reference(connection, object.children[static_cast<std::size_t>(index)]));
+        }
+        if (member == "GetChildren") {
+            GVariantBuilder list;
+            g_variant_builder_init(&list, G_VARIANT_TYPE("a(so)"));
+            for (const int child : object.children)
+                g_variant_builder_add_value(&list, reference(connection, child));
+            return g_variant_new("(a(so))", &list);
+        }
+        const char* property = "";
+        g_variant_get_child(g_dbus_message_get_body(message), 1, "&s", &property);
+        return g_variant_new("(v)", std::string(property) == "Name"
+                                        ? g_variant_new_string(object.name.c_str())
+                                        : g_variant_new_int32(static_cast<gint32>(object.children.size())));
+    }
+
+    std::vector<Published> objects;
+    std::atomic<int> answersLeft;
+    GDBusConnection* bus = nullptr;
+};
+
+class LinuxElements : public ContractTest {
+protected:
+    LinuxElements() : other(XOpenDisplay(nullptr)) {}
+    ~LinuxElements() override { XCloseDisplay(other); }
+
+    /// In front, with a frame around it.
+    void openWindow(int process) {
+        window = show({200, 200, 800, 600}, process, false);
+        EXPECT_TRUE(pumpUntil([this] {
+            XWindowAttributes attributes{};
+            XGetWindowAttributes(other, window, &attributes);
+            return attributes.map_state == IsViewable && property("_NET_FRAME_EXTENTS", window).size() == 4 &&
+                   property("_NET_ACTIVE_WINDOW", DefaultRootWindow(other)) ==
+                       std::vector<long>{static_cast<long>(window)};
+        }));
+        int x = 0;
+        int y = 0;
+        Window child = noXid;
+        XTranslateCoordinates(other, window, DefaultRootWindow(other), 0, 0, &x, &y, &child);
+        place = {x, y, x + 600, y + 400};
+    }
+
+    Window show(const Rect& where, int process, bool isMenu) {
+        XSetWindowAttributes values{};
+        values.override_redirect = isMenu ? 1 : 0;
+        const Window made =
+            XCreateWindow(other, DefaultRootWindow(other), where.left, where.top,
+                          static_cast<unsigned>(where.width()), static_cast<unsigned>(where.height()), 0,
+                          CopyFromParent, InputOutput, nullptr, CWOverrideRedirect, &values);
+        const long number = process;
+        XStoreName(other, made, "In front");
+        XChangeProperty(other, made, XInternAtom(other, "_NET_WM_PID", 0), XA_CARDINAL, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(&number), 1);
+        XMapRaised(other, made);
+        XSync(other, 0);
+        return made;
+    }
+
+    std::vector<long> property(const char* name, Window of) {
+        Atom type = 0;
+        int format = 0;
+        unsigned long count = 0;
+        unsigned long left = 0;
+        unsigned char* data = nullptr;
+        XGetWindowProperty(other, of, XInternAtom(other, name, 0), 0, 100, 0, AnyPropertyType, &type, &format,
+                           &count, &left, &data);
+        const XOwned<unsigned char> owned(data);
+        return {reinterpret_cast<long*>(data), reinterpret_cast<long*>(data) + count};
+    }
+
+    /// Of an application with one window, which holds what else there is.
+    static std::vector<Published> programWith(Published window, const std::vector<Published>& others) {
+        std::vector<Published> objects{{application, {}, {1}}, std::move(window)};
+        for (const Published& object : others) {
+            if (objects[1].children.size() < others.size())
+                objects[1].children.push_back(static_cast<int>(objects.size()));
+            objects.push_back(object);
+        }
+        return objects;
+    }
+
+    FoundElements search(ElementScope scope = ElementScope::windowAndTaskbar, std::size_t enough = 1 << 20) {
+        const auto begin = watchMs();
+        const ElementSearch wanted{scope, {}, [enough](const FoundElements& beginning) {
+                                       return !beginning.roots.empty() && beginning.roots[0].size() >= enough;
+                                   }};
+        auto found = std::async(std::launch::async, [&] { return findElements(wanted); });
+        found.wait();
+        tookMs = watchMs() - begin;
+        return found.get();
+    }
+
+    static Lefts leftsOf(const FoundElements& found) {
+        Lefts lefts;
+        for (const auto& root : found.roots) {
+            lefts.emplace_back();
+            for (const ScreenElement& element : root)
+                if (!element.isOffscreen)
+                    lefts.back().push_back(element.rect.left);
+        }
+        return lefts;
+    }
+
+    static long descriptors() {
+        const std::filesystem::directory_iterator all("/proc/self/fd");
+        return std::distance(begin(all), end(all));
+    }
+
+    const int myself = getpid();
+    Display* other;
+    Window window = noXid;
+    Rect place = {};
+    std::uint64_t tookMs = 0;
+};
+
+TEST_F(LinuxElements, ManySearchesOfATreeThatBitesItsTailLeaveNothingBehind) {
+    openWindow(myself);
+    const Publisher program(
+        programWith({frame, place}, {{panel, place, {1, 2, 3}}, {button, {300, 300, 350, 320}}}));
+    ASSERT_EQ(leftsOf(search()), (Lefts{{300}}));
+    const long before = descriptors();
+    for (int i = 0; i < 100; ++i)
+        search();
+    EXPECT_LE(descriptors(), before + 2);
+}
+
+TEST_F(LinuxElements, NoOtherWindowIsTakenForTheOneInFront) {
+    openWindow(1); // a game's, a terminal's: their programs publish nothing
+    const Rect elsewhere{0, 0, 200, 100};
+    const Publisher stopped({}, 0);
+    const std::vector<std::pair<Published, bool>> cases{
+        {{frame, elsewhere, {}, "Other", true}, false},
+        {{frame, place, {}, "Other", false}, false}, // windows that fill the screen
+        {{frame, elsewhere, {}, "In front", false}, false},
+        {{frame, place, {}, "In front", false}, true}, // a program in a container
+        {{frame, elsewhere, {}, "In front", true}, true},
+    };
+    for (const auto& [published, isTaken] : cases) {
+        const Publisher program(programWith(published, {{button, {300, 300, 350, 320}}}));
+        EXPECT_EQ(leftsOf(search()), isTaken ? Lefts{{300}} : Lefts{})
+            << published.name << published.isActive;
+        EXPECT_LT(tookMs, 1200U) << "held up by the stopped one";
+    }
+}
+
+TEST_F(LinuxElements, AnOpenMenuComesFirstAndHidesWhatLiesBelow) {
+    openWindow(myself);
+    const Rect menu{300, 300, 400, 400};
+    const Window shown = show(menu, myself, true);
+    const Publisher program({{application, {}, {1, 2}},
+                             {frame, place, {4, 5}},
+                             {popup, menu, {3}},
+                             {menuItem, {310, 310, 390, 330}},
+                             {button, {320, 320, 380, 380}},
+                             {button, {500, 300, 550, 320}}});
+    EXPECT_EQ(leftsOf(search()), (Lefts{{310}, {500}}));
+    XDestroyWindow(other, shown);
+}
+
+TEST_F(LinuxElements, OfAWindowOfThousandsTheFirstAreFoundSoonAndWithoutTheRest) {
+    openWindow(myself);
+    std::vector<Published> buttons(5000);
+    for (std::size_t i = 0; i < buttons.size(); ++i)
+        buttons[i].place = {static_cast<int>(i), 300, static_cast<int>(i) + 20, 320};
+    for (const int answers : {1 << 30, 300}) { // the second stops on the way
+        const Publisher program(programWith({frame, place}, buttons), answers);
+        const Lefts lefts = leftsOf(search(ElementScope::windowAndTaskbar, 99));
+        ASSERT_EQ(lefts.size(), 1U);
+        ASSERT_GE(lefts[0].size(), answers == 300 ? 20U : 99U);
+        for (std::size_t i = 0; i < 20; ++i)
+            EXPECT_EQ(lefts[0][i], static_cast<int>(i));
+        EXPECT_LT(program.asked, 4000);
+        EXPECT_LT(tookMs, 4000U);
+    }
+}
+
+TEST_F(LinuxElements, APageIsTheLargestWebDocumentNotTheSideBar) {
+    openWindow(myself);
+    const Rect side{place.left, place.top, place.left + 210, place.bottom};
+    const Rect page{place.left + 210, place.top, place.right, place.bottom};
+    auto objects = programWith({frame, place}, {{webDocument, side, {4}}, {webDocument, page, {5}}});
+    objects.push_back({link, {side.left, 300, side.left + 50, 320}});
+    objects.push_back({link, {page.left, 300, page.left + 50, 320}});
+    const Publisher program(objects);
+    const FoundElements found = search(ElementScope::page);
+    EXPECT_EQ(leftsOf(found), (Lefts{{page.left}}));
+    EXPECT_EQ(found.area, page);
+}
+
+TEST_F(LinuxElements, AScaledFrameIsComparedWithTheFrame) {
+    openWindow(myself);
+    const std::vector<long> extents = property("_NET_FRAME_EXTENTS", window);
+    ASSERT_EQ(extents.size(), 4U);
+    const auto half = [](long value) { return static_cast<std::int32_t>(value / 2); };
+    const Rect halved{half(place.left - extents[0]), half(place.top - extents[2]),
+                      half(place.right + extents[1]), half(place.bottom + extents[3])};
+    const Publisher program(programWith({frame, halved}, {{button, {150, 160, 200, 180}}}));
+    const FoundElements found = search();
+    ASSERT_EQ(leftsOf(found).size(), 1U);
+    EXPECT_NEAR(found.roots[0][0].rect.left, 300, 2);
+    EXPECT_NEAR(found.roots[0][0].rect.top, 320, 2);
+}
+
+} // namespace

@@ -24,6 +24,9 @@ constexpr int mostWakings = 4;
 
 constexpr std::chrono::milliseconds betweenLooks{10};
 
+// Of a window that has enough without a page the rest is searched no longer than this for one.
+constexpr std::chrono::milliseconds pagePatience{1500};
+
 // Smaller ones are advertisements, tool tips and the like.
 constexpr std::int32_t leastPageSidePx = 200;
 
@@ -49,7 +52,7 @@ public:
 
     /// False if the window in front is published, but nothing of what it holds.
     bool searchWindowAndPanels() {
-        WindowSearch& search = begin(WebPages::enter, WindowSearch::Panels::search);
+        WindowSearch& search = begin(WebPages::enter, WindowSearch::Besides::menusAndPanels);
         search.run(wanted.isEnough);
         found = search.found();
         return !screen.front || search.front().grower == nullptr ||
@@ -61,8 +64,11 @@ public:
         found = {screen.monitor, {}};
         if (!screen.front)
             return true;
-        WindowSearch& search = begin(WebPages::leaveOut, WindowSearch::Panels::leaveOut);
-        search.run({});
+        WindowSearch& search = begin(WebPages::leaveOut, WindowSearch::Besides::nothing);
+        const Clock::time_point patienceEnd = Clock::now() + pagePatience;
+        search.run([&](const FoundElements& beginning) {
+            return wanted.isEnough && Clock::now() >= patienceEnd && wanted.isEnough(beginning);
+        });
         const SearchedWindow& window = search.front();
         if (window.grower == nullptr)
             return true;
@@ -75,18 +81,21 @@ public:
         const AccessibleNode* document = bestBelow(window.root, [](const AccessibleNode& node) {
             return node.traits.type() == ControlType::document ? 1 : 0;
         });
-        found.roots.push_back(elementsBelow(document != nullptr ? *document : window.root,
-                                            {window.fix, {}, false}, Extent::everything)
-                                  .others);
+        look(document != nullptr ? *document : window.root, window.fix, Extent::everything);
         return !found.roots.front().empty();
     }
 
     FoundElements found;
 
 private:
-    WindowSearch& begin(WebPages pages, WindowSearch::Panels panels) {
-        searches.push_back(std::make_unique<WindowSearch>(bus, screen, pages, panels));
+    WindowSearch& begin(WebPages pages, WindowSearch::Besides besides) {
+        searches.push_back(std::make_unique<WindowSearch>(bus, screen, pages, besides));
         return *searches.back();
+    }
+
+    /// Puts what is known below the root in place of what was found.
+    void look(const AccessibleNode& root, const CoordinateFix& fix, Extent extent) {
+        found.roots = {elementsBelow(root, {fix, {}, false}, extent).others};
     }
 
     bool searchBelow(const AccessibleNode& page, const CoordinateFix& fix) {
@@ -98,18 +107,15 @@ private:
         root.place = page.place;
         grower = std::make_unique<TreeGrower>(bus, WebPages::enter, Menus::closed);
         grower->grow(root);
-        const auto look = [&](Extent extent) {
-            found.roots = {elementsBelow(root, {fix, {}, false}, extent).others};
-        };
         Clock::time_point nextLook = Clock::now();
         bus.waitForAnswers([&] {
             if (grower->isDone() || Clock::now() < nextLook)
                 return grower->isDone();
-            look(Extent::beginning);
+            look(root, fix, Extent::beginning);
             nextLook = Clock::now() + betweenLooks;
             return wanted.isEnough && wanted.isEnough(found);
         });
-        look(Extent::everything);
+        look(root, fix, Extent::everything);
         return !found.roots.front().empty();
     }
 

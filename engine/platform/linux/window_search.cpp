@@ -4,6 +4,7 @@
 #include "platform/linux/unlisted_objects.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -14,20 +15,25 @@ constexpr std::chrono::milliseconds patience{300};
 
 constexpr std::chrono::milliseconds betweenLooks{10};
 
+// For a menu that is not found where there is enough besides.
+constexpr std::chrono::milliseconds menuPatience{1000};
+
 } // namespace
 
 WindowSearch::WindowSearch(BusConnection& askedBus, const ScreenFacts& facts, WebPages webPages,
-                           Panels panels)
+                           Besides besides)
     : bus(askedBus), screen(facts), pages(webPages), programs(askedBus) {
-    for (const WindowFacts& menu : screen.menus) {
-        add(menu, WindowKind::menu);
-        menus.push_back(menu.place);
+    if (besides == Besides::menusAndPanels) {
+        for (const WindowFacts& menu : screen.menus) {
+            add(menu, WindowKind::menu);
+            menus.push_back(menu.place);
+        }
     }
     if (screen.front) {
         add(*screen.front, WindowKind::front);
         frontWindow = windows.back().get();
     }
-    if (panels == Panels::search)
+    if (besides == Besides::menusAndPanels)
         for (const WindowFacts& panel : screen.panels)
             add(panel, WindowKind::panel);
 }
@@ -101,19 +107,22 @@ bool WindowSearch::isOver(const std::function<bool(const FoundElements&)>& isEno
     nextLook = Clock::now() + betweenLooks;
     if (!isWhole && (beginning.endsInMenu || !isEnough || !isEnough(beginning.elements)))
         return false;
-    // A menu is what a person wants who has opened it, wherever in the tree it may be.
     if (std::ranges::find(beginning.hasMenu, false) == beginning.hasMenu.end())
         return true;
-    if (!hasGuessed && frontProgram != nullptr) {
+    // A menu is what a person wants who has opened it, wherever in the tree it may be.
+    if (!hasGuessed) {
+        hasGuessed = true;
+        menuPatienceEnd = Clock::now() + menuPatience;
         askForUnlistedMenus();
         return false;
     }
-    return isWhole;
+    return isWhole || Clock::now() >= menuPatienceEnd;
 }
 
 /// Qt's context menus are in no list of children, but published all the same.
 void WindowSearch::askForUnlistedMenus() {
-    hasGuessed = true;
+    if (frontProgram == nullptr)
+        return;
     for (const BusObject& object : unlistedObjects(frontWindow->grower->seen(), frontProgram->root.program)) {
         ++openGuesses;
         askForRole(bus, object, [this, object](std::uint32_t role) {
@@ -133,30 +142,39 @@ FoundElements WindowSearch::found() const {
 }
 
 WindowSearch::Found WindowSearch::found(Extent extent) const {
-    Found found{{screen.monitor, {}}, std::vector<bool>(menus.size(), false), false};
-    std::vector<std::vector<ScreenElement>> ofMenus(menus.size());
+    Found found = foundBeside(menus, extent);
+    std::vector<Rect> real;
+    for (std::size_t i = 0; i < menus.size(); ++i)
+        if (found.hasMenu[i])
+            real.push_back(menus[i]);
+    // What holds nothing may be a mere effect, which clicks pass through: it hides nothing.
+    if (real.size() < menus.size())
+        found.elements = foundBeside(real, extent).elements;
+    return found;
+}
+
+WindowSearch::Found WindowSearch::foundBeside(const std::vector<Rect>& places, Extent extent) const {
+    Found found{{screen.monitor, {}}, std::vector<bool>(places.size(), false), false};
     std::vector<std::vector<ScreenElement>> others;
+    found.elements.roots.resize(places.size());
     for (const auto& window : windows) {
         if (extent == Extent::beginning && !window->isDecided)
             break;
         if (window->grower == nullptr)
             continue;
         const bool isMenu = window->kind == WindowKind::menu;
-        WindowElements below = elementsBelow(window->root, {window->fix, menus, isMenu}, extent);
-        for (std::size_t i = 0; i < menus.size(); ++i)
-            ofMenus[i].insert(ofMenus[i].end(), below.menus[i].begin(), below.menus[i].end());
+        WindowElements below = elementsBelow(window->root, {window->fix, places, isMenu}, extent);
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            auto& elements = found.elements.roots[i];
+            elements.insert(elements.end(), below.menus[i].begin(), below.menus[i].end());
+            found.hasMenu[i] = !elements.empty();
+        }
         if (!isMenu)
             others.push_back(std::move(below.others));
         found.endsInMenu = below.endsInMenu;
         if (!below.isWhole)
             break;
     }
-    for (std::size_t i = 0; i < menus.size(); ++i) {
-        found.hasMenu[i] = !ofMenus[i].empty();
-        if (found.hasMenu[i])
-            found.elements.roots.push_back(std::move(ofMenus[i]));
-    }
-    for (auto& elements : others)
-        found.elements.roots.push_back(std::move(elements));
+    std::ranges::move(others, std::back_inserter(found.elements.roots));
     return found;
 }

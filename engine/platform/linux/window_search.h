@@ -20,13 +20,13 @@ struct SearchedWindow {
     std::unique_ptr<TreeGrower> grower; // null unless it is found
 };
 
-/// Looks for the front window with its open menus and, if wanted, for the panels, and for what is on show in
+/// Looks for the front window and, if wanted, for the open menus and the panels, and for what is on show in
 /// them. Must outlive the bus's questions.
 class WindowSearch {
 public:
-    enum class Panels { leaveOut, search };
+    enum class Besides { nothing, menusAndPanels };
 
-    WindowSearch(BusConnection& askedBus, const ScreenFacts& facts, WebPages webPages, Panels panels);
+    WindowSearch(BusConnection& askedBus, const ScreenFacts& facts, WebPages webPages, Besides besides);
 
     /// Until everything is found, the time is up, or `isEnough`, which may be empty, says so of the beginning
     /// of what there is: first the menus, then the front window, then the panels.
@@ -50,6 +50,7 @@ private:
     bool isOver(const std::function<bool(const FoundElements&)>& isEnough);
     bool isAllKnown() const;
     Found found(Extent extent) const;
+    Found foundBeside(const std::vector<Rect>& places, Extent extent) const;
     void askForUnlistedMenus();
 
     BusConnection& bus;
@@ -62,6 +63,7 @@ private:
     PublishingProgram* frontProgram = nullptr;
     std::chrono::steady_clock::time_point start;
     std::chrono::steady_clock::time_point nextLook;
+    std::chrono::steady_clock::time_point menuPatienceEnd;
     int openGuesses = 0;
     bool hasGuessed = false;
 };

@@ -53,7 +53,7 @@ struct ElementSearch {
 
     /// May be empty. Asked now and then, on the searching thread, about the beginning of what will be found,
     /// which the rest will not change: the search may end once it says so.
-    std::function<bool(const FoundElements& beginning)> isEnough;
+    std::function<bool(const FoundElements& beginning)> isEnough = {};
 };
 
 struct FoundElements {

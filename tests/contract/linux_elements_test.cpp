@@ -6,6 +6,7 @@
 #include "platform/linux/x11.h"
 
 #include <gio/gio.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -17,23 +18,15 @@ namespace {
 
 using Lefts = std::vector<std::vector<int>>;
 
-// Of the AT-SPI protocol.
-enum Role : guint32 {
-    frame = 23,
-    menuItem = 35,
-    panel = 39,
-    button = 43,
-    popup = 69,
-    application = 75,
-    link = 88,
-    webDocument = 95
-};
+// Roles and states of the AT-SPI protocol.
+constexpr guint32 frame = 23, menuItem = 35, panel = 39, button = 43, popup = 69, application = 75, link = 88,
+                  webDocument = 95;
 constexpr guint32 active = 1U << 1;
 constexpr guint32 usualStates =
     1U << 8 | 1U << 24 | 1U << 25 | 1U << 30; // enabled, sensitive, showing, visible
 
 struct Published {
-    Role role = button;
+    guint32 role = button;
     Rect place = {};
     std::vector<int> children = {}; // numbers among the program's objects
     std::string name = {};
@@ -46,37 +39,39 @@ public:
     explicit Publisher(std::vector<Published> published, int answersBeforeItStops = 1 << 30)
         : objects(std::move(published)), answersLeft(answersBeforeItStops) {
         GDBusConnection* session = connect(std::getenv("DBUS_SESSION_BUS_ADDRESS"));
-        GVariant* address =
-            call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", nullptr);
-        const char* text = nullptr;
-        g_variant_get(address, "(&s)", &text);
-        bus = connect(text);
-        g_variant_unref(address);
+        bus = connect(call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress", nullptr));
         g_object_unref(session);
         g_dbus_connection_add_filter(bus, answer, this, nullptr);
-        g_variant_unref(call(bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root",
-                             "org.a11y.atspi.Socket", "Embed", g_variant_new("(@(so))", reference(0))));
+        call(bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root", "org.a11y.atspi.Socket.Embed",
+             g_variant_new("(@(so))", reference(0)));
     }
     ~Publisher() {
         g_dbus_connection_close_sync(bus, nullptr, nullptr);
         g_object_unref(bus);
     }
-    Publisher(const Publisher&) = delete;
-    Publisher& operator=(const Publisher&) = delete;
 
     std::atomic<int> asked = 0;
 
 private:
-    static GDBusConnection* connect(const char* address) {
+    static GDBusConnection* connect(const std::string& address) {
         const auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-        return g_dbus_connection_new_for_address_sync(address, flags, nullptr, nullptr, nullptr);
+        return g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, nullptr);
     }
 
-    static GVariant* call(GDBusConnection* bus, const char* name, const char* path, const char* interface,
-                          const char* method, GVariant* arguments) {
-        return g_dbus_connection_call_sync(bus, name, path, interface, method, arguments, nullptr,
-                                           G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+    /// The answer, if it is a text.
+    static std::string call(GDBusConnection* bus, const char* name, const char* path,
+                            const std::string& method, GVariant* arguments) {
+        const std::size_t dot = method.rfind('.');
+        GVariant* values = g_dbus_connection_call_sync(bus, name, path, method.substr(0, dot).c_str(),
+                                                       method.substr(dot + 1).c_str(), arguments, nullptr,
+                                                       G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+        const char* text = "";
+        if (g_variant_is_of_type(values, G_VARIANT_TYPE("(s)")))
+            g_variant_get(values, "(&s)", &text);
+        const std::string answered = text;
+        g_variant_unref(values);
+        return answered;
     }
 
     static GDBusMessage* answer(GDBusConnection* bus, GDBusMessage* message, gboolean isIncoming,
@@ -87,11 +82,10 @@ private:
         ++publisher->asked;
         if (publisher->answersLeft-- > 0) {
             const std::string path = g_dbus_message_get_path(message);
+            const Published& object = publisher->objects[std::stoul(path.substr(path.rfind('/') + 1))];
             GDBusMessage* reply = g_dbus_message_new_method_reply(message);
-            g_dbus_message_set_body(
-                reply,
-                publisher->valueOf(publisher->objects[std::stoul(path.substr(path.rfind('/') + 1))],
-                                   g_dbus_message_get_member(message), g_dbus_message_get_body(message)));
+            g_dbus_message_set_body(reply, publisher->valueOf(object, g_dbus_message_get_member(message),
+                                                              g_dbus_message_get_body(message)));
             g_dbus_connection_send_message(bus, reply, G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
             g_object_unref(reply);
         }
@@ -110,29 +104,25 @@ private:
             return g_variant_new("(u)", object.role);
         if (member == "GetExtents")
             return g_variant_new("((iiii))", place.left, place.top, place.width(), place.height());
-        GVariantBuilder list;
-        g_variant_builder_init(&list, G_VARIANT_TYPE_ARRAY);
-        if (member == "GetState") {
-            g_variant_builder_add(&list, "u", usualStates | (object.isActive ? active : 0));
-            g_variant_builder_add(&list, "u", 0U);
-            return g_variant_new("(au)", &list);
-        }
+        if (member == "GetState")
+            return g_variant_new_parsed("([%u, 0],)", usualStates | (object.isActive ? active : 0));
         if (member == "GetChildren") {
+            GVariantBuilder list;
+            g_variant_builder_init(&list, G_VARIANT_TYPE("a(so)"));
             for (const int child : object.children)
                 g_variant_builder_add_value(&list, reference(child));
             return g_variant_new("(a(so))", &list);
         }
-        g_variant_builder_clear(&list);
         if (member == "GetChildAtIndex") {
             gint32 index = 0;
             g_variant_get(arguments, "(i)", &index);
-            return g_variant_new("(@(so))", reference(object.children[static_cast<std::size_t>(index)]));
+            return g_variant_new("(@(so))", reference(object.children.at(static_cast<std::size_t>(index))));
         }
         const char* property = "";
         g_variant_get_child(arguments, 1, "&s", &property);
-        return g_variant_new("(v)", std::string(property) == "Name"
-                                        ? g_variant_new_string(object.name.c_str())
-                                        : g_variant_new_int32(static_cast<gint32>(object.children.size())));
+        if (std::string(property) == "Name")
+            return g_variant_new("(v)", g_variant_new_string(object.name.c_str()));
+        return g_variant_new("(v)", g_variant_new_int32(static_cast<gint32>(object.children.size())));
     }
 
     std::vector<Published> objects;
@@ -143,51 +133,35 @@ private:
 class LinuxElements : public ContractTest {
 protected:
     LinuxElements() : other(XOpenDisplay(nullptr)) {}
-    ~LinuxElements() override { XCloseDisplay(other); }
-
-    /// In front, with a frame around it.
-    void openWindow(int process) {
-        window = show({200, 200, 800, 600}, process, false);
-        EXPECT_TRUE(pumpUntil([this] {
-            XWindowAttributes attributes{};
-            XGetWindowAttributes(other, window, &attributes);
-            return attributes.map_state == IsViewable && property("_NET_FRAME_EXTENTS", window).size() == 4 &&
-                   property("_NET_ACTIVE_WINDOW", DefaultRootWindow(other)) ==
-                       std::vector<long>{static_cast<long>(window)};
-        }));
-        int x = 0;
-        int y = 0;
-        Window child = noXid;
-        XTranslateCoordinates(other, window, DefaultRootWindow(other), 0, 0, &x, &y, &child);
-        place = {x, y, x + 600, y + 400};
+    ~LinuxElements() override {
+        setNumbers(DefaultRootWindow(other), "_NET_ACTIVE_WINDOW", {0});
+        XCloseDisplay(other);
     }
 
-    Window show(const Rect& where, int process, bool isMenu) {
+    /// In front, as far as the window manager's word goes.
+    void openFront(long process) {
+        front = show(place, process);
+        setNumbers(DefaultRootWindow(other), "_NET_ACTIVE_WINDOW", {static_cast<long>(front)});
+    }
+
+    /// Out of the window manager's hands, like a menu.
+    Window show(const Rect& where, long process) {
         XSetWindowAttributes values{};
-        values.override_redirect = isMenu ? 1 : 0;
-        const Window made =
-            XCreateWindow(other, DefaultRootWindow(other), where.left, where.top,
-                          static_cast<unsigned>(where.width()), static_cast<unsigned>(where.height()), 0,
-                          CopyFromParent, InputOutput, nullptr, CWOverrideRedirect, &values);
-        const long number = process;
+        values.override_redirect = 1;
+        const Window made = XCreateSimpleWindow(other, DefaultRootWindow(other), where.left, where.top,
+                                                where.width(), where.height(), 0, 0, 0);
+        XChangeWindowAttributes(other, made, CWOverrideRedirect, &values);
         XStoreName(other, made, "In front");
-        XChangeProperty(other, made, XInternAtom(other, "_NET_WM_PID", 0), XA_CARDINAL, 32, PropModeReplace,
-                        reinterpret_cast<const unsigned char*>(&number), 1);
         XMapRaised(other, made);
-        XSync(other, 0);
+        setNumbers(made, "_NET_WM_PID", {process});
         return made;
     }
 
-    std::vector<long> property(const char* name, Window of) {
-        Atom type = 0;
-        int format = 0;
-        unsigned long count = 0;
-        unsigned long left = 0;
-        unsigned char* data = nullptr;
-        XGetWindowProperty(other, of, XInternAtom(other, name, 0), 0, 100, 0, AnyPropertyType, &type, &format,
-                           &count, &left, &data);
-        const XOwned<unsigned char> owned(data);
-        return {reinterpret_cast<long*>(data), reinterpret_cast<long*>(data) + count};
+    void setNumbers(Window of, const char* name, const std::vector<long>& values) {
+        XChangeProperty(other, of, XInternAtom(other, name, 0), XA_CARDINAL, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(values.data()),
+                        static_cast<int>(values.size()));
+        XSync(other, 0);
     }
 
     /// Of an application with one window, which holds what else there is.
@@ -206,10 +180,9 @@ protected:
         const ElementSearch wanted{scope, {}, [enough](const FoundElements& beginning) {
                                        return !beginning.roots.empty() && beginning.roots[0].size() >= enough;
                                    }};
-        auto found = std::async(std::launch::async, [&] { return findElements(wanted); });
-        found.wait();
+        FoundElements found = std::async(std::launch::async, findElements, wanted).get();
         tookMs = watchMs() - begin;
-        return found.get();
+        return found;
     }
 
     static Lefts leftsOf(const FoundElements& found) {
@@ -225,13 +198,13 @@ protected:
 
     const Published something{button, {300, 300, 350, 320}};
     Display* other;
-    Window window = noXid;
-    Rect place = {};
+    Window front = noXid;
+    const Rect place{200, 200, 800, 600};
     std::uint64_t tookMs = 0;
 };
 
 TEST_F(LinuxElements, ManySearchesOfATreeThatBitesItsTailLeaveNothingBehind) {
-    openWindow(getpid());
+    openFront(getpid());
     const Publisher program(programWith({frame, place}, {{panel, place, {1, 2, 3}}, something}));
     const auto descriptors = [] {
         const std::filesystem::directory_iterator all("/proc/self/fd");
@@ -239,7 +212,7 @@ TEST_F(LinuxElements, ManySearchesOfATreeThatBitesItsTailLeaveNothingBehind) {
     };
     ASSERT_EQ(leftsOf(search()), (Lefts{{300}}));
     const auto before = descriptors();
-    const auto bytesBefore = mallinfo2().uordblks;
+    const std::size_t bytesBefore = mallinfo2().uordblks;
     for (int i = 0; i < 100; ++i)
         search();
     EXPECT_LE(descriptors(), before + 2);
@@ -247,7 +220,7 @@ TEST_F(LinuxElements, ManySearchesOfATreeThatBitesItsTailLeaveNothingBehind) {
 }
 
 TEST_F(LinuxElements, NoOtherWindowIsTakenForTheOneInFront) {
-    openWindow(1); // a game's, a terminal's: their programs publish nothing
+    openFront(1); // a game's, a terminal's: their programs publish nothing
     const Rect elsewhere{0, 0, 200, 100};
     const Publisher stopped({}, 0);
     const std::vector<std::pair<Published, bool>> cases{
@@ -266,9 +239,9 @@ TEST_F(LinuxElements, NoOtherWindowIsTakenForTheOneInFront) {
 }
 
 TEST_F(LinuxElements, AnOpenMenuComesFirstAndHidesWhatLiesBelow) {
-    openWindow(getpid());
+    openFront(getpid());
     const Rect menu{300, 300, 400, 400};
-    const Window shown = show(menu, getpid(), true);
+    show(menu, getpid());
     const Publisher program({{application, {}, {1, 2}},
                              {frame, place, {4, 5}},
                              {popup, menu, {3}},
@@ -276,11 +249,10 @@ TEST_F(LinuxElements, AnOpenMenuComesFirstAndHidesWhatLiesBelow) {
                              {button, {320, 320, 380, 380}},
                              {button, {500, 300, 550, 320}}});
     EXPECT_EQ(leftsOf(search()), (Lefts{{310}, {500}}));
-    XDestroyWindow(other, shown);
 }
 
 TEST_F(LinuxElements, OfAWindowOfThousandsTheFirstAreFoundSoonAndWithoutTheRest) {
-    openWindow(getpid());
+    openFront(getpid());
     std::vector<Published> buttons(5000);
     for (std::size_t i = 0; i < buttons.size(); ++i)
         buttons[i].place = {static_cast<int>(i), 300, static_cast<int>(i) + 20, 320};
@@ -297,7 +269,7 @@ TEST_F(LinuxElements, OfAWindowOfThousandsTheFirstAreFoundSoonAndWithoutTheRest)
 }
 
 TEST_F(LinuxElements, APageIsTheLargestWebDocumentNotTheSideBar) {
-    openWindow(getpid());
+    openFront(getpid());
     const Rect side{place.left, place.top, place.left + 210, place.bottom};
     const Rect page{place.left + 210, place.top, place.right, place.bottom};
     auto objects = programWith({frame, place}, {{webDocument, side, {4}}, {webDocument, page, {5}}});
@@ -310,11 +282,9 @@ TEST_F(LinuxElements, APageIsTheLargestWebDocumentNotTheSideBar) {
 }
 
 TEST_F(LinuxElements, AScaledFrameIsComparedWithTheFrame) {
-    openWindow(getpid());
-    const std::vector<long> extents = property("_NET_FRAME_EXTENTS", window);
-    const auto half = [](long value) { return static_cast<std::int32_t>(value / 2); };
-    const Rect halved{half(place.left - extents[0]), half(place.top - extents[2]),
-                      half(place.right + extents[1]), half(place.bottom + extents[3])};
+    openFront(getpid());
+    setNumbers(front, "_NET_FRAME_EXTENTS", {2, 2, 40, 10});
+    const Rect halved{99, 80, 401, 305};
     const Publisher program(programWith({frame, halved}, {{button, {150, 160, 200, 180}}}));
     const FoundElements found = search();
     ASSERT_EQ(leftsOf(found).size(), 1U);

@@ -123,7 +123,7 @@ bool isMenu(Display* display, Window window, const Placed& placed) {
     });
 }
 
-std::vector<WindowFacts> menusOn(Display* display, const ScreenFacts& facts,
+std::vector<WindowFacts> menusOn(Display* display, const ScreenFacts& facts, Window active,
                                  const std::vector<WindowHandle>& ownWindows) {
     const auto isOfTheirs = [&facts](const WindowFacts& menu) {
         const auto isIts = [&menu](const WindowFacts& other) { return other.process == menu.process; };
@@ -140,7 +140,7 @@ std::vector<WindowFacts> menusOn(Display* display, const ScreenFacts& facts,
     const XOwned<Window> owned(windows);
     for (unsigned i = count; i-- > 0;) { // the topmost comes last
         const std::optional<Placed> placed = placeOf(display, windows[i]);
-        if (!placed || !isMenu(display, windows[i], *placed) ||
+        if (!placed || windows[i] == active || !isMenu(display, windows[i], *placed) ||
             std::ranges::find(ownWindows, handleOf(windows[i])) != ownWindows.end())
             continue;
         const auto menu = factsOf(display, windows[i]);
@@ -183,6 +183,6 @@ ScreenFacts lookAtScreen(const std::vector<WindowHandle>& ownWindows) {
     if (std::ranges::find(ownWindows, handleOf(active)) == ownWindows.end())
         facts.front = factsOf(display.get(), active);
     facts.panels = panelsOn(display.get());
-    facts.menus = menusOn(display.get(), facts, ownWindows);
+    facts.menus = menusOn(display.get(), facts, active, ownWindows);
     return facts;
 }

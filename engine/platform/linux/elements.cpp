@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <chrono>
 #include <deque>
-#include <utility>
 
 namespace {
 
@@ -100,17 +99,16 @@ private:
 
     bool searchBelow(const AccessibleNode& page, const CoordinateFix& fix) {
         found.area = cutTo(found.area, fix.applied(*page.place));
-        growers.push_back({});
-        auto& [root, grower] = growers.back();
+        AccessibleNode& root = roots.emplace_back();
         root.object = page.object;
         root.traits = page.traits;
         root.place = page.place;
-        grower = std::make_unique<TreeGrower>(bus, WebPages::enter, Menus::closed);
-        grower->grow(root);
+        TreeGrower& grower = growers.emplace_back(bus, WebPages::enter, Menus::closed);
+        grower.grow(root);
         Clock::time_point nextLook = Clock::now();
         bus.waitForAnswers([&] {
-            if (grower->isDone() || Clock::now() < nextLook)
-                return grower->isDone();
+            if (grower.isDone() || Clock::now() < nextLook)
+                return grower.isDone();
             look(root, fix, Extent::beginning);
             nextLook = Clock::now() + betweenLooks;
             return wanted.isEnough && wanted.isEnough(found);
@@ -124,7 +122,8 @@ private:
     const ElementSearch& wanted;
     // Answers that nobody waits for any more may still come to these.
     std::vector<std::unique_ptr<WindowSearch>> searches;
-    std::deque<std::pair<AccessibleNode, std::unique_ptr<TreeGrower>>> growers;
+    std::deque<AccessibleNode> roots;
+    std::deque<TreeGrower> growers;
 };
 
 } // namespace

@@ -39,7 +39,7 @@ public:
     /// Nothing from the second time on.
     void askForWindows(PublishingProgram& program);
     /// One that the program's own list leaves out.
-    void addWindow(PublishingProgram& program, const BusObject& window);
+    void addWindow(PublishingProgram& program, const BusObject& object);
 
     /// Those of the process. All of them where it has none: the window manager's number means nothing for a
     /// program in a container.

@@ -4,6 +4,7 @@
 #include "platform/window_handle.h"
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 /// What kind of control an element of another program's window is, numbered as UI Automation does.
@@ -43,15 +44,22 @@ enum class ElementScope {
     page,             // the page that a browser shows; the window in front where there is none
 };
 
+struct FoundElements;
+
 struct ElementSearch {
     ElementScope scope = ElementScope::windowAndTaskbar;
     std::vector<WindowHandle>
         ownWindows; // never searched; the first one names the monitor if none is in front
+
+    /// May be empty. Asked now and then, on the searching thread, about the beginning of what will be found,
+    /// which the rest will not change: the search may end once it says so.
+    std::function<bool(const FoundElements& beginning)> isEnough = {};
 };
 
 struct FoundElements {
     Rect area; // the monitor of the window in front, in page scope cut down to the page's window
-    std::vector<std::vector<ScreenElement>> roots; // what lies below each root, in the order of the tree
+    std::vector<std::vector<ScreenElement>> roots; // what lies below each root, in the order of the tree;
+                                                   // open menus first, where the system tells them apart
 };
 
 /// Asks the programs of the session to publish what their windows hold, where the system leaves that to them:

@@ -68,7 +68,10 @@ void startElementScan(ElementScope scope) {
     // The labels' flag stays: their numbers hold until new ones take their place.
     hideGrid();
     const ElementSearch search{scope,
-                               {engineState.mainWindow, engineState.gridWindow, engineState.wheelWindow}};
+                               {engineState.mainWindow, engineState.gridWindow, engineState.wheelWindow},
+                               [scope](const FoundElements& found) {
+                                   return filterElements(found, scope).rects.size() >= mostLabels;
+                               }};
     // Without a thread the scan counts as running until it is cancelled.
     static_cast<void>(
         startDetachedThread([search, main = engineState.mainWindow] { scanElements(search, main); }));

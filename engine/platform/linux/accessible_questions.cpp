@@ -21,6 +21,19 @@ void askForProperty(BusConnection& bus, const BusObject& object, const char* nam
             });
 }
 
+BusConnection::AnswerHandler objectTaker(ChildTaker taker) {
+    return [taker = std::move(taker)](GVariant* values) {
+        const char* program = "";
+        const char* path = "";
+        if (values != nullptr)
+            g_variant_get(values, "((&s&o))", &program, &path);
+        if (*program == '\0')
+            taker(std::nullopt);
+        else
+            taker(BusObject{program, path});
+    };
+}
+
 } // namespace
 
 void askForRole(BusConnection& bus, const BusObject& object, std::function<void(std::uint32_t)> taker) {
@@ -77,7 +90,7 @@ void askForName(BusConnection& bus, const BusObject& object, std::function<void(
 void askForChildCount(BusConnection& bus, const BusObject& object, std::function<void(std::int32_t)> taker) {
     askForProperty(bus, object, "ChildCount", [taker = std::move(taker)](GVariant* value) {
         const bool isNumber = value != nullptr && g_variant_is_of_type(value, G_VARIANT_TYPE_INT32) != 0;
-        taker(isNumber ? g_variant_get_int32(value) : 0);
+        taker(isNumber ? g_variant_get_int32(value) : -1);
     });
 }
 
@@ -99,20 +112,15 @@ void askForChildren(BusConnection& bus, const BusObject& object,
             });
 }
 
-void askForChildAt(BusConnection& bus, const BusObject& object, Point point,
-                   std::function<void(const std::optional<BusObject>&)> taker) {
+void askForChildAt(BusConnection& bus, const BusObject& object, Point point, ChildTaker taker) {
     bus.ask(object, component, "GetAccessibleAtPoint",
             g_variant_new("(iiu)", point.x, point.y, screenCoordinates), "((so))",
-            [taker = std::move(taker)](GVariant* values) {
-                const char* program = "";
-                const char* path = "";
-                if (values != nullptr)
-                    g_variant_get(values, "((&s&o))", &program, &path);
-                if (*program == '\0')
-                    taker(std::nullopt);
-                else
-                    taker(BusObject{program, path});
-            });
+            objectTaker(std::move(taker)));
+}
+
+void askForChildAtIndex(BusConnection& bus, const BusObject& object, std::int32_t index, ChildTaker taker) {
+    bus.ask(object, accessible, "GetChildAtIndex", g_variant_new("(i)", index), "((so))",
+            objectTaker(std::move(taker)));
 }
 
 void askForProcess(BusConnection& bus, const std::string& program, std::function<void(pid_t)> taker) {

@@ -30,13 +30,17 @@ void askForName(BusConnection& bus, const BusObject& object,
 void askForChildren(BusConnection& bus, const BusObject& object,
                     std::function<void(const std::vector<BusObject>& children)> taker);
 
-/// Some toolkits make each child, needed or not, when they are asked for all.
+/// Some toolkits make each child, needed or not, when they are asked for all, and go through the others for
+/// each. -1 if there is no answer.
 void askForChildCount(BusConnection& bus, const BusObject& object,
                       std::function<void(std::int32_t count)> taker);
 
+using ChildTaker = std::function<void(const std::optional<BusObject>& child)>;
+
 /// The child at a point of the screen, in the program's coordinates.
-void askForChildAt(BusConnection& bus, const BusObject& object, Point point,
-                   std::function<void(const std::optional<BusObject>& child)> taker);
+void askForChildAt(BusConnection& bus, const BusObject& object, Point point, ChildTaker taker);
+
+void askForChildAtIndex(BusConnection& bus, const BusObject& object, std::int32_t index, ChildTaker taker);
 
 /// The process of each program on the bus; 0 if that is unknown.
 void askForProcess(BusConnection& bus, const std::string& program, std::function<void(pid_t process)> taker);

@@ -146,3 +146,12 @@ bool AccessibleTraits::popsUp() const {
     return role == ATSPI_ROLE_COMBO_BOX || role == ATSPI_ROLE_MENU || role == ATSPI_ROLE_POPUP_MENU ||
            type() == ControlType::window;
 }
+
+bool AccessibleTraits::opensMenu() const {
+    return role == ATSPI_ROLE_COMBO_BOX || role == ATSPI_ROLE_WINDOW || isPopupMenu() ||
+           type() == ControlType::menuItem;
+}
+
+bool AccessibleTraits::isPopupMenu() const {
+    return role == ATSPI_ROLE_POPUP_MENU || role == ATSPI_ROLE_MENU;
+}

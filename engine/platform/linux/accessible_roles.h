@@ -25,4 +25,8 @@ struct AccessibleTraits {
     bool cutsOff() const;
     /// Whether what is below it comes up in a window of its own.
     bool popsUp() const;
+    /// Whether the entries of an open menu or list may be below it.
+    bool opensMenu() const;
+    /// A menu by itself, as against one that hangs on an entry.
+    bool isPopupMenu() const;
 };

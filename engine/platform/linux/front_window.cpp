@@ -3,6 +3,7 @@
 #include "platform/linux/x11.h"
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -52,6 +53,7 @@ std::string titleOf(Display* display, Window window) {
 struct Placed {
     Rect place;
     bool isOnShow = false;
+    bool isUnmanaged = false; // the window manager has no say in it, as in menus and tool tips
 };
 
 /// Nothing for a window that is gone.
@@ -63,7 +65,9 @@ std::optional<Placed> placeOf(Display* display, Window window) {
     if (window == noXid || XGetWindowAttributes(display, window, &attributes) == 0 ||
         XTranslateCoordinates(display, window, DefaultRootWindow(display), 0, 0, &x, &y, &child) == 0)
         return std::nullopt;
-    return Placed{{x, y, x + attributes.width, y + attributes.height}, attributes.map_state == IsViewable};
+    return Placed{{x, y, x + attributes.width, y + attributes.height},
+                  attributes.map_state == IsViewable && attributes.c_class == InputOutput,
+                  attributes.override_redirect != 0};
 }
 
 /// Nothing for a window that is gone or not on show.
@@ -71,7 +75,14 @@ std::optional<WindowFacts> factsOf(Display* display, Window window) {
     const std::optional<Placed> placed = placeOf(display, window);
     if (!placed || !placed->isOnShow)
         return std::nullopt;
-    WindowFacts facts{placed->place, 0, titleOf(display, window)};
+    WindowFacts facts{placed->place, placed->place, 0, titleOf(display, window)};
+    const std::vector<unsigned long> extents = numbersOf(display, window, "_NET_FRAME_EXTENTS");
+    if (extents.size() == 4) {
+        facts.frame.left -= static_cast<std::int32_t>(extents[0]);
+        facts.frame.right += static_cast<std::int32_t>(extents[1]);
+        facts.frame.top -= static_cast<std::int32_t>(extents[2]);
+        facts.frame.bottom += static_cast<std::int32_t>(extents[3]);
+    }
     const std::vector<unsigned long> process = numbersOf(display, window, "_NET_WM_PID");
     if (!process.empty())
         facts.process = static_cast<pid_t>(process.front());
@@ -95,6 +106,48 @@ std::vector<WindowFacts> panelsOn(Display* display) {
             panels.push_back(*facts);
     }
     return panels;
+}
+
+bool isMenu(Display* display, Window window, const Placed& placed) {
+    constexpr std::int32_t leastSidePx = 8;
+    if (!placed.isOnShow || !placed.isUnmanaged || placed.place.width() < leastSidePx ||
+        placed.place.height() < leastSidePx || placed.place.right <= 0 || placed.place.bottom <= 0)
+        return false;
+    // Not every toolkit says that a menu is one.
+    const std::vector<unsigned long> types = numbersOf(display, window, "_NET_WM_WINDOW_TYPE");
+    constexpr std::array others{"_NET_WM_WINDOW_TYPE_TOOLTIP", "_NET_WM_WINDOW_TYPE_NOTIFICATION",
+                                "_NET_WM_WINDOW_TYPE_DND",     "_NET_WM_WINDOW_TYPE_SPLASH",
+                                "_NET_WM_WINDOW_TYPE_DOCK",    "_NET_WM_WINDOW_TYPE_DESKTOP"};
+    return std::ranges::none_of(others, [&](const char* type) {
+        return std::ranges::find(types, XInternAtom(display, type, 0)) != types.end();
+    });
+}
+
+std::vector<WindowFacts> menusOn(Display* display, const ScreenFacts& facts, Window active,
+                                 const std::vector<WindowHandle>& ownWindows) {
+    const auto isOfTheirs = [&facts](const WindowFacts& menu) {
+        const auto isIts = [&menu](const WindowFacts& other) { return other.process == menu.process; };
+        return menu.process != 0 &&
+               ((facts.front && isIts(*facts.front)) || std::ranges::any_of(facts.panels, isIts));
+    };
+    Window root = noXid;
+    Window parent = noXid;
+    Window* windows = nullptr;
+    unsigned count = 0;
+    std::vector<WindowFacts> menus;
+    if (XQueryTree(display, DefaultRootWindow(display), &root, &parent, &windows, &count) == 0)
+        return menus;
+    const XOwned<Window> owned(windows);
+    for (unsigned i = count; i-- > 0;) { // the topmost comes last
+        const std::optional<Placed> placed = placeOf(display, windows[i]);
+        if (!placed || windows[i] == active || !isMenu(display, windows[i], *placed) ||
+            std::ranges::find(ownWindows, handleOf(windows[i])) != ownWindows.end())
+            continue;
+        const auto menu = factsOf(display, windows[i]);
+        if (menu && isOfTheirs(*menu))
+            menus.push_back(*menu);
+    }
+    return menus;
 }
 
 /// The monitor that holds the middle of the window, or the primary one.
@@ -130,5 +183,6 @@ ScreenFacts lookAtScreen(const std::vector<WindowHandle>& ownWindows) {
     if (std::ranges::find(ownWindows, handleOf(active)) == ownWindows.end())
         facts.front = factsOf(display.get(), active);
     facts.panels = panelsOn(display.get());
+    facts.menus = menusOn(display.get(), facts, active, ownWindows);
     return facts;
 }

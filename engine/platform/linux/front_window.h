@@ -12,6 +12,7 @@
 /// What the X server and the window manager know about a window of another program.
 struct WindowFacts {
     Rect place;        // without the window manager's frame
+    Rect frame;        // with it
     pid_t process = 0; // 0: unknown
     std::string title; // UTF-8
 };
@@ -20,8 +21,9 @@ struct ScreenFacts {
     Rect monitor; // of the window in front
     std::optional<WindowFacts> front;
     std::vector<WindowFacts> panels;
+    std::vector<WindowFacts> menus; // what the programs of these have open over their windows, topmost first
 };
 
-/// The window in front, unless it is one of `ownWindows`, and the panels on show. Any thread, over a
-/// connection of its own.
+/// The window in front, unless it is one of `ownWindows`, the panels on show, and open menus. Any thread,
+/// over a connection of its own.
 ScreenFacts lookAtScreen(const std::vector<WindowHandle>& ownWindows);

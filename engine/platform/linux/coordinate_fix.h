@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/geometry_types.h"
+
+#include "platform/linux/front_window.h"
+
+/// How a program's coordinates become the screen's: some leave out the scale of the screen, or where their
+/// window stands.
+struct CoordinateFix {
+    Point from; // a corner, as the program says
+    Point to;   // the same corner on the screen
+    double scale = 1;
+
+    Rect applied(const Rect& rect) const;
+};
+
+/// By where the program says that the window is.
+CoordinateFix coordinateFix(const Rect& said, const WindowFacts& window);
+
+/// Whether that can be this window: each edge may be off by about `tolerancePx`.
+bool isPlaceOf(const Rect& said, const WindowFacts& window, std::int32_t tolerancePx);

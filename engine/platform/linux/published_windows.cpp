@@ -1,0 +1,117 @@
+#include "platform/linux/published_windows.h"
+
+#include "platform/linux/accessibility.h"
+#include "platform/linux/accessible_questions.h"
+
+#include <algorithm>
+
+namespace {
+
+// Of each side on average: frames and shadows count for some programs and not for others.
+constexpr std::int32_t windowTolerancePx = 75;
+constexpr std::int32_t menuTolerancePx = 15;
+
+struct Likeness {
+    bool hasTitle = false;
+    bool hasPlace = false;
+    bool isActive = false;
+    bool isShowing = false;
+
+    int rank() const {
+        return (hasTitle ? 4 : 0) + (hasPlace ? 4 : 0) + (isActive ? 2 : 0) + (isShowing ? 1 : 0);
+    }
+};
+
+Likeness likenessOf(const PublishedWindow& window, const WindowFacts& facts, WindowKind kind) {
+    const std::int32_t tolerancePx = kind == WindowKind::menu ? menuTolerancePx : windowTolerancePx;
+    const AccessibleNode& node = window.node;
+    return {!window.name.empty() && window.name == facts.title,
+            node.place && isPlaceOf(*node.place, facts, tolerancePx),
+            kind == WindowKind::front && node.traits.isActive(), node.traits.isShowing()};
+}
+
+bool isLikely(const Likeness& likeness, WindowKind kind, bool isProcessKnown) {
+    if (kind == WindowKind::menu)
+        return likeness.hasPlace && likeness.isShowing;
+    const int signs = (likeness.hasTitle ? 1 : 0) + (likeness.hasPlace ? 1 : 0) + (likeness.isActive ? 1 : 0);
+    // Windows that fill the screen have one place, and titles may be alike.
+    return isProcessKnown ? signs >= 1 : signs >= 2 && likeness.isShowing;
+}
+
+} // namespace
+
+void PublishingPrograms::ask() {
+    askForChildren(bus, accessibilityDesktop(), [this](const std::vector<BusObject>& roots) {
+        for (const BusObject& root : roots)
+            programs.push_back({root, 0, {}});
+        for (PublishingProgram& program : programs)
+            askForProcess(bus, program.root.program,
+                          [&program](pid_t process) { program.process = process; });
+    });
+    bus.waitForAnswers();
+}
+
+void PublishingPrograms::askForWindows(PublishingProgram& program) {
+    if (program.isAsked)
+        return;
+    program.isAsked = true;
+    ++program.openQuestions;
+    askForChildren(bus, program.root, [this, &program](const std::vector<BusObject>& windows) {
+        for (const BusObject& window : windows)
+            addWindow(program, window);
+        --program.openQuestions;
+    });
+}
+
+void PublishingPrograms::addWindow(PublishingProgram& program, const BusObject& object) {
+    PublishedWindow& window = program.windows.emplace_back();
+    window.node.object = object;
+    program.openQuestions += 4;
+    askForRole(bus, object, [&](std::uint32_t role) {
+        window.node.traits.role = role;
+        --program.openQuestions;
+    });
+    askForStates(bus, object, [&](std::uint64_t states) {
+        window.node.traits.states = states;
+        --program.openQuestions;
+    });
+    askForName(bus, object, [&](const std::string& name) {
+        window.name = name;
+        --program.openQuestions;
+    });
+    askForPlace(bus, object, [&](const std::optional<Rect>& place) {
+        window.node.place = place;
+        --program.openQuestions;
+    });
+}
+
+bool PublishingPrograms::hasProcess(pid_t process) const {
+    return process != 0 && std::ranges::any_of(programs, [process](const PublishingProgram& program) {
+               return program.process == process;
+           });
+}
+
+std::vector<PublishingProgram*> PublishingPrograms::ofProcess(pid_t process) {
+    const bool isKnown = hasProcess(process);
+    std::vector<PublishingProgram*> chosen;
+    for (PublishingProgram& program : programs)
+        if (!isKnown || program.process == process)
+            chosen.push_back(&program);
+    return chosen;
+}
+
+PublishedWindow* likeliestWindow(const std::vector<PublishingProgram*>& programs, const WindowFacts& facts,
+                                 WindowKind kind, bool isProcessKnown) {
+    PublishedWindow* best = nullptr;
+    int bestRank = 0;
+    for (PublishingProgram* program : programs) {
+        for (PublishedWindow& window : program->windows) {
+            const Likeness likeness = likenessOf(window, facts, kind);
+            if (!window.isTaken && isLikely(likeness, kind, isProcessKnown) && likeness.rank() > bestRank) {
+                best = &window;
+                bestRank = likeness.rank();
+            }
+        }
+    }
+    return best;
+}

@@ -1,12 +1,17 @@
 #include "contract_test.h"
+#include "platform/clock.h"
 #include "platform/hot_key.h"
+#include "platform/injection.h"
 #include "platform/keyboard_layout.h"
+#include "platform/threads.h"
 
 #include "platform/linux/connection.h"
 #include "platform/linux/key_positions.h"
+#include "platform/linux/raw_keys.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <string>
 
@@ -83,6 +88,24 @@ TEST_F(LinuxKeys, AKeyOfAPedalCanBeTheHotKeyWhateverTheLayoutPutsOnIt) {
     XTestFakeKeyEvent(ownerDisplay(), pedalF13, 0, CurrentTime);
     EXPECT_TRUE(pumpUntil([] { return !heard.hotKeys.empty(); }));
     unregisterHotKey(mainWindow(), 1);
+}
+
+TEST_F(LinuxKeys, AKeyThatIsLeftDownStaysDownWhateverTheOwnerHearsWhileItIsPressed) {
+    injectKey(0x57, false, InputMotion::downAndLeft); // W: from now on the owner listens for taps
+    static std::atomic<bool> pressed;
+    for (int round = 0; round < 150; ++round) {
+        pressed = false;
+        ASSERT_TRUE(startDetachedThread([] {
+            injectKey(0x11, false, InputMotion::downAndLeft);
+            pressed = true;
+        }));
+        ASSERT_TRUE(pumpUntil([] { return pressed.load(); }));
+        const std::uint64_t later = tickCount() + 5;
+        ASSERT_TRUE(pumpUntil([later] { return tickCount() > later; }));
+        ASSERT_TRUE(isKeyDown(ownerDisplay(), keycodeOfVirtualKey(ownerDisplay(), 0x11))) << round;
+        injectKey(0x11, false, InputMotion::up);
+    }
+    injectKey(0x57, false, InputMotion::up);
 }
 
 } // namespace

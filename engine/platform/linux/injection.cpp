@@ -125,11 +125,14 @@ void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMot
     XSync(display, 0);
     // A key held by XTest would repeat, and go on repeating after we have died: unlike on Windows, where an
     // injected press is one press.
-    if (noteHeld(virtualKey, {code, motion == InputMotion::downAndLeft}))
+    if (noteHeld(virtualKey, {code, false}))
         silenceAutoRepeat(display, code);
     tellInputGuard(GuardedThing::key, motion == InputMotion::downUntilReleased, code);
     XTestFakeKeyEvent(display, code, 1, CurrentTime);
     XSync(display, 0);
+    // Only now: one that is not down yet would pass for one that the person has tapped.
+    if (motion == InputMotion::downAndLeft)
+        noteHeld(virtualKey, {code, true});
 }
 
 /// Whether a function had left it down.
@@ -172,7 +175,7 @@ void tellOwnerOfHeldKeys() {
 }
 
 /// The person has tapped a key that a function left down: for the programs it is released now, so it is let
-/// go of. A release of our own, before the press, is no tap: the key is down by now.
+/// go of. A release of our own, before the press, is no tap: the key is down by the time it counts as left.
 bool handleRawKey(XEvent& event) {
     const auto raw = rawKeyOf(event);
     if (!raw)

@@ -6,6 +6,7 @@
 #include <QResizeEvent>
 #include <QScreen>
 #include <QScrollBar>
+#include <QWindow>
 #include <algorithm>
 
 namespace {
@@ -66,6 +67,13 @@ bool PageArea::eventFilter(QObject* watched, QEvent* event) {
     if (watched == pages && event->type() == QEvent::LayoutRequest)
         updateGeometry();
     return QScrollArea::eventFilter(watched, event);
+}
+
+// Moved to a smaller screen the window could not be made to fit there.
+void PageArea::showEvent(QShowEvent* event) {
+    QScrollArea::showEvent(event);
+    connect(window()->windowHandle(), &QWindow::screenChanged, this, &PageArea::updateGeometry,
+            Qt::UniqueConnection);
 }
 
 // A window that has just grown to its least size did so for a page, and may now reach beyond the screen.

@@ -62,7 +62,7 @@ QString askFileToSave(QWidget* parent, const QString& title, const QString& star
         path = chosenFile(dialog);
         if (path.isEmpty())
             return {};
-        if (QFileInfo(path).suffix().isEmpty())
+        if (!path.endsWith('.' + suffix, Qt::CaseInsensitive)) // "koła 2.0" has none yet
             path += '.' + suffix;
         if (!QFileInfo::exists(path) || mayOverwrite(parent, title, path))
             return path;

@@ -34,9 +34,15 @@ IconPickerDialog::IconPickerDialog(const QString& folder, QWidget* parent) : QDi
 }
 
 void IconPickerDialog::select(const QString& icon) {
-    for (int row = 0; row < list->count(); ++row)
-        if (list->item(row)->data(Qt::UserRole) == icon)
+    for (int row = 0; row < list->count(); ++row) {
+        if (list->item(row)->data(Qt::UserRole) == icon) {
             list->setCurrentRow(row);
+            return;
+        }
+    }
+    auto* item = new QListWidgetItem(iconNameOf(icon), list);
+    item->setData(Qt::UserRole, icon);
+    list->setCurrentItem(item);
 }
 
 QString IconPickerDialog::chosenIcon() const {

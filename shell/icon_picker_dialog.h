@@ -11,7 +11,7 @@ class IconPickerDialog : public QDialog {
 public:
     explicit IconPickerDialog(const QString& folder, QWidget* parent = nullptr);
 
-    /// Makes it the choice; nothing where the folder has no such icon.
+    /// Makes it the choice. An icon from elsewhere gets an item of its own.
     void select(const QString& icon);
 
     /// "icons/" and the file's name, as wheel files write it; empty for no icon or no choice.

@@ -6,6 +6,7 @@
 #include <QResizeEvent>
 #include <QScreen>
 #include <QScrollBar>
+#include <QWindow>
 #include <algorithm>
 
 namespace {
@@ -68,16 +69,29 @@ bool PageArea::eventFilter(QObject* watched, QEvent* event) {
     return QScrollArea::eventFilter(watched, event);
 }
 
+// Moved to a smaller screen the window could not be made to fit there.
+void PageArea::showEvent(QShowEvent* event) {
+    QScrollArea::showEvent(event);
+    connect(window()->windowHandle(), &QWindow::screenChanged, this, &PageArea::updateGeometry,
+            Qt::UniqueConnection);
+}
+
 // A window that has just grown to its least size did so for a page, and may now reach beyond the screen.
 void PageArea::resizeEvent(QResizeEvent* event) {
     QScrollArea::resizeEvent(event);
     QWidget* top = window();
-    const bool hasGrown =
-        event->size().width() > event->oldSize().width() && top->width() == top->minimumWidth();
+    const QSize growth = event->size() - event->oldSize();
+    const bool hasGrown = (growth.width() > 0 && top->width() == top->minimumWidth()) ||
+                          (growth.height() > 0 && top->height() == top->minimumHeight());
     if (!hasGrown || !top->isVisible())
         return;
     const QRect taken = top->frameGeometry();
     const QRect room = screen()->availableGeometry();
+    QPoint place = taken.topLeft();
     if (taken.right() > room.right())
-        top->move(std::max(room.right() + 1 - taken.width(), room.left()), taken.top());
+        place.setX(std::max(room.right() + 1 - taken.width(), room.left()));
+    if (taken.bottom() > room.bottom())
+        place.setY(std::max(room.bottom() + 1 - taken.height(), room.top()));
+    if (place != taken.topLeft())
+        top->move(place);
 }

@@ -270,15 +270,15 @@ TEST_F(WheelEditorPageTest, ChoosesColoursAndGoesBackToTheDefault) {
 TEST_F(WheelEditorPageTest, SavesUnderANameThatGetsItsSuffixAndOverwritesOnlyWhenTold) {
     open();
     const QByteArray other = R"({"actions":[]})";
-    const QString target = folder.filePath("inne.json");
+    const QString target = folder.filePath("inne 2.0.json");
     for (const auto answer : {QMessageBox::No, QMessageBox::Yes}) {
         file = target;
         write(other);
         onNextDialog<QFileDialog>([&](QFileDialog& dialog) {
             EXPECT_EQ(dialog.windowTitle(), "Zapisz jako");
-            dialog.findChild<QLineEdit*>("fileNameEdit")->setText("inne");
+            dialog.findChild<QLineEdit*>("fileNameEdit")->setText("inne 2.0");
             onNextDialog<QMessageBox>([&](QMessageBox& box) {
-                EXPECT_EQ(box.text(), "Plik inne.json już istnieje. Zastąpić go?");
+                EXPECT_EQ(box.text(), "Plik inne 2.0.json już istnieje. Zastąpić go?");
                 // After a "no" another name can be given.
                 if (answer == QMessageBox::No)
                     onNextDialog<QFileDialog>([](QFileDialog& again) { again.reject(); });
@@ -290,7 +290,7 @@ TEST_F(WheelEditorPageTest, SavesUnderANameThatGetsItsSuffixAndOverwritesOnlyWhe
         EXPECT_EQ(saved().wheels.size(), answer == QMessageBox::Yes ? 2 : 1);
     }
     EXPECT_TRUE(showsFile(target));
-    EXPECT_FALSE(QFile::exists(folder.filePath("inne")));
+    EXPECT_FALSE(QFile::exists(folder.filePath("inne 2.0")));
 }
 
 TEST_F(WheelEditorPageTest, OffersTheIconsBesideTheFile) {
@@ -312,8 +312,10 @@ TEST_F(WheelEditorPageTest, OffersTheIconsBesideTheFile) {
     press("Wybierz…");
     press("Zapisz");
     EXPECT_EQ(saved().wheels[0].actions[0].icon, "icons/dzwiek.png");
+    ASSERT_TRUE(QFile::remove(folder.filePath("icons/dzwiek.png")));
     onNextDialog<IconPickerDialog>([](IconPickerDialog& dialog) { dialog.accept(); });
     press("dźwięk"); // accepted without a choice
+    press("Zapisz");
     EXPECT_EQ(saved().wheels[0].actions[0].icon, "icons/dzwiek.png");
     onNextDialog<IconPickerDialog>([](IconPickerDialog& dialog) {
         dialog.findChild<QListWidget*>()->setCurrentItem(nullptr);

@@ -1,6 +1,6 @@
 #include "platform/windows/held_things.h"
 
-#include <cstddef>
+#include <algorithm>
 
 namespace {
 
@@ -23,4 +23,8 @@ void HeldThings::apply(const GuardRecord& record) {
     if (record.down != 0) {
         held.push_back(record);
     }
+}
+
+bool HeldThings::contains(const GuardRecord& record) const {
+    return std::ranges::any_of(held, [&](const GuardRecord& other) { return replaces(record, other); });
 }

@@ -9,6 +9,7 @@
 class HeldThings {
 public:
     void apply(const GuardRecord& record);
+    bool contains(const GuardRecord& record) const;
     /// In the order of the records.
     const std::vector<GuardRecord>& all() const { return held; }
 

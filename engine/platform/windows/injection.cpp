@@ -19,6 +19,10 @@ struct Injection {
     std::mutex mutex;
     /// Whose release the system refused. The guard has them as down meanwhile.
     HeldThings unreleased;
+    HeldThings pressed;
+    /// Whose press did not arrive, while they were up. Their release, refused as well, is not tried again:
+    /// it would come when the person holds the key.
+    HeldThings unpressed;
     bool isRetrying = false;
 };
 
@@ -33,10 +37,22 @@ void noteKey(const GuardRecord& record, bool down) {
     }
 }
 
+void notePress(GuardRecord record, bool hasArrived) {
+    record.down = 1;
+    if (hasArrived) {
+        injection().pressed.apply(record);
+    }
+    record.down = injection().pressed.contains(record) ? 0 : 1;
+    injection().unpressed.apply(record);
+    noteKey(record, true);
+}
+
 /// From now on the thing is up, for all that we know.
 void noteRelease(GuardRecord record) {
     record.down = 0;
     injection().unreleased.apply(record);
+    injection().pressed.apply(record);
+    injection().unpressed.apply(record);
     tellInputGuard(record);
     noteKey(record, false);
 }
@@ -73,7 +89,7 @@ void keepForLater(GuardRecord record) {
 void inject(GuardRecord record, InputMotion motion) {
     const std::lock_guard<std::mutex> hold(injection().mutex);
     if (motion == InputMotion::up) {
-        if (sendRelease(record)) {
+        if (sendRelease(record) || injection().unpressed.contains(record)) {
             noteRelease(record);
         } else {
             keepForLater(record);
@@ -83,8 +99,7 @@ void inject(GuardRecord record, InputMotion motion) {
     injection().unreleased.apply(record); // this press has a release of its own
     record.down = motion == InputMotion::downUntilReleased ? 1 : 0;
     tellInputGuard(record);
-    sendPress(record);
-    noteKey(record, true);
+    notePress(record, sendPress(record));
 }
 
 } // namespace

@@ -92,10 +92,10 @@ bool frontIsOutOfReach() {
 
 } // namespace
 
-void sendPress(const GuardRecord& thing) {
-    if (canBeSent(thing)) {
-        send(thing, true);
-    }
+bool sendPress(const GuardRecord& thing) {
+    // Asked before: the press itself may bring such a program to the front.
+    const bool isSwallowed = frontIsOutOfReach();
+    return canBeSent(thing) && send(thing, true) && !isSwallowed;
 }
 
 bool sendRelease(const GuardRecord& thing) {

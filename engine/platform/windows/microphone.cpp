@@ -90,7 +90,10 @@ SharedOpening beginOpening(DeviceHandle& former) {
     constexpr int mostOpenings = 4;
     auto opening = std::make_shared<Opening>();
     opening->finished = KernelHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    if (!opening->finished || ++openingsUnderWay > mostOpenings) {
+    if (!opening->finished) {
+        return nullptr;
+    }
+    if (++openingsUnderWay > mostOpenings) {
         --openingsUnderWay;
         return nullptr;
     }

@@ -110,7 +110,6 @@ void followProgram(HANDLE pipe, HeldThings& held) {
 } // namespace
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
-    SetProcessDPIAware(); // as the program is: both speak of the same pixels
     HeldThings held;
     followProgram(GetStdHandle(STD_INPUT_HANDLE), held);
     letGoOfAll(held);

@@ -220,6 +220,16 @@ TEST_F(LinuxElements, ManySearchesOfATreeThatBitesItsTailLeaveNothingBehind) {
 }
 
 TEST_F(LinuxElements, NoOtherWindowIsTakenForTheOneInFront) {
+    openFront(getpid()); // a film over the whole screen
+    const Window behind = show(place, getpid());
+    XStoreName(other, behind, "Library - Player");
+    XUnmapWindow(other, behind);
+    setNumbers(DefaultRootWindow(other), "_NET_CLIENT_LIST", {static_cast<long>(behind)});
+    {
+        const Publisher program(programWith({frame, place, {}, "Library"}, {something}));
+        EXPECT_EQ(leftsOf(search()), Lefts{}) << "of the same program";
+    }
+    setNumbers(DefaultRootWindow(other), "_NET_CLIENT_LIST", {});
     openFront(1); // a game's, a terminal's: their programs publish nothing
     const Rect elsewhere{0, 0, 200, 100};
     const Publisher stopped({}, 0);

@@ -252,13 +252,18 @@ TEST_F(LinuxElements, AnOpenMenuComesFirstAndHidesWhatLiesBelow) {
     openFront(getpid());
     const Rect menu{300, 300, 400, 400};
     show(menu, getpid());
-    const Publisher program({{application, {}, {1, 2}},
-                             {frame, place, {4, 5}},
-                             {popup, menu, {3}},
-                             {menuItem, {310, 310, 390, 330}},
-                             {button, {320, 320, 380, 380}},
-                             {button, {500, 300, 550, 320}}});
-    EXPECT_EQ(leftsOf(search()), (Lefts{{310}, {500}}));
+    {
+        const Publisher program({{application, {}, {1, 2}},
+                                 {frame, place, {4, 5}},
+                                 {popup, menu, {3}},
+                                 {menuItem, {310, 310, 390, 330}},
+                                 {button, {320, 320, 380, 380}},
+                                 {button, {500, 300, 550, 320}}});
+        EXPECT_EQ(leftsOf(search()), (Lefts{{310}, {500}}));
+    }
+    // Over a window that nobody publishes.
+    const Publisher program({{application, {}, {1}}, {popup, menu, {2}}, {menuItem, {310, 310, 390, 330}}});
+    EXPECT_EQ(leftsOf(search()), (Lefts{{310}}));
 }
 
 TEST_F(LinuxElements, OfAWindowOfThousandsTheFirstAreFoundSoonAndWithoutTheRest) {

@@ -59,9 +59,10 @@ bool guardedSetGrammar(const SpeechLibrary& functions, void* recognizer, const s
     return survives([&] { functions.recognizerSetGrm(recognizer, grammar.c_str()); });
 }
 
-const char* guardedResult(const SpeechLibrary& functions, void* recognizer) {
+std::optional<const char*> guardedResult(const SpeechLibrary& functions, void* recognizer) {
     const char* answer = nullptr;
-    return survives([&] { answer = functions.result(recognizer); }) ? answer : nullptr;
+    const bool survived = survives([&] { answer = functions.result(recognizer); });
+    return survived ? std::optional(answer) : std::nullopt;
 }
 
 void guardedRecognizerFree(const SpeechLibrary& functions, void* recognizer) {

@@ -4,6 +4,7 @@
 #include "voice/phrase_table.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -37,8 +38,8 @@ std::int32_t guardedAcceptWaveform(const SpeechLibrary& functions, void* recogni
 void* guardedRecognizerNew(const SpeechLibrary& functions, void* model, const std::string& grammar);
 /// False after a fault.
 bool guardedSetGrammar(const SpeechLibrary& functions, void* recognizer, const std::string& grammar);
-/// The recogniser's answer, its own until the next call; null when it has none, or after a fault.
-const char* guardedResult(const SpeechLibrary& functions, void* recognizer);
+/// The recogniser's answer, its own until the next call, null when it has none; nothing after a fault.
+std::optional<const char*> guardedResult(const SpeechLibrary& functions, void* recognizer);
 void guardedRecognizerFree(const SpeechLibrary& functions, void* recognizer);
 
 /// The text in the recogniser's answer, {"text" : "..."}: a view into it, empty when the answer is null or of

@@ -13,6 +13,7 @@
 #include "voice/voice_dispatch.h"
 
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -148,8 +149,11 @@ void Listener::hear(std::string_view sound) {
         return;
     const std::int32_t answer = guardedAcceptWaveform(library, recognizer, sound);
     hasRecognizerFaulted |= answer == -1;
-    if (answer == 1 && !voiceStop)
-        dispatchRecognisedText(recognisedText(guardedResult(library, recognizer)));
+    if (answer != 1 || voiceStop)
+        return;
+    const std::optional<const char*> result = guardedResult(library, recognizer);
+    hasRecognizerFaulted |= !result;
+    dispatchRecognisedText(recognisedText(result.value_or(nullptr)));
 }
 
 /// Goes on where the last pass ended. After a stall all buffers are full, and the oldest is rarely the first.

@@ -220,6 +220,16 @@ TEST_F(LinuxElements, ManySearchesOfATreeThatBitesItsTailLeaveNothingBehind) {
 }
 
 TEST_F(LinuxElements, NoOtherWindowIsTakenForTheOneInFront) {
+    openFront(getpid()); // a film over the whole screen
+    const Window behind = show(place, getpid());
+    XStoreName(other, behind, "Library - Player");
+    XUnmapWindow(other, behind);
+    setNumbers(DefaultRootWindow(other), "_NET_CLIENT_LIST", {static_cast<long>(behind)});
+    {
+        const Publisher program(programWith({frame, place, {}, "Library"}, {something}));
+        EXPECT_EQ(leftsOf(search()), Lefts{}) << "of the same program";
+    }
+    setNumbers(DefaultRootWindow(other), "_NET_CLIENT_LIST", {});
     openFront(1); // a game's, a terminal's: their programs publish nothing
     const Rect elsewhere{0, 0, 200, 100};
     const Publisher stopped({}, 0);
@@ -242,13 +252,18 @@ TEST_F(LinuxElements, AnOpenMenuComesFirstAndHidesWhatLiesBelow) {
     openFront(getpid());
     const Rect menu{300, 300, 400, 400};
     show(menu, getpid());
-    const Publisher program({{application, {}, {1, 2}},
-                             {frame, place, {4, 5}},
-                             {popup, menu, {3}},
-                             {menuItem, {310, 310, 390, 330}},
-                             {button, {320, 320, 380, 380}},
-                             {button, {500, 300, 550, 320}}});
-    EXPECT_EQ(leftsOf(search()), (Lefts{{310}, {500}}));
+    {
+        const Publisher program({{application, {}, {1, 2}},
+                                 {frame, place, {4, 5}},
+                                 {popup, menu, {3}},
+                                 {menuItem, {310, 310, 390, 330}},
+                                 {button, {320, 320, 380, 380}},
+                                 {button, {500, 300, 550, 320}}});
+        EXPECT_EQ(leftsOf(search()), (Lefts{{310}, {500}}));
+    }
+    // Over a window that nobody publishes.
+    const Publisher program({{application, {}, {1}}, {popup, menu, {2}}, {menuItem, {310, 310, 390, 330}}});
+    EXPECT_EQ(leftsOf(search()), (Lefts{{310}}));
 }
 
 TEST_F(LinuxElements, OfAWindowOfThousandsTheFirstAreFoundSoonAndWithoutTheRest) {

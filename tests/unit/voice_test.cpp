@@ -67,6 +67,8 @@ std::int32_t acceptSound(void*, const char* sound, std::int32_t byteCount) {
 const char* takeResult(void*) {
     const char* answer = recogniser.answers.front();
     recogniser.answers.pop_front();
+    if (answer == nullptr)
+        throw SimulatedFault();
     return answer;
 }
 
@@ -295,6 +297,13 @@ TEST_F(Voice, ARebuildReachesTheRecogniserOnceWithTheNewestTable) {
     EXPECT_EQ(recogniser.calls, (Texts{"set", "new at 16000", "free model"}));
     EXPECT_EQ(status(), "błąd inicjalizacji");
     EXPECT_EQ(desktop.microphonesOpen, 0);
+    // One that fails to tell what it has heard is not touched again either.
+    setVoice(false);
+    setVoice(true);
+    hear(nullptr);
+    recogniser.calls.clear();
+    setVoice(false);
+    EXPECT_EQ(recogniser.calls, Texts{"free model"});
 }
 
 TEST_F(Voice, ALibraryThatHangsOutlivesTheStopAndDoesNoHarmToTheNextStart) {

@@ -4,8 +4,8 @@
 
 #include "platform/linux/front_window.h"
 
-/// How a program's coordinates become the screen's: some leave out the scale of the screen, or where their
-/// window stands.
+/// How a program's coordinates become the screen's: some leave out the scale of the screen. Where it is 1
+/// they are taken as they are.
 struct CoordinateFix {
     Point from; // a corner, as the program says
     Point to;   // the same corner on the screen

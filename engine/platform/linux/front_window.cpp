@@ -50,6 +50,12 @@ std::string titleOf(Display* display, Window window) {
     return {reinterpret_cast<const char*>(value.data.get()), value.count};
 }
 
+/// 0 if the window does not tell.
+pid_t processOf(Display* display, Window window) {
+    const std::vector<unsigned long> process = numbersOf(display, window, "_NET_WM_PID");
+    return process.empty() ? 0 : static_cast<pid_t>(process.front());
+}
+
 struct Placed {
     Rect place;
     bool isOnShow = false;
@@ -83,9 +89,7 @@ std::optional<WindowFacts> factsOf(Display* display, Window window) {
         facts.frame.top -= static_cast<std::int32_t>(extents[2]);
         facts.frame.bottom += static_cast<std::int32_t>(extents[3]);
     }
-    const std::vector<unsigned long> process = numbersOf(display, window, "_NET_WM_PID");
-    if (!process.empty())
-        facts.process = static_cast<pid_t>(process.front());
+    facts.process = processOf(display, window);
     return facts;
 }
 
@@ -93,6 +97,14 @@ Window activeWindow(Display* display) {
     const std::vector<unsigned long> active =
         numbersOf(display, DefaultRootWindow(display), "_NET_ACTIVE_WINDOW");
     return active.empty() ? noXid : static_cast<Window>(active.front());
+}
+
+std::vector<std::string> otherTitlesOf(Display* display, pid_t process, Window window) {
+    std::vector<std::string> titles;
+    for (const unsigned long other : numbersOf(display, DefaultRootWindow(display), "_NET_CLIENT_LIST"))
+        if (other != window && process != 0 && processOf(display, other) == process)
+            titles.push_back(titleOf(display, other));
+    return titles;
 }
 
 std::vector<WindowFacts> panelsOn(Display* display) {
@@ -182,6 +194,8 @@ ScreenFacts lookAtScreen(const std::vector<WindowHandle>& ownWindows) {
     facts.monitor = monitorOf(display.get(), active != noXid ? active : own);
     if (std::ranges::find(ownWindows, handleOf(active)) == ownWindows.end())
         facts.front = factsOf(display.get(), active);
+    if (facts.front)
+        facts.front->otherTitles = otherTitlesOf(display.get(), facts.front->process, active);
     facts.panels = panelsOn(display.get());
     facts.menus = menusOn(display.get(), facts, active, ownWindows);
     return facts;

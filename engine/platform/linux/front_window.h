@@ -11,10 +11,11 @@
 
 /// What the X server and the window manager know about a window of another program.
 struct WindowFacts {
-    Rect place;        // without the window manager's frame
-    Rect frame;        // with it
-    pid_t process = 0; // 0: unknown
-    std::string title; // UTF-8
+    Rect place;                                // without the window manager's frame
+    Rect frame;                                // with it
+    pid_t process = 0;                         // 0: unknown
+    std::string title;                         // UTF-8
+    std::vector<std::string> otherTitles = {}; // of the process's other windows; for the one in front only
 };
 
 struct ScreenFacts {

@@ -15,7 +15,7 @@
 //
 // Where there is no microphone the server offers the monitor of the speakers, and it moves a stream there
 // whose microphone has gone. A monitor is not listened to: the stream stays paused until its source is known,
-// and what comes between a move and the answer is thrown away.
+// and nothing is taken from it between a move and the answer.
 
 namespace {
 

@@ -16,23 +16,35 @@ struct Likeness {
     bool hasPlace = false;
     bool isActive = false;
     bool isShowing = false;
+    bool isAnother = false; // by its name
 
     int rank() const {
         return (hasTitle ? 4 : 0) + (hasPlace ? 4 : 0) + (isActive ? 2 : 0) + (isShowing ? 1 : 0);
     }
 };
 
+/// Qt's titles go on after the name.
+bool isAnother(const std::string& name, const WindowFacts& facts) {
+    return !name.empty() && !facts.title.starts_with(name) &&
+           std::ranges::any_of(facts.otherTitles,
+                               [&name](const std::string& title) { return title.starts_with(name); });
+}
+
 Likeness likenessOf(const PublishedWindow& window, const WindowFacts& facts, WindowKind kind) {
     const std::int32_t tolerancePx = kind == WindowKind::menu ? menuTolerancePx : windowTolerancePx;
     const AccessibleNode& node = window.node;
     return {!window.name.empty() && window.name == facts.title,
             node.place && isPlaceOf(*node.place, facts, tolerancePx),
-            kind == WindowKind::front && node.traits.isActive(), node.traits.isShowing()};
+            kind == WindowKind::front && node.traits.isActive(), node.traits.isShowing(),
+            isAnother(window.name, facts)};
 }
 
 bool isLikely(const Likeness& likeness, WindowKind kind, bool isProcessKnown) {
     if (kind == WindowKind::menu)
         return likeness.hasPlace && likeness.isShowing;
+    // A program's picture over the whole screen may be published by nobody, the window behind it is.
+    if (likeness.isAnother && !likeness.isActive)
+        return false;
     const int signs = (likeness.hasTitle ? 1 : 0) + (likeness.hasPlace ? 1 : 0) + (likeness.isActive ? 1 : 0);
     // Windows that fill the screen have one place, and titles may be alike.
     return isProcessKnown ? signs >= 1 : signs >= 2 && likeness.isShowing;

@@ -61,7 +61,7 @@ std::vector<PublishingProgram*> WindowSearch::programsOf(const SearchedWindow& w
 }
 
 void WindowSearch::decide(SearchedWindow& window) {
-    // The front window first: nothing that it may be is taken for another one.
+    // Nothing that the front window may be is taken for another one.
     if (frontWindow != nullptr && &window != frontWindow && !frontWindow->isDecided &&
         window.facts.process == frontWindow->facts.process)
         return;
@@ -97,6 +97,9 @@ bool WindowSearch::isAllKnown() const {
 }
 
 bool WindowSearch::isOver(const std::function<bool(const FoundElements&)>& isEnough) {
+    // The front window first: the others wait for it, and nothing may be left to be answered after it.
+    if (frontWindow != nullptr && !frontWindow->isDecided)
+        decide(*frontWindow);
     for (const auto& window : windows)
         if (!window->isDecided)
             decide(*window);

@@ -16,10 +16,9 @@ struct PointerCaptureHandlers {
 };
 
 /// Holds back every event of the real mice from all programs, injected events excepted, pins the real cursor
-/// at `pinned` (on X11, where another program may move it, it is put back, 20 times a capture at most),
-/// and delivers the mice's raw
-/// motion and left presses. Mice plugged in later are held back too. Parts that the system refuses are left
-/// out in silence. `handlers` is copied. Owner thread; not nested.
+/// at `pinned` (on X11, where another program may move it, it is put back, 20 times a capture at most), and
+/// delivers the mice's raw motion and left presses. Mice plugged in later are held back too. Parts that the
+/// system refuses are left out in silence. `handlers` is copied. Owner thread; not nested.
 void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCaptureHandlers& handlers);
 
 /// Silence of the owner thread after which the guard process gives the mouse back, in ms.

@@ -23,7 +23,7 @@ constexpr guint32 frame = 23, menuItem = 35, panel = 39, button = 43, popup = 69
                   webDocument = 95;
 constexpr guint32 active = 1U << 1;
 constexpr guint32 usualStates =
-    1U << 8 | 1U << 24 | 1U << 25 | 1U << 30; // enabled, sensitive, showing, visible
+    1U << 24 | 1U << 25 | 1U << 30; // sensitive, showing, visible; a half-checked box of GTK is not "enabled"
 
 struct Published {
     guint32 role = button;
@@ -190,7 +190,7 @@ protected:
         for (const auto& root : found.roots) {
             lefts.emplace_back();
             for (const ScreenElement& element : root)
-                if (!element.isOffscreen)
+                if (element.isEnabled && !element.isOffscreen)
                     lefts.back().push_back(element.rect.left);
         }
         return lefts;

@@ -89,8 +89,9 @@ ControlType AccessibleTraits::type() const {
     }
 }
 
+/// Enabled in the protocol's sense is also what a half-checked box of GTK is not.
 bool AccessibleTraits::isEnabled() const {
-    return hasState(states, ATSPI_STATE_ENABLED) && hasState(states, ATSPI_STATE_SENSITIVE);
+    return hasState(states, ATSPI_STATE_SENSITIVE);
 }
 
 bool AccessibleTraits::isShowing() const {

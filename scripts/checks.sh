@@ -103,6 +103,14 @@ run_fuzz() {
     done
 }
 
+# run_mutants [word...]: the mutants that have one of the words, or all of them.
+run_mutants() {
+    need_packages build test windows wine
+    need_speech
+    use_ccache
+    ROTIKA_MUTANTS_CMAKE="-DROTIKA_QT_WINDOWS=$(qt_windows_prefix)" python3 -B "$root/tools/mutants.py" "$@"
+}
+
 # run_attack seconds [seed]: the fault campaign, half of the time on either build.
 run_attack() {
     [[ $1 =~ ^[0-9]+$ ]] || die "Not a number of seconds: $1"

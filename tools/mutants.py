@@ -1,0 +1,146 @@
+#!/usr/bin/env python3
+"""Takes one behaviour at a time from a copy of the product and sees whether a test notices.
+
+mutants.py [--list] [word...]: all of mutants.txt, or those with one of the words in their
+behaviour, groups or file. Prints a line each and ends with 1 if one survived. The copy and its build trees are
+in build/mutants/ and serve the next run.
+"""
+
+import argparse
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import time
+
+root = pathlib.Path(__file__).resolve().parent.parent
+copy = root / "build/mutants"
+speech = root / "build/speech"
+# What each group runs: the preset of its build, what is built, and the tests, the quickest group first.
+groups = {
+    "unit": ("linux", ["rotika_unit_tests"], ["-L", "^unit$"]),
+    "shell": ("linux", ["all"], ["-L", "^shell$"]),
+    "contract": ("linux", ["all"], ["-L", "^contract$"]),
+    "e2e": ("linux", ["all"], ["-L", "^e2e$"]),
+    "windows": ("windows", ["all"], ["-L", "^contract$", "--repeat", "until-pass:2"]),
+}
+longest_run_s = 1200
+
+
+class Mutant:
+    def __init__(self, block):
+        lines = [line for line in block.splitlines() if not line.startswith("#")]
+        self.behaviour = lines[0]
+        names, self.file = lines[1].split(": ")
+        self.groups = sorted(names.split(), key=list(groups).index)
+        self.old = "\n".join(line[1:] for line in lines[2:] if line.startswith("-"))
+        self.new = "\n".join(line[1:] for line in lines[2:] if line.startswith("+"))
+
+    def matches(self, words):
+        text = f"{self.behaviour} {' '.join(self.groups)} {self.file}".lower()
+        return not words or any(word.lower() in text for word in words)
+
+    def apply(self):
+        path = copy / self.file
+        text = path.read_text()
+        if text.count(self.old) != 1:
+            sys.exit(f"{self.file} holds this {text.count(self.old)} times:\n{self.old}")
+        path.write_text(text.replace(self.old, self.new))
+
+
+def read_mutants():
+    text = (root / "tools/mutants.txt").read_text()
+    return [Mutant(block) for block in text.split("\n\n") if re.search("^[^#]", block, re.M)]
+
+
+def allow_warnings():
+    """An edit may leave something unused."""
+    options = copy / "cmake/RotikaOptions.cmake"
+    options.write_text(options.read_text().replace(" -Werror", " -w"))
+
+
+def restore():
+    """Makes the copy what the tree is now; what is the same keeps its time, so that little is built anew."""
+    listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=root, check=True,
+                            capture_output=True, text=True).stdout.splitlines()
+    for name in listed:
+        source, target = root / name, copy / name
+        if not source.is_file() or target.is_file() and target.read_bytes() == source.read_bytes():
+            continue
+        if name != "cmake/RotikaOptions.cmake" or not target.exists():
+            target.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(source, target)
+    for present in [p for p in copy.rglob("*") if p.suffix in (".cpp", ".h", ".py")]:
+        name = str(present.relative_to(copy))
+        if not name.startswith("build/") and name not in listed:
+            present.unlink()
+    (copy / "build").mkdir(exist_ok=True)
+    if speech.exists() and not (copy / "build/speech").exists():
+        (copy / "build/speech").symlink_to(speech)
+
+
+def run(command, log):
+    with open(log, "ab") as out:
+        try:
+            return subprocess.run(command, cwd=copy, stdout=out, stderr=out, stdin=subprocess.DEVNULL,
+                                  timeout=longest_run_s).returncode == 0
+        except subprocess.TimeoutExpired:
+            return False
+
+
+def build(preset, targets, log):
+    command = ["cmake", "--build", f"build/{preset}", "--parallel", str(os.cpu_count()), "--target", *targets]
+    return run(command, log)
+
+
+def configure(preset):
+    extra = os.environ.get("ROTIKA_MUTANTS_CMAKE", "").split() if preset == "windows" else []
+    if not run(["cmake", "--preset", preset, *extra], copy / "build/configure.log"):
+        sys.exit(f"Cannot configure {preset}: {copy}/build/configure.log")
+
+
+def noticed_by(mutant, log):
+    """The first test that fails, or nothing."""
+    for name in mutant.groups:
+        preset, targets, tests = groups[name]
+        if not build(preset, targets, log):
+            return "NOBODY: it does not compile"
+        if not run(["ctest", "--test-dir", f"build/{preset}", "--stop-on-failure", "--output-on-failure",
+                    "--no-tests=error", "--timeout", "120", *tests], log):
+            failed = re.findall(r"^\s+\d+ - (\S+) \(", log.read_text(errors="replace"), re.M)
+            return failed[-1] if failed else name
+    return None
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--list", action="store_true", help="only name them")
+    parser.add_argument("words", nargs="*")
+    arguments = parser.parse_args()
+    chosen = [mutant for mutant in read_mutants() if mutant.matches(arguments.words)]
+    if arguments.list:
+        print("\n".join(f"{' '.join(m.groups):16} {m.behaviour}" for m in chosen))
+        return 0
+    restore()
+    allow_warnings()
+    for preset in {groups[name][0] for mutant in chosen for name in mutant.groups}:
+        configure(preset)
+    survivors = 0
+    for number, mutant in enumerate(chosen, 1):
+        began = time.monotonic()
+        log = copy / f"build/mutant-{number}.log"
+        log.write_bytes(b"")
+        mutant.apply()
+        noticed = noticed_by(mutant, log)
+        restore()
+        survivors += noticed is None or noticed.startswith("NOBODY")
+        verdict = f"killed by {noticed}" if noticed else "SURVIVED"
+        print(f"{mutant.behaviour}: {verdict} ({time.monotonic() - began:.0f} s)", flush=True)
+    print(f"{len(chosen) - survivors} of {len(chosen)} killed")
+    return 1 if survivors else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # with_sound.sh command...: the command with a sound server of its own. Its only microphone hears what the
-# speakers play, a tone of 1000 Hz. PULSE_SERVER leads to it, and the file that ROTIKA_SOUND_PID names holds its process id: a server
-# that ends is started again, as a session does. Everything ends with the command, whose exit status is passed
-# on.
+# speakers play, a tone of 1000 Hz. PULSE_SERVER leads to it, and the file that ROTIKA_SOUND_PID names holds
+# its process id: a server that ends is started again, as a session does. Everything ends with the command,
+# whose exit status is passed on.
 set -euo pipefail
 
 # Listing the cases of a test program needs no sound.

@@ -3,7 +3,8 @@
 
 mutants.py [--list] [word...]: all of mutants.txt, or those with one of the words in their
 behaviour, groups or file. Prints a line each and ends with 1 if one survived. The copy and its build trees are
-in build/mutants/ and serve the next run.
+in build/mutants/ and serve the next run. A test that fails without a mutant too would count as its killer, so
+the tests must pass and the machine be quiet.
 """
 
 import argparse

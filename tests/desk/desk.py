@@ -9,9 +9,9 @@ from pathlib import Path
 
 import numpy
 
-from desk.hands import Keyboard, Mouse, place_cursor
-from desk.recorder import Recorder
-from desk.screen import Screen, end
+from desk.hands import place_cursor
+from desk.screen import Screen
+from desk.target import make_target
 from desk.waiting import DeskError, holds_within, wait_for
 from desk.x11 import save_png
 
@@ -36,10 +36,13 @@ def field_point(index, count, radius=150):
 
 
 class Desk:
-    def __init__(self, program, size=(1280, 800)):
+    """`program` is the folder of the program under test, `target` what it was built for: linux or windows."""
+
+    def __init__(self, program, target="linux", size=(1280, 800)):
         self.screen = Screen(size)
         self.display = self.screen.display
-        self.mouse, self.keyboard = Mouse(self.display), Keyboard(self.display)
+        self.target = make_target(target, self.screen)
+        self.mouse, self.keyboard = self.target.hands()
         self.original, self.folder = Path(program), self.screen.folder / "program"
         self.program = self.recorder = None
         self.variables = {}
@@ -59,15 +62,25 @@ class Desk:
         self.field_count = len(fields)
 
     def start_program(self):
-        self.program = self.screen.launch(self.folder / "rotika", variables=self.variables)
+        self.program = self.launch_program()
         wait_for("the program's window in front", lambda: self.is_in_front("Rotika"), 60)
+
+    def launch_program(self, **more):
+        """Starts it and waits for nothing."""
+        return self.screen.launch(*self.target.command(self.folder / self.target.executable),
+                                  variables=self.variables, **more)
+
+    def notes(self):
+        """What the target's opener has been given so far."""
+        file = self.screen.folder / "notes.txt"
+        return file.read_text().splitlines() if file.exists() else []
 
     def start(self, *fields, cursor=(450, 350), **settings):
         """Program running, recorder in front, cursor in place, nothing recorded yet."""
         self.prepare(*fields, **settings)
         self.start_program()
         if not self.recorder:
-            self.recorder = Recorder(self.screen)
+            self.recorder = self.target.recorder()
         self.display.activate(self.recorder.window.value)
         wait_for("the recorder in front", lambda: self.is_in_front("recorder"))
         place_cursor(self.display, *cursor)
@@ -87,7 +100,7 @@ class Desk:
         return self.display.shown_layer(*LAYER, "Rotika")
 
     def mouse_is_held(self):
-        return "Xvfb mouse" in self.display.floating()
+        return self.target.mouse_is_held()
 
     def wheel_cursor_is_at(self, x, y):
         """The arrow is white with a black edge on its left. Asked of the layer itself: under many openings in
@@ -171,8 +184,7 @@ class Desk:
 
     def end_program(self):
         if self.program and self.program.poll() is None:
-            self.program.send_signal(signal.SIGCONT)
-            end(self.program)
+            self.target.ask_to_quit(self.program)
 
     # What must not be left behind
 
@@ -216,4 +228,5 @@ class Desk:
         self.end_program()
         if self.recorder:
             self.recorder.close()
+        self.target.finish()
         self.screen.close()

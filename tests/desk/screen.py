@@ -80,7 +80,7 @@ class Screen:
         with open(self.folder / f"{Path(words[0]).name}.log", "ab") as log:
             process = subprocess.Popen([str(word) for word in words], stdin=subprocess.DEVNULL, stdout=log,
                                        stderr=log, env=self.environment | more.pop("variables", {}),
-                                       cwd=self.folder, preexec_fn=die_with_parent, **more)
+                                       cwd=more.pop("cwd", self.folder), preexec_fn=die_with_parent, **more)
         self.helpers.append(process)
         return process
 

@@ -12,10 +12,23 @@ ROOT = Path(__file__).parents[2]
 
 
 def pytest_addoption(parser):
-    parser.addoption("--program", default=os.environ.get("ROTIKA_PROGRAM", ROOT / "build/linux/rotika"),
+    parser.addoption("--target", choices=("linux", "windows"), default="linux",
+                     help="what the program was built for; Windows' runs under Wine")
+    parser.addoption("--program", default=os.environ.get("ROTIKA_PROGRAM"),
                      help="folder of the program under test")
     parser.addoption("--artefacts", default=ROOT / "build/artefacts/scenarios",
                      help="folder for what a failure leaves")
+
+
+def pytest_configure(config):
+    config.addinivalue_line("markers", "only(target): a scenario of one system alone")
+
+
+def pytest_collection_modifyitems(config, items):
+    target = config.getoption("target")
+    foreign = [item for item in items if (mark := item.get_closest_marker("only")) and mark.args[0] != target]
+    config.hook.pytest_deselected(items=foreign)
+    items[:] = [item for item in items if item not in foreign]
 
 
 @pytest.hookimpl(hookwrapper=True)
@@ -28,7 +41,8 @@ def pytest_runtest_makereport(item, call):
 @pytest.fixture
 def desk(request):
     """A desk of its own. After every scenario nothing may be left floating, down or silent."""
-    made = Desk(request.config.getoption("program"))
+    target = request.config.getoption("target")
+    made = Desk(request.config.getoption("program") or ROOT / "build" / target / "rotika", target)
     try:
         yield made
         left = []
@@ -37,7 +51,7 @@ def desk(request):
         made.end_program()
         left += made.leftovers()
         if left or request.node.has_failed:
-            made.keep(Path(request.config.getoption("artefacts")), request.node.name)
+            made.keep(Path(request.config.getoption("artefacts")) / target, request.node.name)
         assert not left, f"left behind: {left}"
     finally:
         made.close()

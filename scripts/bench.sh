@@ -16,8 +16,7 @@ say "The shell's window, on a screen of its own"
 "$root/scripts/on_screen.sh" "$build/bench/shell/shell_bench"
 
 say "The whole program, from outside"
-"$build/bench/program_probe" --target=linux --program="$build/rotika/rotika" \
-    --recorder="$(find "$build/tests/e2e" -name rotika_recorder -type f)" --artefacts="$build/bench/artefacts"
+/usr/bin/python3 -B "$root/bench/program_probe.py" --program="$build/rotika"
 
 say "The whole program, with devices"
 "$build/bench/device_probe" --target=linux --program="$build/rotika/rotika" \

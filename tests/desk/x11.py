@@ -256,14 +256,21 @@ class Display:
         drawn, seen = c_ulong(window or self.root.value), WindowAttributes()
         xlib.XGetWindowAttributes(self.handle, drawn, byref(seen))
         width, height = seen.width, seen.height
-        image = xlib.XGetImage(self.handle, drawn, 0, 0, width, height, c_ulong(ALL_PLANES), Z_PIXMAP)
+        octets = self._octets(drawn, 0, 0, width, height)
+        return octets.reshape(height, -1, 4)[:, :width, 2::-1]
+
+    def pixel(self, x, y):
+        """Red, green and blue of a spot of the screen; quick enough to look without a pause."""
+        return tuple(int(part) for part in self._octets(self.root, x, y, 1, 1)[2::-1])
+
+    def _octets(self, drawn, x, y, width, height):
+        image = xlib.XGetImage(self.handle, drawn, x, y, width, height, c_ulong(ALL_PLANES), Z_PIXMAP)
         if not image:
             raise OSError("nothing to be seen of it")
-        size = image.contents.bytes_per_line * height
-        octets = numpy.frombuffer(ctypes.string_at(image.contents.data, size), numpy.uint8)
+        octets = ctypes.string_at(image.contents.data, image.contents.bytes_per_line * height)
         xlib.XFree(c_void_p(image.contents.data))
         xlib.XFree(image)
-        return octets.reshape(height, -1, 4)[:, :width, 2::-1]
+        return numpy.frombuffer(octets, numpy.uint8)
 
 
 def save_png(picture, file):

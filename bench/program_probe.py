@@ -1,0 +1,163 @@
+"""The whole program on a private screen, measured from outside: what a person waits for."""
+
+import ctypes
+import time
+from ctypes import byref, c_int, c_ulong
+from pathlib import Path
+
+from probe import desk, motion_latencies, ms_until, report, run, wait_for
+
+from desk.desk import TOGGLE_KEY, field
+from desk.screen import end
+from desk.x11 import Event, xlib
+
+RING_SPOT = (294 + 200, 230 - 30)  # of the wheel, neither text nor edge
+LOCK = 2  # a modifier that the program takes along with the bare key, so that asking is never in its way
+xdamage = ctypes.CDLL("libXdamage.so.1")
+xdamage.XDamageCreate.restype = c_ulong
+
+
+def ring_spot(desk):
+    """Where it is on the screen, of the wheel that is open."""
+    shown = desk.wheel()
+    return shown.left + RING_SPOT[0], shown.top + RING_SPOT[1]
+
+
+def opening_ms(desk, spot):
+    """From the toggle key to the wheel's first pixel."""
+    background = desk.display.pixel(*spot)
+    start = time.monotonic()
+    desk.keyboard.press(TOGGLE_KEY)
+    value = ms_until(start, lambda: desk.display.pixel(*spot) != background)
+    desk.keyboard.release(TOGGLE_KEY)
+    return value
+
+
+def measure_opening(where, target, prepare=None):
+    """A full page of fields, as it is opened over a program."""
+    with desk(prepare) as made:
+        made.start(*[field("a")] * 24)
+        made.open_wheel()  # once, to learn where it stands
+        spot = ring_spot(made)
+        shown = made.display.pixel(*spot)
+        values = []
+        for _ in range(40):
+            made.close_wheel()
+            wait_for("the background", lambda: made.display.pixel(*spot) != shown)
+            values.append(opening_ms(made, spot))
+            made.wait_until_open()
+    report(f"toggle key to first wheel pixel, {where}", values, target)
+
+
+def end_compositor(desk):
+    end(next(helper for helper in desk.screen.helpers if helper.args[0] == "picom"))
+
+
+def measure_openings():
+    measure_opening("compositor", 12)
+    measure_opening("no compositor", 8, end_compositor)
+
+
+def measure_first_opening():
+    """Fonts, shapes and the layer's memory must be ready before it."""
+    values, spot = [], None
+    for _ in range(7):
+        with desk() as made:
+            made.start(field("a"))
+            time.sleep(0.5)  # the start's own work is done
+            if spot:
+                values.append(opening_ms(made, spot))
+            else:
+                made.open_wheel()  # to learn where it stands: on each of these screens the same
+                spot = ring_spot(made)
+    report("first opening after the start: toggle key to first wheel pixel", values, 12)
+
+
+def measure_motion():
+    with desk() as made:
+        made.start(field("a"))
+        made.open_wheel()
+        report("real mouse motion to repainted cursor", motion_latencies(made, 60), 17)
+
+
+def memory_megabytes(process):
+    status = Path(f"/proc/{process.pid}/status").read_text()
+    return int(status.partition("VmRSS:")[2].split()[0]) / 1024
+
+
+def window_is_shown(desk):
+    return any(desk.display.title(window) == "Rotika" for window in
+               desk.display.property(desk.display.root.value, "_NET_CLIENT_LIST") or ())
+
+
+def start_values(desk, has_come, pause):
+    """The first of six starts warms the disk's cache."""
+    values = []
+    for _ in range(6):
+        wait_for("the key to be free", lambda: not desk.display.key_is_taken(TOGGLE_KEY, LOCK))
+        start = time.monotonic()
+        desk.program = desk.launch_program()
+        values.append(ms_until(start, has_come, pause))
+        wait_for("the window", lambda: window_is_shown(desk))
+        time.sleep(0.5)
+        memory = memory_megabytes(desk.program)
+        desk.end_program()
+    return values[1:], memory
+
+
+def measure_start():
+    with desk() as made:
+        made.prepare(field("a"))
+        # Rarely, so as not to be in its way.
+        values, memory = start_values(made, lambda: made.display.key_is_taken(TOGGLE_KEY, LOCK), 0.005)
+        report("process start to toggle key live", values, 250)
+        report("resident memory, engine and shell up", [memory], 70, "MB")
+        values, _ = start_values(made, lambda: window_is_shown(made), 0.002)
+        report("process start to main window shown", values, 300)
+        # As the editor had it open when the program was last ended.
+        actions = [{"name": "Pole", "icon": "icons/tarcza.png", "key": "a"}] * 24
+        made.write("full.json", {"wheels": [{"name": "Koło", "actions": actions}] * 24})
+        settings = Path(made.screen.environment["HOME"], ".config/Rotika/UI.conf")
+        settings.parent.mkdir(parents=True, exist_ok=True)
+        settings.write_text(f"[General]\nlastWheelFile={made.folder}/full.json\n")
+        made.start_program()
+        time.sleep(0.5)
+        report("resident memory, 24 wheels of 24 fields in the editor", [memory_megabytes(made.program)], 90, "MB")
+
+
+def voluntary_switches(process):
+    return sum(int(line.split()[1]) for task in Path(f"/proc/{process.pid}/task").iterdir()
+               for line in (task / "status").read_text().splitlines() if line.startswith("voluntary_ctxt_switches:"))
+
+
+def repaints_within(display, window, seconds):
+    """What the server tells of the window's damage, in raw rectangles."""
+    first, error, event = c_int(), c_int(), Event()
+    xdamage.XDamageQueryExtension(display.handle, byref(first), byref(error))
+    damage = c_ulong(xdamage.XDamageCreate(display.handle, c_ulong(window), 0))
+    xlib.XSync(display.handle, 1)
+    time.sleep(seconds)
+    display.sync()
+    count = 0
+    while xlib.XPending(display.handle):
+        xlib.XNextEvent(display.handle, byref(event))
+        count += event.type == first.value
+    xdamage.XDamageDestroy(display.handle, damage)
+    return count
+
+
+def measure_rest():
+    with desk() as made:
+        made.start(field("a"))
+        time.sleep(2)
+        before = voluntary_switches(made.program)
+        time.sleep(6)
+        # The shell asks the engine for its status four times in it; the engine itself has nothing to do.
+        report("wake-ups in 6 s with the wheel closed (4 are the shell's)",
+               [voluntary_switches(made.program) - before], 8, "  ")
+        made.open_wheel()
+        report("repaints in 3 s with the wheel open and nothing moving",
+               [repaints_within(made.display, made.wheel().id, 3)], 0, "  ")
+
+
+run(measure_start, measure_openings, measure_first_opening, measure_motion, measure_rest)

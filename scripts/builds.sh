@@ -56,11 +56,9 @@ run_program() {
 
 run_demo() {
     need_packages build test
-    build_preset linux "${program_targets[@]}" real_mouse
+    build_preset linux "${program_targets[@]}"
     say "The tour, on a private screen"
-    rm -rf "$root/build/demo"
-    mkdir -p "$root/build/demo"
-    "$root/scripts/on_screen.sh" "$root/scripts/demo.sh" "$root/build/linux" "$root/build/demo"
+    /usr/bin/python3 -B "$root/tools/demo.py" "$root/build/linux/rotika" "$root/build/demo"
     note "Pictures:"
     ls -1 "$root"/build/demo/*.png
 }

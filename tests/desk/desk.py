@@ -88,7 +88,7 @@ class Desk:
         place_cursor(self.display, *cursor)
         self.mouse.move(1, 1)
         self.mouse.move(-1, -1)
-        self.recorder.wait_for_kind("motion")
+        self.recorder.wait_for_motion()
         self.recorder.mark()
 
     def is_in_front(self, title):
@@ -99,7 +99,7 @@ class Desk:
     # The wheel
 
     def wheel(self):
-        return next((shown for shown in self.display.shown_windows() if (shown.width, shown.height) == LAYER), None)
+        return self.display.shown_layer(*LAYER)
 
     def mouse_is_held(self):
         return self.target.mouse_is_held()

@@ -159,6 +159,11 @@ class Display:
                     seen.map_state == IS_VIEWABLE):
                 yield Shown(window, seen.x, seen.y, seen.width, seen.height)
 
+    def shown_layer(self, width, height, place=None):
+        """The window of that size, and at that place if told, that is shown without a frame, or None."""
+        return next((shown for shown in self.shown_windows() if (shown.width, shown.height) == (width, height) and
+                     place in (None, (shown.left, shown.top))), None)
+
     def pointer(self):
         """Place of the cursor and the mask of buttons and modifiers."""
         root, child, x, y, wx, wy, mask = c_ulong(), c_ulong(), c_int(), c_int(), c_int(), c_int(), c_uint()

@@ -29,13 +29,12 @@ class SoundServer:
         self.start()
         if tone:
             threading.Thread(target=self._keep, daemon=True).start()
-        else:
-            self._feed_silence()
 
     def start(self):
         """Once more after kill(), with the microphone."""
         self._launch()
         wait_for("the sound server", self._answers)  # its socket stands a moment before it listens
+        self._feed_silence()
 
     def _launch(self):
         self.socket.unlink(missing_ok=True)
@@ -57,8 +56,9 @@ class SoundServer:
 
     def _feed_silence(self):
         """Without it an idle microphone's first sound comes seconds late."""
-        self.silence = self.screen.launch("pacat", "--latency-msec=30", "--raw", "--rate=16000", "--channels=1",
-                                          "/dev/zero")
+        if "sine" not in self.modules:
+            self.silence = self.screen.launch("pacat", "--latency-msec=30", "--raw", "--rate=16000", "--channels=1",
+                                              "/dev/zero")
 
     def plug_in(self):
         for name, words in self.modules.items():

@@ -8,8 +8,7 @@ from pathlib import Path
 from probe import desk, motion_latencies, ms_until, report, run, wait_for
 
 from desk.desk import TOGGLE_KEY, field
-from desk.screen import end
-from desk.x11 import Event, xlib
+from desk.x11 import InputEvent, xlib
 
 RING_SPOT = (294 + 200, 230 - 30)  # of the wheel, neither text nor edge
 LOCK = 2  # a modifier that the program takes along with the bare key, so that asking is never in its way
@@ -49,13 +48,9 @@ def measure_opening(where, target, prepare=None):
     report(f"toggle key to first wheel pixel, {where}", values, target)
 
 
-def end_compositor(desk):
-    end(next(helper for helper in desk.screen.helpers if helper.args[0] == "picom"))
-
-
 def measure_openings():
     measure_opening("compositor", 12)
-    measure_opening("no compositor", 8, end_compositor)
+    measure_opening("no compositor", 8, lambda made: made.screen.set_compositor("none"))
 
 
 def measure_first_opening():
@@ -132,7 +127,7 @@ def voluntary_switches(process):
 
 def repaints_within(display, window, seconds):
     """What the server tells of the window's damage, in raw rectangles."""
-    first, error, event = c_int(), c_int(), Event()
+    first, error, event = c_int(), c_int(), InputEvent()
     xdamage.XDamageQueryExtension(display.handle, byref(first), byref(error))
     damage = c_ulong(xdamage.XDamageCreate(display.handle, c_ulong(window), 0))
     xlib.XSync(display.handle, 1)

@@ -4,6 +4,7 @@
 use_ccache() {
     have ccache || return 0
     export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    export CCACHE_SLOPPINESS=pch_defines,time_macros # or precompiled headers are never found again
 }
 
 # What makes up the program.

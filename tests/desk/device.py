@@ -11,6 +11,13 @@ LIBRARIES = {"speech": ("libvosk", "voice"), "adapter": ("libvosk_adapter", "voi
 CARDS = {"voice": "Komendy głosowe", "gaze": "Tobii Eye Tracker"}  # of the program's first page
 
 
+def wait_until_published(screen, name):
+    """Until a program has told assistive technology what it shows."""
+    published = Program(screen, name)
+    wait_for(f"the buttons of {name}", lambda: any(
+        window.look_for(lambda widget: widget.role() == "push button") for window in published.children()))
+
+
 class Device:
     """One of the two devices of the program on a desk, with a double of its library or with none."""
 

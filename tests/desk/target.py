@@ -45,7 +45,7 @@ class LinuxTarget:
     def ask_to_quit(self, process):
         """What the system says to a program at the end of a session."""
         process.send_signal(signal.SIGCONT)
-        return end(process)
+        return end(process, 15)  # a device's library may hold it up for some seconds
 
     def save_theme(self, theme):
         self._write(".config/Rotika/UI.conf", f"[General]\ntheme={theme}\n")

@@ -20,16 +20,15 @@ parser = argparse.ArgumentParser()
 parser.add_argument("--program", type=Path, default=ROOT / "build/linux/rotika", help="its folder")
 parser.add_argument("--doubles", type=Path, default=ROOT / "build/linux/tests/doubles", help="their folder")
 parser.add_argument("--speech", type=Path, default=ROOT / "build/speech", help="folder of library and model")
+parser.add_argument("--full-window", type=Path, default=ROOT / "build/linux/bench/full_window")
 options = parser.parse_args()
 
 
 @contextmanager
-def desk(prepare=None):
-    """With `prepare`, something is done to the desk before anything else."""
+def desk():
     made = Desk(options.program)
+    made.doubles, made.speech = options.doubles, options.speech
     try:
-        if prepare:
-            prepare(made)
         yield made
     finally:
         made.close()
@@ -62,7 +61,7 @@ def is_near(color, wanted, distance=8):
 
 
 def cursor_is_painted(desk, tip):
-    """Asks the screen itself, as an eye does."""
+    """A question to the screen itself, as an eye sees it."""
     shown = desk.wheel()
     spot = (shown.left + tip[0] + INSIDE_CURSOR[0], shown.top + tip[1] + INSIDE_CURSOR[1])
     return lambda: is_near(desk.display.pixel(*spot), WHITE)

@@ -59,7 +59,7 @@ run_demo() {
     need_packages build test
     build_preset linux "${program_targets[@]}"
     say "The tour, on a private screen"
-    /usr/bin/python3 -B "$root/tools/demo.py" "$root/build/linux/rotika" "$root/build/demo"
+    desk_python "$root/tools/demo.py" "$root/build/linux/rotika" "$root/build/demo"
     note "Pictures:"
     ls -1 "$root"/build/demo/*.png
 }

@@ -44,3 +44,9 @@ with_lock() {
     exec {lock}>&-
     return "$status"
 }
+
+# desk_python word...: a Python program that uses the desk, by the Python that has Debian's packages.
+desk_python() { PYTHONPATH=$root/tests /usr/bin/python3 -B "$@"; }
+
+# on_screen [option...] command...: on a private screen, see tests/desk/screen.py.
+on_screen() { desk_python -m desk.screen "$@"; }

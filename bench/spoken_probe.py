@@ -1,0 +1,100 @@
+"""The whole program on a private screen, spoken to: how much of it is acted on rightly, and how soon. The recogniser
+is the real one; the speakers are espeak-ng's."""
+
+import string
+import time
+
+from probe import desk, ms_since, report, run, wait_for
+
+from desk.desk import field
+from desk.device import Device
+from desk.sound import SoundServer
+from desk.waiting import holds_within
+
+VOICES = ("pl", "pl+m5", "pl+m8", "pl+f4", "pl+Alex")  # none of them has taught the model
+# Of functions, each of which presses a letter of its own.
+PHRASES = dict(zip(string.ascii_lowercase, (
+    "leczenie", "mapa", "tarcza", "zapisz", "przełącz okno", "mapa jeden", "mapa dwa", "mapa trzy", "tarcza pięć",
+    "tarcza sześć", "tarcza dziewięć", "tarcza dziesięć", "okno czternaście", "okno dziewiętnaście",
+    "zapisz dwadzieścia jeden", "zapisz trzydzieści dwa", "zapisz pięćdziesiąt sześć", "leczenie sześćdziesiąt pięć",
+    "leczenie dziewięćdziesiąt osiem", "następne okno")))
+FOREIGN_WORDS = (
+    "dzień dobry", "dziękuję bardzo", "gdzie jest dworzec", "kolorowy zeszyt", "poproszę kawę", "która godzina",
+    "samochód", "zielone drzewo", "wieczorem pada", "stary rower", "kolega śpi", "jutro pojadę", "pokój", "kilka",
+    "trzeba", "siatkówka", "element", "klinika", "okolica", "praca domowa")
+SHOWN_TIMES = 20
+ACT_LIMIT_S = 0.5  # an act follows the recogniser's answer within 0.1 s
+# What the recogniser itself takes, fed with the same sound from a file: from 720 ms to this, by where the end of the
+# speech falls in the blocks of frames that it works in.
+ANSWER_TARGET_MS = 910
+WHEEL_TARGET_MS = 20
+
+
+class Probe:
+    def __init__(self, desk):
+        target = desk.target
+        library = desk.speech / "runtime" / target.runtime_folder / target.library_file("libvosk")
+        self.desk, self.sound = desk, SoundServer(desk.screen)
+        self.recogniser = Device(desk, "adapter", "adapter", f"library {library}", voiceModel=str(desk.speech / "model"))
+        desk.prepare()
+        desk.write("voice.json", {"actions": [field(key, voice=phrase) for key, phrase in PHRASES.items()]})
+        desk.start(field("z"), **self.recogniser.settings)
+        self.recogniser.wait_for_call("listening")
+
+    def speak(self, text, voice):
+        self.sound.say(text, voice)
+        self.recogniser.wait_for_call("heard", self.recogniser.count("heard") + 1)
+
+    def note(self, text, voice):
+        print(f"  {text}, {voice}: {self.recogniser.log()[-1]}")
+
+    def count_phrases(self):
+        failures = 0
+        for voice in VOICES:
+            for key, phrase in PHRASES.items():
+                self.speak(phrase, voice)
+                wanted = [f"key-down {key}", f"key-up {key}"]
+                if not holds_within(ACT_LIMIT_S, lambda: self.desk.recorder.presses() == wanted):
+                    self.note(phrase, voice)
+                    failures += 1
+                self.desk.recorder.mark()
+        report("phrases of 100 that were not acted on rightly", [failures], 3, "  ")
+
+    def count_foreign_words(self):
+        acted = 0
+        for voice in (VOICES[0], VOICES[3]):
+            for text in FOREIGN_WORDS:
+                self.speak(text, voice)
+                if holds_within(ACT_LIMIT_S, lambda: self.desk.recorder.presses() or self.desk.wheel()):
+                    self.note(text, voice)
+                    acted += 1
+                self.desk.recorder.mark()
+        report("foreign utterances of 40 that were acted on", [acted], 0, "  ")
+
+    def measure_wheel(self):
+        answers, wheels, wholes = [], [], []
+        for _ in range(SHOWN_TIMES):
+            ended = self.sound.say("pokaż koło")
+            before = self.recogniser.count("heard")  # it answers to a long silence too
+            wait_for("the recogniser", lambda: self.recogniser.count("heard") > before)
+            answered = time.monotonic()
+            wait_for("the wheel", self.desk.wheel)
+            wheels.append(ms_since(answered))
+            wholes.append(ms_since(ended))
+            answers.append(wholes[-1] - wheels[-1])
+            self.desk.wait_until_open()
+            self.desk.close_wheel()
+        report("end of \"pokaż koło\" to the recogniser's answer", answers, ANSWER_TARGET_MS)
+        report("the recogniser's answer to the wheel", wheels, WHEEL_TARGET_MS)
+        report("end of \"pokaż koło\" to the wheel", wholes, ANSWER_TARGET_MS + WHEEL_TARGET_MS)
+
+
+def measure():
+    with desk() as made:
+        probe = Probe(made)
+        probe.measure_wheel()
+        probe.count_phrases()
+        probe.count_foreign_words()
+
+
+run(measure)

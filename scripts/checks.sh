@@ -34,39 +34,135 @@ conclude() {
     [ "$failed_steps" = 0 ] || die "$failed_steps of ${#outcomes[@]} steps failed."
 }
 
-# Tests that play real input on a virtual screen. Under Wine they get another try: it loses or doubles input on a busy
-# machine. On Linux they must pass at once, but for CI, where one late window must not turn a landing away.
-on_screen_labels='contract|e2e'
-
-run_ctest() {
-    local preset=$1
-    shift
-    ctest --test-dir "$root/build/$preset" --output-on-failure --no-tests=error --parallel "$jobs" "$@"
+# run_tests [name] [-k case]: all, one group, or what has a case of that name; of a group only that case.
+run_tests() {
+    local name=${1:-linux} only=${3:-} group
+    [ "${2:--k}" = -k ] || die "Not a test's name: $2"
+    case $name in
+        linux) test_linux ;;
+        windows) test_windows "$only" ;;
+        style) step "Style" check_style ;;
+        unit | shell | contract | scenarios) test_natively "$only" "$name" ;;
+        asan | tsan | fuzz) "test_$name" "$only" ;;
+        *)
+            only=${3:-$name}
+            for group in unit shell contract scenarios; do
+                if grep -rqE --include='*.cpp' --include='*.py' -- "${only/./.+}" "$root/tests/$group"; then
+                    test_natively "$only" "$group"
+                fi
+            done
+            [ "${#outcomes[@]}" -gt 0 ] || die "No test has the name $only."
+            ;;
+    esac
+    conclude "Tests"
 }
 
-# A build that fails costs its own tests, not those of the others.
 test_linux() {
     need_packages build test
-    step "Speech library and voice model" need_speech
-    step "Build for Linux" build_preset linux
-    if step_held; then
-        step "Tests: style, unit, shell" run_ctest linux --label-exclude "$on_screen_labels"
-        step "Tests on a screen: contract, end to end" run_ctest linux --label-regex '^(contract|e2e)$' \
-            ${CI:+--repeat until-pass:2}
+    prepare_speech
+    step "Style" check_style
+    test_natively "" all unit shell contract scenarios
+    test_asan
+    test_fuzz
+    test_tsan
+}
+
+# The voice model takes one processor for minutes: it is made beside the builds. Whoever needs it waits for it.
+prepare_speech() {
+    mkdir -p "$root/build"
+    need_speech >"$root/build/speech.log" 2>&1 &
+}
+
+check_style() {
+    need_packages test
+    "$root/scripts/check_includes.sh"
+    "$root/scripts/check_format.sh"
+}
+
+# test_natively case group...: the groups of the Linux build, or one case; with "all" what has no tests is built too.
+# A build that fails costs its own tests, not those of the others.
+test_natively() {
+    local only=$1 group targets=()
+    shift
+    need_packages build test
+    if [ "$1" = all ]; then
+        shift
+    else
+        targets=("${@/#/tests_}")
     fi
-    step "Build with address and undefined-behaviour sanitizers" build_preset asan
-    if step_held; then
-        step "Tests under these" test_with_asan
+    step "Build for Linux" build_preset linux "${targets[@]}"
+    step_held || return 0
+    for group in "$@"; do
+        if [ "$group" = scenarios ]; then
+            step "Speech library and voice model" need_speech
+            step "Scenarios" run_scenarios linux "$only"
+        else
+            step "Tests: $group" run_group linux "$group" "$only"
+        fi
+    done
+}
+
+# run_group preset groups case: by ctest; one case by the programs that have it.
+run_group() {
+    local preset=$1 group=$2 filter="--gtest_filter=*${3:-}*" program found=
+    if [ -z "${3:-}" ]; then
+        run_ctest "$preset" "$group"
+        return
     fi
-    step "Build with thread sanitizer" build_preset tsan rotika_unit_tests
+    while read -r program; do
+        if "$program" --gtest_list_tests "$filter" 2>/dev/null | grep -q '^  '; then
+            found=yes
+            on_screen --sound "$program" "$filter"
+        fi
+    done < <(find "$root/build/$preset/tests" -regextype posix-extended -type f -perm -u+x \
+        -regex ".*/tests/($group)/(.*/)?rotika_[a-z_]+_tests[a-z_]*")
+    [ "$found" ] || die "No test of $group has the name $3."
+}
+
+run_ctest() {
+    local preset=$1 group=$2
+    shift 2
+    ctest --test-dir "$root/build/$preset" --output-on-failure --no-tests=error --parallel "$jobs" \
+        --label-regex "^($group)\$" "$@"
+}
+
+# run_scenarios target case: each with a screen of its own; most of the time they wait.
+run_scenarios() {
+    desk_python -m pytest -q -n $((jobs + 1)) "$root/tests/scenarios" --target="$1" ${2:+-k "$2"}
+}
+
+test_asan() {
+    need_packages build test
+    step "Build with address and undefined-behaviour sanitizers" build_preset asan tests_unit tests_shell tests_contract
     if step_held; then
-        step "Unit tests under it" test_with_tsan
+        step "Tests under these" run_with_asan "${1:-}"
     fi
-    step "Build the fuzz targets" build_preset fuzz fuzz_targets
+}
+
+run_with_asan() {
+    asan_environment
+    run_group asan 'unit|shell|contract' "$1"
+}
+
+test_tsan() {
+    need_packages build test
+    step "Build with thread sanitizer" build_preset tsan tests_unit
     if step_held; then
-        step "A short fuzz run" run_fuzz 20
+        step "Unit tests under it" run_with_tsan "${1:-}"
     fi
-    conclude "Linux"
+}
+
+run_with_tsan() {
+    export TSAN_OPTIONS="suppressions='$root/scripts/races.supp':second_deadlock_stack=1"
+    run_group tsan unit "$1"
+}
+
+test_fuzz() {
+    need_packages build test
+    step "Build the fuzz targets" build_preset asan fuzz_targets
+    if step_held; then
+        step "A short fuzz run" run_fuzz 10
+    fi
 }
 
 # The sanitizer must leave faults to the guard around foreign libraries, which the tests provoke. Paths stand
@@ -77,19 +173,9 @@ asan_environment() {
     export LSAN_OPTIONS="suppressions='$root/scripts/leaks.supp':print_suppressions=0"
 }
 
-test_with_asan() {
-    asan_environment
-    run_ctest asan ${CI:+--repeat until-pass:2}
-}
-
-test_with_tsan() {
-    export TSAN_OPTIONS="suppressions='$root/scripts/races.supp':second_deadlock_stack=1"
-    run_ctest tsan --label-regex unit
-}
-
 # run_fuzz seconds: each target for so long, from the seeds that are kept with it and what earlier runs found.
 run_fuzz() {
-    local seconds=$1 target name work=$root/build/fuzz
+    local seconds=$1 target name work=$root/build/asan
     for target in "$work"/tests/fuzz/fuzz_*; do
         [ -x "$target" ] && [ -f "$target" ] || continue
         name=${target##*/}
@@ -116,36 +202,42 @@ run_attack() {
     [[ $1 =~ ^[0-9]+$ ]] || die "Not a number of seconds: $1"
     need_packages build test
     build_preset linux "${program_targets[@]}"
-    build_preset asan-program "${program_targets[@]}"
+    build_preset asan "${program_targets[@]}"
     step "Attack on the program" attack linux "$1" "${2:-}"
     asan_environment
     export ASAN_OPTIONS=$ASAN_OPTIONS:detect_leaks=0 # what libraries keep to the end is no harm here
-    step "Attack on the program with address and undefined-behaviour sanitizers" attack asan-program "$1" "${2:-}"
+    step "Attack on the program with address and undefined-behaviour sanitizers" attack asan "$1" "${2:-}"
     conclude "Attack"
 }
 
 attack() {
-    PYTHONPATH=$root/tests /usr/bin/python3 -B -m desk.attack "$root/build/$1/rotika" --seconds $(($2 / 2)) \
+    desk_python -m desk.attack "$root/build/$1/rotika" --seconds $(($2 / 2)) \
         ${3:+--seed "$3"} --artefacts "$root/build/artefacts/attack"
 }
 
 test_windows() {
     need_packages build test windows wine
     need_qt_windows
-    step "Speech library and voice model" need_speech
+    prepare_speech
     step "Wine prefix" "$root/scripts/wine.sh" --prepare
-    step "Build for Windows" build_preset windows -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
-    if step_held; then
-        step "Tests under Wine: unit, shell" run_ctest windows --verbose --label-exclude "$on_screen_labels"
-        step "Tests under Wine on a screen: contract" run_ctest windows --verbose --label-regex contract \
-            --repeat until-pass:2
-        step "Build the end-to-end driver" build_preset linux
+    step "Build for Windows" build_preset windows rotika-engine tests_unit tests_shell tests_contract tests_scenarios \
+        -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
+    step_held || return 0
+    if [ -z "$1" ]; then
+        step "Tests under Wine: unit, shell" run_under_wine 'unit|shell'
+        step "Tests under Wine: contract" run_under_wine contract
     fi
-    if step_held; then
-        step "The Windows program end to end, under Wine" run_ctest linux --label-regex e2e_windows \
-            --repeat until-pass:3
-    fi
-    conclude "Windows"
+    step "Speech library and voice model" need_speech
+    step "Scenarios under Wine" run_scenarios windows "$1"
+}
+
+# Wine loses or doubles input on a busy machine: what fails gets another try, which is told.
+run_under_wine() {
+    local failed
+    ! run_ctest windows "$1" || return 0
+    failed=$(cut -d: -f2 "$root/build/windows/Testing/Temporary/LastTestsFailed.log")
+    note "Another try for $(wc -w <<<"$failed"): "$failed
+    run_ctest windows "$1" --rerun-failed
 }
 
 format_sources() {

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Takes one behaviour at a time from a copy of the product and sees whether a test notices.
 
-mutants.py [--list] [word...]: all of mutants.txt, or those with one of the words in their
-behaviour, groups or file. Prints a line each and ends with 1 if one survived. The copy and its build trees are
-in build/mutants/ and serve the next run. A test that fails without a mutant too would count as its killer, so
-the tests must pass and the machine be quiet.
+mutants.py [--list] [--file list] [word...]: all of mutants.txt or of another list, or those with one of the words
+in their behaviour, groups or file. Prints a line each and ends with 1 if one survived. A test counts only if it
+fails twice. One that fails without a mutant too would count as well, so the tests must pass and the machine be
+quiet. The copy and its build trees are in build/mutants/ and serve the next run.
 """
 
 import argparse
@@ -19,14 +19,29 @@ import time
 root = pathlib.Path(__file__).resolve().parent.parent
 copy = root / "build/mutants"
 speech = root / "build/speech"
-# What each group runs: the preset of its build, what is built, and the tests, the quickest group first.
-groups = {
-    "unit": ("linux", ["rotika_unit_tests"], ["-L", "^unit$"]),
-    "shell": ("linux", ["all"], ["-L", "^shell$"]),
-    "contract": ("linux", ["all"], ["-L", "^contract$"]),
-    "e2e": ("linux", ["all"], ["-L", "^e2e$"]),
-    "windows": ("windows", ["all"], ["-L", "^contract$", "--repeat", "until-pass:2"]),
+
+
+def ctest(label, preset="linux"):
+    """A command, and what makes another one of it that tries only what has failed."""
+    command = ["ctest", "--test-dir", f"build/{preset}", "--stop-on-failure", "--output-on-failure",
+               "--no-tests=error", "--timeout", "600", "-L", f"^{label}$"]
+    return command, lambda failed: [*command, "--rerun-failed"]
+
+
+def scenarios(target="linux"):
+    command = ["/usr/bin/python3", "-B", "-m", "pytest", "-x", "-q", f"--target={target}"]
+    return ([*command, "-n", "3", "tests/scenarios"],
+            lambda failed: [*command, *(f"tests/scenarios/{name}" for name in failed)])
+
+
+# Of each group the preset of its build, what is built of it, and its tests; the quickest group first.
+groups = {name: ("linux", [f"tests_{name}"], [ctest(name)]) for name in ("unit", "shell", "contract")} | {
+    "scenarios": ("linux", ["tests_scenarios"], [scenarios()]),
+    "windows": ("windows", ["tests_contract", "tests_scenarios"], [ctest("contract", "windows"), scenarios("windows")]),
 }
+# Of a test of GoogleTest, of one of ctest, of a scenario.
+failure = re.compile(r"^\[  FAILED  \] (\w+\.[\w/]+)|^\s+\d+ - (\S+) \(|"
+                     r"^(?:FAILED|ERROR) (\S+?\.py::.+?)(?: - .*)?$", re.M)
 longest_run_s = 1200
 
 
@@ -51,8 +66,8 @@ class Mutant:
         path.write_text(text.replace(self.old, self.new))
 
 
-def read_mutants():
-    text = (root / "tools/mutants.txt").read_text()
+def read_mutants(list_file):
+    text = list_file.read_text()
     return [Mutant(block) for block in text.split("\n\n") if re.search("^[^#]", block, re.M)]
 
 
@@ -83,12 +98,22 @@ def restore():
 
 
 def run(command, log):
+    """Whether it succeeds; what it says is added to the log."""
     with open(log, "ab") as out:
         try:
             return subprocess.run(command, cwd=copy, stdout=out, stderr=out, stdin=subprocess.DEVNULL,
                                   timeout=longest_run_s).returncode == 0
         except subprocess.TimeoutExpired:
             return False
+
+
+def failures(command, log):
+    """The names of the tests that fail."""
+    before = log.stat().st_size
+    if run(command, log):
+        return []
+    said = log.read_bytes()[before:].decode(errors="replace")
+    return ["".join(names) for names in failure.findall(said)] or ["a run without an end"]
 
 
 def build(preset, targets, log):
@@ -103,24 +128,25 @@ def configure(preset):
 
 
 def noticed_by(mutant, log):
-    """The first test that fails, or nothing."""
+    """The first test that fails twice, or nothing."""
     for name in mutant.groups:
         preset, targets, tests = groups[name]
         if not build(preset, targets, log):
             return "NOBODY: it does not compile"
-        if not run(["ctest", "--test-dir", f"build/{preset}", "--stop-on-failure", "--output-on-failure",
-                    "--no-tests=error", "--timeout", "120", *tests], log):
-            failed = re.findall(r"^\s+\d+ - (\S+) \(", log.read_text(errors="replace"), re.M)
-            return failed[-1] if failed else name
+        for command, again in tests:
+            failed = failures(command, log)
+            if failed and failures(again(failed), log):
+                return failed[0]
     return None
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--list", action="store_true", help="only name them")
+    parser.add_argument("--file", type=pathlib.Path, default=root / "tools/mutants.txt", help="another list")
     parser.add_argument("words", nargs="*")
     arguments = parser.parse_args()
-    chosen = [mutant for mutant in read_mutants() if mutant.matches(arguments.words)]
+    chosen = [mutant for mutant in read_mutants(arguments.file) if mutant.matches(arguments.words)]
     if arguments.list:
         print("\n".join(f"{' '.join(m.groups):16} {m.behaviour}" for m in chosen))
         return 0

@@ -21,7 +21,7 @@
 
 /// A fault of the hardware's kind, as a library with a defect brings about. A sanitizer would end the process
 /// in its own way.
-[[gnu::no_sanitize("undefined")]] inline void faultOnPurpose() {
+__attribute__((no_sanitize("undefined"))) inline void faultOnPurpose() {
     static volatile std::uintptr_t nowhere = 0; // out of the compiler's sight
     *reinterpret_cast<volatile int*>(nowhere) = 1;
 }

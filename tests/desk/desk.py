@@ -97,7 +97,7 @@ class Desk:
     # The wheel
 
     def wheel(self):
-        return self.display.shown_layer(*LAYER, "Rotika")
+        return self.display.shown_layer(*LAYER, self.target.layer_title)
 
     def mouse_is_held(self):
         return self.target.mouse_is_held()

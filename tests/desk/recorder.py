@@ -25,12 +25,54 @@ class Record:
         return f"{self.kind} {self.name}"
 
 
-class Recorder:
+class Recording:
+    """What such a window has received, whoever notes it."""
+
+    marked = 0
+
+    def all(self):
+        """Every record up to now."""
+        raise NotImplementedError
+
+    def settle(self):
+        """Until what is on its way has arrived."""
+
+    def mark(self):
+        """What was received up to now counts no more."""
+        self.settle()
+        self.marked = len(self.all())
+
+    def since_mark(self, *kinds):
+        """All records since the mark, or those of the kinds told."""
+        return [record for record in self.all()[self.marked:] if not kinds or record.kind in kinds]
+
+    def presses(self):
+        """Presses and releases as texts, without motion, repeats and releases of what was never pressed here."""
+        seen, down = [], set()
+        for record in self.since_mark():
+            thing = (record.kind.partition("-")[0], record.name)
+            if record.kind.endswith("-down"):
+                down.add(thing)
+            elif record.kind.endswith("-up") and thing not in down:
+                continue
+            if record.kind not in ("motion", "key-repeat"):
+                seen.append(str(record))
+        return seen
+
+    def wait_for(self, text, count=1, seconds=GENEROUS_S):
+        """Until a press or release, for example "key-up w", has come so often since the mark."""
+        wait_for(f"{count} x {text} among {self.presses()}", lambda: self.presses().count(text) >= count, seconds)
+
+    def wait_for_motion(self):
+        wait_for("motion in the recorder", lambda: self.since_mark("motion"))
+
+
+class Recorder(Recording):
     """Events wait in the connection until somebody asks; their times are the server's."""
 
     def __init__(self, screen):
         self.display = Display(screen.environment["DISPLAY"])
-        self.records, self.marked = [], 0
+        self.records = []
         self.down = set()  # keycodes, and names of buttons, as the window must believe
         handle = self.display.handle
         xlib.XkbSetDetectableAutoRepeat(handle, 1, None)
@@ -52,6 +94,9 @@ class Recorder:
 
     def close(self):
         self.display.close()
+
+    def settle(self):
+        self.display.sync()
 
     def all(self):
         event = Event()
@@ -78,32 +123,3 @@ class Recorder:
             kind = "key-up" if event.type == KEY_RELEASE else "key-repeat" if code in self.down else "key-down"
             (self.down.discard if event.type == KEY_RELEASE else self.down.add)(code)
         self.records.append(Record(kind, name, code, seen.state, seen.time, (seen.x_root, seen.y_root)))
-
-    def mark(self):
-        """What was received up to now counts no more."""
-        self.display.sync()
-        self.marked = len(self.all())
-
-    def since_mark(self, *kinds):
-        """All records since the mark, or those of the kinds told."""
-        return [record for record in self.all()[self.marked:] if not kinds or record.kind in kinds]
-
-    def presses(self):
-        """Presses and releases as texts, without motion, repeats and releases of what was never pressed here."""
-        seen, down = [], set()
-        for record in self.since_mark():
-            thing = (record.kind.partition("-")[0], record.name)
-            if record.kind.endswith("-down"):
-                down.add(thing)
-            elif record.kind.endswith("-up") and thing not in down:
-                continue
-            if record.kind not in ("motion", "key-repeat"):
-                seen.append(str(record))
-        return seen
-
-    def wait_for(self, text, count=1, seconds=GENEROUS_S):
-        """Until a press or release, for example "key-up w", has come so often since the mark."""
-        wait_for(f"{count} x {text} among {self.presses()}", lambda: self.presses().count(text) >= count, seconds)
-
-    def wait_for_motion(self):
-        wait_for("motion in the recorder", lambda: self.since_mark("motion"))

@@ -171,13 +171,14 @@ class Display:
             xlib.XFree(children)
         return parent.value, found
 
-    def shown_layer(self, width, height, title):
-        """The window of that size and title that is shown past the window manager, or None."""
+    def shown_layer(self, width, height, title, place=None):
+        """The window of that size, title and place that is shown past the window manager, or None."""
         for window in reversed(self.tree(self.root.value)[1]):
             seen = WindowAttributes()
             if (xlib.XGetWindowAttributes(self.handle, c_ulong(window), byref(seen)) and
                     seen.map_state == IS_VIEWABLE and seen.override_redirect and
-                    (seen.width, seen.height) == (width, height) and self.title(window) == title):
+                    (seen.width, seen.height) == (width, height) and self.title(window) == title and
+                    place in (None, (seen.x, seen.y))):
                 return Shown(window, seen.x, seen.y, width, height)
         return None
 

@@ -1,41 +1,39 @@
 """The window in front that a person works in while the wheel lies over it: it keeps every event it gets."""
 
-import ctypes
-from ctypes import byref, c_char, c_int, c_long, c_ulong
-from dataclasses import dataclass
+from collections import namedtuple
+from ctypes import byref, c_char, c_long, c_ulong
 
-from desk.waiting import GENEROUS_S, wait_for
-from desk.x11 import (BUTTON_PRESS, BUTTON_RELEASE, KEY_PRESS, KEY_RELEASE, MAPPING_NOTIFY, MOTION,
-                      XA_WM_NORMAL_HINTS, XA_WM_SIZE_HINTS, Display, Event, xlib)
+from desk.waiting import GENEROUS_S, holds_within, wait_for
+from desk.x11 import (BUTTON_PRESS, BUTTON_RELEASE, KEY_PRESS, KEY_RELEASE, MAPPING_NOTIFY, MOTION, XA_WM_SIZE_HINTS,
+                      Display, InputEvent, xlib)
 
-KEY_BUTTON_AND_MOTION = 0x0F | 0x40  # the core protocol's masks: presses, releases, pointer motion
+KEYS_BUTTONS_MOTION_AND_FOCUS = 0x0F | 0x40 | 0x200000  # the core protocol's masks
+KINDS = {KEY_PRESS: "key-down", KEY_RELEASE: "key-up", BUTTON_PRESS: "button-down", BUTTON_RELEASE: "button-up",
+         MOTION: "motion", 9: "focus-in", 10: "focus-out"}
 BUTTONS = {1: "left", 2: "middle", 3: "right", 8: "side1", 9: "side2"}
+CELL = 16
 
 
-@dataclass(frozen=True)
-class Record:
-    kind: str  # key-down, key-repeat, key-up, button-down, button-up, motion
-    name: str  # of keysym or button
-    code: int  # keycode or button
-    state: int  # modifiers and buttons before it
-    time: int  # the server's milliseconds
-    place: tuple
+def pattern(width, height):
+    """The recorders' background, height x width x 3: cells of one plain colour, each unlike its neighbours, so that
+    a picture laid over it can be told apart from it at every point."""
+    import numpy
+    row, column = (index // CELL for index in numpy.indices((height, width)))
+    return numpy.stack((40 + column * 37 % 160, 40 + row * 53 % 160, 40 + (column + row) * 29 % 160), 2).astype("uint8")
+
+
+class Record(namedtuple("Record", "kind name code state time place")):
+    """`kind` is one of KINDS or key-repeat, `name` that of keysym or button, `code` keycode or button, `state` the
+    modifiers and buttons before it, `time` milliseconds."""
 
     def __str__(self):
         return f"{self.kind} {self.name}"
 
 
 class Recording:
-    """What such a window has received, whoever notes it."""
+    """What a recorder has got; `all()` gives it, and after `settle()` all is there that has happened."""
 
     marked = 0
-
-    def all(self):
-        """Every record up to now."""
-        raise NotImplementedError
-
-    def settle(self):
-        """Until what is on its way has arrived."""
 
     def mark(self):
         """What was received up to now counts no more."""
@@ -47,15 +45,13 @@ class Recording:
         return [record for record in self.all()[self.marked:] if not kinds or record.kind in kinds]
 
     def presses(self):
-        """Presses and releases as texts, without motion, repeats and releases of what was never pressed here."""
+        """Presses and releases as texts, without repeats and releases of what was never pressed here."""
         seen, down = [], set()
-        for record in self.since_mark():
-            thing = (record.kind.partition("-")[0], record.name)
-            if record.kind.endswith("-down"):
-                down.add(thing)
-            elif record.kind.endswith("-up") and thing not in down:
-                continue
-            if record.kind not in ("motion", "key-repeat"):
+        for record in self.since_mark("key-down", "key-up", "button-down", "button-up"):
+            device, _, way = record.kind.partition("-")
+            if way == "down":
+                down.add((device, record.name))
+            if (device, record.name) in down:
                 seen.append(str(record))
         return seen
 
@@ -63,8 +59,21 @@ class Recording:
         """Until a press or release, for example "key-up w", has come so often since the mark."""
         wait_for(f"{count} x {text} among {self.presses()}", lambda: self.presses().count(text) >= count, seconds)
 
+    def wait_for_kind(self, kind):
+        wait_for(f"{kind} in the recorder", lambda: self.since_mark(kind))
+
     def wait_for_motion(self):
-        wait_for("motion in the recorder", lambda: self.since_mark("motion"))
+        self.wait_for_kind("motion")
+
+    def expect(self, *texts):
+        """These presses and releases come and no others have since the mark. A mere name is its press and release."""
+        wanted = []
+        for text in texts:
+            device = "button" if text in BUTTONS.values() else "key"
+            wanted += [text] if " " in text else [f"{device}-{way} {text}" for way in ("down", "up")]
+        holds_within(GENEROUS_S, lambda: len(self.presses()) >= len(wanted))
+        self.settle()
+        assert self.presses() == wanted
 
 
 class Recorder(Recording):
@@ -74,23 +83,19 @@ class Recorder(Recording):
         self.display = Display(screen.environment["DISPLAY"])
         self.records = []
         self.down = set()  # keycodes, and names of buttons, as the window must believe
-        handle = self.display.handle
+        handle, (width, height) = self.display.handle, screen.size
         xlib.XkbSetDetectableAutoRepeat(handle, 1, None)
-        width, height = screen.size
         self.window = c_ulong(xlib.XCreateSimpleWindow(handle, self.display.root, 0, 0, width, height, 0,
-                                                       c_ulong(0), c_ulong(0x203040)))
-        utf8 = self.display.atom("UTF8_STRING")
-        self._set("_NET_WM_NAME", utf8, 8, (c_char * 8)(*b"recorder"))
-        hints = self.display.atom("_MOTIF_WM_HINTS")
-        self._set("_MOTIF_WM_HINTS", hints, 32, (c_long * 5)(2))  # without a frame
-        self._set("WM_NORMAL_HINTS", c_ulong(XA_WM_SIZE_HINTS), 32, (c_long * 18)(3, 0, 0, width, height))
-        xlib.XSelectInput(handle, self.window, c_long(KEY_BUTTON_AND_MOTION))
+                                                       c_ulong(0), c_ulong(0)))
+        self.display.set_background(self.window.value, pattern(width, height))
+        for name, kind, values in (
+                ("_NET_WM_NAME", "UTF8_STRING", (c_char * 8)(*b"recorder")),
+                ("_MOTIF_WM_HINTS", "_MOTIF_WM_HINTS", (c_long * 5)(2)),  # without a frame
+                ("WM_NORMAL_HINTS", XA_WM_SIZE_HINTS, (c_long * 18)(3, 0, 0, width, height))):
+            self.display.set_property(self.window.value, name, kind, values)
+        xlib.XSelectInput(handle, self.window, c_long(KEYS_BUTTONS_MOTION_AND_FOCUS))
         xlib.XMapRaised(handle, self.window)
-        self.display.sync()
-
-    def _set(self, name, kind, form, values):
-        xlib.XChangeProperty(self.display.handle, self.window, self.display.atom(name), kind, form, 0,
-                             ctypes.cast(values, ctypes.c_char_p), len(values))
+        self.settle()
 
     def close(self):
         self.display.close()
@@ -99,27 +104,26 @@ class Recorder(Recording):
         self.display.sync()
 
     def all(self):
-        event = Event()
+        event = InputEvent()
         while xlib.XPending(self.display.handle):
             xlib.XNextEvent(self.display.handle, byref(event))
-            self._take(event)
+            if event.type == MAPPING_NOTIFY:
+                xlib.XRefreshKeyboardMapping(byref(event))
+            elif event.type in KINDS:
+                self._take(event, KINDS[event.type])
         return self.records
 
-    def _take(self, event):
-        if event.type == MAPPING_NOTIFY:
-            xlib.XRefreshKeyboardMapping(byref(event))
-        if event.type not in (KEY_PRESS, KEY_RELEASE, BUTTON_PRESS, BUTTON_RELEASE, MOTION):
-            return
-        seen = event.input
-        kind, name, code = "motion", "-", 0
-        if event.type in (BUTTON_PRESS, BUTTON_RELEASE):
-            kind = "button-down" if event.type == BUTTON_PRESS else "button-up"
-            code = seen.detail
-            name = BUTTONS.get(code, str(code))
-            (self.down.add if event.type == BUTTON_PRESS else self.down.discard)(name)
-        elif event.type != MOTION:
-            code = seen.detail
-            name = (xlib.XKeysymToString(c_ulong(xlib.XLookupKeysym(byref(event), 0))) or b"-").decode()
-            kind = "key-up" if event.type == KEY_RELEASE else "key-repeat" if code in self.down else "key-down"
-            (self.down.discard if event.type == KEY_RELEASE else self.down.add)(code)
-        self.records.append(Record(kind, name, code, seen.state, seen.time, (seen.x_root, seen.y_root)))
+    def _take(self, event, kind):
+        name, code = "-", 0
+        if kind.startswith("focus"):
+            if event.root & 3 in (1, 2):  # its mode: the beginning or the end of a key's grab
+                return
+        elif kind != "motion":
+            code = key = event.detail
+            if kind.startswith("button"):
+                name = key = BUTTONS.get(code, str(code))
+            else:
+                name = (xlib.XKeysymToString(c_ulong(xlib.XLookupKeysym(byref(event), 0))) or b"-").decode()
+                kind = "key-repeat" if kind == "key-down" and key in self.down else kind
+            (self.down.discard if kind.endswith("up") else self.down.add)(key)
+        self.records.append(Record(kind, name, code, event.state, event.time, (event.x_root, event.y_root)))

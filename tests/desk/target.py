@@ -12,7 +12,6 @@ DEVICE = "Xvfb mouse"
 
 class LinuxTarget:
     executable = "rotika"
-    layer_title = "Rotika"
     runtime_folder = "linux-x86_64"  # in the package of the speech library
     input_is_exact = True  # each movement arrives once and each opening of the wheel holds the mouse
     turns_per_press = 1  # pages that one press of the left button on an arrow turns

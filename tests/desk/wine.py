@@ -98,7 +98,6 @@ class WineRecorder(Recording):
 
 class WineTarget:
     executable = "rotika.exe"
-    layer_title = ""
     runtime_folder = "win-x86_64"
     input_is_exact = False
     turns_per_press = 2
@@ -139,7 +138,7 @@ class WineTarget:
     def mouse_is_held(self):
         """Wine pins the cursor by a window as large as the place where it may be, here of one pixel."""
         display = self.screen.display
-        return display.shown_layer(1, 1, "", display.cursor()) is not None
+        return display.shown_layer(1, 1, display.cursor()) is not None
 
     def tell_engine(self, *words):
         return self.run(*self.command(HELPER, *words))

@@ -93,9 +93,7 @@ class Round:
         index = self.chance.choice([index for index in range(len(FIELDS)) if index not in but])
         seen = len(self.desk.recorder.all())
         self.desk.open_wheel()
-        self.desk.aim(index)
-        self.desk.mouse.click()
-        self.desk.wait_until_closed()
+        self.desk.pick(index)
         if index in CLICKS:
             # A press that comes while the next wheel opens may end in a menu of the window manager, with the keyboard.
             holds_within(1, lambda: any(  # not if the button was down already
@@ -170,9 +168,7 @@ class Round:
             self.desk.keyboard.tap(53)
             self.desk.wait_until_closed()
         else:
-            self.desk.aim(self.chance.choice((3, 4)))
-            self.desk.mouse.click()
-            self.desk.wait_until_closed()
+            self.desk.pick(self.chance.choice((3, 4)))
             self.desk.screen.run("setxkbmap", layout)
 
     def monitors(self):

@@ -185,6 +185,10 @@ class Desk:
 
     def choose(self, where):
         self.open_wheel()
+        self.pick(where)
+
+    def pick(self, where):
+        """In the open wheel."""
         self.aim(where)
         self.mouse.click()
         self.wait_until_closed()

@@ -73,7 +73,7 @@ class Recording:
             wanted += [text] if " " in text else [f"{device}-{way} {text}" for way in ("down", "up")]
         holds_within(GENEROUS_S, lambda: len(self.presses()) >= len(wanted))
         self.settle()
-        assert self.presses() == wanted
+        assert self.presses() == wanted, f"{self.presses()}, not {wanted}"
 
 
 class Recorder(Recording):

@@ -102,7 +102,7 @@ class Desk:
         return self.display.shown_layer(*LAYER)
 
     def mouse_is_held(self):
-        return self.target.mouse_is_held()
+        return self.target.mouse_is_held(self.program)
 
     def _layer(self):
         """What the wheel's window has drawn. Asked of the layer itself: under many openings in a row a compositor
@@ -181,7 +181,7 @@ class Desk:
     def wait_for_hot_key_with(self, *modifiers):
         """Until the toggle key works beside modifiers that a function holds: a moment after they are down."""
         wait_for("the toggle key with the modifiers to be the program's",
-                 lambda: self.display.key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
+                 lambda: self.target.hot_key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
 
     def choose(self, where):
         self.open_wheel()
@@ -197,14 +197,13 @@ class Desk:
 
     def guard(self):
         """The process id of the living guard, or None."""
-        children = Path(f"/proc/{self.program.pid}/task/{self.program.pid}/children").read_text().split()
-        for child in children:
-            try:
-                status = Path(f"/proc/{child}/stat").read_text().rpartition(")")
+        for process in Path("/proc").glob("[0-9]*"):
+            try:  # under Wine nobody is its parent, but its variables tell whose it is; a dead one has none
+                if (process / "comm").read_text().startswith("rotika-guard") and \
+                        str(self.screen.folder).encode() in (process / "environ").read_bytes():
+                    return int(process.name)
             except OSError:
-                continue  # gone meanwhile
-            if "rotika-guard" in status[0] and status[2].split()[0] != "Z":
-                return int(child)
+                continue  # gone meanwhile, or another user's
         return None
 
     def new_guard_is_ready(self, dead):
@@ -233,8 +232,8 @@ class Desk:
     # What must not be left behind
 
     def state(self):
-        return {"floating": self.display.floating(), "keys": self.display.keys_down(),
-                "buttons": self.display.buttons_down(), "silent": set(range(256)) - self.display.repeating_keys()}
+        return {"floating": self.display.floating(), "keys": self.target.keys_down(),
+                "buttons": self.target.buttons_down(), "silent": set(range(256)) - self.display.repeating_keys()}
 
     def next_motion(self):
         """How far the real mouse's next motion of 3, 3, away from the nearer edges, moves the cursor that way."""

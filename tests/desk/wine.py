@@ -7,7 +7,7 @@ from ctypes import c_ulong
 from pathlib import Path
 
 from desk.hands import LEFT, Keyboard, Mouse
-from desk.recorder import Record, Recording
+from desk.recorder import BUTTONS, Record, Recording
 from desk.screen import end
 from desk.waiting import GENEROUS_S, DeskError, holds_within, wait_for
 from desk.x11 import xtest
@@ -16,6 +16,13 @@ ROOT = Path(__file__).parents[2]
 SCRIPT = ROOT / "scripts/wine.sh"
 PREFIX = ROOT / "build/wine-prefix"
 HELPER = ROOT / "build/windows/tests/desk/windows/desk_helper.exe"
+# The names of virtual keys, as X has them for keys without shift.
+KEYS = {1: "left", 2: "right", 4: "middle", 5: "side1", 6: "side2", 8: "BackSpace", 9: "Tab", 13: "Return",
+        16: "Shift_L", 17: "Control_L", 18: "Alt_L", 20: "Caps_Lock", 27: "Escape", 32: "space", 33: "Prior",
+        34: "Next", 35: "End", 36: "Home", 37: "Left", 38: "Up", 39: "Right", 40: "Down", 45: "Insert", 46: "Delete",
+        91: "Super_L", 175: "XF86AudioRaiseVolume", 179: "XF86AudioPlay"}
+KEYS |= {code: chr(code).lower() for code in (*range(48, 58), *range(65, 91))} | {111 + n: f"F{n}" for n in range(1, 25)}
+HOT_KEY_FLAGS = {1: 4, 4: 2, 8: 1}  # of shift, ctrl and alt by X11's bits
 SERVERS = ("/usr/lib/wine/wineserver64", "wineserver")  # Debian's, others'
 
 
@@ -75,11 +82,13 @@ class WineRecorder(Recording):
                 lines, whole, _ = log.read().rpartition("\n")
                 self.read += len(lines + whole)
             for line in lines.splitlines():
-                time, kind, name, state, x, y = line.split()
+                kind, keys = line.split()[1:3]
+                time, state, x, y = (int(number) for number in line.split()[:1] + line.split()[3:])
+                codes = [int(key) for key in keys.split(",")]
                 if kind == "held":
-                    self.held = set(name.split(",")[1:])
+                    self.held = {KEYS[code] for code in codes if code in KEYS}
                 else:
-                    self.records.append(Record(kind, name, 0, int(state), int(time), (int(x), int(y))))
+                    self.records.append(Record(kind, KEYS.get(codes[0], "-"), codes[0], state, time, (x, y)))
         return self.records
 
     def settle(self):
@@ -103,7 +112,7 @@ class WineTarget:
     turns_per_press = 2
 
     def __init__(self, screen):
-        self.screen = screen
+        self.screen, self.window = screen, None
         self.run(SCRIPT, "--prepare", variables={"WINEPREFIX": str(PREFIX)})
         copy_prefix(screen.folder / "prefix")
         screen.environment |= {"WINEPREFIX": str(screen.folder / "prefix"),
@@ -133,12 +142,30 @@ class WineTarget:
         return TestMouse(display), TestKeyboard(display)
 
     def recorder(self):
-        return WineRecorder(self)
+        self.window = WineRecorder(self)
+        return self.window
 
-    def mouse_is_held(self):
-        """Wine pins the cursor by a window as large as the place where it may be, here of one pixel."""
+    def mouse_is_held(self, program=None):
+        """Wine pins the cursor by a grab, and by a window as large as the place where it may be, here of one pixel.
+        That stays for a while when the program has died; asking for the grab would disturb it."""
         display = self.screen.display
-        return display.shown_layer(1, 1, display.cursor()) is not None
+        is_dead = program is not None and program.poll() is not None
+        return not is_dead and display.shown_layer(1, 1, display.cursor()) is not None
+
+    def _held(self):
+        return self.window.all() and self.window.held if self.window else set()
+
+    def keys_down(self):
+        """For the programs, also by injection, which the X server knows nothing of."""
+        return self._held() - set(BUTTONS.values())
+
+    def buttons_down(self):
+        return {button for button, name in BUTTONS.items() if name in self._held()}
+
+    def hot_key_is_taken(self, key, modifiers):
+        code = next(code for code, name in KEYS.items() if name == key)
+        flags = sum(flag for bit, flag in HOT_KEY_FLAGS.items() if bit & modifiers)
+        return self.run(*self.command(HELPER, "taken", code, flags)) == 1
 
     def tell_engine(self, *words):
         return self.run(*self.command(HELPER, *words))

@@ -69,6 +69,7 @@ def test_keys_let_go_and_pressed_while_the_toggle_key_is_down_reach_the_window(d
         assert seen == [f"key-{way} {key}" for key in "weq" for way in ("down", "up")]
 
 
+@pytest.mark.only("linux", "Wine repeats a hot key")
 @pytest.mark.parametrize("is_told_to_repeat", [False, True])
 def test_a_held_toggle_key_toggles_once_and_types_nothing(desk, is_told_to_repeat):
     desk.start(field("a"), sendDelay=0)
@@ -86,17 +87,19 @@ def test_a_held_toggle_key_toggles_once_and_types_nothing(desk, is_told_to_repea
     assert pressed_letters(desk) == {"a"}
 
 
+@pytest.mark.only("linux", "it is the X server that lets the key up")
 def test_the_toggle_key_works_after_its_keyboard_was_unplugged_while_it_was_down(desk):
     desk.start(field("a"))
     desk.keyboard.press(TOGGLE_KEY)
     desk.wait_until_open()
     desk.display.enable("Xvfb keyboard", False)
     desk.display.enable("Xvfb keyboard", True)
-    wait_for("the key to be up", lambda: not desk.display.keys_down())
+    wait_for("the key to be up", lambda: not desk.target.keys_down())
     desk.close_wheel()
     assert not pressed_letters(desk)
 
 
+@pytest.mark.only("linux", "keycodes are X's")
 def test_a_layout_change_while_the_toggle_key_is_down_leaves_it_alive(desk):
     desk.start(field("a"))
     pressed = desk.display.keycode(TOGGLE_KEY)
@@ -117,10 +120,10 @@ def test_a_layout_change_while_the_toggle_key_is_down_leaves_it_alive(desk):
 def test_a_modifier_that_a_function_holds_does_not_lock_the_wheel(desk, modifiers):
     desk.start(field(*((key, "hold") for key in modifiers)), field(*((key, "release") for key in modifiers)))
     desk.choose(0)
-    wait_for("the modifiers to be down", lambda: len(desk.display.keys_down()) == len(modifiers))
+    wait_for("the modifiers to be down", lambda: len(desk.target.keys_down()) == len(modifiers))
     desk.wait_for_hot_key_with(*modifiers.values())
     desk.choose(1)
-    wait_for("the modifiers to be up", lambda: not desk.display.keys_down())
+    wait_for("the modifiers to be up", lambda: not desk.target.keys_down())
     assert TOGGLE_KEY not in pressed_letters(desk)
 
 
@@ -143,12 +146,13 @@ def test_a_modifier_that_the_person_holds_goes_to_the_program_with_the_key(desk,
         desk.recorder.wait_for("key-up Shift_L")
 
 
+@pytest.mark.only("linux", "keycodes are X's")
 def test_what_was_pressed_is_what_is_released_after_a_layout_change(desk):
     desk.start(hold("y", 700), sendDelay=0)
     desk.choose(0)
     desk.recorder.wait_for("key-down y")
     desk.screen.run("setxkbmap", "de")
-    wait_for("y to be up again", lambda: not desk.display.keys_down(), 3)
+    wait_for("y to be up again", lambda: not desk.target.keys_down(), 3)
     codes = {record.kind: record.code for record in desk.recorder.since_mark() if record.name != TOGGLE_KEY}
     assert codes["key-up"] == codes["key-down"]
 
@@ -158,7 +162,7 @@ def test_a_modifier_that_the_person_has_let_go_of_is_no_longer_the_programs(desk
     desk.choose(0)
     desk.wait_for_hot_key_with(CONTROL)
     desk.keyboard.tap("Control_L")
-    wait_for("the key with ctrl to be free", lambda: not desk.display.key_is_taken(TOGGLE_KEY, CONTROL))
+    wait_for("the key with ctrl to be free", lambda: not desk.target.hot_key_is_taken(TOGGLE_KEY, CONTROL))
     desk.keyboard.press("Control_L")
     desk.keyboard.tap(TOGGLE_KEY)
     desk.keyboard.release("Control_L")
@@ -181,6 +185,7 @@ def test_with_swapped_buttons_the_primary_one_alone_selects(desk):
     desk.recorder.wait_for("key-up a")
 
 
+@pytest.mark.only("linux", "the release of the choosing press is the person's on Windows")
 def test_an_injected_click_is_whole_while_the_choosing_press_is_still_held(desk):
     desk.start(field("lmb"), sendDelay=0)
     desk.open_wheel()
@@ -195,6 +200,7 @@ def test_an_injected_click_is_whole_while_the_choosing_press_is_still_held(desk)
     assert desk.recorder.presses() == ["button-down left", "button-up left", "key-down q", "key-up q"]
 
 
+@pytest.mark.only("linux", "Wine has no raw motion while a button is held")
 def test_a_button_that_the_person_holds_all_along_stays_down_while_another_press_is_waited_for(desk):
     desk.start(field("a"), sendDelay=0)
     desk.mouse.press(RIGHT)
@@ -210,6 +216,7 @@ def test_a_button_that_the_person_holds_all_along_stays_down_while_another_press
     desk.recorder.wait_for("button-up right")
 
 
+@pytest.mark.only("linux", "the release of the choosing press is the person's on Windows")
 @pytest.mark.parametrize("way_out", ["toggle", "choice"])
 def test_a_press_inside_the_wheel_does_not_let_go_of_a_button_that_a_function_holds(desk, way_out):
     desk.start(hold("lmb"), field("a"), release("lmb"), sendDelay=0)
@@ -227,7 +234,7 @@ def test_a_press_inside_the_wheel_does_not_let_go_of_a_button_that_a_function_ho
     desk.keyboard.tap("q")
     desk.recorder.wait_for("key-up q")
     assert [text for text in desk.recorder.presses() if "button" in text] == ["button-down left"]
-    assert desk.display.buttons_down() == {1}
+    assert desk.target.buttons_down() == {1}
     desk.choose(2)
     desk.recorder.wait_for("button-up left")
 
@@ -235,6 +242,7 @@ def test_a_press_inside_the_wheel_does_not_let_go_of_a_button_that_a_function_ho
 # Auto-repeat
 
 
+@pytest.mark.only("linux", "the X server has the auto-repeat")
 def test_a_held_key_that_the_person_taps_repeats_again(desk):
     desk.start(hold("w"), sendDelay=0)
     desk.choose(0)
@@ -245,6 +253,7 @@ def test_a_held_key_that_the_person_taps_repeats_again(desk):
     desk.recorder.wait_for("key-up w")
 
 
+@pytest.mark.only("linux", "the X server has the auto-repeat")
 def test_the_toggle_key_repeats_again_when_program_and_guard_have_died(desk):
     desk.start(field("a"))
     code = desk.display.keycode(TOGGLE_KEY)

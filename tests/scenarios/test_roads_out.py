@@ -48,7 +48,7 @@ def test_a_press_on_a_mouse_that_was_given_back_is_the_persons(stalled):
     desk.recorder.wait_for("button-down left")
     desk.program.send_signal(signal.SIGCONT)
     desk.wait_until_closed()
-    assert not holds_within(STALL_LIMIT_S + 0.5, lambda: not desk.display.buttons_down()), "let go by the program"
+    assert not holds_within(STALL_LIMIT_S + 0.5, lambda: not desk.target.buttons_down()), "let go by the program"
     desk.mouse.release()
 
 
@@ -80,7 +80,7 @@ def test_a_death_with_the_guard_dead_before_lets_go_of_the_key(desk):
     dead = desk.kill_guard()
     holds_within(3, lambda: desk.new_guard_is_ready(dead))
     desk.kill_program()
-    wait_for("shift to be up", lambda: not desk.display.keys_down(), 2)
+    wait_for("shift to be up", lambda: not desk.target.keys_down(), 2)
 
 
 def stands_on_a_monitor(desk):

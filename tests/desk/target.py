@@ -14,6 +14,7 @@ class LinuxTarget:
     executable = "rotika"
     runtime_folder = "linux-x86_64"  # in the package of the speech library
     input_is_exact = True  # each movement arrives once and each opening of the wheel holds the mouse
+    is_accessible = True  # its programs tell assistive technology what they show
     turns_per_press = 1  # pages that one press of the left button on an arrow turns
 
     def __init__(self, screen):
@@ -54,7 +55,7 @@ class LinuxTarget:
     def ask_to_quit(self, process):
         """What the system says to a program at the end of a session."""
         process.send_signal(signal.SIGCONT)
-        return end(process)
+        return end(process, 15)  # a device's library may hold it up for some seconds
 
     def save_theme(self, theme):
         self._write(".config/Rotika/UI.conf", f"[General]\ntheme={theme}\n")

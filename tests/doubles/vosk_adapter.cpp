@@ -5,118 +5,72 @@
 
 #include "double_script.h"
 
-#include <algorithm>
-#include <atomic>
-#include <memory>
-#include <string>
-
-#ifdef _WIN32
-#include <windows.h>
-#define VOSK_NAME extern "C" __declspec(dllexport)
-#else
-#include <dlfcn.h>
-#define VOSK_NAME extern "C" __attribute__((visibility("default")))
-#endif
-
 namespace {
 
-DoubleScript& script() {
-    static DoubleScript& only = *new DoubleScript("adapter", {});
-    return only;
-}
-
-std::filesystem::path realLibrary() {
-    const std::string path = script().allOf("library").at(0);
-    return std::filesystem::path(std::u8string(path.begin(), path.end()));
-}
+DoubleScript& script = *new DoubleScript("adapter");
 
 void* find(const char* name) {
+    static const std::string path = script.allOf("library").at(0);
+    static const std::filesystem::path file(std::u8string(path.begin(), path.end()));
 #ifdef _WIN32
-    static HMODULE library = LoadLibraryExW(realLibrary().c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    static HMODULE library = LoadLibraryExW(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     return library == nullptr ? nullptr : reinterpret_cast<void*>(GetProcAddress(library, name));
 #else
-    static void* library = dlopen(realLibrary().c_str(), RTLD_NOW | RTLD_LOCAL);
+    static void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     return library == nullptr ? nullptr : dlsym(library, name);
 #endif
 }
 
-/// The real function. Without the real library nothing here could go on: calling it then ends the process.
-template <typename Function>
-Function real(const char* name) {
-    return reinterpret_cast<Function>(find(name));
+/// Calls the real function. Without the real library nothing here could go on: this then ends the process.
+template <typename Result, typename... Arguments>
+Result real(const char* name, Arguments... arguments) {
+    return reinterpret_cast<Result (*)(Arguments...)>(find(name))(arguments...);
 }
 
-using NewRecognizer = void* (*)(void* model, float rate, const char* grammar);
-using Free = void (*)(void* object);
-
-struct Recognizer {
-    void* model = nullptr;
-    float rate = 0;
-    void* inner = nullptr;
-};
-
-void* makeInner(void* model, float rate, const char* grammar) {
-    static const auto make = real<NewRecognizer>("vosk_recognizer_new_grm");
-    return make(model, rate, grammar);
-}
-
-void freeInner(void* inner) {
-    static const auto release = real<Free>("vosk_recognizer_free");
-    release(inner);
-}
+// The program has one at a time.
+void* modelInUse = nullptr;
+float rateInUse = 0;
+void* inner = nullptr;
 
 } // namespace
 
-VOSK_NAME void vosk_set_log_level(int level) {
-    real<void (*)(int)>("vosk_set_log_level")(level);
+DOUBLE_EXPORT void* vosk_model_new(const char* path) {
+    return real<void*>("vosk_model_new", path);
 }
 
-VOSK_NAME void* vosk_model_new(const char* path) {
-    return real<void* (*)(const char*)>("vosk_model_new")(path);
+DOUBLE_EXPORT void vosk_model_free(void* model) {
+    real<void>("vosk_model_free", model);
 }
 
-VOSK_NAME void vosk_model_free(void* model) {
-    real<Free>("vosk_model_free")(model);
+DOUBLE_EXPORT int vosk_model_find_word(void* model, const char* word) {
+    return real<int>("vosk_model_find_word", model, word);
 }
 
-VOSK_NAME int vosk_model_find_word(void* model, const char* word) {
-    static const auto findWord = real<int (*)(void*, const char*)>("vosk_model_find_word");
-    return findWord(model, word);
+DOUBLE_EXPORT void* vosk_recognizer_new_grm(void* model, float rate, const char* grammar) {
+    modelInUse = model;
+    rateInUse = rate;
+    return inner = real<void*>("vosk_recognizer_new_grm", model, rate, grammar);
 }
 
-VOSK_NAME void* vosk_recognizer_new_grm(void* model, float rate, const char* grammar) {
-    void* inner = makeInner(model, rate, grammar);
-    return inner == nullptr ? nullptr : new Recognizer{model, rate, inner};
+DOUBLE_EXPORT void vosk_recognizer_set_grm(void* /*recognizer*/, const char* grammar) {
+    real<void>("vosk_recognizer_free", inner);
+    inner = real<void*>("vosk_recognizer_new_grm", modelInUse, rateInUse, grammar);
+    script.note("grammar");
 }
 
-VOSK_NAME void vosk_recognizer_set_grm(void* recognizer, const char* grammar) {
-    Recognizer& full = *static_cast<Recognizer*>(recognizer);
-    void* inner = makeInner(full.model, full.rate, grammar);
-    if (inner == nullptr)
-        return; // the old grammar stays in force
-    freeInner(full.inner);
-    full.inner = inner;
-    script().note("grammar");
+DOUBLE_EXPORT int vosk_recognizer_accept_waveform(void* /*recognizer*/, const char* sound, int size) {
+    [[maybe_unused]] static const bool isNoted = script.begins("listening");
+    return real<int>("vosk_recognizer_accept_waveform", inner, sound, size);
 }
 
-VOSK_NAME int vosk_recognizer_accept_waveform(void* recognizer, const char* sound, int byteCount) {
-    static std::atomic<bool> isFirst = true;
-    if (isFirst.exchange(false))
-        script().note("listening");
-    static const auto accept = real<int (*)(void*, const char*, int)>("vosk_recognizer_accept_waveform");
-    return accept(static_cast<Recognizer*>(recognizer)->inner, sound, byteCount);
-}
-
-VOSK_NAME const char* vosk_recognizer_result(void* recognizer) {
-    static const auto result = real<const char* (*)(void*)>("vosk_recognizer_result");
-    const char* answer = result(static_cast<Recognizer*>(recognizer)->inner);
+DOUBLE_EXPORT const char* vosk_recognizer_result(void* /*recognizer*/) {
+    const char* answer = real<const char*>("vosk_recognizer_result", inner);
     std::string line = answer == nullptr ? "" : answer; // of several lines
-    std::replace(line.begin(), line.end(), '\n', ' ');
-    script().note("heard " + line);
+    std::ranges::replace(line, '\n', ' ');
+    script.note("heard " + line);
     return answer;
 }
 
-VOSK_NAME void vosk_recognizer_free(void* recognizer) {
-    const std::unique_ptr<Recognizer> full(static_cast<Recognizer*>(recognizer));
-    freeInner(full->inner);
+DOUBLE_EXPORT void vosk_recognizer_free(void* /*recognizer*/) {
+    real<void>("vosk_recognizer_free", inner);
 }

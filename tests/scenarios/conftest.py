@@ -19,6 +19,8 @@ def pytest_addoption(parser):
                      help="what the program was built for; Windows' runs under Wine")
     parser.addoption("--program", default=os.environ.get("ROTIKA_PROGRAM"),
                      help="folder of the program under test")
+    parser.addoption("--doubles", help="folder of the libraries that stand in for devices'")
+    parser.addoption("--speech", default=ROOT / "build/speech", help="folder of the real speech library and its model")
     parser.addoption("--artefacts", default=ROOT / "build/artefacts/scenarios",
                      help="folder for what a failure leaves")
 
@@ -67,6 +69,8 @@ def desk(request):
     """A desk of its own. After every scenario nothing may be left floating, down or silent."""
     target = request.config.getoption("target")
     made = Desk(request.config.getoption("program") or ROOT / "build" / target / "rotika", target)
+    made.doubles = Path(request.config.getoption("doubles") or ROOT / "build" / target / "tests/doubles")
+    made.speech = Path(request.config.getoption("speech"))
     try:
         yield made
         left = []

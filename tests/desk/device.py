@@ -1,0 +1,70 @@
+"""Libraries that stand in for those of the speech recogniser and the eye tracker; tests/doubles/ explains their
+scripts and logs."""
+
+import shutil
+
+from desk.accessible import Program
+from desk.waiting import wait_for
+
+LIBRARIES = {"speech": ("libvosk", "voice"), "adapter": ("libvosk_adapter", "voice"),
+             "gaze": ("tobii_stream_engine", "gaze")}
+CARDS = {"voice": "Komendy głosowe", "gaze": "Tobii Eye Tracker"}  # of the program's first page
+
+
+def wait_until_published(screen, name):
+    """Until a program has told assistive technology what it shows."""
+    published = Program(screen, name)
+    wait_for(f"the buttons of {name}", lambda: any(
+        window.look_for(lambda widget: widget.role() == "push button") for window in published.children()))
+
+
+class Device:
+    """One of the two devices of the program on a desk, with a double of its library or with none."""
+
+    def __init__(self, desk, kind, variant="complete", script="", **settings):
+        name, self.device = LIBRARIES[kind]
+        folder = desk.screen.folder / f"{kind}-{variant}"
+        folder.mkdir(exist_ok=True)
+        self.desk, self.script, self.log_file = desk, folder / f"{kind}_script.txt", folder / f"{kind}_log.txt"
+        self.log_file.unlink(missing_ok=True)
+        self.library = folder / desk.target.library_file(name)
+        double = desk.doubles / variant / self.library.name
+        if double.exists():
+            shutil.copy(double, self.library)
+        self.settings = {f"{self.device}Enabled": True, f"{self.device}DllPath": desk.target.path_text(self.library)}
+        self.settings |= settings
+        self.write(script)
+        desk.variables["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
+
+    def write(self, *lines):
+        """In place of what the script held; all its lines at once."""
+        made = self.script.with_suffix(".new")
+        made.write_text("".join(f"{line}\n" for line in lines), encoding="utf-8")
+        made.rename(self.script)
+
+    def add(self, line):
+        with open(self.script, "a", encoding="utf-8") as script:
+            script.write(f"{line}\n")
+
+    def log(self):
+        return self.log_file.read_text(encoding="utf-8").splitlines() if self.log_file.exists() else []
+
+    def count(self, call):
+        """Lines of the log that begin with this text."""
+        return sum(line.startswith(call) for line in self.log())
+
+    def wait_for_call(self, call, times=1):
+        wait_for(f"{times} x {call} of the library", lambda: self.count(call) >= times)
+
+    def wait_for_status(self, text):
+        """The words of the device's card, where programs tell what they show."""
+        if not self.desk.target.is_accessible:
+            return
+
+        def shown():
+            title = CARDS[self.device]  # a card's value is described by it
+            value = Program(self.desk.screen, "Rotika").look_for(
+                lambda widget: widget.role() == "label" and widget.description() == title)
+            return value.name() if value else ""
+
+        wait_for(f"the status {text}", lambda: shown().partition(" ·")[0] == text)

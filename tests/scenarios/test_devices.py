@@ -1,0 +1,131 @@
+"""Voice and gaze with stand-ins for their libraries, which are missing, fail, hang, or hear and see what a scenario
+says; and a microphone that comes and goes."""
+
+from itertools import groupby
+
+from desk.desk import field, field_point
+from desk.device import Device
+from desk.sound import SoundServer
+from desk.waiting import wait_for
+
+RIGHT_ARROW = (556, 230)
+FAILED = "błąd inicjalizacji"
+MODEL, RECOGNIZER, HEARING = ["model_new"], ["model_new", "recognizer_new_grm"], ["accept_waveform"]
+CONNECTED = ["api_create", "enumerate_local_device_urls", "device_create", "gaze_point_subscribe"]
+# Variant of the library, its script, the status, the calls, and those of the end.
+VOICE_STARTS = [
+    ("without_required", "", FAILED, [], []),
+    ("complete", "fails model_new", "brak katalogu modelu języka", MODEL, []),
+    ("complete", "fails recognizer_new_grm", FAILED, [*RECOGNIZER, "model_free"], []),
+    ("complete", "faults recognizer_new_grm", FAILED, [*RECOGNIZER, "model_free"], []),
+    ("without_optional", "", "aktywny", RECOGNIZER + HEARING, ["recognizer_free", "model_free"]),
+    ("complete", "", "aktywny", RECOGNIZER + HEARING, ["recognizer_free", "model_free"]),
+    ("complete", "hangs model_new", "ładowanie modelu…", MODEL, []),
+    ("complete", "hangs accept_waveform", "aktywny", RECOGNIZER + HEARING, []),
+    ("nowhere", "", "brak {}", [], [])]
+GAZE_STARTS = [
+    ("without_required", "", FAILED, [], []),
+    ("complete", "fails api_create", FAILED, CONNECTED[:1], []),
+    ("complete", "fails enumerate_local_device_urls", "nie wykryto urządzenia", [*CONNECTED[:2], "api_destroy"], []),
+    ("complete", "fails device_create", FAILED, [*CONNECTED[:3], "api_destroy"], []),
+    ("complete", "fails gaze_point_subscribe", FAILED, [*CONNECTED, "device_destroy", "api_destroy"], []),
+    ("without_optional", "", "aktywny", CONNECTED, ["device_destroy", "api_destroy"]),
+    ("complete", "hangs api_create", "szukanie urządzenia…", CONNECTED[:1], []),
+    ("complete", "hangs gaze_point_subscribe", "szukanie urządzenia…", CONNECTED, []),
+    ("nowhere", "", "brak {} (zainstaluj oprogramowanie Tobii)", [], [])]
+
+
+def calls(library):
+    """Their names, one for many of the same in a row."""
+    return [name for name, _ in groupby(line.split()[0] for line in library.log())]
+
+
+def test_each_failure_has_its_status_frees_what_was_made_and_lets_the_program_end(desk):
+    SoundServer(desk.screen)
+    for starts in zip(VOICE_STARTS, GAZE_STARTS, strict=True):
+        devices = [Device(desk, kind, variant, script)
+                   for kind, (variant, script, *_) in zip(("speech", "gaze"), starts)]
+        desk.prepare(field("a"), **devices[0].settings, **devices[1].settings)
+        desk.start_program()
+        for device, (_, _, status, begun, _) in zip(devices, starts):
+            wait_for(f"{begun} instead of {calls(device)}", lambda: calls(device) == begun)
+            device.wait_for_status(status.format(device.library.name))
+        assert desk.target.ask_to_quit(desk.program) == 0
+        for device, (*_, begun, ended) in zip(devices, starts):
+            assert calls(device) == begun + ended
+
+
+def test_a_look_turns_the_wheel_and_chooses_by_its_dwell(desk):
+    def look_at(point):
+        shown = desk.wheel()
+        x, y = shown.left + point[0], shown.top + point[1]
+        gaze.add(f"look {(x + .5) / desk.screen.size[0]} {(y + .5) / desk.screen.size[1]} 1")
+
+    def choose_by_look(index, key):
+        look_at(field_point(index, 2))
+        desk.wait_until_closed()
+        desk.recorder.wait_for(f"key-up {key}")
+        assert desk.recorder.presses() == [f"key-down {key}", f"key-up {key}"]
+        desk.recorder.mark()
+
+    gaze = Device(desk, "gaze", script="lost", gazeDwell=400)
+    # The arrow turns again as long as the look rests there, so there are many of the second kind.
+    blue = {"actions": [field("c", color="#3040E0"), field("d")]}
+    desk.start(field("a", color="#E03030"), field("b"), more=[blue] * 20, **gaze.settings)
+    gaze.wait_for_call("device_reconnect", 2)
+    gaze.write("rest")
+    gaze.wait_for_status("aktywny")
+    desk.open_wheel()
+    choose_by_look(0, "a")
+    gaze.write("look 0.01 0.01 0")  # closed eyes
+    desk.open_wheel()
+    look_at(RIGHT_ARROW)
+    x, y = field_point(0, 2, 75)
+
+    def is_blue():
+        red, _, blue = desk.display.picture(desk.wheel().id)[y, x]
+        return blue > red
+
+    wait_for("another wheel", is_blue)
+    choose_by_look(1, "d")
+
+
+def test_faults_and_odd_answers_cost_no_more_than_their_buffers(desk):
+    SoundServer(desk.screen)
+    odd = ["fault", "answer null", "answer {}", 'answer {"text" : ""}', "answer ", "say [unk]", "say pokaż", "fault"]
+    if desk.target.runtime_folder.startswith("linux"):
+        odd.insert(4, "abort")  # on Windows it ends the process past all handlers
+    voice = Device(desk, "speech", script="\n".join(odd))
+    desk.start(field("a"), **voice.settings)
+    voice.wait_for_call("accept_waveform", len(odd) + 1)
+    assert voice.count("result") == len(odd) - odd.count("fault") - odd.count("abort")
+    voice.add("say pokaż koło")
+    desk.wait_until_open()
+    assert {line for line in voice.log() if line.startswith("accept")} == {"accept_waveform 3200"}
+    desk.close_wheel()
+
+
+def test_a_microphone_comes_later_is_lost_and_comes_back(desk):
+    def show_by_voice():
+        voice.add("say pokaż koło")
+        desk.wait_until_open()
+        desk.close_wheel()
+
+    sound = SoundServer(desk.screen)
+    sound.unplug()
+    voice = Device(desk, "speech")
+    desk.start(field("a"), **voice.settings)
+    voice.wait_for_status("brak mikrofonu")
+    assert not voice.count("accept_waveform")
+    sound.plug_in()
+    voice.wait_for_call("accept_waveform")
+    voice.wait_for_status("aktywny")
+    show_by_voice()
+    for lose, bring_back in ((sound.unplug, sound.plug_in), (sound.kill, sound.start)):
+        lose()
+        desk.choose(0)
+        bring_back()
+        show_by_voice()
+    sound.kill()
+    assert desk.target.ask_to_quit(desk.program) == 0
+    assert calls(voice)[-2:] == ["recognizer_free", "model_free"]

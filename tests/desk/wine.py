@@ -108,7 +108,7 @@ class WineRecorder(Recording):
 class WineTarget:
     executable = "rotika.exe"
     runtime_folder = "win-x86_64"
-    input_is_exact = False
+    input_is_exact = is_accessible = False
     turns_per_press = 2
 
     def __init__(self, screen):

@@ -101,6 +101,17 @@ class Display:
         """Of the windows that the window manager knows."""
         return [self.title(window) for window in self.property(self.root.value, "_NET_CLIENT_LIST") or ()]
 
+    def named(self, title):
+        """The window of that title that the window manager knows."""
+        return next(window for window in self.property(self.root.value, "_NET_CLIENT_LIST") if self.title(window) == title)
+
+    def place_of(self, title):
+        """Left and top of its inside."""
+        x, y, child = c_int(), c_int(), c_ulong()
+        xlib.XTranslateCoordinates(self.handle, c_ulong(self.named(title)), self.root, 0, 0, byref(x), byref(y),
+                                   byref(child))
+        return x.value, y.value
+
     def active_window(self):
         return (self.property(self.root.value, "_NET_ACTIVE_WINDOW") or [0])[0]
 
@@ -210,12 +221,14 @@ class Display:
                                 c_ulong(XA_INTEGER), 8, 0, byref(c_ubyte(is_on)), 1)
         self.sync()
 
-    def keycode(self, keysym_name):
+    def keycode(self, keysym):
+        """Of the key with that keysym: its name or its number."""
         self.sync()
         self.follow_keyboard_changes()
-        code = xlib.XKeysymToKeycode(self.handle, c_ulong(xlib.XStringToKeysym(keysym_name.encode())))
+        number = keysym if isinstance(keysym, int) else xlib.XStringToKeysym(keysym.encode())
+        code = xlib.XKeysymToKeycode(self.handle, c_ulong(number))
         if not code:
-            raise ValueError(f"the keyboard has no key {keysym_name}")
+            raise ValueError(f"the keyboard has no key {keysym}")
         return code
 
     def key_is_taken(self, keysym_name, modifiers):

@@ -1,0 +1,342 @@
+"""What Windows alone has: messages from other programs, UI Automation, the engine's own editor and its tray. And one
+walk through the program's window by keyboard, since no program under Wine tells what it shows."""
+
+import signal
+import time
+
+import numpy
+import pytest
+
+from desk.desk import LAYER, TOGGLE_KEY, field
+from desk.device import Device
+from desk.hands import RIGHT, place_cursor
+from desk.sound import SoundServer
+from desk.waiting import GENEROUS_S, holds_within, wait_for
+
+pytestmark = pytest.mark.only("windows")
+
+GUARD_S = 3  # by then it has acted on a program that stands still
+AUTOMATION = r"HKEY_CLASSES_ROOT\CLSID\{ff48dba4-60ef-4201-aa87-54103eef594e}\InprocServer32"
+ELEMENTS = ["root Recorder", "element 1 one 50000 200 150 300 180 enabled focusable",
+            "element 1 off 50000 200 200 300 230 focusable", "element 1 two 50005 600 500 701 521 enabled"]
+
+
+def test_another_program_gives_it_a_wheel_file(desk):
+    desk.prepare()
+    desk.write("inne.json", {"wheels": [{"name": "", "actions": [field(key) for key in "cdef"]}]})
+    desk.write("puste.json", {"wheels": [{"name": "bez pól", "actions": []}]})
+    desk.start(field("a"), field("b"), sendDelay=0)
+    taken = {name: desk.target.tell_engine("activate", desk.target.path_text(desk.folder / name))
+             for name in ("puste.json", "nie-ma.json")}
+    assert not any(taken.values())
+    desk.choose(1)
+    desk.recorder.expect("b")
+    desk.open_wheel()
+    assert desk.target.tell_engine("activate", desk.target.path_text(desk.folder / "inne.json")) == 1
+    desk.field_count = 4
+    desk.pick(1)  # an open wheel is painted again and goes on
+    desk.recorder.expect("b", "d")
+
+
+def test_what_other_programs_send_to_its_windows_does_no_harm(desk):
+    desk.start(field("a"), sendDelay=0)
+    place = desk.display.cursor()
+    assert [desk.target.tell_engine(word) for word in ("close", "stray")] == [0, 0]
+    desk.open_wheel()
+    assert desk.target.tell_engine("close") == 0
+    desk.wait_until_closed()
+    assert desk.display.cursor() == place
+    desk.choose(0)
+    desk.recorder.expect("a")
+
+
+def test_a_program_that_stalls_closes_its_wheel_when_it_goes_on_and_is_ended_if_it_does_not(desk):
+    """Under Wine a stopped program keeps the X pointer, whatever becomes of the clip, until it ends."""
+    desk.start(field("a"), sendDelay=0)
+    place = desk.display.cursor()
+    desk.open_wheel()
+    desk.aim(0)
+    desk.program.send_signal(signal.SIGSTOP)
+    stopped = time.monotonic()
+    desk.mouse.click()
+    wait_for("the guard to have acted", lambda: time.monotonic() - stopped > GUARD_S)
+    desk.program.send_signal(signal.SIGCONT)
+    desk.wait_until_closed()
+    assert desk.display.cursor() == place
+    desk.open_wheel()
+    desk.program.send_signal(signal.SIGSTOP)
+    wait_for("the cursor to be free", lambda: desk.mouse.move(3, 2) or desk.display.cursor() != place, 2 * GENEROUS_S)
+    desk.program.wait(GENEROUS_S)
+    desk.keyboard.tap(TOGGLE_KEY)
+    desk.recorder.wait_for(f"key-up {TOGGLE_KEY}")
+    assert "key-down a" not in desk.recorder.presses(), "chosen by a press during the stall"
+
+
+def test_numbers_click_the_elements_of_the_program_in_front(desk):
+    def is_colour(x, y, colour):
+        return abs(desk.display.picture()[y, x].astype(int) - colour).max() < 60
+
+    def grid_stands():
+        return is_colour(640, 100, (0xE0, 0xE0, 0xE0))
+
+    def label_stands():
+        return is_colour(603, 516, (0x00, 0x50, 0xD0))
+
+    SoundServer(desk.screen)
+    voice = Device(desk, "speech", script="say pokaż elementy\nsay pokaż siatkę")  # Wine has no such elements
+    desk.start(field("a"), segmentColor="#0050D0", **voice.settings)
+    wait_for("the grid", grid_stands)
+    voice.add("say schowaj siatkę")
+    wait_for("no grid", lambda: not grid_stands())
+    # A program that takes its time to answer keeps nobody waiting.
+    automation = Device(desk, "automation", "automation", "\n".join([*ELEMENTS, "hang FindAllBuildCache Recorder"]))
+    desk.target.add_to_registry({AUTOMATION: {"": desk.target.path_text(automation.library), "ThreadingModel": "Both"}})
+    voice.add("say pokaż elementy")
+    automation.wait_for_call("FindAllBuildCache")
+    desk.open_wheel()
+    desk.close_wheel()
+    assert not label_stands()
+    automation.write(*ELEMENTS)
+    wait_for("the second label", label_stands)
+    voice.add("say trzy\nsay dwa")
+    desk.recorder.wait_for("button-up left")
+    assert {record.place for record in desk.recorder.since_mark("button-down", "button-up")} == {(650, 510)}
+    wait_for("no labels", lambda: not label_stands())
+    assert automation.log()[-1] == "left behind 0"
+
+
+# Windows, used by their places: points lie from the inner top left corner.
+
+EDITOR, BOX, TRAY = "Rotika — edytor funkcji", "Edytor funkcji", "Wine System Tray"
+EDITOR_BUTTON, NOWHERE, SAVE, SAVE_AS, ACTIVATE = (105, 496), (840, 300), (230, 24), (330, 24), (437, 24)
+RENAME, ADD_WHEEL, REMOVE_WHEEL, ADD_FIELD, WRITE_FIELD = (480, 61), (575, 61), (650, 61), (45, 464), (345, 464)
+STEP_UP, REMOVE_STEP, KIND, ADD_STEP, REPLACE_STEP = (742, 190), (772, 262), (553, 347), (305, 382), (415, 382)
+WHEEL_NAME, FIELD_NAME, COLOUR = (250, 61, 170), (320, 99, 165), (545, 99, 85)  # left, middle, width
+STEP_KEY, STEP_VALUE, SECOND_STEP, ROW = (318, 347, 90), (712, 347, 60), (400, 200), 17
+LONGEST_TEXT = 12
+QUIT = 0.82  # of the height of the tray's menu
+
+
+class User:
+    """Somebody who looks what comes of each click: Wine loses clicks while it is busy with the last."""
+
+    def __init__(self, desk):
+        self.desk, self.display, self.keyboard, self.mouse = desk, desk.display, desk.keyboard, desk.mouse
+
+    def rest(self):
+        """Until nothing on the screen moves any more."""
+        seen = []
+        wait_for("the screen to come to rest", lambda: seen.append(self.display.picture()) or len(seen) > 4 and all(
+            numpy.array_equal(seen[-1], before) for before in seen[-4:-1]))
+
+    def keys(self, *names):
+        for name in names:
+            self.keyboard.tap(name)
+
+    def front(self, title):
+        wait_for(f"{title} in front", lambda: self.display.focused_title() == title)
+        self.rest()
+
+    def click(self, point, title=EDITOR):
+        left, top = self.display.place_of(title)
+        place_cursor(self.display, left + point[0], top + point[1])
+        self.mouse.click()
+        self.rest()
+
+    def fill(self, place, text):
+        """In place of what a field holds, once it shows its caret or a selection."""
+        (left, top), (x, y, width) = self.display.place_of(EDITOR), place
+
+        def inside():
+            return self.display.picture()[top + y - 9:top + y + 9, left + x + 3:left + x + width - 3].tobytes()
+
+        before = inside()
+        self.click((x + width // 2, y))
+        wait_for("the caret", lambda: inside() != before)
+        self.keys("End", *["BackSpace"] * LONGEST_TEXT)
+        self.keyboard.type(text)
+
+    def step(self, key, kind, value, button=ADD_STEP):
+        self.fill(STEP_KEY, key)
+        self.click(KIND)
+        self.click((KIND[0], 368 + ROW * ["click", "hold", "release", "open"].index(kind)))
+        self.fill(STEP_VALUE, value)
+        self.click(button)
+
+    def answer(self, *keys, title=BOX):
+        """The box that has come up."""
+        self.front(title)
+        self.keys(*keys, "Return")
+        wait_for("the box to go", lambda: title not in self.display.titles())
+
+    def answer_and_go_on(self):
+        self.answer()
+        self.take_editor()
+
+    def type_over(self, text):
+        self.keyboard.press("Control_L")
+        self.keys("a")
+        self.keyboard.release("Control_L")
+        self.keyboard.type(text)
+
+    def content(self, name):
+        file = self.desk.folder / name
+        return file.read_text(encoding="utf-8") if file.exists() else ""
+
+    def take_editor(self):
+        """Wine may leave the keyboard to nobody until a new window is clicked."""
+        wait_for("the editor", lambda: EDITOR in self.display.titles())
+        self.rest()
+        self.click(NOWHERE)
+        self.front(EDITOR)
+
+    def on_tray(self, outcome, act):
+        """Does it on the icon until it has an effect: Wine passes some clicks on it to nobody."""
+        left, top = self.display.place_of(TRAY)
+        wait_for("the tray to do as told", lambda: place_cursor(self.display, left + 10, top + 10) or act() or
+                 holds_within(3, outcome), 6 * GENEROUS_S)
+
+    def double_click_tray(self, outcome):
+        self.on_tray(outcome, lambda: self.mouse.click() or self.mouse.click())
+
+    def quit_by_tray(self):
+        program, before = self.desk.program, set()
+
+        def menu():
+            return next((shown for shown in self.display.shown_windows() if shown.id not in before and
+                         shown.height > 40), None)
+
+        def choose():
+            before.update(shown.id for shown in self.display.shown_windows())
+            self.mouse.click(RIGHT)
+            if shown := holds_within(3, menu):
+                self.rest()
+                place_cursor(self.display, shown.left + shown.width // 2, shown.top + int(shown.height * QUIT))
+                self.rest()
+                self.mouse.click()
+
+        self.on_tray(lambda: program.poll() is not None, choose)
+        assert program.wait() == 0
+
+
+@pytest.fixture
+def user(desk):
+    desk.prepare(field("a"), field("b"), sendDelay=0)
+    return User(desk)
+
+
+@pytest.fixture
+def engine(user, desk):
+    """The engine alone, without the program's window."""
+    desk.target.executable = "rotika-engine.exe"
+    return user
+
+
+def play(desk, fields, *presses):
+    """The last of so many fields."""
+    desk.recorder = desk.target.recorder()
+    desk.field_count = fields
+    desk.choose(fields - 1)
+    desk.recorder.expect(*presses)
+    desk.recorder.close()
+    desk.recorder = None
+
+
+def test_a_field_made_in_the_engines_editor_works_and_is_saved(engine, desk):
+    desk.program = desk.launch_program()
+    wait_for("the tray", lambda: TRAY in desk.display.titles(), 60)
+    engine.double_click_tray(lambda: "Rotika" in desk.display.titles())
+    engine.front("Rotika")
+    engine.click(EDITOR_BUTTON, "Rotika")
+    engine.take_editor()
+    before = engine.content("default.json")
+    engine.fill(WHEEL_NAME, "Gra")
+    for button in (RENAME, ADD_WHEEL, REMOVE_WHEEL):
+        engine.click(button)
+    engine.answer_and_go_on()
+    engine.click(ADD_FIELD)
+    engine.fill(FIELD_NAME, "Skok")
+    engine.step("nonsense", "click", "")
+    engine.answer_and_go_on()
+    engine.step("e", "click", "2")
+    engine.step("shift", "release", "")
+    engine.step("http://x.pl", "open", "")
+    engine.click(REMOVE_STEP)  # the one just added
+    engine.step("shift", "hold", "")
+    engine.click(STEP_UP)
+    engine.click(STEP_UP)
+    engine.click(SECOND_STEP)
+    engine.step("f", "click", "2", REPLACE_STEP)
+    engine.fill(COLOUR, "red")
+    engine.click(WRITE_FIELD)
+    engine.answer_and_go_on()
+    engine.fill(COLOUR, "#e74c3c")
+    engine.click(WRITE_FIELD)
+    engine.click(ACTIVATE)
+    play(desk, 3, "key-down Shift_L", "f", "f", "key-up Shift_L")
+    assert engine.content("default.json") == before, "activating has saved"
+    engine.take_editor()
+    desk.display.close_window(desk.display.named(EDITOR))
+    engine.answer("Right")  # not without saving
+    engine.take_editor()
+    engine.click(SAVE)
+    made = """        { "name": "Skok", "color": "#E74C3C",
+          "steps": [
+            { "key": "shift", "action": "hold", "value": 0 },
+            { "key": "f", "action": "click", "value": 2 },
+            { "key": "shift", "action": "release" }
+          ]
+        }
+"""
+    wait_for("the file", lambda: made in engine.content("default.json") and '"Gra"' in engine.content("default.json"))
+    engine.click(SAVE_AS)
+    engine.front("Save As")
+    engine.keys(*["BackSpace"] * LONGEST_TEXT)  # Wine puts the caret behind the name that is offered
+    desk.keyboard.type("kopia")
+    engine.rest()
+    engine.keys("Return")
+    wait_for("the copy", lambda: made in engine.content("kopia.json"))
+    engine.quit_by_tray()
+
+
+def test_the_engine_tells_of_bad_files_and_is_alone_on_the_desktop(engine, desk):
+    desk.write("config.json", {"toggleKey": "nonsense"})
+    (desk.folder / "default.json").write_text("{ broken")
+    desk.program = desk.launch_program()
+    engine.answer(title="Rotika")
+    wait_for("the tray", lambda: TRAY in desk.display.titles())
+    second = desk.launch_program()
+    engine.answer(title="Rotika")
+    assert second.wait(GENEROUS_S) == 0
+    engine.quit_by_tray()
+
+
+def test_a_function_made_in_the_programs_window_by_keyboard_is_saved_and_played(user, desk):
+    """The tree of the wheel page is five stops behind the list of pages, and its form follows."""
+    desk.start_program()
+    user.front("Rotika")
+    user.keys("Home", "Down", "Tab", "space")  # "Otwórz"
+    user.front("Otwórz plik kół")
+    desk.keyboard.type(desk.target.path_text(desk.folder / "default.json"))
+    user.keys("Return")
+    user.front("Rotika")
+    user.keys(*["Tab"] * 6, "space")  # "Dodaj funkcję", which goes on in its name
+    user.type_over("Skok")
+    user.keys(*["Tab"] * 6, "Home", "Tab")  # past the steps to the kind and the key of a new one
+    user.type_over("e")
+    user.keys("Tab")
+    user.type_over("2")
+    user.keys("Tab", "space")  # "Dodaj krok"
+    user.rest()
+    desk.keyboard.press("Shift_L")
+    user.keys(*["Tab"] * 15)  # back to "Zapisz"
+    desk.keyboard.release("Shift_L")
+    user.keys("space")
+    wait_for("the file", lambda: '"Skok"' in user.content("default.json"))
+    user.keys("Tab", "Tab", "space")  # "Aktywuj"
+    user.rest()
+    play(desk, 3, "e", "e")
+    desk.display.close_window(desk.display.named("Rotika"))
+    wait_for("the window to hide", lambda: "Rotika" not in desk.display.titles())
+    user.double_click_tray(lambda: "Rotika" in desk.display.titles())
+    user.quit_by_tray()

@@ -67,7 +67,8 @@ class WineRecorder(Recording):
     def __init__(self, target):
         self.screen, self.records, self.held, self.read = target.screen, [], set(), 0
         self.log = self.screen.folder / "recorder.txt"
-        self.process = target.launch(HELPER, "record", target.path_text(self.log), *self.screen.size)
+        width, height = self.screen.size  # one row less: below a program that fills the screen Wine puts large layers
+        self.process = target.launch(HELPER, "record", target.path_text(self.log), width, height - 1)
         display = self.screen.display
         wait_for("the recorder", lambda: display.active_title() == "recorder", 60)
         self.window = c_ulong(display.active_window())

@@ -14,7 +14,6 @@ from pathlib import Path
 
 from desk.desk import CONTROL, SHIFT, TOGGLE_KEY, Desk, field
 from desk.hands import place_cursor
-from desk.session_lock import Locker
 from desk.waiting import DeskError, holds_within, wait_for
 
 PLACE = (450, 350)
@@ -42,7 +41,6 @@ class Round:
         try:
             if self.disk:
                 self.mount_small_disk(program)
-            self.locker = Locker(self.desk.screen.environment["DBUS_SESSION_BUS_ADDRESS"])
             self.restart()
         except BaseException:
             self.close()
@@ -189,14 +187,14 @@ class Round:
 
     def locks(self):
         self.desk.open_wheel()
-        self.locker.say(True)
+        self.desk.lock_screen(True)
         # It closes when the program has heard: from then on the key does nothing.
         wait_for("the wheel to close with the session", lambda: not self.desk.wheel(), 3)
         for _ in range(self.chance.randrange(3)):
             self.desk.keyboard.tap(TOGGLE_KEY)
         assert not holds_within(0.1, self.desk.wheel), "the wheel opened over the locker"
-        self.locker.say(False)
-        # The bus tells the program in its own time; until then the key does nothing.
+        self.desk.lock_screen(False)
+        # The program hears of it in its own time; until then the key does nothing.
         wait_for("the wheel after the lock", lambda: self.desk.keyboard.tap(TOGGLE_KEY) or
                  holds_within(0.3, self.desk.wheel))
 

@@ -5,6 +5,7 @@ import math
 import os
 import shutil
 import signal
+from ctypes import c_ulong
 from pathlib import Path
 
 import numpy
@@ -13,7 +14,7 @@ from desk.hands import place_cursor
 from desk.screen import Screen
 from desk.target import make_target
 from desk.waiting import GENEROUS_S, DeskError, holds_within, wait_for
-from desk.x11 import save_png
+from desk.x11 import XA_INTEGER, save_png
 
 LAYER = (588, 460)
 CENTRE = (294, 230)
@@ -53,6 +54,9 @@ class Desk:
     def write(self, name, value):
         (self.folder / name).write_text(json.dumps(value, ensure_ascii=False, indent=1), encoding="utf-8")
 
+    def read(self, name):
+        return (self.folder / name).read_text(encoding="utf-8")
+
     def prepare(self, *fields, name="Koło", more=(), **settings):
         """The program's files, with a wheel of these fields, and more wheels as they stand in the file."""
         if not self.folder.exists() or not any(self.folder.iterdir()):
@@ -63,8 +67,8 @@ class Desk:
         self.write("default.json", {"wheels": [{"name": name, "actions": list(fields)}, *more]})
         self.field_count = len(fields)
 
-    def start_program(self):
-        self.program = self.launch_program()
+    def start_program(self, **more):
+        self.program = self.launch_program(**more)
         wait_for("the program's window in front", lambda: self.is_in_front("Rotika"), 60)
 
     def launch_program(self, **more):
@@ -81,15 +85,25 @@ class Desk:
         """Program running, recorder in front, cursor in place, nothing recorded yet."""
         self.prepare(*fields, **settings)
         self.start_program()
+        self.work_in_recorder(cursor)
+
+    def work_in_recorder(self, cursor=(450, 350)):
         if not self.recorder:
             self.recorder = self.target.recorder()
         self.display.activate(self.recorder.window.value)
         wait_for("the recorder in front", lambda: self.is_in_front("recorder"))
+        self.recorder.mark()
         place_cursor(self.display, *cursor)
         self.mouse.move(1, 1)
         self.mouse.move(-1, -1)
         self.recorder.wait_for_motion()
         self.recorder.mark()
+
+    def click(self):
+        """In the recorder, to which a window manager passes a press on in its own time."""
+        before = self.recorder.presses().count("button-up left")
+        self.mouse.click()
+        self.recorder.wait_for("button-up left", before + 1)
 
     def is_in_front(self, title):
         if self.program.poll() is not None:
@@ -181,7 +195,7 @@ class Desk:
     def wait_for_hot_key_with(self, *modifiers):
         """Until the toggle key works beside modifiers that a function holds: a moment after they are down."""
         wait_for("the toggle key with the modifiers to be the program's",
-                 lambda: self.display.key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
+                 lambda: self.target.hot_key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
 
     def choose(self, where):
         self.open_wheel()
@@ -227,14 +241,32 @@ class Desk:
         return guard
 
     def end_program(self):
+        """Its exit status."""
         if self.program and self.program.poll() is None:
             self.target.ask_to_quit(self.program)
+        return self.program and self.program.poll()
+
+    # The session
+
+    def lock_screen(self, is_locked):
+        """As XScreenSaver tells it."""
+        since, manually = 1_700_000_000, 1
+        status = (c_ulong * 3)(self.display.atom("LOCK").value if is_locked else 0, since, manually)
+        self.display.set_property(self.display.root.value, "_SCREENSAVER_STATUS", XA_INTEGER, status)
+
+    def lose_display(self):
+        """As when the X server dies."""
+        self.recorder.close()
+        self.recorder = None
+        self.display.close()
+        self.screen.server.kill()
+        self.screen.server.wait()
 
     # What must not be left behind
 
     def state(self):
-        return {"floating": self.display.floating(), "keys": self.display.keys_down(),
-                "buttons": self.display.buttons_down(), "silent": set(range(256)) - self.display.repeating_keys()}
+        return {"floating": self.display.floating(), "keys": self.target.keys_down(),
+                "buttons": self.target.buttons_down(), "silent": set(range(256)) - self.display.repeating_keys()}
 
     def next_motion(self):
         """How far the real mouse's next motion of 3, 3, away from the nearer edges, moves the cursor that way."""

@@ -46,10 +46,11 @@ def desk(request):
     try:
         yield made
         left = []
-        if not made.wheel():  # with the wheel open the mouse is rightly held
-            left += made.leftovers(but=("silent",))
-        made.end_program()
-        left += made.leftovers()
+        if made.screen.server.poll() is None:
+            if not made.wheel():  # with the wheel open the mouse is rightly held
+                left += made.leftovers(but=("silent",))
+            made.end_program()
+            left += made.leftovers()
         if left or request.node.has_failed:
             made.keep(Path(request.config.getoption("artefacts")) / target, request.node.name)
         assert not left, f"left behind: {left}"

@@ -46,6 +46,7 @@ class Desk:
         self.display = self.screen.display
         self.target = make_target(target, self.screen)
         self.mouse, self.keyboard = self.target.hands()
+        self.mouse_is_held = self.target.mouse_is_held
         self.original, self.folder = Path(program), self.screen.folder / "program"
         self.program = self.recorder = None
         self.variables = {}
@@ -108,30 +109,23 @@ class Desk:
     def is_in_front(self, title):
         if self.program.poll() is not None:
             raise DeskError(f"the program ended by itself with {self.program.returncode}")
-        return self.display.focused_title() == title and self.display.active_title() == title
+        return self.display.focused_title() == self.display.active_title() == title
 
     # The wheel
 
     def wheel(self):
         return self.display.shown_layer(*LAYER)
 
-    def mouse_is_held(self):
-        return self.target.mouse_is_held()
-
-    def _layer(self):
-        """What the wheel's window has drawn. Asked of the layer itself: under many openings in a row a compositor
-        now and then misses one. With a margin where the cursor may hang over, one column left of it."""
-        shown = self.wheel()
+    def _arrow_tips(self, x=0, y=0, width=LAYER[0], height=LAYER[1]):
+        """Where in a part of the layer the virtual cursor may be, in rows: an arrow in white with a black edge on its
+        left. Some points above and below its tip look the same. The layer itself is asked: under many openings in a
+        row a compositor now and then misses one."""
         try:
-            return numpy.pad(self.display.picture(shown.id), ((0, 20), (1, 9), (0, 0)), constant_values=200)
+            whole = self.display.picture(self.wheel().id)
         except (AttributeError, OSError):  # closed meanwhile
-            return numpy.full((20, 10, 3), 200)
-
-    @staticmethod
-    def _arrow_tips(seen):
-        """Where in a picture the virtual cursor may be: an arrow in white with a black edge on its left. Some points
-        above and below its tip look the same."""
-        height, width = seen.shape[0] - 19, seen.shape[1] - 9
+            return numpy.zeros((0, 0))
+        # With a margin where the arrow may hang over, and one column left of it.
+        seen = numpy.pad(whole, ((0, 20), (1, 9), (0, 0)), constant_values=200)[y:y + height + 19, x:x + width + 9]
         white, dark = seen.min(2) > 247, seen.max(2) < 140
 
         def at(points, dx, dy):
@@ -141,11 +135,10 @@ class Desk:
                                         [at(dark, 0, dy) | at(dark, -1, dy) for dy in (6, 12, 17)])
 
     def wheel_cursor_is_at(self, x, y):
-        part = self._layer()[y:y + 20, x:x + 10]
-        return part.shape == (20, 10, 3) and self._arrow_tips(part).any()
+        return self._arrow_tips(x, y, 1, 1).any()
 
     def find_wheel_cursor(self):
-        tips = numpy.argwhere(self._arrow_tips(self._layer()))
+        tips = numpy.argwhere(self._arrow_tips())
         return tuple(int(place) for place in tips[len(tips) // 2][::-1]) if len(tips) else None
 
     def _opens_well(self):
@@ -186,10 +179,9 @@ class Desk:
             if holds_within(GENEROUS_S if is_exact else PATIENCE_S, lambda: self.wheel_cursor_is_at(x, y)):
                 return
             # As a person would: look where it is, or else begin in the corner, and correct.
-            self.virtual = self.find_wheel_cursor()
-            if not self.virtual:
+            if not (found := self.find_wheel_cursor()):
                 self.mouse.move(-2 * LAYER[0], -2 * LAYER[1])
-                self.virtual = (0, 0)
+            self.virtual = found or (0, 0)
         raise DeskError(f"waited in vain for the virtual cursor at {x}, {y}")
 
     def wait_for_hot_key_with(self, *modifiers):
@@ -211,23 +203,21 @@ class Desk:
 
     def guard(self):
         """The process id of the living guard, or None."""
-        children = Path(f"/proc/{self.program.pid}/task/{self.program.pid}/children").read_text().split()
-        for child in children:
-            try:
-                status = Path(f"/proc/{child}/stat").read_text().rpartition(")")
+        for process in Path("/proc").glob("[0-9]*"):
+            try:  # under Wine nobody is its parent, but its variables tell whose it is; a dead one has none
+                if (process / "comm").read_text().startswith("rotika-guard") and \
+                        str(self.screen.folder).encode() in (process / "environ").read_bytes():
+                    return int(process.name)
             except OSError:
-                continue  # gone meanwhile
-            if "rotika-guard" in status[0] and status[2].split()[0] != "Z":
-                return int(child)
+                continue  # gone meanwhile, or another user's
         return None
 
     def new_guard_is_ready(self, dead):
         """It has been started, told what is held, and has the screen."""
         guard = self.guard()
-        if guard in (None, dead):
-            return False
         try:
-            return sum("socket" in os.readlink(link) for link in Path(f"/proc/{guard}/fd").iterdir()) >= 2
+            return guard not in (None, dead) and 2 <= sum(
+                "socket" in os.readlink(link) for link in Path(f"/proc/{guard}/fd").iterdir())
         except OSError:
             return False
 
@@ -256,8 +246,7 @@ class Desk:
 
     def lose_display(self):
         """As when the X server dies."""
-        self.recorder.close()
-        self.recorder = None
+        self.recorder = self.recorder.close()
         self.display.close()
         self.screen.server.kill()
         self.screen.server.wait()
@@ -275,16 +264,15 @@ class Desk:
         self.mouse.move(3 * way[0], 3 * way[1])
         return (self.display.cursor()[0] - x) * way[0], (self.display.cursor()[1] - y) * way[1]
 
-    def not_as_before(self, but=()):
-        now = self.state()
-        return [f"{what}: {sorted(now[what] - self.before[what])}"
-                for what in now if what not in but and now[what] - self.before[what]]
-
     def leftovers(self, but=(), seconds=2):
         """What is floating, down or silent that was not before and does not go within the time, and a cursor that
         is not free, as texts. A function that is still running may press and release in between."""
-        is_clean = holds_within(seconds, lambda: not self.not_as_before(but))
-        found = [] if is_clean else self.not_as_before(but)
+        def new():
+            now = self.state()
+            return [f"{what}: {sorted(now[what] - self.before[what])}"
+                    for what in now if what not in but and now[what] - self.before[what]]
+
+        found = [] if holds_within(seconds, lambda: not new()) else new()
         moved = self.next_motion()  # asked once, since every motion settles it
         return found + ([] if moved == (3, 3) else [f"a motion of 3, 3 moved the cursor by {moved}"])
 
@@ -294,8 +282,7 @@ class Desk:
         save_png(self.display.picture(), folder / f"{name}.png")
         lines = [f"wheel: {self.wheel()}", f"now: {self.state()}",
                  f"keyboard: {self.display.focused_title()}, in front: {self.display.active_title()}"]
-        lines += [f"{record.time} {record} {record.code} {record.place}" for record in
-                 (self.recorder.all() if self.recorder else [])]
+        lines += map(repr, self.recorder.all() if self.recorder else ())
         for log in self.screen.folder.glob("*.log"):
             lines += [f"\n{log.name}:", log.read_text(errors="replace")]
         (folder / f"{name}.txt").write_text("\n".join(lines))

@@ -19,18 +19,26 @@ def start_letters(desk, letters, **settings):
     return desk.display.cursor()
 
 
-def test_a_field_runs_and_the_program_in_front_sees_nothing_else(desk):
-    place = start_letters(desk, "abcd")
-    for index in (2, 0, 3):
+def test_the_program_in_front_sees_what_was_chosen_and_nothing_else(desk):
+    start_letters(desk, "abcd")
+    for index, another_device_moved_last in ((2, False), (None, False), (0, True), (None, True), (3, False)):
+        if another_device_moved_last:
+            place_cursor(desk.display, 450, 350)
+        place = desk.display.cursor()
         desk.recorder.mark()
         desk.open_wheel()
         desk.aim(1)
         desk.keyboard.tap("q")  # the keys go on reaching it
         desk.recorder.wait_for("key-up q")
-        desk.pick(index)
-        desk.recorder.expect("q", "abcd"[index])
+        if index is None:
+            desk.mouse.move(40, 30)
+            desk.close_wheel()
+        else:
+            desk.pick(index)
+        desk.recorder.expect("q", *("" if index is None else "abcd"[index]))
         assert not desk.recorder.since_mark("focus-out")
         assert {desk.display.cursor()} | {record.place for record in desk.recorder.since_mark("motion")} == {place}
+        assert desk.next_motion() == (3, 3)
 
 
 def test_only_a_left_press_on_a_field_with_steps_runs_anything(desk):

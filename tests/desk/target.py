@@ -3,11 +3,9 @@
 import signal
 from pathlib import Path
 
-from desk.hands import Keyboard, Mouse
+from desk.hands import DEVICE, Keyboard, Mouse
 from desk.recorder import Recorder
 from desk.screen import end
-
-DEVICE = "Xvfb mouse"
 
 
 class LinuxTarget:

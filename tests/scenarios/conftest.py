@@ -73,12 +73,15 @@ def desk(request):
     made.speech = Path(request.config.getoption("speech"))
     try:
         yield made
-        left = []
-        if not made.wheel():  # with the wheel open the mouse is rightly held
-            left += made.leftovers(but=("silent",))
-        made.end_program()
-        left += made.leftovers()
-        if left or request.node.has_failed:
+        has_failed, left = request.node.has_failed, []
+        if has_failed:
+            made.keep(Path(request.config.getoption("artefacts")) / target, request.node.name)
+        if made.screen.server.poll() is None:
+            if not made.wheel():  # with the wheel open the mouse is rightly held
+                left += made.leftovers(but=("silent",))
+            made.end_program()
+            left += made.leftovers()
+        if left and not has_failed:
             made.keep(Path(request.config.getoption("artefacts")) / target, request.node.name)
         assert not left, f"left behind: {left}"
     finally:

@@ -167,7 +167,7 @@ class User:
         """The box that has come up."""
         self.front(title)
         self.keys(*keys, "Return")
-        wait_for("the box to go", lambda: title not in self.display.titles())
+        wait_for("the box to go", lambda: not self.display.titled(title))
 
     def answer_and_go_on(self):
         self.answer()
@@ -185,7 +185,7 @@ class User:
 
     def take_editor(self):
         """Wine may leave the keyboard to nobody until a new window is clicked."""
-        wait_for("the editor", lambda: EDITOR in self.display.titles())
+        wait_for("the editor", lambda: self.display.titled(EDITOR))
         self.rest()
         self.click(NOWHERE)
         self.front(EDITOR)
@@ -244,8 +244,8 @@ def play(desk, fields, *presses):
 
 def test_a_field_made_in_the_engines_editor_works_and_is_saved(engine, desk):
     desk.program = desk.launch_program()
-    wait_for("the tray", lambda: TRAY in desk.display.titles(), 60)
-    engine.double_click_tray(lambda: "Rotika" in desk.display.titles())
+    wait_for("the tray", lambda: desk.display.titled(TRAY), 60)
+    engine.double_click_tray(lambda: desk.display.titled("Rotika"))
     engine.front("Rotika")
     engine.click(EDITOR_BUTTON, "Rotika")
     engine.take_editor()
@@ -276,7 +276,7 @@ def test_a_field_made_in_the_engines_editor_works_and_is_saved(engine, desk):
     play(desk, 3, "key-down Shift_L", "f", "f", "key-up Shift_L")
     assert engine.content("default.json") == before, "activating has saved"
     engine.take_editor()
-    desk.display.close_window(desk.display.named(EDITOR))
+    desk.display.close_window(desk.display.titled(EDITOR)[0])
     engine.answer("Right")  # not without saving
     engine.take_editor()
     engine.click(SAVE)
@@ -304,7 +304,7 @@ def test_the_engine_tells_of_bad_files_and_is_alone_on_the_desktop(engine, desk)
     (desk.folder / "default.json").write_text("{ broken")
     desk.program = desk.launch_program()
     engine.answer(title="Rotika")
-    wait_for("the tray", lambda: TRAY in desk.display.titles())
+    wait_for("the tray", lambda: desk.display.titled(TRAY))
     second = desk.launch_program()
     engine.answer(title="Rotika")
     assert second.wait(GENEROUS_S) == 0
@@ -336,7 +336,7 @@ def test_a_function_made_in_the_programs_window_by_keyboard_is_saved_and_played(
     user.keys("Tab", "Tab", "space")  # "Aktywuj"
     user.rest()
     play(desk, 3, "e", "e")
-    desk.display.close_window(desk.display.named("Rotika"))
-    wait_for("the window to hide", lambda: "Rotika" not in desk.display.titles())
-    user.double_click_tray(lambda: "Rotika" in desk.display.titles())
+    desk.display.close_window(desk.display.titled("Rotika")[0])
+    wait_for("the window to hide", lambda: not desk.display.titled("Rotika"))
+    user.double_click_tray(lambda: desk.display.titled("Rotika"))
     user.quit_by_tray()

@@ -4,10 +4,9 @@ walk through the program's window by keyboard, since no program under Wine tells
 import signal
 import time
 
-import numpy
 import pytest
 
-from desk.desk import LAYER, TOGGLE_KEY, field
+from desk.desk import TOGGLE_KEY, field
 from desk.device import Device
 from desk.hands import RIGHT, place_cursor
 from desk.sound import SoundServer
@@ -105,16 +104,13 @@ def test_numbers_click_the_elements_of_the_program_in_front(desk):
     assert automation.log()[-1] == "left behind 0"
 
 
-# Windows, used by their places: points lie from the inner top left corner.
+# The program's windows. Points of the editor lie from its inner top left corner; fields are left, middle, width.
 
-EDITOR, BOX, TRAY = "Rotika — edytor funkcji", "Edytor funkcji", "Wine System Tray"
-EDITOR_BUTTON, NOWHERE, SAVE, SAVE_AS, ACTIVATE = (105, 496), (840, 300), (230, 24), (330, 24), (437, 24)
-RENAME, ADD_WHEEL, REMOVE_WHEEL, ADD_FIELD, WRITE_FIELD = (480, 61), (575, 61), (650, 61), (45, 464), (345, 464)
-STEP_UP, REMOVE_STEP, KIND, ADD_STEP, REPLACE_STEP = (742, 190), (772, 262), (553, 347), (305, 382), (415, 382)
-WHEEL_NAME, FIELD_NAME, COLOUR = (250, 61, 170), (320, 99, 165), (545, 99, 85)  # left, middle, width
-STEP_KEY, STEP_VALUE, SECOND_STEP, ROW = (318, 347, 90), (712, 347, 60), (400, 200), 17
-LONGEST_TEXT = 12
-QUIT = 0.82  # of the height of the tray's menu
+EDITOR, BOX, TRAY, BUTTON_FOR_EDITOR = "Rotika — edytor funkcji", "Edytor funkcji", "Wine System Tray", (105, 496)
+NOWHERE, SAVE, SAVE_AS, ACTIVATE, ADD_FIELD, WRITE_FIELD = (840, 300), (230, 24), (330, 24), (437, 24), (45, 464), (345, 464)
+KIND, ADD_STEP, REPLACE_STEP, SECOND_STEP, ROW = (553, 347), (305, 382), (415, 382), (400, 200), 17
+FIELD_NAME, STEP_KEY, STEP_VALUE = (320, 99, 165), (318, 347, 90), (712, 347, 60)
+LONGEST_TEXT, QUIT = 12, 0.82  # QUIT: of the height of the tray's menu
 
 
 class User:
@@ -126,26 +122,27 @@ class User:
     def rest(self):
         """Until nothing on the screen moves any more."""
         seen = []
-        wait_for("the screen to come to rest", lambda: seen.append(self.display.picture()) or len(seen) > 4 and all(
-            numpy.array_equal(seen[-1], before) for before in seen[-4:-1]))
+        wait_for("the screen to come to rest", lambda: seen.append(self.display.picture().tobytes()) or
+                 len(seen) > 4 and len(set(seen[-4:])) == 1)
 
     def keys(self, *names):
         for name in names:
             self.keyboard.tap(name)
 
     def front(self, title):
-        wait_for(f"{title} in front", lambda: self.display.focused_title() == title)
+        wait_for(f"{title} in front", lambda: self.display.focused_title() == title, 60)
         self.rest()
 
-    def click(self, point, title=EDITOR):
-        left, top = self.display.place_of(title)
-        place_cursor(self.display, left + point[0], top + point[1])
-        self.mouse.click()
-        self.rest()
+    def click(self, *points, title=EDITOR):
+        for x, y in points:
+            left, top = self.display.place_of(title)
+            place_cursor(self.display, left + x, top + y)
+            self.mouse.click()
+            self.rest()
 
-    def fill(self, place, text):
-        """In place of what a field holds, once it shows its caret or a selection."""
-        (left, top), (x, y, width) = self.display.place_of(EDITOR), place
+    def fill(self, field_of_text, text):
+        """In place of what it holds, once it shows its caret or a selection."""
+        (left, top), (x, y, width) = self.display.place_of(EDITOR), field_of_text
 
         def inside():
             return self.display.picture()[top + y - 9:top + y + 9, left + x + 3:left + x + width - 3].tobytes()
@@ -156,32 +153,23 @@ class User:
         self.keys("End", *["BackSpace"] * LONGEST_TEXT)
         self.keyboard.type(text)
 
-    def step(self, key, kind, value, button=ADD_STEP):
-        self.fill(STEP_KEY, key)
-        self.click(KIND)
-        self.click((KIND[0], 368 + ROW * ["click", "hold", "release", "open"].index(kind)))
-        self.fill(STEP_VALUE, value)
-        self.click(button)
-
-    def answer(self, *keys, title=BOX):
-        """The box that has come up."""
-        self.front(title)
-        self.keys(*keys, "Return")
-        wait_for("the box to go", lambda: not self.display.titled(title))
-
-    def answer_and_go_on(self):
-        self.answer()
-        self.take_editor()
-
     def type_over(self, text):
         self.keyboard.press("Control_L")
         self.keys("a")
         self.keyboard.release("Control_L")
         self.keyboard.type(text)
 
-    def content(self, name):
-        file = self.desk.folder / name
-        return file.read_text(encoding="utf-8") if file.exists() else ""
+    def step(self, key, kind, value, button=ADD_STEP):
+        self.fill(STEP_KEY, key)
+        self.click(KIND, (KIND[0], 368 + ROW * ["click", "hold", "release", "open"].index(kind)))
+        self.fill(STEP_VALUE, value)
+        self.click(button)
+
+    def answer(self, title, *keys):
+        """The box that has come up."""
+        self.front(title)
+        self.keys(*keys, "Return")
+        wait_for("the box to go", lambda: not self.display.titled(title))
 
     def take_editor(self):
         """Wine may leave the keyboard to nobody until a new window is clicked."""
@@ -190,129 +178,88 @@ class User:
         self.click(NOWHERE)
         self.front(EDITOR)
 
-    def on_tray(self, outcome, act):
-        """Does it on the icon until it has an effect: Wine passes some clicks on it to nobody."""
+    def on_tray(self, act, outcome):
+        """On the program's icon, until it has an effect: Wine passes some clicks on it to nobody."""
+        wait_for("the tray", lambda: self.display.titled(TRAY), 60)
         left, top = self.display.place_of(TRAY)
         wait_for("the tray to do as told", lambda: place_cursor(self.display, left + 10, top + 10) or act() or
-                 holds_within(3, outcome), 6 * GENEROUS_S)
+                 holds_within(3, outcome), 60)
 
-    def double_click_tray(self, outcome):
-        self.on_tray(outcome, lambda: self.mouse.click() or self.mouse.click())
+    def show_by_tray(self):
+        self.on_tray(lambda: self.mouse.click() or self.mouse.click(), lambda: self.display.titled("Rotika"))
+        self.front("Rotika")
 
     def quit_by_tray(self):
-        program, before = self.desk.program, set()
-
-        def menu():
-            return next((shown for shown in self.display.shown_windows() if shown.id not in before and
-                         shown.height > 40), None)
-
         def choose():
-            before.update(shown.id for shown in self.display.shown_windows())
+            before = {shown.id for shown in self.display.shown_windows()}
             self.mouse.click(RIGHT)
-            if shown := holds_within(3, menu):
+            menu = holds_within(3, lambda: next((shown for shown in self.display.shown_windows()
+                                                 if shown.id not in before and shown.height > 40), None))
+            if menu:
                 self.rest()
-                place_cursor(self.display, shown.left + shown.width // 2, shown.top + int(shown.height * QUIT))
+                place_cursor(self.display, menu.left + menu.width // 2, menu.top + int(menu.height * QUIT))
                 self.rest()
                 self.mouse.click()
 
-        self.on_tray(lambda: program.poll() is not None, choose)
-        assert program.wait() == 0
+        self.on_tray(choose, lambda: self.desk.program.poll() is not None)
+        assert self.desk.program.returncode == 0
+
+    def play(self, count, *presses):
+        """The last of so many fields."""
+        self.desk.recorder, self.desk.field_count = self.desk.target.recorder(), count
+        self.desk.choose(count - 1)
+        self.desk.recorder.expect(*presses)
+        self.desk.recorder.close()
+        self.desk.recorder = None
 
 
-@pytest.fixture
-def user(desk):
+def test_a_field_made_in_the_engines_own_editor_works_and_is_saved(desk):
+    user = User(desk)
     desk.prepare(field("a"), field("b"), sendDelay=0)
-    return User(desk)
-
-
-@pytest.fixture
-def engine(user, desk):
-    """The engine alone, without the program's window."""
     desk.target.executable = "rotika-engine.exe"
-    return user
-
-
-def play(desk, fields, *presses):
-    """The last of so many fields."""
-    desk.recorder = desk.target.recorder()
-    desk.field_count = fields
-    desk.choose(fields - 1)
-    desk.recorder.expect(*presses)
-    desk.recorder.close()
-    desk.recorder = None
-
-
-def test_a_field_made_in_the_engines_editor_works_and_is_saved(engine, desk):
     desk.program = desk.launch_program()
     wait_for("the tray", lambda: desk.display.titled(TRAY), 60)
-    engine.double_click_tray(lambda: desk.display.titled("Rotika"))
-    engine.front("Rotika")
-    engine.click(EDITOR_BUTTON, "Rotika")
-    engine.take_editor()
-    before = engine.content("default.json")
-    engine.fill(WHEEL_NAME, "Gra")
-    for button in (RENAME, ADD_WHEEL, REMOVE_WHEEL):
-        engine.click(button)
-    engine.answer_and_go_on()
-    engine.click(ADD_FIELD)
-    engine.fill(FIELD_NAME, "Skok")
-    engine.step("nonsense", "click", "")
-    engine.answer_and_go_on()
-    engine.step("e", "click", "2")
-    engine.step("shift", "release", "")
-    engine.step("http://x.pl", "open", "")
-    engine.click(REMOVE_STEP)  # the one just added
-    engine.step("shift", "hold", "")
-    engine.click(STEP_UP)
-    engine.click(STEP_UP)
-    engine.click(SECOND_STEP)
-    engine.step("f", "click", "2", REPLACE_STEP)
-    engine.fill(COLOUR, "red")
-    engine.click(WRITE_FIELD)
-    engine.answer_and_go_on()
-    engine.fill(COLOUR, "#e74c3c")
-    engine.click(WRITE_FIELD)
-    engine.click(ACTIVATE)
-    play(desk, 3, "key-down Shift_L", "f", "f", "key-up Shift_L")
-    assert engine.content("default.json") == before, "activating has saved"
-    engine.take_editor()
-    desk.display.close_window(desk.display.titled(EDITOR)[0])
-    engine.answer("Right")  # not without saving
-    engine.take_editor()
-    engine.click(SAVE)
-    made = """        { "name": "Skok", "color": "#E74C3C",
-          "steps": [
-            { "key": "shift", "action": "hold", "value": 0 },
-            { "key": "f", "action": "click", "value": 2 },
-            { "key": "shift", "action": "release" }
-          ]
-        }
-"""
-    wait_for("the file", lambda: made in engine.content("default.json") and '"Gra"' in engine.content("default.json"))
-    engine.click(SAVE_AS)
-    engine.front("Save As")
-    engine.keys(*["BackSpace"] * LONGEST_TEXT)  # Wine puts the caret behind the name that is offered
-    desk.keyboard.type("kopia")
-    engine.rest()
-    engine.keys("Return")
-    wait_for("the copy", lambda: made in engine.content("kopia.json"))
-    engine.quit_by_tray()
-
-
-def test_the_engine_tells_of_bad_files_and_is_alone_on_the_desktop(engine, desk):
-    desk.write("config.json", {"toggleKey": "nonsense"})
-    (desk.folder / "default.json").write_text("{ broken")
-    desk.program = desk.launch_program()
-    engine.answer(title="Rotika")
-    wait_for("the tray", lambda: desk.display.titled(TRAY))
-    second = desk.launch_program()
-    engine.answer(title="Rotika")
+    second = desk.launch_program()  # says that it is not alone
+    user.answer("Rotika")
     assert second.wait(GENEROUS_S) == 0
-    engine.quit_by_tray()
+    user.show_by_tray()
+    user.click(BUTTON_FOR_EDITOR, title="Rotika")
+    user.take_editor()
+    user.click(ADD_FIELD)
+    user.fill(FIELD_NAME, "Skok")
+    user.step("nonsense", "click", "")
+    user.answer(BOX)
+    user.take_editor()
+    user.step("shift", "hold", "")
+    user.step("e", "click", "1")
+    user.step("shift", "release", "")
+    user.click(SECOND_STEP)
+    user.step("f", "click", "2", REPLACE_STEP)
+    user.click(WRITE_FIELD, ACTIVATE)
+    before = desk.read("default.json")
+    user.play(3, "key-down Shift_L", "f", "f", "key-up Shift_L")
+    assert desk.read("default.json") == before, "activating has saved"
+    user.take_editor()
+    desk.display.close_window(desk.display.titled(EDITOR)[0])
+    user.answer(BOX, "Right")  # the edits are not to be lost
+    user.take_editor()
+    user.click(SAVE)
+    wait_for("the file", lambda: '{ "name": "Skok",' in desk.read("default.json"))
+    user.click(SAVE_AS)
+    user.front("Save As")
+    user.keys(*["BackSpace"] * LONGEST_TEXT)  # Wine puts the caret behind the name that is offered
+    desk.keyboard.type("kopia")
+    user.rest()
+    user.keys("Return")
+    wait_for("the copy", lambda: (desk.folder / "kopia.json").exists() and
+             desk.read("kopia.json") == desk.read("default.json"))
+    user.quit_by_tray()
 
 
-def test_a_function_made_in_the_programs_window_by_keyboard_is_saved_and_played(user, desk):
-    """The tree of the wheel page is five stops behind the list of pages, and its form follows."""
+def test_a_function_made_in_the_programs_window_by_keyboard_is_saved_and_played(desk):
+    """By stops of Tab: the form follows five stops behind the list of pages."""
+    user = User(desk)
+    desk.prepare(field("a"), field("b"), sendDelay=0)
     desk.start_program()
     user.front("Rotika")
     user.keys("Home", "Down", "Tab", "space")  # "Otwórz"
@@ -322,21 +269,16 @@ def test_a_function_made_in_the_programs_window_by_keyboard_is_saved_and_played(
     user.front("Rotika")
     user.keys(*["Tab"] * 6, "space")  # "Dodaj funkcję", which goes on in its name
     user.type_over("Skok")
-    user.keys(*["Tab"] * 6, "Home", "Tab")  # past the steps to the kind and the key of a new one
+    user.keys(*["Tab"] * 6, "Home", "Tab")  # past the steps and the kind of a new one to its key
     user.type_over("e")
     user.keys("Tab")
     user.type_over("2")
     user.keys("Tab", "space")  # "Dodaj krok"
     user.rest()
-    desk.keyboard.press("Shift_L")
-    user.keys(*["Tab"] * 15)  # back to "Zapisz"
-    desk.keyboard.release("Shift_L")
-    user.keys("space")
-    wait_for("the file", lambda: '"Skok"' in user.content("default.json"))
-    user.keys("Tab", "Tab", "space")  # "Aktywuj"
-    user.rest()
-    play(desk, 3, "e", "e")
+    user.keys(*["ISO_Left_Tab"] * 15, "space")  # "Aktywuj", which saves first
+    wait_for("the file", lambda: '"Skok"' in desk.read("default.json"))
+    user.play(3, "e", "e")
     desk.display.close_window(desk.display.titled("Rotika")[0])
     wait_for("the window to hide", lambda: not desk.display.titled("Rotika"))
-    user.double_click_tray(lambda: desk.display.titled("Rotika"))
+    user.show_by_tray()
     user.quit_by_tray()

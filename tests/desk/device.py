@@ -7,7 +7,7 @@ from desk.accessible import Program
 from desk.waiting import wait_for
 
 LIBRARIES = {"speech": ("libvosk", "voice"), "adapter": ("libvosk_adapter", "voice"),
-             "gaze": ("tobii_stream_engine", "gaze")}
+             "gaze": ("tobii_stream_engine", "gaze"), "automation": ("automation_double", "automation")}
 CARDS = {"voice": "Komendy głosowe", "gaze": "Tobii Eye Tracker"}  # of the program's first page
 
 

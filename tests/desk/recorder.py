@@ -1,5 +1,6 @@
 """The window in front that a person works in while the wheel lies over it: it keeps every event it gets."""
 
+import functools
 from collections import namedtuple
 from ctypes import byref, c_char, c_long, c_ulong
 
@@ -14,6 +15,7 @@ BUTTONS = {1: "left", 2: "middle", 3: "right", 8: "side1", 9: "side2"}
 CELL = 16
 
 
+@functools.cache
 def pattern(width, height):
     """The recorders' background, height x width x 3: cells of one plain colour, each unlike its neighbours, so that
     a picture laid over it can be told apart from it at every point."""
@@ -73,7 +75,7 @@ class Recording:
             wanted += [text] if " " in text else [f"{device}-{way} {text}" for way in ("down", "up")]
         holds_within(GENEROUS_S, lambda: len(self.presses()) >= len(wanted))
         self.settle()
-        assert self.presses() == wanted
+        assert self.presses() == wanted, f"{self.presses()}, not {wanted}"
 
 
 class Recorder(Recording):

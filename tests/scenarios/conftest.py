@@ -3,12 +3,15 @@ import sys
 from pathlib import Path
 
 import pytest
+from _pytest.runner import runtestprotocol
 
 sys.path.insert(0, str(Path(__file__).parents[1]))
 
 from desk.desk import Desk  # noqa: E402
 
 ROOT = Path(__file__).parents[2]
+WINE_TRIES = 3  # Wine loses input now and then
+tried_again = []
 
 
 def pytest_addoption(parser):
@@ -23,7 +26,7 @@ def pytest_addoption(parser):
 
 
 def pytest_configure(config):
-    config.addinivalue_line("markers", "only(target): a scenario of one system alone")
+    config.addinivalue_line("markers", "only(target, why): a scenario of one system alone")
 
 
 def pytest_collection_modifyitems(config, items):
@@ -31,6 +34,27 @@ def pytest_collection_modifyitems(config, items):
     foreign = [item for item in items if (mark := item.get_closest_marker("only")) and mark.args[0] != target]
     config.hook.pytest_deselected(items=foreign)
     items[:] = [item for item in items if item not in foreign]
+
+
+@pytest.hookimpl(tryfirst=True)
+def pytest_runtest_protocol(item, nextitem):
+    if item.config.getoption("target") != "windows":
+        return None
+    item.ihook.pytest_runtest_logstart(nodeid=item.nodeid, location=item.location)
+    for tries in range(WINE_TRIES):
+        reports = runtestprotocol(item, log=False, nextitem=nextitem)
+        if not any(report.failed for report in reports):
+            break
+    tried_again.extend([item.name] * bool(tries))
+    for report in reports:
+        item.ihook.pytest_runtest_logreport(report=report)
+    item.ihook.pytest_runtest_logfinish(nodeid=item.nodeid, location=item.location)
+    return True
+
+
+def pytest_terminal_summary(terminalreporter, config):
+    if config.getoption("target") == "windows":
+        terminalreporter.write_line(f"{len(tried_again)} scenarios needed another try: {', '.join(tried_again) or '-'}")
 
 
 @pytest.hookimpl(hookwrapper=True)
@@ -49,12 +73,15 @@ def desk(request):
     made.speech = Path(request.config.getoption("speech"))
     try:
         yield made
-        left = []
-        if not made.wheel():  # with the wheel open the mouse is rightly held
-            left += made.leftovers(but=("silent",))
-        made.end_program()
-        left += made.leftovers()
-        if left or request.node.has_failed:
+        has_failed, left = request.node.has_failed, []
+        if has_failed:
+            made.keep(Path(request.config.getoption("artefacts")) / target, request.node.name)
+        if made.screen.server.poll() is None:
+            if not made.wheel():  # with the wheel open the mouse is rightly held
+                left += made.leftovers(but=("silent",))
+            made.end_program()
+            left += made.leftovers()
+        if left and not has_failed:
             made.keep(Path(request.config.getoption("artefacts")) / target, request.node.name)
         assert not left, f"left behind: {left}"
     finally:

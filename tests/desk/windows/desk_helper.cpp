@@ -1,0 +1,169 @@
+// The desk's hand among Windows programs:
+//   desk_helper record LOG WIDTH HEIGHT  the window in front, which writes down the input that it gets
+//   desk_helper activate FILE            the engine is to take the wheels of this file; exit status 1 for yes
+//   desk_helper close                    asks all its windows to close, as whoever ends a program by them
+//   does desk_helper stray                    sends it private messages that no worker of its has posted
+//   desk_helper quit                     ends it in good order
+//   desk_helper taken KEY FLAGS          whether this hot key has an owner; exit status 1 for yes
+//   desk_helper [WORD]                   as the program that a step opens: adds WORD or "started" to the
+//   notes
+//
+// The log has one line for an event: TIME KIND KEY STATE X Y, with the time in the system's milliseconds, a
+// virtual key also for a button, and the state of shift, ctrl and alt by X11's bits. The kind "held" lists
+// the keys that are down anywhere on the desktop whenever they have changed.
+
+#include <windows.h>
+#include <windowsx.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <initializer_list>
+#include <string>
+#include <utility>
+
+namespace {
+
+constexpr int noEngine = 3;
+constexpr ULONG_PTR activateWheelFile = 1;
+constexpr UINT lookIntervalMs = 20;
+
+std::FILE* eventLog = nullptr;
+
+void write(const char* kind, const std::string& keys = "0") {
+    int state = 0;
+    for (const auto& [key, bit] : {std::pair{VK_SHIFT, 1}, {VK_CONTROL, 4}, {VK_MENU, 8}})
+        state += GetKeyState(key) < 0 ? bit : 0;
+    const DWORD place = GetMessagePos();
+    std::fprintf(eventLog, "%lu %s %s %d %d %d\n", static_cast<unsigned long>(GetMessageTime()), kind,
+                 keys.c_str(), state, GET_X_LPARAM(place), GET_Y_LPARAM(place));
+    std::fflush(eventLog);
+}
+
+void CALLBACK writeWhatIsHeld(HWND, UINT, UINT_PTR, DWORD) {
+    static std::string before = "0";
+    std::string held = "0";
+    for (int key = 1; key < 255; ++key)
+        held += GetAsyncKeyState(key) < 0 ? "," + std::to_string(key) : "";
+    if (held != before)
+        write("held", held);
+    before = held;
+}
+
+/// As recorder.py tells.
+void paintPattern(HWND window) {
+    constexpr int cell = 16;
+    PAINTSTRUCT paint;
+    const HDC context = BeginPaint(window, &paint);
+    for (int y = 0; y * cell < paint.rcPaint.bottom; ++y) {
+        for (int x = 0; x * cell < paint.rcPaint.right; ++x) {
+            const RECT place{x * cell, y * cell, x * cell + cell, y * cell + cell};
+            SetDCBrushColor(context, RGB(40 + x * 37 % 160, 40 + y * 53 % 160, 40 + (x + y) * 29 % 160));
+            FillRect(context, &place, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+        }
+    }
+    EndPaint(window, &paint);
+}
+
+/// Each kind of button has the messages down, up and double click in a row.
+bool writeButton(UINT message, WPARAM details) {
+    const int extra = GET_XBUTTON_WPARAM(details) == XBUTTON1 ? VK_XBUTTON1 : VK_XBUTTON2;
+    for (const auto& [down, key] : std::initializer_list<std::pair<UINT, int>>{{WM_LBUTTONDOWN, VK_LBUTTON},
+                                                                               {WM_MBUTTONDOWN, VK_MBUTTON},
+                                                                               {WM_RBUTTONDOWN, VK_RBUTTON},
+                                                                               {WM_XBUTTONDOWN, extra}}) {
+        if (message == down || message == down + 1) {
+            write(message == down ? "button-down" : "button-up", std::to_string(key));
+            return true;
+        }
+    }
+    return false;
+}
+
+LRESULT CALLBACK recordMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_KEYDOWN || message == WM_SYSKEYDOWN)
+        write((lParam & 1 << 30) != 0 ? "key-repeat" : "key-down", std::to_string(wParam));
+    else if (message == WM_KEYUP || message == WM_SYSKEYUP)
+        write("key-up", std::to_string(wParam));
+    else if (message == WM_MOUSEMOVE)
+        write("motion");
+    else if (message == WM_SETFOCUS || message == WM_KILLFOCUS)
+        write(message == WM_SETFOCUS ? "focus-in" : "focus-out");
+    else if (message == WM_PAINT)
+        paintPattern(window);
+    else if (message == WM_DESTROY)
+        PostQuitMessage(0);
+    else if (!writeButton(message, wParam))
+        return DefWindowProcW(window, message, wParam, lParam);
+    return 0;
+}
+
+int record(const char* log, int width, int height) {
+    SetProcessDPIAware();
+    eventLog = std::fopen(log, "ab");
+    if (eventLog == nullptr)
+        return 2;
+    WNDCLASSW description{};
+    description.lpfnWndProc = recordMessage;
+    description.hInstance = GetModuleHandleW(nullptr);
+    description.lpszClassName = L"Recorder";
+    description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    RegisterClassW(&description);
+    const HWND window = CreateWindowExW(0, L"Recorder", L"recorder", WS_POPUP, 0, 0, width, height, nullptr,
+                                        nullptr, description.hInstance, nullptr);
+    ShowWindow(window, SW_SHOW);
+    SetForegroundWindow(window);
+    SetTimer(nullptr, 0, lookIntervalMs, writeWhatIsHeld);
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0)
+        DispatchMessageW(&message);
+    return 0;
+}
+
+int activate(HWND engine, const std::string& file) {
+    std::wstring wide(file.begin(), file.end());
+    COPYDATASTRUCT data{activateWheelFile, static_cast<DWORD>((wide.size() + 1) * sizeof(wchar_t)),
+                        wide.data()};
+    return static_cast<int>(SendMessageW(engine, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)));
+}
+
+BOOL CALLBACK closeWindow(HWND window, LPARAM) {
+    return PostMessageW(window, WM_CLOSE, 0, 0);
+}
+
+BOOL sendStrays(HWND engine) {
+    BOOL isSent = TRUE;
+    for (const UINT message : {WM_APP + 5U, WM_APP + 6U, WM_APP + 8U})
+        for (const LPARAM made : {LPARAM{0}, LPARAM{0x1234}, static_cast<LPARAM>(0x7FFF12345678)})
+            isSent = isSent && PostMessageW(engine, message, 0, made);
+    return isSent;
+}
+
+int note(const char* word) {
+    const char* notes = std::getenv("DESK_NOTES");
+    std::FILE* stream = notes != nullptr ? std::fopen(notes, "ab") : nullptr;
+    return stream != nullptr && std::fprintf(stream, "%s\n", word) > 0 && std::fclose(stream) == 0 ? 0 : 2;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::string word = argc > 1 ? argv[1] : "started";
+    if (word == "record" && argc == 5)
+        return record(argv[2], std::atoi(argv[3]), std::atoi(argv[4]));
+    if (word == "taken" && argc == 4) {
+        const auto [key, modifiers] = std::pair{std::atoi(argv[2]), std::atoi(argv[3])};
+        return RegisterHotKey(nullptr, 1, static_cast<UINT>(modifiers), static_cast<UINT>(key)) == 0;
+    }
+    if (word != "activate" && word != "close" && word != "stray" && word != "quit")
+        return note(word.c_str());
+    const HWND engine = FindWindowW(L"RadialOverlayMain", nullptr);
+    if (engine == nullptr)
+        return noEngine;
+    if (word == "activate" && argc == 3)
+        return activate(engine, argv[2]);
+    const DWORD thread = GetWindowThreadProcessId(engine, nullptr);
+    const BOOL isDone = word == "stray"   ? sendStrays(engine)
+                        : word == "close" ? EnumThreadWindows(thread, closeWindow, 0)
+                                          : PostThreadMessageW(thread, WM_QUIT, 0, 0);
+    return isDone != 0 ? 0 : noEngine;
+}

@@ -120,15 +120,6 @@ class Screen:
         if words:
             self.run("xrandr", *words)
 
-    def monitors(self):
-        """Left, top, width and height of each."""
-        found = []
-        for line in self.run("xrandr", "--listmonitors").splitlines()[1:]:
-            size, left, top = line.split()[2].split("+")
-            width, height = (int(part.split("/")[0]) for part in size.split("x"))
-            found.append((int(left), int(top), width, height))
-        return found
-
     def close(self):
         clients = self.helpers[1:]
         for client in clients:

@@ -4,7 +4,6 @@ import os
 import shutil
 import time
 
-import numpy
 import pytest
 
 from desk.desk import TOGGLE_KEY, field
@@ -41,21 +40,6 @@ def test_a_closed_main_window_leaves_the_wheel_working(desk):
     desk.display.close_window(desk.display.titled("Rotika")[0])
     wait_for("the window to go", lambda: not desk.display.titled("Rotika"))
     expect_wheel(desk)
-
-
-def test_an_unknown_theme_looks_like_the_first(desk):
-    def side_bar(theme):
-        desk.target.save_theme(theme)
-        desk.start_program()
-        window = desk.display.titled("Rotika")[0]
-        wait_for("the window to be painted", lambda: numpy.ptp(desk.display.picture(window)))
-        colour = desk.display.picture(window)[-20, 20]
-        assert desk.end_program() == 0
-        return colour.astype(int)
-
-    desk.prepare(field("a"))
-    fluent, unknown, neon = map(side_bar, ("fluent", "nieznany", "neon"))
-    assert (unknown == fluent).all() and abs(neon - fluent).max() > 50
 
 
 def test_started_from_elsewhere_it_makes_its_first_files_in_its_own_folder(desk):

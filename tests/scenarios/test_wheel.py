@@ -167,7 +167,7 @@ def test_steps_arrive_as_told(desk, steps, settings, seen, pauses_ms):
 
 
 def test_keys_held_without_a_time_stay_down_until_another_field_lets_go(desk):
-    desk.start(field(("w", "przytrzymaj"), ("ctrl", "hold"), "a"), field(("w", "puść"), ("ctrl", "release")))
+    desk.start(field(("w", "przytrzymaj"), ("ctrl", "hold"), "a", delay=500), field(("w", "puść"), ("ctrl", "release")))
     desk.choose(0)
     desk.recorder.wait_for("key-up a")
     desk.wait_for_hot_key_with(CONTROL)

@@ -21,7 +21,7 @@ def pytest_addoption(parser):
 
 
 def pytest_configure(config):
-    config.addinivalue_line("markers", "only(target): a scenario of one system alone")
+    config.addinivalue_line("markers", "only(target, why): a scenario of one system alone")
 
 
 def pytest_collection_modifyitems(config, items):

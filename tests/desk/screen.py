@@ -67,6 +67,7 @@ class Screen:
             self.environment["DISPLAY"] = f":{number}"
             self.display = Display(f":{number}")
             self.launch("openbox", "--sm-disable")
+            self.launch("hsetroot", "-solid", "#404850")  # a compositor clears no screen that has no background
             self.set_compositor(compositor)
             wait_for("the window manager", lambda: self.display.property(self.display.root.value,
                                                                          "_NET_SUPPORTING_WM_CHECK"))

@@ -2,6 +2,8 @@
 
 import shutil
 
+from gi.repository import GLib
+
 from desk.accessible import Program
 from desk.waiting import wait_for
 
@@ -61,8 +63,11 @@ class Device:
             return
 
         def shown():
-            value = Program(self.desk.screen, "Rotika").look_for(  # described by the card's title
-                lambda widget: widget.role() == "label" and widget.description() == self.card)
-            return value.name() if value else ""
+            try:
+                value = Program(self.desk.screen, "Rotika").look_for(  # described by the card's title
+                    lambda widget: widget.role() == "label" and widget.description() == self.card)
+                return value.name() if value else ""
+            except GLib.Error:  # of a program that has just ended
+                return ""
 
         wait_for(f"the status {text}", lambda: shown().partition(" ·")[0] == text)

@@ -227,12 +227,14 @@ class Display:
                                 c_ulong(XA_INTEGER), 8, 0, byref(c_ubyte(is_on)), 1)
         self.sync()
 
-    def keycode(self, keysym_name):
+    def keycode(self, keysym):
+        """Of the key with that keysym: its name or its number."""
         xlib.XSync(self.handle, 0)
         self.follow_keyboard_changes()
-        code = xlib.XKeysymToKeycode(self.handle, c_ulong(xlib.XStringToKeysym(keysym_name.encode())))
+        number = keysym if isinstance(keysym, int) else xlib.XStringToKeysym(keysym.encode())
+        code = xlib.XKeysymToKeycode(self.handle, c_ulong(number))
         if not code:
-            raise ValueError(f"the keyboard has no key {keysym_name}")
+            raise ValueError(f"the keyboard has no key {keysym}")
         return code
 
     def key_is_taken(self, keysym_name, modifiers):

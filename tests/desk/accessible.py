@@ -5,7 +5,7 @@ from gi.repository import Gio, GLib
 
 from desk.waiting import GENEROUS_S, wait_for
 
-ACTIVE, CHECKED, ENABLED, FOCUSABLE, FOCUSED, SELECTED, SHOWING = 1, 4, 8, 11, 12, 23, 25  # bits of a state
+CHECKED, ENABLED, FOCUSABLE, FOCUSED, SELECTED, SHOWING = 4, 8, 11, 12, 23, 25  # bits of a state
 CLIENT_OF_BUS = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
 ON_SCREEN = 0  # of coordinates
 ROOT = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
@@ -94,12 +94,12 @@ class Program(Widget):
         session = connect(screen.environment["DBUS_SESSION_BUS_ADDRESS"])
         bus = connect(call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress"))
         registry = Widget(bus, ROOT)
-        self.registry = registry
         found = wait_for(f"{title} among the accessible programs", lambda: next(
             (each for each in registry.children() if each.name() == title), None))
         super().__init__(bus, found.reference)
 
     def window(self, title):
-        """Waits until the window of that title is in front."""
+        """Waits until the window of that title has the keyboard."""
         return wait_for(f"the window {title} in front", lambda: next(
-            (each for each in self.children() if each.name() == title and each.is_in(ACTIVE)), None))
+            (each for each in self.children() if each.name() == title and
+             each.look_for(lambda widget: widget.is_in(FOCUSED))), None))

@@ -2,14 +2,17 @@
 
 import json
 import shutil
+from pathlib import Path
+from ctypes import byref, c_ulong
 
+import numpy
 import pytest
 
 from desk.accessible import CHECKED, FOCUSABLE, FOCUSED, SELECTED, SHOWING, Program
-from desk.desk import field
+from desk.desk import TOGGLE_KEY, field
 from desk.hands import LEFT, RIGHT, place_cursor
 from desk.waiting import GENEROUS_S, holds_within, wait_for
-from desk.x11 import save_png
+from desk.x11 import IS_VIEWABLE, WindowAttributes, save_png, xlib
 
 pytestmark = pytest.mark.only("linux")  # Wine passes on nothing of a program's widgets
 
@@ -17,19 +20,25 @@ pytestmark = pytest.mark.only("linux")  # Wine passes on nothing of a program's 
 class User:
     def __init__(self, desk):
         self.desk, self.keyboard = desk, desk.keyboard
+        self.scale = 1
         desk.variables["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
 
     def start(self):
         self.desk.start_program()
         self.program = Program(self.desk.screen, "Rotika")
-        self.window = self.program.window("Rotika")
+        self.window = self.front()
+
+    def front(self, title="Rotika"):
+        """Waits until the window of that title has the keyboard, and knows."""
+        wait_for(f"{title} in front", lambda: self.desk.is_in_front(title))
+        return self.program.window(title)
 
     def point_at(self, widget):
         """At its middle, once it has come to rest."""
         before = []
         left, top, width, height = wait_for("the widget to stay where it is", lambda: (
             before.append(widget.place()) or len(before) > 1 and before[-1] == before[-2]) and before[-1])
-        place_cursor(self.desk.display, left + width // 2, top + height // 2)
+        place_cursor(self.desk.display, *(round(at * self.scale) for at in (left + width / 2, top + height / 2)))
 
     def click(self, widget, button=LEFT):
         self.point_at(widget)
@@ -62,20 +71,26 @@ class User:
 
     def answer(self, title, text):
         """Types it into the dialog of that title and accepts."""
-        dialog = self.program.window(title)
+        dialog = self.front(title)
         self.type_over(self.focused(dialog), text)
         self.keyboard.tap("Return")
 
     def open_file(self, name, is_readable=True):
         self.go_to("Koła wyboru")
         self.press("Otwórz…")
-        self.answer("Otwórz plik kół", str(self.desk.folder / name))
+        self.answer("Otwórz plik kół", name)
         if is_readable:
-            self.window = self.program.window("Rotika")
+            self.front()
+
+    def close_window(self):
+        self.keyboard.press("Alt_L")
+        self.keyboard.tap("F4")
+        self.keyboard.release("Alt_L")
+        wait_for("the window to go", lambda: "Rotika" not in titles(self.desk))
 
     def dismiss_box(self):
-        self.press("OK", self.program.window("Edytor kół"))
-        self.window = self.program.window("Rotika")
+        self.press("OK", self.front("Edytor kół"))
+        self.front()
 
     def play(self, index, count):
         """Chooses a field of the wheel with the recorder in front."""
@@ -116,6 +131,12 @@ class User:
         wait_for(f"the steps {lines}", lambda: self.steps() == list(lines))
 
 
+def titles(desk):
+    """Of the windows that the window manager knows."""
+    known = desk.display.property(desk.display.root.value, "_NET_CLIENT_LIST")
+    return [desk.display.title(window) for window in known or ()]
+
+
 @pytest.fixture
 def user(desk):
     return User(desk)
@@ -136,15 +157,15 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
     user.fill("Fraza głosowa", "leczenie")
 
     user.press("Ikona: Wybierz…")
-    icons = user.program.window("Wybierz ikonę")
+    icons = user.front("Wybierz ikonę")
     user.click(icons.find("leczenie", "list item").holds(SHOWING))
     user.press("OK", icons)
     user.window.find("Ikona: leczenie")
     user.press("Kolor pola: domyślny")
-    colours = user.program.window("Kolor pola")
+    colours = user.front("Kolor pola")
     user.type_over(colours.find("HTML:", "text"), "#E74C3C")
     user.keyboard.tap("Return")
-    user.window = user.program.window("Rotika")
+    user.front()
     user.window.find("Kolor pola: #E74C3C")
     user.fill("Odstęp między krokami w milisekundach", "45", "spin box")
 
@@ -164,7 +185,7 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
                         "otwórz:  handled:strzal")
     user.click(user.window.find("Koło", "tree item"))
     user.press("Usuń koło lub funkcję")
-    box = user.program.window("Edytor kół")
+    box = user.front("Edytor kół")
     user.press("Tak", box)
     wait_for("the wheel to go", lambda: not user.window.look_for(lambda widget: widget.name() == "Koło"))
     user.press("Aktywuj")
@@ -183,25 +204,25 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
 
 
 def test_what_another_program_wrote_is_kept_and_a_setting_reaches_the_engine(desk, user):
-    desk.prepare(field("a"))
+    desk.prepare(field("a"), voiceEnabled=True)
     user.start()
     user.open_file("default.json")
     user.press("Dodaj funkcję")
     desk.write("default.json", foreign := {"wheels": [{"name": "Nowe", "actions": [field("n")]}]})
     user.press("Zapisz")
-    box = user.program.window("Edytor kół")
+    box = user.front("Edytor kół")
     assert user.file("default-kopia-1.json") == foreign
     assert len(user.file("default.json")["wheels"][0]["actions"]) == 2
     user.press("OK", box)
-    user.window = user.program.window("Rotika")
+    user.front()
     desk.write("default.json", foreign)
-    desk.write("config.json", {"toggleKey": "x", "tajemnica": [1, {"a": None}], "gazeDwell": 1250, "sendDelay": 0})
+    settings = {"toggleKey": TOGGLE_KEY, "tajemnica": [1, {"a": None}], "gazeDwell": 1250, "sendDelay": 0}
+    desk.write("config.json", settings)
     user.go_to("Komendy głosowe")
-    box = user.window.find("Komendy głosowe włączone", "check box")
-    user.click(box)
-    user.waits_for_file("config.json", {
-        "gazeDwell": 1250, "sendDelay": 0, "tajemnica": [1, {"a": None}], "toggleKey": "x",
-        "voiceEnabled": not user.file("config.json")["voiceEnabled"], "voiceGlobal": True})
+    user.click(user.window.find("Komendy głosowe włączone", "check box"))
+    user.waits_for_file("config.json", settings | {"voiceEnabled": False, "voiceGlobal": True})
+    wait_for("the engine to say so", lambda: user.window.look_for(
+        lambda widget: widget.name().startswith("wyłączony (voiceEnabled = false)")))
     user.play(0, 1)
     desk.recorder.wait_for("key-up n")
 
@@ -239,13 +260,13 @@ def test_a_theme_takes_effect_at_once_and_is_remembered(desk, user):
 
 
 def test_what_cannot_be_read_or_saved_leaves_the_open_file_as_it_is(desk, user):
-    desk.prepare(field("a"))
+    desk.prepare(field("a"), toggleKey="F9")  # any letter may stand in a path
     (desk.folder / "dysk").mkdir()
     shutil.move(desk.folder / "default.json", desk.folder / "dysk/koła.json".replace("ł", "l"))
     (desk.folder / "urwany.json").write_text(torn := '{ "wheels": [ { "name": "X", ')
     user.start()
-    user.open_file("dysk/kola.json")
-    user.open_file("urwany.json", is_readable=False)
+    user.open_file(f"{desk.folder}/dysk/kola.json")
+    user.open_file(f"{desk.folder}/urwany.json", is_readable=False)
     user.dismiss_box()
     assert (desk.folder / "urwany.json").read_text() == torn
     user.press("Dodaj funkcję")
@@ -260,41 +281,66 @@ def test_what_cannot_be_read_or_saved_leaves_the_open_file_as_it_is(desk, user):
     assert [each["name"] for each in user.file("ocalone.json")["wheels"][0]["actions"]] == ["a", "Nowa funkcja"]
 
 
+class Tray:
+    """At the bottom right; its panel is of one colour but for the icon."""
+
+    SIZE = (200, 40)
+
+    def __init__(self, user):
+        self.user, self.desk = user, user.desk
+        width, height = map(str, self.SIZE)
+        self.desk.screen.launch("trayer", "--edge", "bottom", "--align", "right", "--widthtype", "pixel", "--width", width,
+                                "--heighttype", "pixel", "--height", height, "--SetDockType", "true", "--expand", "false")
+        display = self.desk.display
+        wait_for("the tray", lambda: xlib.XGetSelectionOwner(display.handle, display.atom("_NET_SYSTEM_TRAY_S0")))
+
+    def icon(self):
+        """Its middle, or None."""
+        screen_width, screen_height = self.desk.screen.size
+        panel = self.desk.display.picture()[screen_height - self.SIZE[1] + 4:-4, screen_width - self.SIZE[0] + 4:-4]
+        rows, columns = (panel != numpy.median(panel, axis=(0, 1))).any(2).nonzero()
+        if len(rows) < 100:
+            return None
+        return (int(columns.mean()) + screen_width - self.SIZE[0] + 4, int(rows.mean()) + screen_height - self.SIZE[1] + 4)
+
+    def double_click(self):
+        place_cursor(self.desk.display, *wait_for("the icon in the tray", self.icon))
+        self.desk.mouse.click()
+        self.desk.mouse.click()
+
+    def menu(self):
+        """Left, top, width and height, or None. It is in no tree of widgets."""
+        seen, display = WindowAttributes(), self.desk.display
+        for window in display.tree(display.root.value)[1]:
+            if (xlib.XGetWindowAttributes(display.handle, c_ulong(window), byref(seen)) and seen.override_redirect and
+                    seen.map_state == IS_VIEWABLE and 60 < seen.height < 300):
+                return seen.x, seen.y, seen.width, seen.height
+        return None
+
+    def choose(self, share):
+        """The entry that lies at this share of the menu's height."""
+        place_cursor(self.desk.display, *wait_for("the icon in the tray", self.icon))
+        self.desk.mouse.click(RIGHT)
+        left, top, width, height = wait_for("the menu", self.menu)
+        place_cursor(self.desk.display, left + width // 2, top + round(share * height))
+        self.desk.mouse.click()
+
+
 def test_the_window_hides_in_the_tray_which_brings_it_back_or_ends_the_program(desk, user):
     desk.prepare(field("a"))
-    desk.screen.launch("trayer", "--edge", "bottom", "--align", "right", "--widthtype", "request", "--height", "40",
-                       "--SetDockType", "true", "--expand", "false")
+    tray = Tray(user)
     user.start()
-    width, height = desk.screen.size
-    ground = (0x40, 0x48, 0x50)
-
-    def icon():
-        return tuple(desk.display.picture()[height - 20, width - 20]) != ground
-
-    def close_window():
-        user.keyboard.press("Alt_L")
-        user.keyboard.tap("F4")
-        user.keyboard.release("Alt_L")
-        wait_for("the window to go", lambda: not user.window.is_in(SHOWING))
-
-    def choose_entry(name):
-        place_cursor(desk.display, width - 20, height - 20)
-        desk.mouse.click(RIGHT)
-        user.click(user.program.find(name, "menu item"))
-
-    wait_for("the icon in the tray", icon)
-    close_window()
-    place_cursor(desk.display, width - 20, height - 20)
-    desk.mouse.click()
-    desk.mouse.click()
-    user.program.window("Rotika")
-    close_window()
-    choose_entry("Pokaż okno")
-    user.program.window("Rotika")
-    choose_entry("Pokaż koło")
+    wait_for("the icon", tray.icon)
+    user.close_window()
+    tray.double_click()
+    user.front()
+    user.close_window()
+    tray.choose(0.44)
+    user.front()
+    tray.choose(0.17)
     desk.wait_until_open()
     desk.close_wheel()
-    choose_entry("Zakończ")  # with the window in sight, which a quit would ask and which never agrees to close
+    tray.choose(0.82)  # with the window in sight, which a quit would ask and which never agrees to close
     assert desk.program.wait(GENEROUS_S) == 0
 
 
@@ -303,12 +349,46 @@ def test_without_a_tray_a_closed_window_leaves_the_toggle_key(desk, user):
     desk.variables["QT_NO_GLIB"] = "1"
     desk.prepare(field("a"), field("b"))
     user.start()
-    user.keyboard.press("Alt_L")
-    user.keyboard.tap("F4")
-    user.keyboard.release("Alt_L")
-    wait_for("the window to go", lambda: not user.program.children() or not user.window.is_in(SHOWING))
+    user.close_window()
     user.play(1, 2)
     desk.recorder.wait_for("key-up b")
 
 
-LOOKS = {"fluent": {}, "neon": {}, "pro": {}, "large": {"QT_FONT_DPI": "144"}, "scaled": {"QT_SCALE_FACTOR": "1.5"}}
+LOOKS = {"fluent": 1, "neon": 1, "pro": 1, "fluent-large": 1.5, "neon-huge": 2}
+LEAVES = ("label", "push button", "check box", "radio button", "slider", "spin box", "combo box", "list", "tree")
+
+
+def lies_within(inner, outer):
+    return all(a >= b and a + length <= b + whole for a, b, length, whole in zip(inner, outer, inner[2:], outer[2:]))
+
+
+def overlap(one, other):
+    return all(a < b + length and b < a + whole for a, b, whole, length in zip(one, other, one[2:], other[2:]))
+
+
+@pytest.mark.parametrize("look", LOOKS)
+def test_every_page_fits_on_the_screen_and_nothing_covers_another_or_has_no_name(desk, user, request, look):
+    """The pictures are kept, to be looked at."""
+    desk.target.save_theme(look.partition("-")[0])
+    user.scale = LOOKS[look]
+    desk.variables["QT_SCALE_FACTOR"] = str(user.scale)
+    desk.prepare(field("a", icon="icons/atak.png", color="#E74C3C", name="Granat z bardzo długim opóźnieniem i nazwą"))
+    user.start()
+    user.open_file("default.json")
+    pictures = Path(request.config.getoption("artefacts")) / "linux"
+    pictures.mkdir(parents=True, exist_ok=True)
+    for number, page in enumerate(("Start", "Koła wyboru", "Komendy głosowe", "Sterowanie wzrokiem", "Ustawienia")):
+        user.go_to(page)
+        user.keyboard.press("Shift_L")  # backwards from the list of pages: to the page's last control
+        user.keyboard.tap("Tab")
+        user.keyboard.release("Shift_L")
+        last = wait_for("the focus on the page", lambda: user.window.look_for(
+            lambda widget: widget.is_in(FOCUSED) and widget.role() in LEAVES and widget.name() != "Strony"))
+        wait_for(f"it to be in view {last.name()} {last.place()} {user.window.place()}", lambda: lies_within(last.place(), user.window.place()))
+        save_png(desk.display.picture(), pictures / f"look-{look}-{number}.png")
+        assert lies_within(user.window.place(), (0, 0, *(side / user.scale for side in desk.screen.size)))
+        seen = [(each, each.place()) for each in user.window.shown() if each.role() in LEAVES]
+        for at, (widget, place) in enumerate(seen):
+            assert user.scale > 1 or lies_within(place, user.window.place()), widget.name()
+            assert not widget.is_in(FOCUSABLE) or widget.name(), place
+            assert not (hidden := [other.name() for other, there in seen[:at] if overlap(place, there)]), widget.name()

@@ -6,10 +6,14 @@
 #include <QSettings>
 #include <QTemporaryDir>
 
+int programMain(int argc, char** argv);
+
 int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
     // The widgets need no screen, and a test must not depend on one.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsSet("ROTIKA_TEST_ROLE"))
+        return programMain(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);
     // Nobody's settings but the tests' own (on Windows the prefix is).

@@ -1,129 +1,138 @@
-#include "probe_run.h"
+// The program's own main function among stand-ins, in a process that this program starts as itself: the
+// variable ROTIKA_TEST_ROLE tells what happens there.
+
+#include "fake_overlay.h"
+#include "licence/licence_check.h"
+#include "shell/single_instance.h"
+#include "shell/update_library.h"
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
+#include <QtWidgets>
+#include <csignal>
 
 #ifndef _WIN32
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <csignal>
+#undef signals
+#include <glib.h>
 #endif
 
 namespace {
 
-QString libraryBeside(const QString& name) {
-    return "ROTIKA_PROBE_UPDATES=" + QCoreApplication::applicationDirPath() + "/" + name;
+bool roleIs(const char* role) {
+    return qEnvironmentVariable("ROTIKA_TEST_ROLE") == role;
 }
 
-std::string text(const QStringList& lines) {
-    return lines.join("\n").toStdString();
+class StubbornWindow : public QWidget {
+    void closeEvent(QCloseEvent* event) override { event->ignore(); }
+};
+
+void onEngineStart() {
+    std::puts("engine start");
+    static QWidget* const stubborn = roleIs("stubborn window") ? new StubbornWindow : nullptr;
+    if (stubborn != nullptr)
+        stubborn->show();
+    if (roleIs(
+            "early signal")) { // while the engine's warning dispatches events before the program's own loop
+        std::raise(SIGINT);
+        for (int i = 0; i < 20; ++i)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    }
+    QTimer::singleShot(0, qApp, [] { std::puts("running"); });
 }
 
-/// Ends a run that would go on for ever, by the road that every system has.
-void endAtOnce(QProcess& process) {
-    process.kill();
-    process.waitForFinished();
+void playEngine() {
+    if (!qEnvironmentVariableIsSet("ROTIKA_TEST_ROLE"))
+        return;
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
+    fakeOverlay.onStart = onEngineStart;
+    fakeOverlay.onStop = [] { std::puts("engine stop"); };
 }
 
-TEST(Start, TakesEachStepInOrderAndUndoesThemInOrder) {
-    ProbeHome home;
-    const auto run = home.start({libraryBeside("update_double"), "ROTIKA_PROBE_UPDATE_QUITS=1"});
-    EXPECT_EQ(exitStatus(*run), 0);
-    QStringList log = home.log();
-    log.removeAll("running"); // the update may ask for the end before the loop is seen to run
-    EXPECT_EQ(text(log), text({"licence", "engine start, theme there, icon there, folder own, window no",
-                               "updates feed https://rotika.example/appcast.xml",
-                               "updates for Rotika Rotika 0.9.1", "updates callback", "updates automatic 1",
-                               "updates init", "updates cleanup", "engine stop", "window destroyed"}));
+Q_COREAPP_STARTUP_FUNCTION(playEngine)
+
+/// All that a program in that role says but for "running", and its exit status.
+std::string storyOf(const QString& role) {
+    constexpr int limitMs = 60000;
+    const QTemporaryDir folder;
+    auto variables = QProcessEnvironment::systemEnvironment();
+    variables.insert("ROTIKA_TEST_ROLE", role);
+    for (const char* name : {"XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"})
+        variables.insert(name, folder.path());
+    QProcess program;
+    program.setProcessEnvironment(variables);
+    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    program.start(QCoreApplication::applicationFilePath(), QStringList());
+    QByteArray said;
+    if (role == "stubborn window") {
+        while (!said.contains("running") && program.waitForReadyRead(limitMs))
+            said += program.readAll();
+        program.terminate();
+    }
+    const bool isEnded = program.waitForFinished(limitMs) && program.exitStatus() == QProcess::NormalExit;
+    said = (said + program.readAll()).simplified().replace("running ", "");
+    return said.toStdString() + ' ' + std::to_string(isEnded ? program.exitCode() : -1);
+}
+
+TEST(Start, AnUpdateEndsTheProgramInOrder) {
+    EXPECT_EQ(storyOf("update"), "engine start updates start updates end engine stop 0");
 }
 
 TEST(Start, NoGoFromTheLicenceCheckEndsBeforeTheEngine) {
-    ProbeHome home;
-    const auto run = home.start({"ROTIKA_PROBE_NO_GO=1", libraryBeside("update_double")});
-    EXPECT_EQ(exitStatus(*run), 0);
-    EXPECT_EQ(text(home.log()), "licence");
-}
-
-TEST(Start, RunsWithHalfAnUpdateLibrary) {
-    ProbeHome home;
-    const auto run = home.start({libraryBeside("update_double_without_cleanup")});
-    EXPECT_TRUE(home.waitForLine("running"));
-    EXPECT_EQ(home.log().filter("updates").size(), 0);
-    endAtOnce(*run);
+    EXPECT_EQ(storyOf("no licence"), "0");
 }
 
 #ifndef _WIN32
 
-TEST(SingleInstance, LocksInTheTemporaryFolderWhenThereIsNoRuntimeFolder) {
-    for (const QString& runtime : {QString("XDG_RUNTIME_DIR"), QString("XDG_RUNTIME_DIR=run"),
-                                   QString("XDG_RUNTIME_DIR=/nowhere/at/all")}) {
-        ProbeHome home;
-        const auto first = home.start({runtime});
-        ASSERT_TRUE(home.waitForLine("running"));
-        const auto second = home.start({runtime});
-        EXPECT_EQ(exitStatus(*second), 0);
-        EXPECT_EQ(text(home.log().filter("box ")),
-                  "box Rotika|Rotika już działa — sprawdź ikonę w zasobniku systemowym.")
-            << runtime.toStdString();
+/// As a desktop's own file dialog does it: a loop that is not Qt's, for as long as the dialog is there.
+void askInForeignLoop() {
+    QDialog dialog;
+    GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
+    QObject::connect(&dialog, &QDialog::finished, [loop] { g_main_loop_quit(loop); });
+    QTimer::singleShot(0, &dialog, [] { std::raise(SIGHUP); });
+    dialog.show();
+    g_main_loop_run(loop);
+    g_main_loop_unref(loop);
+}
+
+TEST(QuitSignals, TakeTheOrderlyRoadAtAnyMoment) {
+    for (const char* role : {"stubborn window", "early signal", "signal in a dialog"})
+        EXPECT_EQ(storyOf(role), "engine start engine stop 0") << role;
+}
+
+TEST(SingleInstance, LocksWhereThereIsAFolderAndFollowsNoLink) {
+    for (const char* runtime : {"", "relative", "/nowhere/at/all"}) {
+        const QTemporaryDir folder;
+        qputenv("XDG_RUNTIME_DIR", runtime);
+        qputenv("TMPDIR", QFile::encodeName(folder.path()));
+        const std::string lock =
+            folder.filePath(QString("RotikaEngineRunning-%1.lock").arg(geteuid())).toStdString();
+        EXPECT_TRUE(claimSingleInstance());
+        EXPECT_FALSE(claimSingleInstance()) << runtime;
         struct stat status {};
-        const QString lock = home.temporaryFolder() + QString("/RotikaEngineRunning-%1.lock").arg(geteuid());
-        ASSERT_EQ(stat(lock.toLocal8Bit().constData(), &status), 0);
+        ASSERT_EQ(stat(lock.c_str(), &status), 0);
         EXPECT_EQ(status.st_mode & 0777u, 0600u);
-        endAtOnce(*first);
-    }
-}
-
-TEST(SingleInstance, FollowsNoLinkThatSomebodyLaidInTheTemporaryFolder) {
-    ProbeHome home;
-    const QString target = home.temporaryFolder() + "/target";
-    const QString lock = home.temporaryFolder() + QString("/RotikaEngineRunning-%1.lock").arg(geteuid());
-    ASSERT_TRUE(QFile::link(target, lock));
-    const auto run = home.start({"XDG_RUNTIME_DIR"});
-    EXPECT_TRUE(home.waitForLine("running"));
-    EXPECT_FALSE(QFile::exists(target));
-    endAtOnce(*run);
-}
-
-TEST(QuitSignals, TakeTheOrderlyRoadWhateverTheWindowsSay) {
-    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
-        ProbeHome home;
-        const auto run = home.start({libraryBeside("update_double"), "ROTIKA_PROBE_STUBBORN=1"});
-        ASSERT_TRUE(home.waitForLine("running"));
-        kill(static_cast<pid_t>(run->processId()), number);
-        EXPECT_EQ(exitStatus(*run), 0);
-        EXPECT_EQ(text(home.log().mid(home.log().size() - 3)),
-                  "updates cleanup\nengine stop\nwindow destroyed");
-    }
-}
-
-TEST(QuitSignals, AreKeptUntilTheLoopRunsAndCancelDialogs) {
-    for (const char* moment : {"ROTIKA_PROBE_EARLY_SIGNAL=1", "ROTIKA_PROBE_SIGNAL_IN_DIALOG=1"}) {
-        ProbeHome home;
-        const auto run = home.start({moment});
-        EXPECT_EQ(exitStatus(*run), 0) << moment;
-        EXPECT_EQ(text(home.log().mid(home.log().size() - 2)), "engine stop\nwindow destroyed") << moment;
-    }
-    ProbeHome home;
-    const auto first = home.start({});
-    ASSERT_TRUE(home.waitForLine("running"));
-    EXPECT_EQ(exitStatus(*home.start({"ROTIKA_PROBE_SIGNAL_IN_BOX=1"})), 0) << "of a second copy";
-    endAtOnce(*first);
-}
-
-TEST(GlibSources, AreServedWhateverQtRunsOn) {
-    for (const QString& glib : {QString("QT_NO_GLIB"), QString("QT_NO_GLIB=1")}) {
-        ProbeHome home;
-        const auto run = home.start({glib, "ROTIKA_PROBE_GLIB=1"});
-        EXPECT_TRUE(home.waitForLine("glib source served")) << glib.toStdString();
-        kill(static_cast<pid_t>(run->processId()), SIGTERM);
-        EXPECT_EQ(exitStatus(*run), 0);
+        ASSERT_TRUE(unlink(lock.c_str()) == 0 && symlink("target", lock.c_str()) == 0);
+        EXPECT_TRUE(claimSingleInstance()) << "rather two programs than none";
+        EXPECT_FALSE(QFile::exists(folder.filePath("target")));
     }
 }
 
 #endif
 
 } // namespace
+
+LicenceResult LicenceCheck::check() {
+#ifndef _WIN32
+    if (roleIs("signal in a dialog"))
+        askInForeignLoop();
+#endif
+    return {.go = !roleIs("no licence"), .accountText = {}};
+}
+
+void LicenceCheck::logOut(QWidget* /*parent*/) {}
+
+QString updateLibraryName() {
+    return roleIs("update") ? QCoreApplication::applicationDirPath() + "/update_double" : QString();
+}

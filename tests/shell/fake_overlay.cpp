@@ -7,14 +7,7 @@ FakeOverlay fakeOverlay;
 static constexpr OverlayChar status[] = {'o', 'k', 0};
 
 bool OverlayEngineStart() {
-    if (fakeOverlay.onStart)
-        fakeOverlay.onStart();
-    return false;
-}
-
-void OverlayEngineStop() {
-    if (fakeOverlay.onStop)
-        fakeOverlay.onStop();
+    return true;
 }
 
 void OverlayReloadConfig() {
@@ -26,6 +19,7 @@ bool OverlayActivateWheelFile(const OverlayChar* path) {
     return false;
 }
 
+void OverlayEngineStop() {}
 void OverlayToggleWheel() {}
 
 bool OverlayIsWheelVisible() {

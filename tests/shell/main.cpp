@@ -6,13 +6,8 @@
 #include <QSettings>
 #include <QTemporaryDir>
 
-int programMain(int argc, char** argv);
-
 int main(int argc, char** argv) {
-    // The widgets need no screen, and a test must not depend on one.
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    if (qEnvironmentVariableIsSet("ROTIKA_TEST_ROLE"))
-        return programMain(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen"); // the widgets need no screen
     testing::InitGoogleTest(&argc, argv);
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);

@@ -1,27 +1,24 @@
 // Stands in for the update library: requests a shutdown from a thread of its own, as an update does.
 
-#include <cstdio>
+#include <QtGlobal>
 #include <thread>
 
-#ifdef _WIN32
-#define DOUBLE_EXPORT extern "C" __declspec(dllexport)
-#else
-#define DOUBLE_EXPORT extern "C" __attribute__((visibility("default")))
-#endif
-
 static void (*requestShutdown)() = nullptr;
+static std::thread update;
 
-DOUBLE_EXPORT void win_sparkle_set_appcast_url(const char*) {}
-DOUBLE_EXPORT void win_sparkle_set_app_details(const wchar_t*, const wchar_t*, const wchar_t*) {}
-DOUBLE_EXPORT void win_sparkle_set_automatic_check_for_updates(int) {}
-DOUBLE_EXPORT void win_sparkle_check_update_with_ui() {}
-DOUBLE_EXPORT void win_sparkle_set_shutdown_request_callback(void (*callback)()) {
+extern "C" {
+Q_DECL_EXPORT void win_sparkle_set_appcast_url() {}
+Q_DECL_EXPORT void win_sparkle_set_app_details() {}
+Q_DECL_EXPORT void win_sparkle_set_automatic_check_for_updates() {}
+Q_DECL_EXPORT void win_sparkle_check_update_with_ui() {}
+Q_DECL_EXPORT void win_sparkle_set_shutdown_request_callback(void (*callback)()) {
     requestShutdown = callback;
 }
-DOUBLE_EXPORT void win_sparkle_init() {
-    std::puts("updates start");
-    std::thread(requestShutdown).detach();
+Q_DECL_EXPORT void win_sparkle_init() {
+    update = std::thread(requestShutdown);
 }
-DOUBLE_EXPORT void win_sparkle_cleanup() {
-    std::puts("updates end");
+Q_DECL_EXPORT void win_sparkle_cleanup() {
+    update.join();
+    requestShutdown();
+}
 }

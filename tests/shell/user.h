@@ -11,8 +11,7 @@ Widget* named(const QWidget& within, const QString& name) {
     qFatal("no widget %s", qPrintable(name));
 }
 
-/// Plays the user on the next modal dialog of type `Dialog`: `play` is called once it is up, and must end it.
-/// The call that opens the dialog comes after this one.
+/// Plays the user on the next modal dialog of type `Dialog`, which a later call opens; `play` must end it.
 template <typename Dialog>
 void onNextDialog(std::function<void(Dialog&)> play) {
     auto* look = new QTimer(qApp);
@@ -35,7 +34,7 @@ inline void writeFile(const QString& path, const QByteArray& bytes) {
 
 inline QByteArray bytesOf(const QString& path) {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 inline QJsonObject json(const QByteArray& text) {

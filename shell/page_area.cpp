@@ -2,6 +2,7 @@
 
 #include "shell/screen_room.h"
 
+#include <QApplication>
 #include <QLayout>
 #include <QResizeEvent>
 #include <QScreen>
@@ -41,14 +42,22 @@ int PageStack::heightForWidth(int width) const {
 PageArea::PageArea(PageStack* stack, int beside, QWidget* parent)
     : QScrollArea(parent), pages(stack), besidePx(beside) {
     setFrameShape(QFrame::NoFrame);
-    setFocusPolicy(Qt::NoFocus); // it follows the focus of what is in it
+    setFocusPolicy(Qt::NoFocus);
     setWidgetResizable(true);
     setWidget(pages);
     // Both would paint the system's colour over the window's.
     viewport()->setAutoFillBackground(false);
     pages->setAutoFillBackground(false);
     pages->installEventFilter(this);
+    connect(qApp, &QApplication::focusChanged, this, &PageArea::followFocus);
     pages->countOnlyThePageInFront();
+}
+
+// Qt does so only for a focus that comes from another widget of the page. Under a pressed button nothing
+// moves, or its release would miss what it pressed.
+void PageArea::followFocus(const QWidget* /*before*/, QWidget* now) {
+    if (now != nullptr && pages->isAncestorOf(now) && QGuiApplication::mouseButtons() == Qt::NoButton)
+        ensureWidgetVisible(now);
 }
 
 QSize PageArea::minimumSizeHint() const {

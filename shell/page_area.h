@@ -34,6 +34,8 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    void followFocus(const QWidget* before, QWidget* now);
+
     PageStack* pages;
     int besidePx;
 };

@@ -4,61 +4,40 @@
 
 FakeOverlay fakeOverlay;
 
-namespace {
-
-/// Lives until the next call for the same holder, as the shell may expect of a status text.
-const OverlayChar* hold(std::basic_string<OverlayChar>& holder, const std::wstring& text) {
-    holder.assign(text.begin(), text.end());
-    return holder.c_str();
-}
-
-} // namespace
+static constexpr OverlayChar status[] = {'o', 'k', 0};
 
 bool OverlayEngineStart() {
-    if (fakeOverlay.onStart)
-        fakeOverlay.onStart();
-    return false;
-}
-
-void OverlayEngineStop() {
-    if (fakeOverlay.onStop)
-        fakeOverlay.onStop();
+    return true;
 }
 
 void OverlayReloadConfig() {
     ++fakeOverlay.reloads;
-    if (fakeOverlay.onReload)
-        fakeOverlay.onReload();
 }
 
 bool OverlayActivateWheelFile(const OverlayChar* path) {
-    const std::basic_string<OverlayChar> text(path);
-    fakeOverlay.activated.emplace_back(text.begin(), text.end());
-    return fakeOverlay.acceptsActivation;
+    fakeOverlay.activated.append(QString::fromUtf16(reinterpret_cast<const char16_t*>(path)));
+    return false;
 }
 
-void OverlayToggleWheel() {
-    ++fakeOverlay.toggles;
-}
+void OverlayEngineStop() {}
+void OverlayToggleWheel() {}
 
 bool OverlayIsWheelVisible() {
     return false;
 }
 
 const OverlayChar* OverlayGazeStatus() {
-    static std::basic_string<OverlayChar> text;
-    return hold(text, fakeOverlay.gazeStatus);
+    return status;
 }
 
 const OverlayChar* OverlayVoiceStatus() {
-    static std::basic_string<OverlayChar> text;
-    return hold(text, fakeOverlay.voiceStatus);
+    return status;
 }
 
 std::int32_t OverlayVoicePhraseCount() {
-    return fakeOverlay.phraseCount;
+    return 7;
 }
 
 std::int32_t OverlayWheelCount() {
-    return fakeOverlay.wheelCount;
+    return 1;
 }

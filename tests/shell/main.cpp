@@ -7,9 +7,8 @@
 #include <QTemporaryDir>
 
 int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen"); // the widgets need no screen
     testing::InitGoogleTest(&argc, argv);
-    // The widgets need no screen, and a test must not depend on one.
-    qputenv("QT_QPA_PLATFORM", "offscreen");
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);
     // Nobody's settings but the tests' own (on Windows the prefix is).

@@ -1,0 +1,96 @@
+#include "fake_overlay.h"
+#include "shell/voice_page.h"
+#include "shell/wheel_document.h"
+#include "user.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class Files : public testing::Test {
+protected:
+    void TearDown() override { QFile::remove(config); }
+
+    /// A document of the wheel file with this text.
+    WheelDocument opened(const QByteArray& text) {
+        writeFile(path, text);
+        WheelDocument document;
+        EXPECT_TRUE(document.load(path, nullptr)) << text.toStdString();
+        return document;
+    }
+
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("kola.json");
+    const QString config = QCoreApplication::applicationDirPath() + "/config.json";
+};
+
+TEST_F(Files, AreSavedWithAllThatWasUnderstood) {
+    const std::pair<QByteArray, QByteArray> cases[] = {
+        {R"({"wheels":[]})", R"({"wheels":[{"name":"Koło 1","actions":[]}]})"},
+        {R"({"wheels":[{"name":"x"},7]})",
+         R"({"wheels":[{"name":"x","actions":[]},{"name":"","actions":[]}]})"},
+        {R"({"wheels":5,"actions":[{"name":"f","keys":["a",5,5.7,"",true],"mystery":1}]})",
+         R"({"actions":[{"name":"f","steps":[{"action":"click","key":"a","value":1},
+            {"action":"click","key":"5","value":1},{"action":"click","key":"0","value":1}]}]})"},
+        {R"({"actions":[{"name":"f","delay":30,"color":"red","icon":"icons/a.png","voice":"głos"},
+            {"delay":31,"color":"nonsense"},{"delay":9000},{"delay":"7","steps":"x","key":"b"}]})",
+         R"({"actions":[{"name":"f","color":"#FF0000","icon":"icons/a.png","voice":"głos","steps":[]},
+            {"name":"","delay":31,"steps":[]},{"name":"","delay":9000,"steps":[]},
+            {"name":"","steps":[{"action":"click","key":"b","value":1}]}]})"},
+        {R"({"actions":[{"steps":[{"key":"a","action":"click","value":500},{"key":"a","value":0},
+            {"key":"a","action":"HOLD","value":7},{"key":"a","action":"hold"},
+            {"key":"a","action":"przytrzymaj","value":70000},{"key":"a","action":"puść","value":9},
+            {"open":5,"key":"a"},{"open":"x"},3]}]})",
+         R"({"actions":[{"name":"","steps":[{"action":"click","key":"a","value":100},
+            {"action":"click","key":"a","value":1},{"action":"click","key":"a","value":7},
+            {"action":"hold","key":"a","value":0},{"action":"hold","key":"a","value":70000},
+            {"action":"release","key":"a"},{"open":""},{"open":"x"},
+            {"action":"click","key":"","value":1}]}]})"},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_TRUE(opened(text).save(nullptr));
+        EXPECT_EQ(json(bytesOf(path)), json(expected)) << text.toStdString();
+    }
+}
+
+TEST_F(Files, OfAnotherProgramAreKeptBesideWhatIsSaved) {
+    WheelDocument document = opened(R"({"actions":[]})");
+    for (const QByteArray foreign : {"", "first", "second"}) {
+        writeFile(path, foreign);
+        EXPECT_TRUE(document.save(nullptr));
+        EXPECT_EQ(bytesOf(document.keptCopy), foreign);
+        EXPECT_EQ(json(bytesOf(path)), json(R"({"actions":[]})"));
+        EXPECT_TRUE(document.save(nullptr) && document.keptCopy.isEmpty());
+    }
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 3);
+    EXPECT_FALSE(document.saveAs(folder.filePath("nie ma/kola.json"), nullptr));
+}
+
+/// Kept beside it: what Qt's reader refuses. Taken over: what the engine reads all the same.
+TEST_F(Files, OfSettingsLoseNothingByASwitch) {
+    const std::pair<QByteArray, QByteArray> cases[] = {
+        {R"({"toggleKey":"F9","new":[null]})", R"({"toggleKey":"F9","new":[null]})"},
+        {"{\"toggleKey\":\"F9", "{}"},
+        {"[1]", "{}"},
+        {R"({"sendDelay":+5,"keyHold":007,"x":[-.5,1.,1e,--5,1-2,1e999,true]})",
+         R"({"sendDelay":5,"keyHold":7,"x":[-0.5,1,1,0,1,1e300,true]})"},
+        {"{\"voiceModel\":\"a\tb\\u12G4\",\"toggleKey\":\"\\\"\\n\\u0107\"}",
+         R"({"voiceModel":"a\tb\u0012","toggleKey":"\"\nć"})"},
+    };
+    const QString copy = QCoreApplication::applicationDirPath() + "/config-kopia-1.json";
+    for (const auto& [text, kept] : cases) {
+        writeFile(config, text);
+        fakeOverlay.reloads = 0;
+        const VoicePage page({});
+        named(page, "Komendy głosowe włączone")->click();
+        QJsonObject expected = json(kept);
+        expected["voiceEnabled"] = false;
+        expected["voiceGlobal"] = true;
+        EXPECT_EQ(json(bytesOf(config)), expected) << text.toStdString();
+        EXPECT_EQ(fakeOverlay.reloads, 1);
+        EXPECT_EQ(bytesOf(copy), json(text).isEmpty() ? text : QByteArray());
+        QFile::remove(copy);
+    }
+}
+
+} // namespace

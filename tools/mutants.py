@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Takes one behaviour at a time from a copy of the product and sees whether a test notices.
 
-mutants.py [--list] [word...]: all of mutants.txt, or those with one of the words in their
-behaviour, groups or file. Prints a line each and ends with 1 if one survived. The copy and its build trees are
+mutants.py [--list] [--file list] [word...]: all of mutants.txt or of another list, or those with one of the
+words in their behaviour, groups or file. Prints a line each and ends with 1 if one survived. The copy and its build trees are
 in build/mutants/ and serve the next run. A test that fails without a mutant too would count as its killer, so
 the tests must pass and the machine be quiet.
 """
@@ -51,8 +51,8 @@ class Mutant:
         path.write_text(text.replace(self.old, self.new))
 
 
-def read_mutants():
-    text = (root / "tools/mutants.txt").read_text()
+def read_mutants(list_file):
+    text = list_file.read_text()
     return [Mutant(block) for block in text.split("\n\n") if re.search("^[^#]", block, re.M)]
 
 
@@ -118,9 +118,10 @@ def noticed_by(mutant, log):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--list", action="store_true", help="only name them")
+    parser.add_argument("--file", type=pathlib.Path, default=root / "tools/mutants.txt", help="another list")
     parser.add_argument("words", nargs="*")
     arguments = parser.parse_args()
-    chosen = [mutant for mutant in read_mutants() if mutant.matches(arguments.words)]
+    chosen = [mutant for mutant in read_mutants(arguments.file) if mutant.matches(arguments.words)]
     if arguments.list:
         print("\n".join(f"{' '.join(m.groups):16} {m.behaviour}" for m in chosen))
         return 0

@@ -1,18 +1,10 @@
-#include "core/dispatch.h"
-#include "core/handed_over.h"
 #include "core/lifecycle.h"
 #include "engine_test.h"
 #include "run/function_run.h"
 
-#include <memory>
-
 namespace {
 
-class Lifecycle : public EngineTest {
-protected:
-    std::string boxes() const { return journal({JournalKind::box}); }
-    std::string balloons() const { return journal({JournalKind::tray}); }
-};
+class Lifecycle : public EngineTest {};
 
 TEST_F(Lifecycle, StartMakesHiddenWindowsAndTakesTheToggleKeyOnceAndAStopIsForGood) {
     desktop.hasDisplay = false;
@@ -45,7 +37,7 @@ TEST_F(Lifecycle, AStandaloneStartTellsOfATakenKeyAndBadFilesAndHasATrayIcon) {
     folder.write("voice.json", R"({"wheels": [5]})");
     desktop.keysTakenByOthers = {0x58};
     EXPECT_TRUE(startEngine(true));
-    EXPECT_EQ(boxes(),
+    EXPECT_EQ(journal({JournalKind::box}),
               "[Rotika] Nie udało się zarejestrować globalnego skrótu 'x'.\nByć może inny program już go "
               "używa., [Rotika] Problemy z konfiguracją:\n\nconfig.json: nieznany klawisz \"lmb\" — używam "
               "\"x\".\ndefault.json: koło bez tablicy \"actions\".\n");
@@ -54,8 +46,6 @@ TEST_F(Lifecycle, AStandaloneStartTellsOfATakenKeyAndBadFilesAndHasATrayIcon) {
               std::string::npos);
     desktop.destroyMainWindow();
     EXPECT_FALSE(desktop.trayTip);
-    EXPECT_FALSE(
-        postRecord(engineState.mainWindow, MsgVoiceSkipped, std::make_unique<std::u16string>(u"za późno")));
 }
 
 TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansAreLeftOutAndALaterReloadStartsThem) {
@@ -123,22 +113,11 @@ TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothingAlsoFromAnotherProc
                     OverlayIsWheelVisible());
         EXPECT_EQ(shown("wheel", "pie").size(), 2U);
     }
-    EXPECT_EQ(balloons(), "info [Rotika] Aktywowano konfigurację: " + utf8FromUtf16(good));
+    EXPECT_EQ(journal({JournalKind::tray}), "info [Rotika] Aktywowano konfigurację: " + utf8FromUtf16(good));
     OverlayReloadConfig();
     EXPECT_EQ(OverlayWheelCount(), 1) << "back to default.json";
     desktop.destroyMainWindow();
     EXPECT_TRUE(desktop.registeredKeys().empty());
-}
-
-TEST_F(Lifecycle, ARecordIsTakenOnceAndFromTheEngineAlone) {
-    ASSERT_TRUE(startEngine(true));
-    desktop.clearJournal();
-    auto record = std::make_unique<std::u16string>(u"skok");
-    const auto number = reinterpret_cast<std::intptr_t>(record.get());
-    EXPECT_TRUE(postRecord(engineState.mainWindow, MsgVoiceSkipped, std::move(record)));
-    postToMain(MsgVoiceSkipped, 0, number); // as anybody could
-    EXPECT_TRUE(balloons().ends_with("słownika modelu: skok") &&
-                balloons().find("skok") == balloons().rfind("skok"));
 }
 
 /// For the sanitizer of threads.

@@ -218,6 +218,7 @@ TEST_P(Scenes, EndAsTheyShould) {
 
 constexpr char toggling[] = R"(
     toggle -> open  shell -> open  say pokaż koło -> open  say schowaj koło -> closed  stop -> closed
+    lock; toggle -> closed  lock; shell -> closed
     lock; toggle; shell; say pokaż koło; post 1 0 1; say kliknij; say pokaż siatkę -> closed woken 4
     lock; unlock; toggle -> open  close -> closed  destroy wheel -> closed  destroy wheel; toggle -> open
     toggle; toggle -> closed  toggle; shell -> closed

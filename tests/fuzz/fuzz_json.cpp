@@ -1,17 +1,14 @@
 #include "core/text.h"
 #include "files/json_reader.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <string_view>
 
 namespace {
 
 void require(bool holds) {
-    if (!holds) {
+    if (!holds)
         std::abort();
-    }
 }
 
 } // namespace

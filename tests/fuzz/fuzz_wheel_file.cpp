@@ -4,31 +4,23 @@
 
 #include <unistd.h>
 
-#include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <string>
 #include <string_view>
-#include <vector>
 
 namespace {
 
 void require(bool holds) {
-    if (!holds) {
+    if (!holds)
         std::abort();
-    }
 }
 
 /// The file through which the bytes go; each of several processes has its own.
 struct PassingFile {
-    const std::filesystem::path path =
-        std::filesystem::temp_directory_path() / ("rotika-fuzz-" + std::to_string(getpid()) + ".json");
-    ~PassingFile() {
-        std::error_code ignored;
-        std::filesystem::remove(path, ignored);
-    }
+    const std::string path = "/tmp/rotika-fuzz-" + std::to_string(getpid()) + ".json";
+    ~PassingFile() { std::remove(path.c_str()); }
 };
 
 std::vector<Wheel> load(std::string_view bytes) {
@@ -37,7 +29,7 @@ std::vector<Wheel> load(std::string_view bytes) {
         .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     std::vector<Wheel> wheels;
     std::u16string problems;
-    const bool isClean = loadWheelFile(file.path.u16string(), wheels, problems);
+    const bool isClean = loadWheelFile(utf16FromUtf8(file.path), wheels, problems);
     require(isClean == problems.empty());
     require(isClean || problems.back() == u'\n');
     return wheels;
@@ -58,9 +50,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::vector<Wheel> wheels = load({reinterpret_cast<const char*>(data), size});
     for (const Wheel& wheel : wheels) {
         require(!wheel.actions.empty() && wheel.actions.size() <= maxFieldCount);
-        for (const WheelAction& action : wheel.actions) {
+        for (const WheelAction& action : wheel.actions)
             requireLimits(action);
-        }
     }
     // The writer's text is a fixed point: what it wrote once reads back as the same text.
     const std::string written = serializeWheels(wheels);

@@ -1,58 +1,180 @@
 #include "engine_test.h"
 
 #include "core/lifecycle.h"
-#include "picture_text.h"
+#include "files/key_names.h"
+
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <sstream>
 
 namespace {
 
+const std::string kinds[] = {"click", "hold", "release", "open"};
+
 SimulatedDesktop& freshDesktop() {
+    resetEngineForTest();
     resetSimulatedDesktop();
     return simulatedDesktop();
 }
 
+template <typename Command>
+std::string lineOf(const Command& c, const std::string& name) {
+    std::ostringstream line;
+    if constexpr (requires { c.points; })
+        line << name << " " << c.points[0].x << "," << c.points[0].y << " to " << c.points[2].x;
+    else
+        line << name << " " << c.box.x << "," << c.box.y << " " << c.box.width << "x" << c.box.height;
+    if constexpr (requires { c.startAngle; })
+        line << " from " << c.startAngle << " by " << c.sweepAngle;
+    if constexpr (requires { c.color; }) {
+        const auto rest = c.color.red << 16 | c.color.green << 8 | c.color.blue;
+        line << " " << std::hex << std::uppercase << c.color.alpha * 0x1000000LL + rest;
+    }
+    if constexpr (requires { c.text; })
+        line << " " << utf8FromUtf16(c.text);
+    if constexpr (requires { c.image; })
+        line << " " << utf8FromUtf16(c.image->path);
+    return line.str();
+}
+
+std::string describe(const WheelAction& action) {
+    std::ostringstream text;
+    text << utf8FromUtf16(action.name) << "{";
+    for (const ActionStep& each : action.steps)
+        text << (&each == &action.steps.front() ? "" : ", ") << kinds[static_cast<int>(each.kind)] << " "
+             << utf8FromUtf16(each.kind == StepKind::open ? each.target : each.key.text) << " " << each.value;
+    text << "}";
+    if (action.delay != 30)
+        text << " delay=" << action.delay;
+    if (action.hasColor)
+        text << " bgr=" << std::hex << std::uppercase << action.color;
+    if (!action.icon.empty())
+        text << " icon=" << utf8FromUtf16(action.icon);
+    if (!action.voice.empty())
+        text << " voice=" << utf8FromUtf16(action.voice);
+    return text.str();
+}
+
 } // namespace
 
-EngineTest::EngineTest() : desktop(freshDesktop()) {}
+std::vector<Row> rowsOf(const std::string& table) {
+    std::vector<Row> rows;
+    for (std::size_t at = table.find_first_not_of(" \n"); at != table.npos;
+         at = table.find_first_not_of(" \n", at)) {
+        const std::size_t end = std::min({table.find('\n', at), table.find("  ", at), table.size()});
+        const std::string row = table.substr(at, end - at);
+        const std::size_t arrow = row.rfind(" ->");
+        rows.emplace_back(row.substr(0, arrow), row.substr(std::min(arrow + 4, row.size())));
+        at = end;
+    }
+    return rows;
+}
+
+Texts linesOf(const Picture& picture, const std::string& word) {
+    // By the order of the commands in the variant; what has no name is a mere outline.
+    static const std::string names[] = {"pie",       "", "arc",     "hole", "",
+                                        "rectangle", "", "polygon", "text", "image"};
+    Texts lines;
+    for (const DrawCommand& command : picture.commands) {
+        const std::string& name = names[command.index()];
+        const std::string line =
+            std::visit([&name](const auto& each) { return lineOf(each, name); }, command);
+        if (!name.empty() && line.starts_with(word))
+            lines.push_back(line);
+    }
+    return lines;
+}
+
+std::string describe(const std::vector<Wheel>& wheels) {
+    std::string text;
+    for (const Wheel& wheel : wheels)
+        text += (text.empty() ? "" : " ") + utf8FromUtf16(wheel.name) + "[" + describe(wheel.actions) + "]";
+    return text;
+}
+
+std::string describe(const std::vector<WheelAction>& actions) {
+    std::string text;
+    for (const WheelAction& action : actions)
+        text += (text.empty() ? "" : "; ") + describe(action);
+    return text;
+}
+
+std::vector<ActionStep> stepsOf(const std::string& text) {
+    std::vector<ActionStep> steps;
+    std::istringstream words(text);
+    std::string kindName;
+    std::string what;
+    for (std::int32_t value = 0; words >> kindName >> what >> value;) {
+        const auto kind = static_cast<StepKind>(std::ranges::find(kinds, kindName) - kinds);
+        const bool opens = kind == StepKind::open;
+        const std::u16string name = utf16FromUtf8(what);
+        steps.push_back({opens ? KeyCode{} : parseKeyCode(name), kind, value, opens ? name : u""});
+    }
+    return steps;
+}
+
+WheelAction field(const std::string& key, const std::u16string& name, const std::u16string& voice) {
+    WheelAction action;
+    action.name = name;
+    action.steps = stepsOf("click " + key + " 1");
+    action.voice = voice;
+    return action;
+}
+
+Wheel wheelOf(int fieldCount) {
+    Wheel wheel;
+    for (int i = 0; i < fieldCount; ++i)
+        wheel.actions.push_back(field({static_cast<char>('a' + i)}));
+    return wheel;
+}
+
+std::string repeated(const std::string& piece, std::size_t count) {
+    std::ostringstream text;
+    for (std::size_t i = 0; i < count; ++i)
+        text << piece;
+    return text.str();
+}
+
+std::string textOf(const OverlayChar* text) {
+    return utf8FromUtf16(reinterpret_cast<const char16_t*>(text));
+}
+
+bool activateFile(const std::u16string& path) {
+    return OverlayActivateWheelFile(reinterpret_cast<const OverlayChar*>(path.c_str()));
+}
+
+TemporaryFolder::TemporaryFolder() {
+    do
+        folder = std::filesystem::temp_directory_path() /
+                 ("rotika-test-" + std::to_string(std::random_device()()));
+    while (!std::filesystem::create_directory(folder));
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+}
+
+std::u16string TemporaryFolder::write(const std::string& name, const std::string& bytes) const {
+    std::ofstream(at(name), std::ios::binary) << bytes;
+    return path(name);
+}
+
+std::string TemporaryFolder::read(const std::string& name) const {
+    std::ifstream file(at(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+EngineTest::EngineTest() : desktop(freshDesktop()) {
+    setSimulatedProgramFolder(folder.path());
+}
 
 /// The workers that only a stop ends must hear of it before the others can be played to their end.
 EngineTest::~EngineTest() {
     stopWorkers();
     desktop.clock.drain();
-}
-
-void EngineTest::startWith(std::vector<Wheel> wheels) {
-    folder.write("config.json", R"({"gazeEnabled": false, "voiceEnabled": false})");
-    ASSERT_TRUE(OverlayEngineStart());
-    engineState.wheels = std::move(wheels);
-    desktop.clearJournal();
-}
-
-void EngineTest::pressToggleKey() {
-    desktop.pressKey(engineConfig.toggleKeyCode.vk);
-    desktop.releaseKey(engineConfig.toggleKeyCode.vk);
-    desktop.pumpMessages();
-}
-
-void EngineTest::aimAt(Point point) {
-    desktop.moveMouse(point.x - engineState.cursorX, point.y - engineState.cursorY);
-    desktop.advanceBy(15);
-    ASSERT_EQ(virtualCursor(), point);
-}
-
-void EngineTest::putCursorAt(Point point) {
-    engineState.cursorX = point.x;
-    engineState.cursorY = point.y;
-}
-
-void EngineTest::clickMouse() {
-    desktop.pressMouse(0);
-    desktop.releaseMouse(0);
-    desktop.settle();
-}
-
-void EngineTest::postToMain(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) {
-    ASSERT_TRUE(postWindowMessage(engineState.mainWindow, message, wParam, lParam));
-    desktop.settle();
+    resetSimulatedFiles();
 }
 
 std::string EngineTest::journal(std::initializer_list<JournalKind> kinds) const {
@@ -68,50 +190,4 @@ std::string EngineTest::played(std::uint64_t sinceMs) const {
         if (entry.kind == JournalKind::input || entry.kind == JournalKind::target)
             text += (text.empty() ? "" : ", ") + std::to_string(entry.atMs - sinceMs) + " " + entry.text;
     return text;
-}
-
-std::vector<std::string> EngineTest::shownLines(const std::string& word) {
-    return linesOf(pictureLines(*desktop.windowNamed("wheel")->picture), word);
-}
-
-std::string textOf(const OverlayChar* text) {
-    return utf8FromUtf16(reinterpret_cast<const char16_t*>(text));
-}
-
-KeyCode keyOf(std::uint16_t virtualKey) {
-    return {.vk = virtualKey, .valid = true, .text = {}};
-}
-
-KeyCode mouseKey(std::uint32_t button) {
-    return {.isMouse = true, .mouseButton = button, .valid = true, .text = {}};
-}
-
-ActionStep click(KeyCode key, std::int32_t count) {
-    return {std::move(key), StepKind::click, count, {}};
-}
-
-ActionStep hold(KeyCode key, std::int32_t durationMs) {
-    return {std::move(key), StepKind::hold, durationMs, {}};
-}
-
-ActionStep release(KeyCode key) {
-    return {std::move(key), StepKind::release, 0, {}};
-}
-
-ActionStep open(const std::u16string& target) {
-    return {{}, StepKind::open, 1, target};
-}
-
-WheelAction field(const std::u16string& name, std::uint16_t virtualKey) {
-    WheelAction action;
-    action.name = name;
-    action.steps = {click(keyOf(virtualKey))};
-    return action;
-}
-
-Wheel wheelOf(int fieldCount) {
-    Wheel wheel;
-    for (int i = 0; i < fieldCount; ++i)
-        wheel.actions.push_back(field({}, static_cast<std::uint16_t>(65 + i)));
-    return wheel;
 }

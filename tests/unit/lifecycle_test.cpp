@@ -1,60 +1,51 @@
 #include "core/lifecycle.h"
-#include "core/text.h"
 #include "engine_test.h"
+#include "run/function_run.h"
 
 namespace {
 
-using Texts = std::vector<std::string>;
+class Lifecycle : public EngineTest {};
 
-constexpr std::uint16_t keyX = 0x58;
-
-class Lifecycle : public EngineTest {
-protected:
-    std::string boxes() const { return journal({JournalKind::box}); }
-
-    static bool activate(const std::u16string& path) {
-        return OverlayActivateWheelFile(reinterpret_cast<const OverlayChar*>(path.c_str()));
-    }
-};
-
-TEST_F(Lifecycle, StartMakesHiddenWindowsAndTakesTheToggleKeyOnce) {
-    EXPECT_TRUE(OverlayEngineStart());
-    for (const char* name : {"main", "wheel", "grid"})
-        EXPECT_FALSE(desktop.windowNamed(name)->isShown) << name;
-    EXPECT_EQ(desktop.registeredKeys(), (std::set<std::uint16_t>{keyX}));
-    EXPECT_EQ(OverlayWheelCount(), 1) << "the files of the first run";
-    EXPECT_FALSE(desktop.trayTip);
-    EXPECT_TRUE(isForeground("game"));
-    const std::size_t windowCount = desktop.windows.size();
-    desktop.clearJournal();
-    EXPECT_TRUE(OverlayEngineStart());
-    EXPECT_TRUE(desktop.journal.empty());
-    EXPECT_EQ(desktop.windows.size(), windowCount);
-}
-
-TEST_F(Lifecycle, CallsWithoutAStartOrADisplayAreHarmlessAndAFailedStartCanBeTriedAgain) {
+TEST_F(Lifecycle, StartMakesHiddenWindowsAndTakesTheToggleKeyOnceAndAStopIsForGood) {
     desktop.hasDisplay = false;
     for (int i = 0; i < 2; ++i) { // before and after the failed start
         OverlayToggleWheel();
         OverlayReloadConfig();
         OverlayEngineStop();
-        EXPECT_FALSE(OverlayIsWheelVisible());
         EXPECT_TRUE(desktop.journal.empty());
         EXPECT_FALSE(OverlayEngineStart());
     }
     desktop.hasDisplay = true;
+    configure();
     EXPECT_TRUE(OverlayEngineStart());
+    for (const char* name : {"main", "wheel", "grid"})
+        EXPECT_FALSE(desktop.windowNamed(name)->isShown) << name;
+    EXPECT_EQ(desktop.registeredKeys(), (std::set<std::uint16_t>{0x58}));
+    EXPECT_EQ(OverlayWheelCount(), 1) << "the files of the first run";
+    EXPECT_FALSE(desktop.askedForElements) << "nobody can ask for labels while voice is off";
+    const std::size_t windowCount = desktop.windows.size();
+    EXPECT_TRUE(OverlayEngineStart());
+    OverlayEngineStop();
+    EXPECT_TRUE(desktop.registeredKeys().empty());
+    EXPECT_TRUE(OverlayEngineStart());
+    EXPECT_TRUE(desktop.registeredKeys().empty());
+    EXPECT_EQ(desktop.windows.size(), windowCount);
 }
 
-TEST_F(Lifecycle, ATakenToggleKeyIsToldAndTheEngineRunsWithoutIt) {
-    folder.write("config.json", R"({"toggleKey": "F9", "gazeEnabled": false, "voiceEnabled": false})");
-    desktop.keysTakenByOthers = {0x78};
-    EXPECT_TRUE(OverlayEngineStart());
-    EXPECT_FALSE(desktop.askedForElements) << "nobody can ask for labels while voice is off";
-    EXPECT_EQ(boxes(), "[Rotika] Nie udało się zarejestrować globalnego skrótu 'F9'.\n"
-                       "Być może inny program już go używa.");
-    OverlayToggleWheel();
-    EXPECT_TRUE(OverlayIsWheelVisible());
+TEST_F(Lifecycle, AStandaloneStartTellsOfATakenKeyAndBadFilesAndHasATrayIcon) {
+    configure(R"("toggleKey": "lmb",)");
+    folder.write("voice.json", R"({"wheels": [5]})");
+    desktop.keysTakenByOthers = {0x58};
+    EXPECT_TRUE(startEngine(true));
+    EXPECT_EQ(journal({JournalKind::box}),
+              "[Rotika] Nie udało się zarejestrować globalnego skrótu 'x'.\nByć może inny program już go "
+              "używa., [Rotika] Problemy z konfiguracją:\n\nconfig.json: nieznany klawisz \"lmb\" — używam "
+              "\"x\".\ndefault.json: koło bez tablicy \"actions\".\n");
+    EXPECT_EQ(desktop.trayTip, u"Rotika — 'x' pokazuje nakładkę");
+    EXPECT_NE(desktop.mainHandlers->statusText().find(u"\nKół funkcji: 1, pól w pierwszym: 8\nTobii"),
+              std::string::npos);
+    desktop.destroyMainWindow();
+    EXPECT_FALSE(desktop.trayTip);
 }
 
 TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansAreLeftOutAndALaterReloadStartsThem) {
@@ -62,7 +53,6 @@ TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansAreLeftOutAndALaterReloadStarts
     desktop.refusesThreads = true;
     EXPECT_TRUE(OverlayEngineStart());
     postToMain(MsgVoiceCommand, 10);
-    EXPECT_EQ(engineState.elementScanBusy, 1) << "until it is cancelled";
     EXPECT_EQ(textOf(OverlayVoiceStatus()), "błąd inicjalizacji");
     EXPECT_EQ(textOf(OverlayGazeStatus()), "błąd inicjalizacji");
     desktop.refusesThreads = false;
@@ -71,104 +61,81 @@ TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansAreLeftOutAndALaterReloadStarts
     EXPECT_EQ(textOf(OverlayVoiceStatus()), "brak simulated-speech");
     EXPECT_TRUE(desktop.askedForElements);
     EXPECT_EQ(textOf(OverlayGazeStatus()), "brak simulated-gaze (zainstaluj oprogramowanie Tobii)");
-    OverlayEngineStop();
+    engineState.gazeStatus = -1;
+    EXPECT_EQ(textOf(OverlayGazeStatus()), "błąd inicjalizacji");
 }
 
-TEST_F(Lifecycle, AStandaloneStartShowsTheProblemsOfItsFilesAndATrayIcon) {
-    folder.write("config.json", R"({"toggleKey": "lmb", "gazeEnabled": false, "voiceEnabled": false})");
-    folder.write("voice.json", R"({"wheels": [5]})");
-    EXPECT_TRUE(startEngine(true));
-    EXPECT_EQ(boxes(), "[Rotika] Problemy z konfiguracją:\n\n"
-                       "config.json: nieznany klawisz \"lmb\" — używam \"x\".\n"
-                       "default.json: koło bez tablicy \"actions\".\n");
-    EXPECT_EQ(desktop.trayTip, u"Rotika — 'x' pokazuje nakładkę");
-    desktop.destroyMainWindow();
-    EXPECT_FALSE(desktop.trayTip);
-    EXPECT_TRUE(desktop.registeredKeys().empty());
+TEST_F(Lifecycle, ReloadReadsTheFilesAgainAndKeepsTheWheelOpenOnANewField) {
+    startWith({wheelOf(24), wheelOf(24)});
+    folder.write("default.json", R"({"actions": [{"key": "q"}]})");
+    configure(R"("segmentColor": "#010203", "toggleKey": "F9",)");
+    pressToggleKey();
+    aimAt({293, 100});
+    EXPECT_EQ(engineState.hoveredField, 23);
+    engineState.activeWheel = 1;
+    OverlayReloadConfig();
+    EXPECT_EQ(engineState.activeWheel, 0);
+    EXPECT_EQ(shown("wheel", "pie"), (Texts{"pie 70,6 448x448 from -90 by 360 87010203"}));
+    EXPECT_EQ(desktop.registeredKeys(), (std::set<std::uint16_t>{0x58})) << "until the next start";
+    clickMouse(); // on the field that took the place of the vanished one
+    desktop.advanceBy(1000);
+    EXPECT_EQ(inputs(), "key 81 down, key 81 up");
 }
 
-TEST_F(Lifecycle, ReloadReadsTheFilesAgainAndKeepsTheWheelAsItIsOpenOrClosed) {
-    for (const bool isOpen : {true, false}) {
-        startWith({wheelOf(24), wheelOf(24)});
-        folder.write("default.json", R"({"actions": [{"key": "q"}]})");
-        folder.write("config.json", R"({"segmentColor": "#010203", "toggleKey": "F9"})");
-        if (isOpen) {
-            OverlayToggleWheel();
-            aimAt({293, 100});
-            EXPECT_EQ(engineState.hoveredField, 23);
-        }
-        engineState.activeWheel = 1;
-        desktop.clearJournal();
-        OverlayReloadConfig();
-        EXPECT_EQ(OverlayIsWheelVisible(), isOpen);
-        EXPECT_EQ(engineState.activeWheel, 0);
-        EXPECT_EQ(OverlayWheelCount(), 1);
-        EXPECT_EQ(desktop.journal.size(), isOpen ? 1U : 0U); // painted, and nothing else
-        if (isOpen) {
-            EXPECT_EQ(shownLines("pie 70"), (Texts{"pie 70,6 448x448 from -90 by 360 of 87 01 02 03"}));
-            clickMouse(); // on the field that took the place of the vanished one
-            desktop.advanceBy(1000);
-            EXPECT_EQ(journal({JournalKind::input}), "key 81 down, key 81 up");
-        }
-    }
-    EXPECT_EQ(engineConfig.toggleKey, u"F9");
-    EXPECT_EQ(desktop.registeredKeys(), (std::set<std::uint16_t>{keyX})) << "until the next start";
-}
-
-TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothing) {
-    startWith({wheelOf(4), wheelOf(5)});
+TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothingAlsoFromAnotherProcess) {
+    configure();
+    ASSERT_TRUE(startEngine(true));
+    engineState.wheels = {wheelOf(4), wheelOf(5)};
     pressToggleKey();
     aimAt(inFieldOfFour[2]);
     engineState.activeWheel = 1;
-    engineState.voiceActions = {field(u"stay", 80)};
-    const int paintsBefore = wheelPaintCount();
-    EXPECT_FALSE(OverlayActivateWheelFile(nullptr));
-    EXPECT_FALSE(activate(folder.write("zle.json", R"({"wheels": [{"actions": [{"key": "a"}]}]} reszta)")));
-    EXPECT_FALSE(activate(folder.path("brak.json")));
-    EXPECT_EQ(OverlayWheelCount(), 2);
-    EXPECT_EQ(engineState.activeWheel, 1);
-    EXPECT_EQ(engineState.hoveredField, 2);
-    EXPECT_EQ(wheelPaintCount(), paintsBefore);
-
-    EXPECT_TRUE(activate(folder.write("mieszane.json", R"({"wheels": [{"name": "a", "actions": []}, 7,
-        {"name": "b", "actions": [{"key": "a"}, {"key": "nic"}]}, {"name": "c", "actions": [{"key": "c"}]}]})")));
-    EXPECT_EQ(describe(engineState.wheels), "b[{click a 1}; {}] c[{click c 1}]");
-    EXPECT_EQ(engineState.activeWheel, 0);
-    EXPECT_EQ(engineState.hoveredField, -1);
-    EXPECT_EQ(engineState.voiceActions.size(), 1U) << "the voice functions are not read again";
-    EXPECT_EQ(wheelPaintCount(), paintsBefore + 1);
-    EXPECT_TRUE(OverlayIsWheelVisible());
+    desktop.clearJournal();
+    const std::u16string good = folder.write("mieszane.json", R"({"wheels": [{"name": "a", "actions": []}, 7,
+        {"name": "b", "actions": [{"key": "a"}, {"key": "nic"}]}, {"name": "c", "actions": [{"key": "c"}]}]})");
+    const std::u16string bad =
+        folder.write("zle.json", R"({"wheels": [{"actions": [{"key": "a"}]}]} reszta)");
+    const auto send = [this](const std::u16string& path, std::uintptr_t kind, std::size_t byteCount) {
+        return desktop.sendData(kind, path.data(), byteCount);
+    };
+    const std::size_t size = good.size() * 2;
+    EXPECT_FALSE(OverlayActivateWheelFile(nullptr) || activateFile(bad) ||
+                 activateFile(folder.path("brak.json")) || send(good, 0, size) || send(good, 2, size) ||
+                 send(good, 1, 0) || send(good, 1, 1) || send(bad, 1, bad.size() * 2) ||
+                 send(std::u16string(8, u'\0'), 1, 16) || desktop.sendData(1, nullptr, 9));
+    EXPECT_TRUE(engineState.activeWheel == 1 && engineState.hoveredField == 2 && OverlayWheelCount() == 2);
+    EXPECT_TRUE(desktop.journal.empty());
+    for (const bool isSent : {false, true}) {
+        engineState.activeWheel = 1;
+        // an odd byte and zeros at the end are no part of the path
+        EXPECT_TRUE(isSent ? send(good + std::u16string(3, u'\0'), 1, size + 5) : activateFile(good));
+        EXPECT_EQ(describe(engineState.wheels), "b[{click a 1}; {}] c[{click c 1}]");
+        EXPECT_TRUE(engineState.activeWheel == 0 && engineState.hoveredField == -1 &&
+                    OverlayIsWheelVisible());
+        EXPECT_EQ(shown("wheel", "pie").size(), 2U);
+    }
+    EXPECT_EQ(journal({JournalKind::tray}), "info [Rotika] Aktywowano konfigurację: " + utf8FromUtf16(good));
     OverlayReloadConfig();
     EXPECT_EQ(OverlayWheelCount(), 1) << "back to default.json";
-}
-
-TEST_F(Lifecycle, StopClosesTheWheelWhereItIsGivesTheKeyBackAndIsForGood) {
-    startWith({wheelOf(4)});
-    engineConfig.takeFocus = true;
-    desktop.addProgram("chat"); // next in line when the wheel goes
-    engineState.gridVisible = true;
-    engineState.elementsVisible = true;
-    showOverlayWindow(engineState.gridWindow);
-    pressToggleKey();
-    OverlayEngineStop();
-    EXPECT_TRUE(isForeground("chat")) << "the focus is not returned on this road";
-    EXPECT_FALSE(engineState.gridVisible);
-    EXPECT_FALSE(engineState.elementsVisible);
-    EXPECT_FALSE(desktop.windowNamed("grid")->isShown);
+    desktop.destroyMainWindow();
     EXPECT_TRUE(desktop.registeredKeys().empty());
-    EXPECT_TRUE(desktop.windowNamed("main")->isAlive);
-    desktop.clearJournal();
-    EXPECT_TRUE(OverlayEngineStart()) << "there is no start after it";
-    EXPECT_TRUE(desktop.journal.empty());
 }
 
-TEST_F(Lifecycle, UnknownStatusCodesReadAsAnError) {
-    for (const std::int32_t code : {6, -1, 1'000'000}) {
-        engineState.gazeStatus = code;
-        engineState.voiceStatus = code;
-        EXPECT_EQ(textOf(OverlayGazeStatus()), "błąd inicjalizacji");
-        EXPECT_EQ(textOf(OverlayVoiceStatus()), "błąd inicjalizacji");
+/// For the sanitizer of threads.
+TEST_F(Lifecycle, ManyRunsAtOnceShareNothingButTheSettings) {
+    startWith({wheelOf(4)});
+    desktop.clock.runWorkersFreely();
+    constexpr int runCount = 20;
+    for (int i = 0; i < runCount; ++i) {
+        runFunction(engineState.wheels[0].actions[1], 5);
+        startMouseClick(1, 1);
+        engineConfig.keyHold = i;
+        OverlayReloadConfig();
+        engineState.wheels = {wheelOf(4)};
     }
+    desktop.clock.drain();
+    const auto texts = desktop.journalOf({JournalKind::input});
+    for (const char* text : {"key 66 down", "key 66 up", "button 1 down", "button 1 up"})
+        EXPECT_EQ(std::ranges::count(texts, text), runCount) << text;
 }
 
 } // namespace

@@ -1,0 +1,158 @@
+#include "core/lifecycle.h"
+#include "engine_test.h"
+#include "platform/paths.h"
+#include "pointing/element_filter.h"
+#include "pointing/element_labels.h"
+#include "pointing/grid.h"
+#include "wheel/geometry.h"
+#include "wheel/painter.h"
+
+#include <iterator>
+#include <sstream>
+
+namespace {
+
+ScreenElement element(const Rect& rect, ControlType type = ControlType::button, bool isFocusable = false) {
+    return {rect, type, true, false, isFocusable};
+}
+
+std::vector<std::int32_t> numbersOf(const std::string& text) {
+    std::istringstream words(text);
+    return {std::istream_iterator<std::int32_t>(words), {}};
+}
+
+TEST_F(EngineTest, RingAndArrowsHaveExactBorders) {
+    // Both limits of the ring belong to it, and a border to the field that begins there, clockwise.
+    for (const auto& [where, expected] : rowsOf(R"(
+        4 294 185 -> -1  4 294 184 -> 0  4 294 4 -> 0  4 294 3 -> -1  4 294 230 -> -1  4 339 230 -> -1
+        4 340 230 -> 1  4 520 230 -> 1  4 521 230 -> -1  4 394 229 -> 0  4 394 230 -> 1  4 294 330 -> 2
+        4 194 230 -> 3  4 293 130 -> 3  4 294 130 -> 0  1 293 130 -> 0  1 394 231 -> 0  1 294 230 -> -1
+        24 294 130 -> 0  24 293 130 -> 23  24 394 230 -> 6  24 394 229 -> 5)")) {
+        const std::vector<std::int32_t> n = numbersOf(where);
+        engineState.wheels = {wheelOf(n[0])};
+        EXPECT_EQ(std::to_string(hitTestField(n[1], n[2])), expected) << where;
+    }
+    for (const auto& [where, expected] : rowsOf(R"(
+        10 186 -> 0  53 273 -> 0  9 200 -> -1  54 200 -> -1  20 185 -> -1  20 274 -> -1  534 186 -> 1
+        577 273 -> 1  533 200 -> -1  578 186 -> -1  577 274 -> -1)")) {
+        const std::vector<std::int32_t> n = numbersOf(where);
+        engineState.wheels = {wheelOf(4), wheelOf(4)};
+        EXPECT_EQ(std::to_string(hitTestArrow(n[0], n[1])), expected) << where;
+        engineState.wheels.pop_back();
+        EXPECT_EQ(hitTestArrow(n[0], n[1]), -1) << "single wheel";
+    }
+    EXPECT_EQ(wheelPlaceOn({0, 0, 1919, 1079}), (Rect{665, 309, 1253, 769}));
+    EXPECT_EQ(wheelPlaceOn({-1921, -541, 0, 0}), (Rect{-1254, -500, -666, -40})) << "halves go toward zero";
+}
+
+TEST_F(EngineTest, TheWheelShowsFieldsThenLabelsThenItsNameAndTheCursorAndTheDwellOverAll) {
+    engineState.wheels = {{u"Gra", {field("a", u"Skok"), field("b")}}};
+    engineState.wheels[0].actions[0].color = 0xFFFFFF; // without hasColor it does not count
+    engineState.wheels[0].actions[1].color = 0x030201;
+    engineState.wheels[0].actions[1].hasColor = true;
+    engineState.hoveredField = 1;
+    std::tie(engineState.cursorX, engineState.cursorY) = std::tuple(149, 230);
+    engineState.dwellProgress = 0.25F;
+    EXPECT_EQ(
+        linesOf(buildWheelPicture()),
+        (Texts{"pie 70,6 448x448 from -90 by 180 873498DB", "pie 70,6 448x448 from 90 by 180 FF010203",
+               "text 378.5,197.5 124x68 78000000 Skok", "text 377,196 124x68 D7FFFFFF Skok",
+               "text 88.5,197.5 124x68 C8000000 2", "text 87,196 124x68 FFFFFFFF 2", "hole 248,184 92x92",
+               "text 248,232 92x18 D7FFFFFF Gra", "polygon 149,230 to 154.5 FFFFFFFF",
+               "polygon 149,230 to 154.5 FF000000", "arc 132,213 34x34 from -90 by 90 EBFFFFFF"}));
+    engineState.wheels = {wheelOf(1), wheelOf(1)};
+    engineState.hoveredArrow = 1;
+    engineState.dwellProgress = 0.03F; // not yet worth a ring
+    const Texts lines = linesOf(buildWheelPicture());
+    EXPECT_EQ(Texts(lines.begin() + 4, lines.end() - 2),
+              (Texts{"text 248,210 92x22 EBFFFFFF 1/2", "rectangle 10,186 44x88 873498DB",
+                     "polygon 40,214 to 22 DCFFFFFF", "rectangle 534,186 44x88 FF3498DB",
+                     "polygon 548,214 to 566 FFFFFFFF"}));
+}
+
+TEST_F(EngineTest, IconsAreReadOnceBesideTheOwnerThreadAndComeIntoTheOpenWheel) {
+    startWith({wheelOf(2)});
+    const std::u16string icon = joinPath(programFolder(), u"icons/ok.png");
+    desktop.loadableImages = {icon, u"/tmp/OK.png"};
+    const std::u16string file = folder.write("koła.json", R"({"wheels": [{"actions": [
+        {"name": "Bieg", "icon": "icons/ok.png"}, {"icon": "/tmp/OK.png"}, {"icon": "icons/ok.png"}, {"icon": "zły.png"}]}]})");
+    pressToggleKey();
+    ASSERT_TRUE(activateFile(file));
+    EXPECT_TRUE(desktop.imageLoads.empty()) << "a slow file would hold up the owner thread";
+    desktop.settle();
+    const std::string shownIcon = " 42x42 " + utf8FromUtf16(icon);
+    EXPECT_EQ(shown("wheel", "image"),
+              (Texts{"image 375.53,95.4695" + shownIcon, "image 375.53,311.53 42x42 /tmp/OK.png",
+                     "image 170.47,311.53" + shownIcon}));
+    EXPECT_EQ(shown("wheel", "text").size(), 4U)
+        << "a name under its icon, and the number of the field without one";
+    ASSERT_TRUE(activateFile(file));
+    desktop.settle();
+    EXPECT_EQ(desktop.imageLoads,
+              (std::vector{icon, u"/tmp/OK.png"s, joinPath(programFolder(), u"zły.png")}));
+}
+
+TEST_F(EngineTest, GridAndLabelsLieOnTheirArea) {
+    startWith({wheelOf(1)});
+    engineState.gridRect = {100, 0, 2020, 1080};
+    engineState.gridLevel = 1;
+    const Texts cells = linesOf(gridPicture());
+    ASSERT_EQ(cells.size(), 48U);
+    EXPECT_EQ(Texts(cells.begin() + 18, cells.begin() + 21),
+              (Texts{"rectangle 960,270 480x270 1C3498DB", "text 962,272 480x270 82000000 7",
+                     "text 960,270 480x270 EBFFFFFF 7"}));
+    showGrid();
+    for (int i = 0; i < 30; ++i)
+        narrowGrid(1); // to nothing
+    EXPECT_TRUE(engineState.gridRect.width() == 0 && desktop.windowNamed("grid")->place.width() == 1);
+    engineState.elementsOrigin = {-100, 50, 900, 650};
+    engineState.elementRects.assign(10, {-110, 60, -60, 80});
+    const Texts labels = linesOf(elementLabelsPicture());
+    ASSERT_EQ(labels.size(), 30U);
+    EXPECT_EQ(Texts(labels.begin(), labels.begin() + 3),
+              (Texts{"rectangle -10,10 50x20 163498DB", "rectangle -10,10 23x18 EB3498DB",
+                     "text -10,10 23x18 FFFFFFFF 1"}));
+    EXPECT_EQ(labels.back(), "text -10,10 32x18 FFFFFFFF 10");
+}
+
+TEST(ElementFilter, KeepsWhatCanBeClickedAtEachLimitAndNoDuplicates) {
+    const Rect area{0, 0, 1000, 1000};
+    const Rect fitting{0, 0, 50, 50};
+    const auto kept = [&area](const std::vector<ScreenElement>& elements, ElementScope scope) {
+        return std::to_string(filterElements({area, {elements}}, scope).rects.size());
+    };
+    // one or two rectangles, and how many are kept in a window and in a page; the third but last is a
+    // toolbar's button
+    for (const auto& [where, expected] : rowsOf(R"(
+        0 0 8 8 -> 1 1  0 0 7 8 -> 0 0  0 0 8 7 -> 0 0  0 0 900 700 -> 1 1  0 0 901 700 -> 0 1
+        0 0 900 701 -> 0 1  0 0 1400 1000 -> 0 1  0 0 1401 9 -> 0 0  0 0 9 1001 -> 0 0  -40 0 1 50 -> 1 1
+        -40 0 0 50 -> 0 0  1000 0 1040 50 -> 0 0  50 50 0 0 -> 0 0  0 0 50 50 0 0 50 50 -> 1 1
+        0 0 100 100 2 2 97 97 -> 1 1  0 0 600 600 0 0 100 100 -> 2 2  0 0 100 100 0 0 100 55 -> 2 2
+        0 0 100 100 0 0 100 56 -> 1 1  0 0 100 100 0 15 100 115 -> 2 2  0 0 100 100 0 14 100 114 -> 1 1)")) {
+        std::vector<ScreenElement> elements;
+        const std::vector<std::int32_t> n = numbersOf(where);
+        for (std::size_t i = 0; i < n.size(); i += 4)
+            elements.push_back(element({n[i], n[i + 1], n[i + 2], n[i + 3]}));
+        EXPECT_EQ(kept(elements, ElementScope::windowAndTaskbar) + " " + kept(elements, ElementScope::page),
+                  expected)
+            << where;
+    }
+    const auto isKept = [&](const ScreenElement& each) { return kept({each}, ElementScope::page) == "1"; };
+    for (const ControlType container : {ControlType::document, ControlType::window, ControlType::pane})
+        EXPECT_FALSE(isKept(element(fitting, container, true)));
+    for (const int type :
+         {50000, 50031, 50002, 50013, 50003, 50004, 50005, 50007, 50011, 50019, 50024, 50015, 50016})
+        EXPECT_TRUE(isKept(element(fitting, static_cast<ControlType>(type)))) << type;
+    EXPECT_TRUE(isKept(element(fitting, ControlType::unknown, true)));
+    EXPECT_FALSE(isKept(element(fitting, ControlType::unknown)));
+    EXPECT_FALSE(isKept({fitting, ControlType::button, false, false, true})) << "disabled";
+    EXPECT_FALSE(isKept({fitting, ControlType::button, true, true, true})) << "not on the screen";
+    FoundElements many{{0, 0, 2000, 2000}, {{}, {element({1500, 1500, 1520, 1520})}}};
+    for (int i = 0; i < 120; ++i)
+        many.roots[0].push_back(element({10 * i, 0, 10 * i + 9, 9}));
+    const std::vector<Rect> most = filterElements(many, ElementScope::windowAndTaskbar).rects;
+    ASSERT_EQ(most.size(), 99U);
+    EXPECT_EQ(most.back(), (Rect{980, 0, 989, 9}));
+}
+
+} // namespace

@@ -44,7 +44,7 @@ class Speaker:
         return other
 
     def wait_for_title(self, title):
-        wait_for(f"the window {title}", lambda: self.display.active_title() == title)
+        wait_for(f"the window {title}", lambda: self.display.title(self.display.active_window()) == title)
 
     def layer(self, width=1280, height=800):
         return next((window for window in self.display.shown_windows()
@@ -128,7 +128,7 @@ def test_a_number_clicks_a_button_of_a_qt_program(speaker):
     speaker.start_beside(*QT)
     speaker.show_labels("pokaż elementy strony")  # where there is no page, the window counts
     speaker.say("jedenaście")
-    wait_for("the dialogue to close", lambda: QT[-1] not in speaker.display.titles())
+    wait_for("the dialogue to close", lambda: not speaker.display.titled(QT[-1]))
     speaker.show_labels()
     speaker.say("ukryj elementy")
     speaker.wait_for_none()

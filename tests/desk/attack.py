@@ -2,6 +2,7 @@
 whether anything is left that harms its user."""
 
 import argparse
+import itertools
 import json
 import os
 import random
@@ -14,8 +15,7 @@ from pathlib import Path
 
 from desk.desk import CONTROL, SHIFT, TOGGLE_KEY, Desk, field
 from desk.hands import place_cursor
-from desk.session_lock import Locker
-from desk.waiting import DeskError, holds_within, wait_for
+from desk.waiting import holds_within, wait_for
 
 PLACE = (450, 350)
 ROUNDS_A_DESK = 60
@@ -23,6 +23,7 @@ MOST_FINDINGS = 20
 SETTLE_S = 4.0  # longest timed hold, then the longest wait for the guard
 LAYOUTS = ("de", "fr", "pl", "es", "us,ru")
 MODES = ((800, 600), (1024, 768), (1280, 720))
+PARTS = ((0, 0, 640, 800), (640, 0, 640, 800))
 # Field by field: what it does, and the keysym and button that it leaves down.
 FIELDS = [field("a"), field("lmb"), field("a", "ppm", ("b", "click", 3)), field(("shift", "hold", 400), "c"),
           field(("y", "hold", 600)), field(("lmb", "hold", 300)), field({"open": "no-such-program"}, "f13"),
@@ -33,82 +34,76 @@ CLICKS = {1: "button-up left", 2: "button-up right", 5: "button-up left", 9: "bu
 MODIFIERS = {3: SHIFT, 9: CONTROL}  # that a field holds last or for a time
 
 
-class Round:
+class Rounds(Desk):
     """One desk for many rounds; every kind leaves the program in whatever state, and `settle` makes peace."""
 
-    def __init__(self, program, on_small_disk):
-        self.desk = Desk(program)
-        self.disk = self.desk.folder if on_small_disk else None
+    def __init__(self, program):
+        super().__init__(program)
+        self.number, self.disk = 0, self.folder if os.geteuid() == 0 else None
         try:
             if self.disk:
-                self.mount_small_disk(program)
-            self.locker = Locker(self.desk.screen.environment["DBUS_SESSION_BUS_ADDRESS"])
+                size = sum(file.stat().st_size for file in program.rglob("*") if file.is_file()) // 1024 + 2048
+                self.disk.mkdir()
+                subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}k", "tmpfs", self.disk], check=True)
             self.restart()
         except BaseException:
             self.close()
             raise
 
-    def mount_small_disk(self, program):
-        size = sum(file.stat().st_size for file in Path(program).rglob("*") if file.is_file())
-        self.disk.mkdir()
-        subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size // 1024 + 2048}k", "tmpfs", self.disk], check=True)
-
     def close(self):
-        self.desk.end_program()
+        self.end_program()
         if self.disk and self.disk.is_mount():
             subprocess.run(["umount", "-l", self.disk], check=True)
-        self.desk.close()
+        super().close()
 
     def restart(self):
-        self.desk.end_program()
-        self.desk.start(*FIELDS, cursor=PLACE, sendDelay=0, keyHold=20)
+        self.end_program()
+        self.start(*FIELDS, cursor=PLACE, sendDelay=0, keyHold=20)
         self.was_killed = self.wants_restart = False
 
-    def begin(self, chance):
-        self.chance = chance
-        self.person = {"keys": set(), "buttons": set()}
-        self.owed = set()  # fields that let go of what is held
+    def play(self, kind, chance):
+        self.chance, self.number = chance, self.number + 1
+        self.person, self.owed = set(), set()  # what the person has down, and fields that let go of what is held
         self.is_settled = self.layout_is_ours = self.screen_is_whole = True
-        x, y = self.desk.display.cursor()
+        x, y = self.display.cursor()
         if not (20 < x < 1200 and 20 < y < 700):
-            place_cursor(self.desk.display, *PLACE)
-        self.place = self.desk.display.cursor()  # None once it may rightly be elsewhere
-        self.desk.recorder.mark()
+            place_cursor(self.display, *PLACE)
+        self.place = self.display.cursor()  # None once it may rightly be elsewhere
+        self.recorder.mark()
+        getattr(self, kind)()
+        self.settle()
+        self.check()
+        if not self.screen_is_whole:
+            self.screen.set_monitors()
+            self.screen.set_mode(*self.screen.size)
+        if self.was_killed or self.wants_restart:
+            self.restart()
 
     # Single acts
 
     def wander(self):
         for _ in range(self.chance.randrange(1, 6)):
-            self.desk.mouse.move(self.chance.randrange(-200, 200), self.chance.randrange(-150, 150))
+            self.mouse.move(self.chance.randrange(-200, 200), self.chance.randrange(-150, 150))
 
-    def key(self, name, down):
-        self.desk.keyboard.press(name, down)
-        (self.person["keys"].add if down else self.person["keys"].discard)(name)
+    def press(self, thing, down):
+        """A key by its name, a button by its number."""
+        (self.keyboard if isinstance(thing, str) else self.mouse).press(thing, down)
+        (self.person.add if down else self.person.discard)(thing)
 
-    def button(self, number, down):
-        self.desk.mouse.press(number, down)
-        (self.person["buttons"].add if down else self.person["buttons"].discard)(number)
-
-    def choose_any(self, but=()):
-        index = self.chance.choice([index for index in range(len(FIELDS)) if index not in but])
-        seen = len(self.desk.recorder.all())
-        self.desk.open_wheel()
-        self.desk.aim(index)
-        self.desk.mouse.click()
-        self.desk.wait_until_closed()
+    def choose_any(self):
+        index, seen = self.chance.randrange(len(FIELDS)), len(self.recorder.all())
+        self.choose(index)
         if index in CLICKS:
             # A press that comes while the next wheel opens may end in a menu of the window manager, with the keyboard.
             holds_within(1, lambda: any(  # not if the button was down already
-                str(record) == CLICKS[index] for record in self.desk.recorder.all()[seen:]))
-        if index in HOLDS:
-            self.owed.add(HOLDS[index])
+                str(record) == CLICKS[index] for record in self.recorder.all()[seen:]))
+        self.owed |= {HOLDS[index]} if index in HOLDS else set()
         if index in MODIFIERS:
-            held = {MODIFIERS[index]} | ({CONTROL} if 10 in self.owed else set())
-            self.desk.wait_for_hot_key_with(*held)
+            self.wait_for_hot_key_with(*{MODIFIERS[index]} | ({CONTROL} if 10 in self.owed else set()))
 
     def wait_until_steady(self):
         """Toggles and what a stall has delayed may still be on their way."""
-        while holds_within(0.2, lambda was=self.desk.wheel(): self.desk.wheel() != was):
+        while holds_within(0.2, lambda was=self.wheel(): self.wheel() != was):
             pass
 
     # The kinds of rounds
@@ -117,17 +112,16 @@ class Round:
         """Fast ones without waiting: none may be lost."""
         count = self.chance.randrange(1, 9)
         for _ in range(count):
-            self.desk.keyboard.tap(TOGGLE_KEY)
-            if self.chance.random() < 0.3 and self.desk.mouse_is_held():
-                self.desk.mouse.move(1, 1)
+            self.keyboard.tap(TOGGLE_KEY)
+            if self.chance.random() < 0.3 and self.mouse_is_held():
+                self.mouse.move(1, 1)
                 self.place = None  # it may have been given back in between
         self.wait_until_steady()
-        is_right = holds_within(2, lambda: bool(self.desk.wheel()) == bool(count % 2))
-        assert is_right, f"{count} toggles, and the wheel is wrong"
+        wait_for(f"the wheel as {count} toggles leave it", lambda: bool(self.wheel()) == bool(count % 2), 2)
         if count % 2:
             self.wander()
-            self.desk.keyboard.tap(TOGGLE_KEY)
-        self.desk.wait_until_closed()
+            self.keyboard.tap(TOGGLE_KEY)
+        self.wait_until_closed()
 
     def choices(self):
         for _ in range(self.chance.randrange(1, 4)):
@@ -136,259 +130,200 @@ class Round:
     def presses(self):
         """Buttons pressed and let go inside, and across opening and closing, beside every field."""
         if self.chance.random() < 0.5:
-            self.button(self.chance.choice((1, 2, 3)), True)
+            self.press(self.chance.choice((1, 2, 3)), True)
             # A window manager lets go of a press a little later; opened before that, its menu may come up.
-            wait_for("the press in the window", lambda: self.desk.recorder.since_mark("button-down"))
-        self.desk.open_wheel()
+            wait_for("the press in the window", lambda: self.recorder.since_mark("button-down"))
+        self.open_wheel()
         for _ in range(self.chance.randrange(1, 6)):
-            self.button(self.chance.choice((1, 2, 3)), self.chance.random() < 0.6)
-        self.desk.keyboard.tap(TOGGLE_KEY)
-        wait_for("the wheel to close", lambda: not self.desk.wheel())
+            self.press(self.chance.choice((1, 2, 3)), self.chance.random() < 0.6)
+        self.keyboard.tap(TOGGLE_KEY)
+        wait_for("the wheel to close", lambda: not self.wheel())
 
     def held_keys(self):
         """The person's keys go down and up before, under and after the toggle key."""
         def some():
             for _ in range(self.chance.randrange(3)):
                 name = self.chance.choice(("w", "e", "space", "F5"))
-                self.key(name, name not in self.person["keys"])
+                self.press(name, name not in self.person)
 
         for is_opening in (True, False):
             some()
-            self.key(TOGGLE_KEY, True)
+            self.press(TOGGLE_KEY, True)
             some()
-            (self.desk.wait_until_open if is_opening else self.desk.wait_until_closed)()
-            self.key(TOGGLE_KEY, False)
+            (self.wait_until_open if is_opening else self.wait_until_closed)()
+            self.press(TOGGLE_KEY, False)
 
     def layouts(self):
         """Another layout while something is held or the wheel is open."""
-        self.desk.open_wheel()
+        self.open_wheel()
         self.layout_is_ours = False
-        is_inside = self.chance.random() < 0.5
-        layout = self.chance.choice(LAYOUTS)
-        if is_inside:
-            self.desk.screen.run("setxkbmap", layout)
-            self.desk.keyboard.tap(53)
-            self.desk.wait_until_closed()
-        else:
-            self.desk.aim(self.chance.choice((3, 4)))
-            self.desk.mouse.click()
-            self.desk.wait_until_closed()
-            self.desk.screen.run("setxkbmap", layout)
+        if is_outside := self.chance.random() < 0.5:
+            self.pick(self.chance.choice((3, 4)))
+        self.screen.run("setxkbmap", self.chance.choice(LAYOUTS))
+        if not is_outside:
+            self.keyboard.tap(53)
+            self.wait_until_closed()
 
     def monitors(self):
-        screen, self.screen_is_whole = self.desk.screen, False
+        self.screen_is_whole = False
         is_mode = self.chance.random() < 0.5
         if not is_mode:
-            screen.set_monitors((0, 0, 640, 800), (640, 0, 640, 800))
-        place_cursor(self.desk.display, 200 if is_mode else self.chance.choice((200, 900)), 300)
-        self.desk.open_wheel()
+            self.screen.set_monitors(*PARTS)
+        place_cursor(self.display, 200 if is_mode else self.chance.choice((200, 900)), 300)
+        self.open_wheel()
         self.place = None
         if is_mode:
-            screen.set_mode(*self.chance.choice(MODES))
+            self.screen.set_mode(*self.chance.choice(MODES))
         else:
-            screen.set_monitors(self.chance.choice(((0, 0, 640, 800), (640, 0, 640, 800), (0, 0, 700, 500))))
-        self.desk.keyboard.tap(TOGGLE_KEY)  # it may be what opens it again
+            self.screen.set_monitors(self.chance.choice((*PARTS, (0, 0, 700, 500))))
+        self.keyboard.tap(TOGGLE_KEY)  # it may be what opens it again
         self.is_settled = False
         self.wants_restart = True  # the way back of the monitors would close the next round's wheel
 
     def locks(self):
-        self.desk.open_wheel()
-        self.locker.say(True)
+        self.open_wheel()
+        self.lock_screen(True)
         # It closes when the program has heard: from then on the key does nothing.
-        wait_for("the wheel to close with the session", lambda: not self.desk.wheel(), 3)
+        wait_for("the wheel to close with the session", lambda: not self.wheel(), 3)
         for _ in range(self.chance.randrange(3)):
-            self.desk.keyboard.tap(TOGGLE_KEY)
-        assert not holds_within(0.1, self.desk.wheel), "the wheel opened over the locker"
-        self.locker.say(False)
-        # The bus tells the program in its own time; until then the key does nothing.
-        wait_for("the wheel after the lock", lambda: self.desk.keyboard.tap(TOGGLE_KEY) or
-                 holds_within(0.3, self.desk.wheel))
+            self.keyboard.tap(TOGGLE_KEY)
+        assert not holds_within(0.1, self.wheel), "the wheel opened over the locker"
+        self.lock_screen(False)
+        # The program hears of it in its own time; until then the key does nothing.
+        wait_for("the wheel after the lock", lambda: self.keyboard.tap(TOGGLE_KEY) or
+                 holds_within(0.3, self.wheel))
 
     def stalls(self):
         """Stopped for a moment or past the guard's patience, in whatever state, with input meanwhile."""
         if self.chance.random() < 0.7:
-            self.desk.open_wheel()
-            self.desk.aim(self.chance.randrange(len(FIELDS)))
-        self.desk.program.send_signal(signal.SIGSTOP)
+            self.open_wheel()
+            self.aim(self.chance.randrange(len(FIELDS)))
+        self.program.send_signal(signal.SIGSTOP)
         seconds = self.chance.choice((0.05, 0.3, 3.0))
-        deadline = time.monotonic() + seconds
-        while time.monotonic() < deadline:
-            self.chance.choice((self.wander, self.desk.mouse.click, lambda: self.desk.keyboard.tap("e"),
-                                lambda: self.desk.keyboard.tap(TOGGLE_KEY)))()
-            time.sleep(0.05)
-        if seconds == 3.0:
-            assert not self.desk.mouse_is_held(), "a stalled program holds the mouse"
-        self.desk.program.send_signal(signal.SIGCONT)
+        acts = self.wander, self.mouse.click, lambda: self.keyboard.tap("e"), lambda: self.keyboard.tap(TOGGLE_KEY)
+        holds_within(seconds, lambda: self.chance.choice(acts)(), 0.05)
+        assert seconds < 3 or not self.mouse_is_held(), "a stalled program holds the mouse"
+        self.program.send_signal(signal.SIGCONT)
         self.place, self.is_settled = None, False
 
     def deaths(self):
         """The program dies at any moment; before it perhaps the guard, perhaps both at once."""
         way = self.chance.choice(("open", "run", "held", "closed"))
         if way == "open":
-            self.desk.open_wheel()
+            self.open_wheel()
             self.wander()
         elif way == "run":
-            self.desk.choose(self.chance.choice((2, 3, 4, 5)))
+            self.choose(self.chance.choice((2, 3, 4, 5)))
         elif way == "held":
-            self.desk.choose(7)
-            wait_for("w to be down", self.desk.display.keys_down)
+            self.choose(7)
+            wait_for("w to be down", self.display.keys_down)
         if self.chance.random() < 0.4:
-            dead = self.desk.kill_guard()
-            # Time enough for a new one; both gone within milliseconds cannot be helped.
-            assert holds_within(3, lambda: self.desk.new_guard_is_ready(dead)), "no new guard came"
-        self.desk.kill_program()
+            self.guard_dies()  # with time enough for a new one; both gone within milliseconds cannot be helped
+        self.kill_program()
         self.was_killed = True
         if way == "held":
-            self.desk.keyboard.tap("w")  # held on purpose: the person's own tap lets go
+            self.keyboard.tap("w")  # held on purpose: the person's own tap lets go
+
+    def guard_dies(self, meanwhile=lambda: None):
+        dead = self.kill_guard()
+        meanwhile()
+        wait_for("a new guard", lambda: self.new_guard_is_ready(dead), 3)
 
     def guard_deaths(self):
-        dead = self.desk.kill_guard()
-        self.choose_any()
-        assert holds_within(3, lambda: self.desk.new_guard_is_ready(dead)), "no new guard came"
+        self.guard_dies(self.choose_any)
         self.wants_restart = True  # guards that die young may be started less and less often
 
     def shell(self):
         """Random keys and clicks in the program's own window, the disk full in half of the rounds."""
-        is_full = self.disk and self.chance.random() < 0.5
-        if is_full:
-            self.fill_disk()
-        self.desk.screen.run("xdotool", "search", "--onlyvisible", "--class", "rotika", "windowactivate", "--sync")
+        if self.disk and self.chance.random() < 0.5:
+            subprocess.run(["dd", "if=/dev/zero", f"of={self.disk}/filler", "bs=4k"], capture_output=True)  # until it is
+        self.screen.run("xdotool", "search", "--onlyvisible", "--class", "rotika", "windowactivate", "--sync")
         for _ in range(self.chance.randrange(5, 40)):
             if self.chance.random() < 0.3:
-                place_cursor(self.desk.display, self.chance.randrange(215, 1065), self.chance.randrange(130, 700))
-                self.desk.mouse.click()
+                place_cursor(self.display, self.chance.randrange(215, 1065), self.chance.randrange(130, 700))
+                self.mouse.click()
             else:
-                self.desk.keyboard.tap(self.chance.choice(("Tab", "Tab", "space", "Down", "Up", "Return", "5")))
+                self.keyboard.tap(self.chance.choice(("Tab", "Tab", "space", "Down", "Up", "Return", "5")))
         for _ in range(3):
-            self.desk.keyboard.tap("Escape")
-        self.place = None
-        self.desk.recorder.all()
-        self.desk.recorder.down.clear()  # what goes up while another window has the keyboard is not seen here
+            self.keyboard.tap("Escape")
+        self.recorder.all()
+        self.recorder.down.clear()  # what goes up while another window has the keyboard is not seen here
         self.check_files()
-        if self.disk:
-            (self.disk / "filler").unlink(missing_ok=True)
+        (self.folder / "filler").unlink(missing_ok=True)
         # It may have quit or changed its own wheels and keys by what was clicked.
-        status = self.desk.program.poll()
-        self.desk.end_program()
-        status = self.desk.program.returncode if status is None else status
+        status = self.end_program()
         assert status in (0, -signal.SIGTERM), f"the program ended with {status}"
-        self.was_killed = True
-
-    def fill_disk(self):
-        with open(self.disk / "filler", "wb", buffering=0) as filler:
-            try:
-                while filler.write(b"\0" * 4096):
-                    pass
-            except OSError:
-                pass  # now it is full
+        self.place, self.was_killed = None, True
 
     # What must hold after each
 
     def settle(self):
         """The person lets go of everything and closes the wheel; what a function holds is released."""
-        desk = self.desk
         if not self.layout_is_ours:
-            desk.screen.run("setxkbmap", "us")
-        for name in set(self.person["keys"]):
-            self.key(name, False)
-        for number in set(self.person["buttons"]):
-            self.button(number, False)
+            self.screen.run("setxkbmap", "us")
+        for thing in set(self.person):
+            self.press(thing, False)
         if self.was_killed:
             return
-        if desk.program.poll() is not None:
-            raise DeskError(f"the program ended by itself with {desk.program.returncode}")
+        assert self.program.poll() is None, f"the program ended by itself with {self.program.returncode}"
         if not self.is_settled:
             self.wait_until_steady()
-        if desk.wheel():
-            desk.close_wheel()
+        if self.wheel():
+            self.close_wheel()
         for index in self.owed:
-            desk.choose(index)
+            self.choose(index)
 
     def check(self):
-        desk = self.desk
-        but = () if self.was_killed else ("silent",)
-        if self.place not in (None, desk.display.cursor()):
-            raise DeskError(f"the cursor was at {self.place} and is at {desk.display.cursor()}")
-        if left := desk.leftovers(but, SETTLE_S):
-            raise DeskError(f"left behind: {left}")
-        typed = {record.name for record in desk.recorder.since_mark("key-down", "key-repeat")}
-        if TOGGLE_KEY in typed and not self.was_killed:
-            raise DeskError("the toggle key's letter reached the window")
-        if not holds_within(SETTLE_S, lambda: desk.recorder.all() and not desk.recorder.down):
-            raise DeskError(f"the window never saw these go up: {desk.recorder.down}")
+        cursor, left = self.display.cursor(), self.leftovers(() if self.was_killed else ("silent",), SETTLE_S)
+        assert self.place in (None, cursor), f"the cursor was at {self.place} and is at {cursor}"
+        assert not left, f"left behind: {left}"
+        typed = {record.name for record in self.recorder.since_mark("key-down", "key-repeat")}
+        assert TOGGLE_KEY not in typed or self.was_killed, "the toggle key's letter reached the window"
+        is_clean = holds_within(SETTLE_S, lambda: self.recorder.all() and not self.recorder.down)
+        assert is_clean, f"the window never saw these go up: {self.recorder.down}"
         self.check_files()
-        said = (desk.screen.folder / "rotika.log").read_text(errors="replace")
-        if "Sanitizer" in said or "runtime error" in said:
-            raise DeskError("a sanitizer has spoken")
+        said = (self.screen.folder / "rotika.log").read_text(errors="replace")
+        assert "Sanitizer" not in said and "runtime error" not in said, "a sanitizer has spoken"
 
     def check_files(self):
-        for name in ("config.json", "default.json", "voice.json"):
-            file = self.desk.folder / name
-            if file.exists():
-                json.loads(file.read_text(encoding="utf-8-sig"))
-
-    def calm_down(self):
-        """Screen and program as at the beginning."""
-        if not self.screen_is_whole:
-            self.desk.screen.set_monitors()
-            self.desk.screen.set_mode(*self.desk.screen.size)
-        if self.was_killed or self.wants_restart:
-            self.restart()
+        for file in self.folder.glob("*.json"):
+            json.loads(file.read_text(encoding="utf-8-sig"))
 
 
-KINDS = {Round.toggles: 20, Round.choices: 20, Round.presses: 15, Round.held_keys: 15, Round.layouts: 4,
-         Round.monitors: 4, Round.locks: 6, Round.stalls: 3, Round.deaths: 6, Round.guard_deaths: 3, Round.shell: 3}
+KINDS = {Rounds.toggles: 20, Rounds.choices: 20, Rounds.presses: 15, Rounds.held_keys: 15, Rounds.layouts: 4,
+         Rounds.monitors: 4, Rounds.locks: 6, Rounds.stalls: 3, Rounds.deaths: 6, Rounds.guard_deaths: 3, Rounds.shell: 3}
 
 
-class Campaign:
-    def __init__(self, options):
-        self.options = options
-        self.counts, self.findings = Counter(), []
-        self.on_small_disk = os.geteuid() == 0
-        self.desk_rounds = None
-        self.used = 0
-
-    def run(self):
-        print(f"Seed {self.options.seed}, {self.options.seconds} s on {self.options.program}", flush=True)
-        if not self.on_small_disk:
-            print("Not root, so no disk of its own to fill: no full disk.")
-        deadline = time.monotonic() + self.options.seconds
-        number = self.options.first
-        while time.monotonic() < deadline and len(self.findings) < MOST_FINDINGS:
-            self.one(number)
-            number += 1
-        self.leave_desk()
-        for kind, count in sorted(self.counts.items()):
-            print(f"   {kind:<14}{count:>6}")
-        print(f"   {sum(self.counts.values())} rounds, {len(self.findings)} findings")
-        return 1 if self.findings else 0
-
-    def one(self, number):
-        chance = random.Random(f"{self.options.seed}/{number}")
+def campaign(options):
+    print(f"Seed {options.seed}, {options.seconds} s on {options.program}", flush=True)
+    if os.geteuid() != 0:
+        print("Not root, so no disk of its own to fill: no full disk.")
+    deadline = time.monotonic() + options.seconds
+    counts, findings, rounds = Counter(), 0, None
+    for number in itertools.count(options.first):
+        if time.monotonic() > deadline or findings == MOST_FINDINGS:
+            break
+        chance = random.Random(f"{options.seed}/{number}")
         kind = chance.choices(list(KINDS), KINDS.values())[0].__name__
-        kind = self.options.kind or kind
+        kind = options.kind or kind
         try:
-            if not self.desk_rounds or self.used == ROUNDS_A_DESK:
-                self.leave_desk()
-                self.desk_rounds, self.used = Round(self.options.program, self.on_small_disk), 0
-            self.used += 1
-            self.counts[kind] += 1
-            self.desk_rounds.begin(chance)
-            getattr(self.desk_rounds, kind)()
-            self.desk_rounds.settle()
-            self.desk_rounds.check()
-            self.desk_rounds.calm_down()
+            rounds = rounds or Rounds(options.program)
+            counts[kind] += 1
+            rounds.play(kind, chance)
         except (AssertionError, OSError, ValueError, subprocess.SubprocessError) as failure:
-            self.findings.append(failure)
+            findings += 1
             print(f"Round {number}, {kind}: {type(failure).__name__}: {failure}", flush=True)
-            if self.desk_rounds:
-                self.desk_rounds.desk.keep(self.options.artefacts, f"attack-{self.options.seed}-{number}-{kind}")
-            self.leave_desk()
-
-    def leave_desk(self):
-        if self.desk_rounds:
-            self.desk_rounds.close()
-        self.desk_rounds = None
+            if rounds:
+                rounds.keep(options.artefacts, f"attack-{options.seed}-{number}-{kind}")
+                rounds = rounds.close()
+        if rounds and rounds.number == ROUNDS_A_DESK:
+            rounds = rounds.close()
+    if rounds:
+        rounds.close()
+    for kind, count in sorted(counts.items()):
+        print(f"   {kind:<14}{count:>6}")
+    print(f"   {counts.total()} rounds, {findings} findings")
+    return 1 if findings else 0
 
 
 def main():
@@ -400,7 +335,7 @@ def main():
     parser.add_argument("--kind", choices=[kind.__name__ for kind in KINDS], help="rounds of one kind alone")
     parser.add_argument("--artefacts", type=Path, default=Path("build/artefacts/attack"))
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))  # not without taking the desk down
-    sys.exit(Campaign(parser.parse_args()).run())
+    sys.exit(campaign(parser.parse_args()))
 
 
 if __name__ == "__main__":

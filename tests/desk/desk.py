@@ -5,6 +5,7 @@ import math
 import os
 import shutil
 import signal
+from ctypes import c_ulong
 from pathlib import Path
 
 import numpy
@@ -13,7 +14,7 @@ from desk.hands import place_cursor
 from desk.screen import Screen
 from desk.target import make_target
 from desk.waiting import GENEROUS_S, DeskError, holds_within, wait_for
-from desk.x11 import save_png
+from desk.x11 import XA_INTEGER, save_png
 
 LAYER = (588, 460)
 CENTRE = (294, 230)
@@ -45,6 +46,7 @@ class Desk:
         self.display = self.screen.display
         self.target = make_target(target, self.screen)
         self.mouse, self.keyboard = self.target.hands()
+        self.mouse_is_held = self.target.mouse_is_held
         self.original, self.folder = Path(program), self.screen.folder / "program"
         self.program = self.recorder = None
         self.variables = {}
@@ -52,6 +54,9 @@ class Desk:
 
     def write(self, name, value):
         (self.folder / name).write_text(json.dumps(value, ensure_ascii=False, indent=1), encoding="utf-8")
+
+    def read(self, name):
+        return (self.folder / name).read_text(encoding="utf-8")
 
     def prepare(self, *fields, name="Koło", more=(), **settings):
         """The program's files, with a wheel of these fields, and more wheels as they stand in the file."""
@@ -63,8 +68,8 @@ class Desk:
         self.write("default.json", {"wheels": [{"name": name, "actions": list(fields)}, *more]})
         self.field_count = len(fields)
 
-    def start_program(self):
-        self.program = self.launch_program()
+    def start_program(self, **more):
+        self.program = self.launch_program(**more)
         wait_for("the program's window in front", lambda: self.is_in_front("Rotika"), 60)
 
     def launch_program(self, **more):
@@ -81,43 +86,46 @@ class Desk:
         """Program running, recorder in front, cursor in place, nothing recorded yet."""
         self.prepare(*fields, **settings)
         self.start_program()
+        self.work_in_recorder(cursor)
+
+    def work_in_recorder(self, cursor=(450, 350)):
         if not self.recorder:
             self.recorder = self.target.recorder()
         self.display.activate(self.recorder.window.value)
         wait_for("the recorder in front", lambda: self.is_in_front("recorder"))
+        self.recorder.mark()
         place_cursor(self.display, *cursor)
         self.mouse.move(1, 1)
         self.mouse.move(-1, -1)
         self.recorder.wait_for_motion()
         self.recorder.mark()
 
+    def click(self):
+        """In the recorder, to which a window manager passes a press on in its own time."""
+        before = self.recorder.presses().count("button-up left")
+        self.mouse.click()
+        self.recorder.wait_for("button-up left", before + 1)
+
     def is_in_front(self, title):
         if self.program.poll() is not None:
             raise DeskError(f"the program ended by itself with {self.program.returncode}")
-        return self.display.focused_title() == title and self.display.active_title() == title
+        return self.display.focused_title() == self.display.title(self.display.active_window()) == title
 
     # The wheel
 
     def wheel(self):
         return self.display.shown_layer(*LAYER)
 
-    def mouse_is_held(self):
-        return self.target.mouse_is_held()
-
-    def _layer(self):
-        """What the wheel's window has drawn. Asked of the layer itself: under many openings in a row a compositor
-        now and then misses one. With a margin where the cursor may hang over, one column left of it."""
-        shown = self.wheel()
+    def _arrow_tips(self, x=0, y=0, width=LAYER[0], height=LAYER[1]):
+        """Where in a part of the layer the virtual cursor may be, in rows: an arrow in white with a black edge on its
+        left. Some points above and below its tip look the same. The layer itself is asked: under many openings in a
+        row a compositor now and then misses one."""
         try:
-            return numpy.pad(self.display.picture(shown.id), ((0, 20), (1, 9), (0, 0)), constant_values=200)
+            whole = self.display.picture(self.wheel().id)
         except (AttributeError, OSError):  # closed meanwhile
-            return numpy.full((20, 10, 3), 200)
-
-    @staticmethod
-    def _arrow_tips(seen):
-        """Where in a picture the virtual cursor may be: an arrow in white with a black edge on its left. Some points
-        above and below its tip look the same."""
-        height, width = seen.shape[0] - 19, seen.shape[1] - 9
+            return numpy.zeros((0, 0))
+        # With a margin where the arrow may hang over, and one column left of it.
+        seen = numpy.pad(whole, ((0, 20), (1, 9), (0, 0)), constant_values=200)[y:y + height + 19, x:x + width + 9]
         white, dark = seen.min(2) > 247, seen.max(2) < 140
 
         def at(points, dx, dy):
@@ -127,11 +135,10 @@ class Desk:
                                         [at(dark, 0, dy) | at(dark, -1, dy) for dy in (6, 12, 17)])
 
     def wheel_cursor_is_at(self, x, y):
-        part = self._layer()[y:y + 20, x:x + 10]
-        return part.shape == (20, 10, 3) and self._arrow_tips(part).any()
+        return self._arrow_tips(x, y, 1, 1).any()
 
     def find_wheel_cursor(self):
-        tips = numpy.argwhere(self._arrow_tips(self._layer()))
+        tips = numpy.argwhere(self._arrow_tips())
         return tuple(int(place) for place in tips[len(tips) // 2][::-1]) if len(tips) else None
 
     def _opens_well(self):
@@ -172,19 +179,22 @@ class Desk:
             if holds_within(GENEROUS_S if is_exact else PATIENCE_S, lambda: self.wheel_cursor_is_at(x, y)):
                 return
             # As a person would: look where it is, or else begin in the corner, and correct.
-            self.virtual = self.find_wheel_cursor()
-            if not self.virtual:
+            if not (found := self.find_wheel_cursor()):
                 self.mouse.move(-2 * LAYER[0], -2 * LAYER[1])
-                self.virtual = (0, 0)
+            self.virtual = found or (0, 0)
         raise DeskError(f"waited in vain for the virtual cursor at {x}, {y}")
 
     def wait_for_hot_key_with(self, *modifiers):
         """Until the toggle key works beside modifiers that a function holds: a moment after they are down."""
         wait_for("the toggle key with the modifiers to be the program's",
-                 lambda: self.display.key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
+                 lambda: self.target.hot_key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
 
     def choose(self, where):
         self.open_wheel()
+        self.pick(where)
+
+    def pick(self, where):
+        """In the open wheel."""
         self.aim(where)
         self.mouse.click()
         self.wait_until_closed()
@@ -193,23 +203,21 @@ class Desk:
 
     def guard(self):
         """The process id of the living guard, or None."""
-        children = Path(f"/proc/{self.program.pid}/task/{self.program.pid}/children").read_text().split()
-        for child in children:
-            try:
-                status = Path(f"/proc/{child}/stat").read_text().rpartition(")")
+        for process in Path("/proc").glob("[0-9]*"):
+            try:  # under Wine nobody is its parent, but its variables tell whose it is; a dead one has none
+                if (process / "comm").read_text().startswith("rotika-guard") and \
+                        str(self.screen.folder).encode() in (process / "environ").read_bytes():
+                    return int(process.name)
             except OSError:
-                continue  # gone meanwhile
-            if "rotika-guard" in status[0] and status[2].split()[0] != "Z":
-                return int(child)
+                continue  # gone meanwhile, or another user's
         return None
 
     def new_guard_is_ready(self, dead):
         """It has been started, told what is held, and has the screen."""
         guard = self.guard()
-        if guard in (None, dead):
-            return False
         try:
-            return sum("socket" in os.readlink(link) for link in Path(f"/proc/{guard}/fd").iterdir()) >= 2
+            return guard not in (None, dead) and 2 <= sum(
+                "socket" in os.readlink(link) for link in Path(f"/proc/{guard}/fd").iterdir())
         except OSError:
             return False
 
@@ -223,14 +231,31 @@ class Desk:
         return guard
 
     def end_program(self):
+        """Its exit status."""
         if self.program and self.program.poll() is None:
             self.target.ask_to_quit(self.program)
+        return self.program and self.program.poll()
+
+    # The session
+
+    def lock_screen(self, is_locked):
+        """As XScreenSaver tells it."""
+        since, manually = 1_700_000_000, 1
+        status = (c_ulong * 3)(self.display.atom("LOCK").value if is_locked else 0, since, manually)
+        self.display.set_property(self.display.root.value, "_SCREENSAVER_STATUS", XA_INTEGER, status)
+
+    def lose_display(self):
+        """As when the X server dies."""
+        self.recorder = self.recorder.close()
+        self.display.close()
+        self.screen.server.kill()
+        self.screen.server.wait()
 
     # What must not be left behind
 
     def state(self):
-        return {"floating": self.display.floating(), "keys": self.display.keys_down(),
-                "buttons": self.display.buttons_down(), "silent": set(range(256)) - self.display.repeating_keys()}
+        return {"floating": self.display.floating(), "keys": self.target.keys_down(),
+                "buttons": self.target.buttons_down(), "silent": set(range(256)) - self.display.repeating_keys()}
 
     def next_motion(self):
         """How far the real mouse's next motion of 3, 3, away from the nearer edges, moves the cursor that way."""
@@ -239,16 +264,15 @@ class Desk:
         self.mouse.move(3 * way[0], 3 * way[1])
         return (self.display.cursor()[0] - x) * way[0], (self.display.cursor()[1] - y) * way[1]
 
-    def not_as_before(self, but=()):
-        now = self.state()
-        return [f"{what}: {sorted(now[what] - self.before[what])}"
-                for what in now if what not in but and now[what] - self.before[what]]
-
     def leftovers(self, but=(), seconds=2):
         """What is floating, down or silent that was not before and does not go within the time, and a cursor that
         is not free, as texts. A function that is still running may press and release in between."""
-        is_clean = holds_within(seconds, lambda: not self.not_as_before(but))
-        found = [] if is_clean else self.not_as_before(but)
+        def new():
+            now = self.state()
+            return [f"{what}: {sorted(now[what] - self.before[what])}"
+                    for what in now if what not in but and now[what] - self.before[what]]
+
+        found = [] if holds_within(seconds, lambda: not new()) else new()
         moved = self.next_motion()  # asked once, since every motion settles it
         return found + ([] if moved == (3, 3) else [f"a motion of 3, 3 moved the cursor by {moved}"])
 
@@ -257,9 +281,8 @@ class Desk:
         folder.mkdir(parents=True, exist_ok=True)
         save_png(self.display.picture(), folder / f"{name}.png")
         lines = [f"wheel: {self.wheel()}", f"now: {self.state()}",
-                 f"keyboard: {self.display.focused_title()}, in front: {self.display.active_title()}"]
-        lines += [f"{record.time} {record} {record.code} {record.place}" for record in
-                 (self.recorder.all() if self.recorder else [])]
+                 f"keyboard: {self.display.focused_title()}"]
+        lines += map(repr, self.recorder.all() if self.recorder else ())
         for log in self.screen.folder.glob("*.log"):
             lines += [f"\n{log.name}:", log.read_text(errors="replace")]
         (folder / f"{name}.txt").write_text("\n".join(lines))

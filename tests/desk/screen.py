@@ -3,6 +3,7 @@
 
 import argparse
 import ctypes
+import itertools
 import os
 import shutil
 import signal
@@ -43,7 +44,7 @@ class Screen:
     def __init__(self, size=(1280, 800), compositor="picom"):
         self.folder = Path(tempfile.mkdtemp(prefix="rotika-desk."))
         self.size = size
-        self.helpers = []
+        self.helpers, self.parts, self.numbers = [], [], itertools.count()
         self.display = self.compositor = None
         home, run = self.folder / "home", self.folder / "run"
         home.mkdir()
@@ -83,12 +84,6 @@ class Screen:
         self.compositor = self.launch(*COMPOSITORS[name]) if COMPOSITORS[name] else None
         wait_for("the compositor to come or go", lambda: self.display.is_composited() == bool(self.compositor))
 
-    def take_away(self):
-        """As when the X server dies."""
-        self.display.close()
-        self.server.kill()
-        self.server.wait()
-
     def launch(self, *words, **more):
         """A process that ends with us, its output in a log of its name."""
         with open(self.folder / f"{Path(words[0]).name}.log", "ab") as log:
@@ -115,24 +110,15 @@ class Screen:
         self.run("xrandr", "--output", "screen", "--mode", mode)
 
     def set_monitors(self, *places):
-        """The screen in parts, each (left, top, width, height); none for the one monitor of the server."""
-        for line in self.run("xrandr", "--listmonitors").splitlines()[1:]:
-            name = line.split()[1].strip("+*")
-            if name.startswith("part"):
-                self.run("xrandr", "--delmonitor", name)
-        for number, (left, top, width, height) in enumerate(places):
-            # One of them may own the server's only output.
-            self.run("xrandr", "--setmonitor", f"part{number}", f"{width}/170x{height}/100+{left}+{top}",
-                     "none" if number else "screen")
-
-    def monitors(self):
-        """Left, top, width and height of each."""
-        found = []
-        for line in self.run("xrandr", "--listmonitors").splitlines()[1:]:
-            size, left, top = line.split()[2].split("+")
-            width, height = (int(part.split("/")[0]) for part in size.split("x"))
-            found.append((int(left), int(top), width, height))
-        return found
+        """The screen in parts, each (left, top, width, height), or none for the one monitor of the server; at once,
+        as far as programs can tell."""
+        words = [word for name in self.parts for word in ("--delmonitor", name)]
+        self.parts = [f"part{next(self.numbers)}" for _ in places]
+        for name, (left, top, width, height) in zip(self.parts, places):
+            output = "screen" if name == self.parts[0] else "none"  # one of them may own the server's only output
+            words += ["--setmonitor", name, f"{width}/170x{height}/100+{left}+{top}", output]
+        if words:
+            self.run("xrandr", *words)
 
     def close(self):
         clients = self.helpers[1:]

@@ -3,11 +3,9 @@
 import signal
 from pathlib import Path
 
-from desk.hands import Keyboard, Mouse
+from desk.hands import DEVICE, Keyboard, Mouse
 from desk.recorder import Recorder
 from desk.screen import end
-
-DEVICE = "Xvfb mouse"
 
 
 class LinuxTarget:
@@ -41,6 +39,16 @@ class LinuxTarget:
     def mouse_is_held(self):
         """A device that a program has grabbed is detached from the cursor: it floats."""
         return DEVICE in self.screen.display.floating()
+
+    def keys_down(self):
+        """For the programs, whoever presses them."""
+        return self.screen.display.keys_down()
+
+    def buttons_down(self):
+        return self.screen.display.buttons_down()
+
+    def hot_key_is_taken(self, key, modifiers):
+        return self.screen.display.key_is_taken(key, modifiers)
 
     def ask_to_quit(self, process):
         """What the system says to a program at the end of a session."""

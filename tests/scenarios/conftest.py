@@ -23,7 +23,7 @@ def pytest_addoption(parser):
 
 
 def pytest_configure(config):
-    config.addinivalue_line("markers", "only(target): a scenario of one system alone")
+    config.addinivalue_line("markers", "only(target, why): a scenario of one system alone")
 
 
 def pytest_collection_modifyitems(config, items):
@@ -50,10 +50,11 @@ def desk(request):
     try:
         yield made
         left = []
-        if not made.wheel():  # with the wheel open the mouse is rightly held
-            left += made.leftovers(but=("silent",))
-        made.end_program()
-        left += made.leftovers()
+        if made.screen.server.poll() is None:
+            if not made.wheel():  # with the wheel open the mouse is rightly held
+                left += made.leftovers(but=("silent",))
+            made.end_program()
+            left += made.leftovers()
         if left or request.node.has_failed:
             made.keep(Path(request.config.getoption("artefacts")) / target, request.node.name)
         assert not left, f"left behind: {left}"

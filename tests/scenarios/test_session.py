@@ -1,24 +1,93 @@
-"""The desktop around the wheel: it locks, its monitors change, its windows are destroyed, it ends."""
+"""How the program starts, whatever it finds, and how it ends; and what the session around it does."""
 
-import os
+import shutil
 import time
-from ctypes import byref, c_ulong
 
 import pytest
 
 from desk.desk import TOGGLE_KEY, field
 from desk.waiting import holds_within, wait_for
-from desk.x11 import XA_INTEGER, xlib
+from desk.x11 import xlib
 
 END_LIMIT_S = 2
 
 
-def set_lock(desk, is_locked):
-    """As XScreenSaver tells it."""
-    values = (c_ulong * 3)(desk.display.atom("LOCK").value if is_locked else 0, 1_700_000_000, 1)
-    xlib.XChangeProperty(desk.display.handle, desk.display.root, desk.display.atom("_SCREENSAVER_STATUS"),
-                         c_ulong(XA_INTEGER), 32, 0, byref(values), 3)
-    desk.display.sync()
+def box(desk, title="Rotika"):
+    """A message of the program, once it stands beside its window."""
+    return wait_for("a message", lambda: desk.display.titled("Rotika") and
+                    desk.display.titled(title)[title == "Rotika":])[0]
+
+
+def expect_wheel(desk):
+    desk.work_in_recorder()
+    desk.open_wheel()
+    desk.close_wheel()
+    assert desk.program.poll() is None
+
+
+def test_a_second_copy_says_so_and_ends_without_disturbing_the_first(desk):
+    desk.prepare(field("a"))
+    desk.start_program()
+    second = desk.launch_program()
+    desk.display.close_window(box(desk))
+    assert second.wait(10) == 0
+    expect_wheel(desk)
+
+
+def test_a_closed_main_window_leaves_the_wheel_working(desk):
+    desk.prepare(field("a"))
+    desk.start_program()
+    desk.display.close_window(desk.display.titled("Rotika")[0])
+    wait_for("the window to go", lambda: not desk.display.titled("Rotika"))
+    expect_wheel(desk)
+
+
+def test_started_from_elsewhere_it_makes_its_first_files_in_its_own_folder(desk):
+    elsewhere = desk.screen.folder / "gdzie indziej"
+    elsewhere.mkdir()
+    desk.prepare()
+    for name in ("config.json", "default.json"):
+        (desk.folder / name).unlink()
+    desk.start_program(cwd=elsewhere)
+    assert not any(elsewhere.iterdir())
+    assert desk.read("config.json") == '{\n  "segmentColor": "#3498DB",\n  "toggleKey": "x"\n}\n'
+    assert '"Kolo 1"' in desk.read("default.json") and "przełącz okno" in desk.read("voice.json")
+    desk.work_in_recorder()
+    desk.field_count = 8
+    desk.choose(6)
+    desk.recorder.expect("7")
+
+
+def test_broken_or_missing_files_never_stop_it(desk):
+    desk.prepare()
+    broken = {"config.json": b'{ "toggleKey": "F9", ', "default.json": b"[1, 2", "voice.json": b"\xff\xfe nonsense"}
+    for name, content in broken.items():
+        (desk.folder / name).write_bytes(content)
+    (desk.folder / "rotika.ico").unlink()
+    shutil.rmtree(desk.folder / "themes")
+    desk.start_program()
+    expect_wheel(desk)
+    assert (desk.folder / "config.json").read_bytes() == broken["config.json"]
+
+
+@pytest.mark.only("linux")
+def test_nothing_opens_or_runs_behind_a_locked_screen(desk):
+    desk.start(field(("b", "hold", 1500), ("c",)), sendDelay=0)
+    desk.choose(0)
+    desk.recorder.wait_for("key-down b")
+    desk.open_wheel()
+    desk.lock_screen(True)
+    desk.wait_until_closed()
+    desk.keyboard.tap(TOGGLE_KEY)
+    assert not holds_within(0.5, desk.wheel)
+    desk.recorder.expect("b")
+    desk.lock_screen(False)
+    wait_for("the wheel to open again", lambda: desk.keyboard.tap(TOGGLE_KEY) or holds_within(0.3, desk.wheel))
+    desk.wait_until_open()
+    desk.close_wheel()
+
+
+# Its end
 
 
 def ends_in_time(process):
@@ -28,63 +97,19 @@ def ends_in_time(process):
     return status == 0 and time.monotonic() - started < END_LIMIT_S
 
 
-def test_nothing_opens_or_runs_behind_a_locked_screen(desk):
-    desk.start(field("a"), field(("b", "hold", 1500), ("c",)), sendDelay=0)
-    desk.open_wheel()
-    desk.aim(0)
-    set_lock(desk, True)
-    desk.wait_until_closed()
-    desk.mouse.click()
-    desk.keyboard.tap(TOGGLE_KEY)
-    assert not holds_within(0.5, desk.wheel)
-    assert "key-down a" not in desk.recorder.presses()
-    set_lock(desk, False)
-    wait_for("the wheel to open again", lambda: desk.keyboard.tap(TOGGLE_KEY) or holds_within(0.3, desk.wheel))
-    desk.wait_until_open()
-    desk.aim(1)
-    desk.mouse.click()
-    desk.recorder.wait_for("key-down b")
-    set_lock(desk, True)
-    desk.recorder.wait_for("key-up b")
-    assert not holds_within(0.5, lambda: "key-down c" in desk.recorder.presses())
-
-
-@pytest.mark.parametrize("change", ["mode", "parts", "destroyed"])
-def test_a_wheel_whose_place_is_gone_closes_and_opens_anew(desk, change):
-    desk.start(field("a"), field("b"), sendDelay=0)
-    desk.open_wheel()
-    if change == "mode":
-        desk.screen.set_mode(1024, 768)
-    elif change == "parts":
-        desk.screen.set_monitors((0, 0, 640, 800), (640, 0, 640, 800))
-    else:
-        xlib.XDestroyWindow(desk.display.handle, c_ulong(desk.wheel().id))
-        desk.display.sync()
-    desk.wait_until_closed()
-    desk.choose(1)
-    desk.recorder.wait_for("key-up b")
-
-
-def test_icons_that_are_no_files_hold_nothing_up(desk):
-    os.mkfifo(desk.screen.folder / "pipe.png")
-    pictures = [str(desk.screen.folder / "pipe.png"), "/dev/zero", str(desk.screen.folder)]
-    desk.start(*(field("a", icon=picture) for picture in pictures), sendDelay=0)
-    desk.choose(0)
-    desk.recorder.wait_for("key-up a")
-
-
+@pytest.mark.only("linux")
 @pytest.mark.parametrize("state", ["idle", "open wheel", "running function", "warning", "second copy"])
 def test_the_program_ends_in_time_and_order_whatever_it_does(desk, state):
     if state == "warning":
         grabbing = desk.display
-        xlib.XGrabKey(grabbing.handle, grabbing.keycode(TOGGLE_KEY), 1 << 15, grabbing.root, 0, 1, 1)
+        key = grabbing.handle, grabbing.keycode(TOGGLE_KEY), 1 << 15, grabbing.root
+        xlib.XGrabKey(*key, 0, 1, 1)
         grabbing.sync()
         desk.prepare(field("a"))
-        desk.program = desk.screen.launch(desk.folder / "rotika")
-        wait_for("the warning beside the program's window", lambda: {
-            "Rotika", f"Rotika: Nie udało się zarejestrować globalnego skrótu '{TOGGLE_KEY}'. "
-            "Być może inny program już go używa."} <= set(desk.display.titles()))
-        xlib.XUngrabKey(grabbing.handle, grabbing.keycode(TOGGLE_KEY), 1 << 15, grabbing.root)
+        desk.program = desk.launch_program()
+        box(desk, f"Rotika: Nie udało się zarejestrować globalnego skrótu '{TOGGLE_KEY}'. "
+                  "Być może inny program już go używa.")
+        xlib.XUngrabKey(*key)
         grabbing.sync()
     else:
         desk.start(field(("w", "hold", 60000)), sendDelay=0)
@@ -94,18 +119,19 @@ def test_the_program_ends_in_time_and_order_whatever_it_does(desk, state):
         desk.choose(0)
         desk.recorder.wait_for("key-down w")
     elif state == "second copy":
-        second = desk.screen.launch(desk.folder / "rotika")
-        wait_for("its message", lambda: desk.display.titles().count("Rotika") == 2)
+        second = desk.launch_program()
+        box(desk)
         assert ends_in_time(second)
     assert ends_in_time(desk.program)
 
 
+@pytest.mark.only("linux")
 def test_a_start_can_be_ended_at_any_moment(desk):
     """From the lock of the only copy on. What comes before it takes nothing that would have to be given back."""
     desk.prepare(field("a"))
     lock = desk.screen.folder / "run" / "RotikaEngineRunning.lock"
-    for delay_ms in range(0, 600, 60):
-        desk.program = desk.screen.launch(desk.folder / "rotika")
+    for delay_ms in range(0, 600, 100):
+        desk.program = desk.launch_program()
         wait_for("the first step of the start", lock.exists)
         time.sleep(delay_ms / 1000)  # the moments are the test's rows, not a wait
         assert ends_in_time(desk.program), f"after {delay_ms} ms"

@@ -22,7 +22,7 @@ def voice_beside(title, *words):
         made.prepare(field("a"), **voice.settings)
         made.start_program()
         other = made.screen.launch(*words)
-        wait_for("its window", lambda: made.display.active_title() == title)
+        wait_for("its window", lambda: made.is_in_front(title))
         yield made, voice, other
 
 

@@ -12,7 +12,7 @@ sys.path.insert(0, str(ROOT / "tests"))
 from desk.desk import CENTRE, Desk  # noqa: E402
 from desk.waiting import DeskError, wait_for  # noqa: E402
 
-PATIENCE_MS = 5000
+PATIENCE_MS = 20000
 WHITE = (255, 255, 255)
 INSIDE_CURSOR = (3, 10)  # of its picture, which is white there; from its tip
 

@@ -248,8 +248,8 @@ format_sources() {
 
 tidy_sources() {
     need_packages build test
-    build_preset linux "${program_targets[@]}" # for what is generated
-    (cd "$root" && run-clang-tidy -quiet -p build/linux -j "$jobs" -extra-arg=-Wno-unknown-warning-option "^$root/(common|engine|shell|licence)/")
+    build_preset tidy "${program_targets[@]}" # for what is generated
+    (cd "$root" && run-clang-tidy -quiet -p build/tidy -j "$jobs" -extra-arg=-Wno-unknown-warning-option "^$root/(common|engine|shell|licence)/")
 }
 
 show_doctor() {

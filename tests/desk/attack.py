@@ -236,7 +236,7 @@ class Rounds(Desk):
     def shell(self):
         """Random keys and clicks in the program's own window, the disk full in half of the rounds."""
         if self.disk and self.chance.random() < 0.5:
-            subprocess.run(["dd", "if=/dev/zero", f"of={self.disk}/filler", "bs=4k"], capture_output=True)  # until it is
+            subprocess.run(["dd", "if=/dev/zero", f"of={self.disk}/filler", "bs=4k"], capture_output=True)
         self.screen.run("xdotool", "search", "--onlyvisible", "--class", "rotika", "windowactivate", "--sync")
         for _ in range(self.chance.randrange(5, 40)):
             if self.chance.random() < 0.3:
@@ -291,7 +291,8 @@ class Rounds(Desk):
 
 
 KINDS = {Rounds.toggles: 20, Rounds.choices: 20, Rounds.presses: 15, Rounds.held_keys: 15, Rounds.layouts: 4,
-         Rounds.monitors: 4, Rounds.locks: 6, Rounds.stalls: 3, Rounds.deaths: 6, Rounds.guard_deaths: 3, Rounds.shell: 3}
+         Rounds.monitors: 4, Rounds.locks: 6, Rounds.stalls: 3, Rounds.deaths: 6, Rounds.guard_deaths: 3,
+         Rounds.shell: 3}
 
 
 def campaign(options):

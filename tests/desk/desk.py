@@ -109,7 +109,7 @@ class Desk:
     def is_in_front(self, title):
         if self.program.poll() is not None:
             raise DeskError(f"the program ended by itself with {self.program.returncode}")
-        return self.display.focused_title() == self.display.title(self.display.active_window()) == title
+        return self.display.focused_title() == self.display.active_title() == title
 
     # The wheel
 

@@ -34,8 +34,8 @@ Shown = namedtuple("Shown", "id left top width height")
 for library, result, names in (
         (xlib, c_void_p, "XOpenDisplay XDefaultGC"), (xlib, c_char_p, "XKeysymToString"),
         (xlib, POINTER(ImageHead), "XGetImage"), (xlib, c_ubyte, "XKeysymToKeycode"),
-        (xlib, c_ulong, "XDefaultRootWindow XInternAtom XStringToKeysym XLookupKeysym XCreateSimpleWindow XCreatePixmap "
-                        "XGetSelectionOwner"),
+        (xlib, c_ulong, "XDefaultRootWindow XInternAtom XStringToKeysym XLookupKeysym XCreateSimpleWindow "
+                        "XCreatePixmap XGetSelectionOwner"),
         (xinput, POINTER(DeviceInfo), "XIQueryDevice"), (xinput, c_void_p, "XOpenDevice")):
     for name in names.split():
         getattr(library, name).restype = result
@@ -100,8 +100,14 @@ class Display:
         return [window for window in self.property(self.root.value, "_NET_CLIENT_LIST") or ()
                 if self.title(window) == title]
 
+    def titles(self):
+        return [self.title(window) for window in self.property(self.root.value, "_NET_CLIENT_LIST") or ()]
+
     def active_window(self):
         return (self.property(self.root.value, "_NET_ACTIVE_WINDOW") or [0])[0]
+
+    def active_title(self):
+        return self.title(self.active_window())
 
     def focused_title(self):
         window, revert, title = c_ulong(), c_int(), ""

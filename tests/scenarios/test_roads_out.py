@@ -26,6 +26,7 @@ def test_an_end_with_the_wheel_open_gives_the_mouse_back_and_it_starts_again(des
     else:
         assert desk.end_program() == 0
     desk.wait_until_closed()
+    wait_for("the guard to have done its work", lambda: not desk.guard())
     assert desk.display.cursor() == place
     assert desk.next_motion() == (3, 3)
     desk.click()

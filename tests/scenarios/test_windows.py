@@ -121,9 +121,11 @@ class User:
 
     def rest(self):
         """Until nothing on the screen moves any more."""
-        seen = []
-        wait_for("the screen to come to rest", lambda: seen.append(self.display.picture().tobytes()) or
-                 len(seen) > 4 and len(set(seen[-4:])) == 1)
+        def is_still():
+            before = self.display.picture()
+            return not holds_within(0.1, lambda: (self.display.picture() != before).any())
+
+        wait_for("the screen to come to rest", is_still, 60)
 
     def keys(self, *names):
         for name in names:

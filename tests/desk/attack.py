@@ -34,12 +34,12 @@ CLICKS = {1: "button-up left", 2: "button-up right", 5: "button-up left", 9: "bu
 MODIFIERS = {3: SHIFT, 9: CONTROL}  # that a field holds last or for a time
 
 
-class Rounds:
+class Rounds(Desk):
     """One desk for many rounds; every kind leaves the program in whatever state, and `settle` makes peace."""
 
     def __init__(self, program):
-        self.desk, self.number = Desk(program), 0
-        self.disk = self.desk.folder if os.geteuid() == 0 else None
+        super().__init__(program)
+        self.number, self.disk = 0, self.folder if os.geteuid() == 0 else None
         try:
             if self.disk:
                 size = sum(file.stat().st_size for file in program.rglob("*") if file.is_file()) // 1024 + 2048
@@ -51,66 +51,59 @@ class Rounds:
             raise
 
     def close(self):
-        self.desk.end_program()
+        self.end_program()
         if self.disk and self.disk.is_mount():
             subprocess.run(["umount", "-l", self.disk], check=True)
-        self.desk.close()
+        super().close()
 
     def restart(self):
-        self.desk.end_program()
-        self.desk.start(*FIELDS, cursor=PLACE, sendDelay=0, keyHold=20)
+        self.end_program()
+        self.start(*FIELDS, cursor=PLACE, sendDelay=0, keyHold=20)
         self.was_killed = self.wants_restart = False
 
     def play(self, kind, chance):
-        self.number += 1
-        self.begin(chance)
+        self.chance, self.number = chance, self.number + 1
+        self.person, self.owed = set(), set()  # what the person has down, and fields that let go of what is held
+        self.is_settled = self.layout_is_ours = self.screen_is_whole = True
+        x, y = self.display.cursor()
+        if not (20 < x < 1200 and 20 < y < 700):
+            place_cursor(self.display, *PLACE)
+        self.place = self.display.cursor()  # None once it may rightly be elsewhere
+        self.recorder.mark()
         getattr(self, kind)()
         self.settle()
         self.check()
         if not self.screen_is_whole:
-            self.desk.screen.set_monitors()
-            self.desk.screen.set_mode(*self.desk.screen.size)
+            self.screen.set_monitors()
+            self.screen.set_mode(*self.screen.size)
         if self.was_killed or self.wants_restart:
             self.restart()
-
-    def begin(self, chance):
-        self.chance = chance
-        self.person = set()  # keys and buttons that the person has down
-        self.owed = set()  # fields that let go of what is held
-        self.is_settled = self.layout_is_ours = self.screen_is_whole = True
-        x, y = self.desk.display.cursor()
-        if not (20 < x < 1200 and 20 < y < 700):
-            place_cursor(self.desk.display, *PLACE)
-        self.place = self.desk.display.cursor()  # None once it may rightly be elsewhere
-        self.desk.recorder.mark()
 
     # Single acts
 
     def wander(self):
         for _ in range(self.chance.randrange(1, 6)):
-            self.desk.mouse.move(self.chance.randrange(-200, 200), self.chance.randrange(-150, 150))
+            self.mouse.move(self.chance.randrange(-200, 200), self.chance.randrange(-150, 150))
 
     def press(self, thing, down):
         """A key by its name, a button by its number."""
-        (self.desk.keyboard if isinstance(thing, str) else self.desk.mouse).press(thing, down)
+        (self.keyboard if isinstance(thing, str) else self.mouse).press(thing, down)
         (self.person.add if down else self.person.discard)(thing)
 
     def choose_any(self):
-        index = self.chance.randrange(len(FIELDS))
-        seen = len(self.desk.recorder.all())
-        self.desk.choose(index)
+        index, seen = self.chance.randrange(len(FIELDS)), len(self.recorder.all())
+        self.choose(index)
         if index in CLICKS:
             # A press that comes while the next wheel opens may end in a menu of the window manager, with the keyboard.
             holds_within(1, lambda: any(  # not if the button was down already
-                str(record) == CLICKS[index] for record in self.desk.recorder.all()[seen:]))
+                str(record) == CLICKS[index] for record in self.recorder.all()[seen:]))
         self.owed |= {HOLDS[index]} if index in HOLDS else set()
         if index in MODIFIERS:
-            held = {MODIFIERS[index]} | ({CONTROL} if 10 in self.owed else set())
-            self.desk.wait_for_hot_key_with(*held)
+            self.wait_for_hot_key_with(*{MODIFIERS[index]} | ({CONTROL} if 10 in self.owed else set()))
 
     def wait_until_steady(self):
         """Toggles and what a stall has delayed may still be on their way."""
-        while holds_within(0.2, lambda was=self.desk.wheel(): self.desk.wheel() != was):
+        while holds_within(0.2, lambda was=self.wheel(): self.wheel() != was):
             pass
 
     # The kinds of rounds
@@ -119,16 +112,16 @@ class Rounds:
         """Fast ones without waiting: none may be lost."""
         count = self.chance.randrange(1, 9)
         for _ in range(count):
-            self.desk.keyboard.tap(TOGGLE_KEY)
-            if self.chance.random() < 0.3 and self.desk.mouse_is_held():
-                self.desk.mouse.move(1, 1)
+            self.keyboard.tap(TOGGLE_KEY)
+            if self.chance.random() < 0.3 and self.mouse_is_held():
+                self.mouse.move(1, 1)
                 self.place = None  # it may have been given back in between
         self.wait_until_steady()
-        wait_for(f"the wheel as {count} toggles leave it", lambda: bool(self.desk.wheel()) == bool(count % 2), 2)
+        wait_for(f"the wheel as {count} toggles leave it", lambda: bool(self.wheel()) == bool(count % 2), 2)
         if count % 2:
             self.wander()
-            self.desk.keyboard.tap(TOGGLE_KEY)
-        self.desk.wait_until_closed()
+            self.keyboard.tap(TOGGLE_KEY)
+        self.wait_until_closed()
 
     def choices(self):
         for _ in range(self.chance.randrange(1, 4)):
@@ -139,12 +132,12 @@ class Rounds:
         if self.chance.random() < 0.5:
             self.press(self.chance.choice((1, 2, 3)), True)
             # A window manager lets go of a press a little later; opened before that, its menu may come up.
-            wait_for("the press in the window", lambda: self.desk.recorder.since_mark("button-down"))
-        self.desk.open_wheel()
+            wait_for("the press in the window", lambda: self.recorder.since_mark("button-down"))
+        self.open_wheel()
         for _ in range(self.chance.randrange(1, 6)):
             self.press(self.chance.choice((1, 2, 3)), self.chance.random() < 0.6)
-        self.desk.keyboard.tap(TOGGLE_KEY)
-        wait_for("the wheel to close", lambda: not self.desk.wheel())
+        self.keyboard.tap(TOGGLE_KEY)
+        wait_for("the wheel to close", lambda: not self.wheel())
 
     def held_keys(self):
         """The person's keys go down and up before, under and after the toggle key."""
@@ -157,89 +150,84 @@ class Rounds:
             some()
             self.press(TOGGLE_KEY, True)
             some()
-            (self.desk.wait_until_open if is_opening else self.desk.wait_until_closed)()
+            (self.wait_until_open if is_opening else self.wait_until_closed)()
             self.press(TOGGLE_KEY, False)
 
     def layouts(self):
         """Another layout while something is held or the wheel is open."""
-        self.desk.open_wheel()
+        self.open_wheel()
         self.layout_is_ours = False
-        is_inside = self.chance.random() < 0.5
-        if not is_inside:
-            self.desk.pick(self.chance.choice((3, 4)))
-        self.desk.screen.run("setxkbmap", self.chance.choice(LAYOUTS))
-        if is_inside:
-            self.desk.keyboard.tap(53)
-            self.desk.wait_until_closed()
+        if is_outside := self.chance.random() < 0.5:
+            self.pick(self.chance.choice((3, 4)))
+        self.screen.run("setxkbmap", self.chance.choice(LAYOUTS))
+        if not is_outside:
+            self.keyboard.tap(53)
+            self.wait_until_closed()
 
     def monitors(self):
-        screen, self.screen_is_whole = self.desk.screen, False
+        self.screen_is_whole = False
         is_mode = self.chance.random() < 0.5
         if not is_mode:
-            screen.set_monitors(*PARTS)
-        place_cursor(self.desk.display, 200 if is_mode else self.chance.choice((200, 900)), 300)
-        self.desk.open_wheel()
+            self.screen.set_monitors(*PARTS)
+        place_cursor(self.display, 200 if is_mode else self.chance.choice((200, 900)), 300)
+        self.open_wheel()
         self.place = None
         if is_mode:
-            screen.set_mode(*self.chance.choice(MODES))
+            self.screen.set_mode(*self.chance.choice(MODES))
         else:
-            screen.set_monitors(self.chance.choice((*PARTS, (0, 0, 700, 500))))
-        self.desk.keyboard.tap(TOGGLE_KEY)  # it may be what opens it again
+            self.screen.set_monitors(self.chance.choice((*PARTS, (0, 0, 700, 500))))
+        self.keyboard.tap(TOGGLE_KEY)  # it may be what opens it again
         self.is_settled = False
         self.wants_restart = True  # the way back of the monitors would close the next round's wheel
 
     def locks(self):
-        self.desk.open_wheel()
-        self.desk.lock_screen(True)
+        self.open_wheel()
+        self.lock_screen(True)
         # It closes when the program has heard: from then on the key does nothing.
-        wait_for("the wheel to close with the session", lambda: not self.desk.wheel(), 3)
+        wait_for("the wheel to close with the session", lambda: not self.wheel(), 3)
         for _ in range(self.chance.randrange(3)):
-            self.desk.keyboard.tap(TOGGLE_KEY)
-        assert not holds_within(0.1, self.desk.wheel), "the wheel opened over the locker"
-        self.desk.lock_screen(False)
+            self.keyboard.tap(TOGGLE_KEY)
+        assert not holds_within(0.1, self.wheel), "the wheel opened over the locker"
+        self.lock_screen(False)
         # The program hears of it in its own time; until then the key does nothing.
-        wait_for("the wheel after the lock", lambda: self.desk.keyboard.tap(TOGGLE_KEY) or
-                 holds_within(0.3, self.desk.wheel))
+        wait_for("the wheel after the lock", lambda: self.keyboard.tap(TOGGLE_KEY) or
+                 holds_within(0.3, self.wheel))
 
     def stalls(self):
         """Stopped for a moment or past the guard's patience, in whatever state, with input meanwhile."""
         if self.chance.random() < 0.7:
-            self.desk.open_wheel()
-            self.desk.aim(self.chance.randrange(len(FIELDS)))
-        self.desk.program.send_signal(signal.SIGSTOP)
+            self.open_wheel()
+            self.aim(self.chance.randrange(len(FIELDS)))
+        self.program.send_signal(signal.SIGSTOP)
         seconds = self.chance.choice((0.05, 0.3, 3.0))
-        deadline = time.monotonic() + seconds
-        while time.monotonic() < deadline:
-            self.chance.choice((self.wander, self.desk.mouse.click, lambda: self.desk.keyboard.tap("e"),
-                                lambda: self.desk.keyboard.tap(TOGGLE_KEY)))()
-            time.sleep(0.05)
-        if seconds == 3.0:
-            assert not self.desk.mouse_is_held(), "a stalled program holds the mouse"
-        self.desk.program.send_signal(signal.SIGCONT)
+        acts = self.wander, self.mouse.click, lambda: self.keyboard.tap("e"), lambda: self.keyboard.tap(TOGGLE_KEY)
+        holds_within(seconds, lambda: self.chance.choice(acts)(), 0.05)
+        assert seconds < 3 or not self.mouse_is_held(), "a stalled program holds the mouse"
+        self.program.send_signal(signal.SIGCONT)
         self.place, self.is_settled = None, False
 
     def deaths(self):
         """The program dies at any moment; before it perhaps the guard, perhaps both at once."""
         way = self.chance.choice(("open", "run", "held", "closed"))
         if way == "open":
-            self.desk.open_wheel()
+            self.open_wheel()
             self.wander()
         elif way == "run":
-            self.desk.choose(self.chance.choice((2, 3, 4, 5)))
+            self.choose(self.chance.choice((2, 3, 4, 5)))
         elif way == "held":
-            self.desk.choose(7)
-            wait_for("w to be down", self.desk.display.keys_down)
+            self.choose(7)
+            wait_for("w to be down", self.display.keys_down)
         if self.chance.random() < 0.4:
             self.guard_dies()  # with time enough for a new one; both gone within milliseconds cannot be helped
-        self.desk.kill_program()
+        self.kill_program()
         self.was_killed = True
         if way == "held":
-            self.desk.keyboard.tap("w")  # held on purpose: the person's own tap lets go
+            self.keyboard.tap("w")  # held on purpose: the person's own tap lets go
 
     def guard_dies(self, meanwhile=lambda: None):
-        dead = self.desk.kill_guard()
+        dead = self.kill_guard()
         meanwhile()
-        wait_for("a new guard", lambda: self.desk.new_guard_is_ready(dead), 3)
+        wait_for("a new guard", lambda: self.new_guard_is_ready(dead), 3)
 
     def guard_deaths(self):
         self.guard_dies(self.choose_any)
@@ -247,71 +235,64 @@ class Rounds:
 
     def shell(self):
         """Random keys and clicks in the program's own window, the disk full in half of the rounds."""
-        is_full = self.disk and self.chance.random() < 0.5
-        if is_full:
-            subprocess.run(["dd", "if=/dev/zero", f"of={self.disk}/filler", "bs=4k"], capture_output=True)  # until it is
-        self.desk.screen.run("xdotool", "search", "--onlyvisible", "--class", "rotika", "windowactivate", "--sync")
+        if self.disk and self.chance.random() < 0.5:
+            subprocess.run(["dd", "if=/dev/zero", f"of={self.disk}/filler", "bs=4k"], capture_output=True)
+        self.screen.run("xdotool", "search", "--onlyvisible", "--class", "rotika", "windowactivate", "--sync")
         for _ in range(self.chance.randrange(5, 40)):
             if self.chance.random() < 0.3:
-                place_cursor(self.desk.display, self.chance.randrange(215, 1065), self.chance.randrange(130, 700))
-                self.desk.mouse.click()
+                place_cursor(self.display, self.chance.randrange(215, 1065), self.chance.randrange(130, 700))
+                self.mouse.click()
             else:
-                self.desk.keyboard.tap(self.chance.choice(("Tab", "Tab", "space", "Down", "Up", "Return", "5")))
+                self.keyboard.tap(self.chance.choice(("Tab", "Tab", "space", "Down", "Up", "Return", "5")))
         for _ in range(3):
-            self.desk.keyboard.tap("Escape")
-        self.place = None
-        self.desk.recorder.all()
-        self.desk.recorder.down.clear()  # what goes up while another window has the keyboard is not seen here
+            self.keyboard.tap("Escape")
+        self.recorder.all()
+        self.recorder.down.clear()  # what goes up while another window has the keyboard is not seen here
         self.check_files()
-        if self.disk:
-            (self.disk / "filler").unlink(missing_ok=True)
+        (self.folder / "filler").unlink(missing_ok=True)
         # It may have quit or changed its own wheels and keys by what was clicked.
-        status = self.desk.end_program()
+        status = self.end_program()
         assert status in (0, -signal.SIGTERM), f"the program ended with {status}"
-        self.was_killed = True
+        self.place, self.was_killed = None, True
 
     # What must hold after each
 
     def settle(self):
         """The person lets go of everything and closes the wheel; what a function holds is released."""
-        desk = self.desk
         if not self.layout_is_ours:
-            desk.screen.run("setxkbmap", "us")
+            self.screen.run("setxkbmap", "us")
         for thing in set(self.person):
             self.press(thing, False)
         if self.was_killed:
             return
-        assert desk.program.poll() is None, f"the program ended by itself with {desk.program.returncode}"
+        assert self.program.poll() is None, f"the program ended by itself with {self.program.returncode}"
         if not self.is_settled:
             self.wait_until_steady()
-        if desk.wheel():
-            desk.close_wheel()
+        if self.wheel():
+            self.close_wheel()
         for index in self.owed:
-            desk.choose(index)
+            self.choose(index)
 
     def check(self):
-        desk = self.desk
-        but = () if self.was_killed else ("silent",)
-        cursor, left = desk.display.cursor(), desk.leftovers(but, SETTLE_S)
+        cursor, left = self.display.cursor(), self.leftovers(() if self.was_killed else ("silent",), SETTLE_S)
         assert self.place in (None, cursor), f"the cursor was at {self.place} and is at {cursor}"
         assert not left, f"left behind: {left}"
-        typed = {record.name for record in desk.recorder.since_mark("key-down", "key-repeat")}
+        typed = {record.name for record in self.recorder.since_mark("key-down", "key-repeat")}
         assert TOGGLE_KEY not in typed or self.was_killed, "the toggle key's letter reached the window"
-        is_clean = holds_within(SETTLE_S, lambda: desk.recorder.all() and not desk.recorder.down)
-        assert is_clean, f"the window never saw these go up: {desk.recorder.down}"
+        is_clean = holds_within(SETTLE_S, lambda: self.recorder.all() and not self.recorder.down)
+        assert is_clean, f"the window never saw these go up: {self.recorder.down}"
         self.check_files()
-        said = (desk.screen.folder / "rotika.log").read_text(errors="replace")
+        said = (self.screen.folder / "rotika.log").read_text(errors="replace")
         assert "Sanitizer" not in said and "runtime error" not in said, "a sanitizer has spoken"
 
     def check_files(self):
-        for name in ("config.json", "default.json", "voice.json"):
-            file = self.desk.folder / name
-            if file.exists():
-                json.loads(file.read_text(encoding="utf-8-sig"))
+        for file in self.folder.glob("*.json"):
+            json.loads(file.read_text(encoding="utf-8-sig"))
 
 
 KINDS = {Rounds.toggles: 20, Rounds.choices: 20, Rounds.presses: 15, Rounds.held_keys: 15, Rounds.layouts: 4,
-         Rounds.monitors: 4, Rounds.locks: 6, Rounds.stalls: 3, Rounds.deaths: 6, Rounds.guard_deaths: 3, Rounds.shell: 3}
+         Rounds.monitors: 4, Rounds.locks: 6, Rounds.stalls: 3, Rounds.deaths: 6, Rounds.guard_deaths: 3,
+         Rounds.shell: 3}
 
 
 def campaign(options):
@@ -334,8 +315,8 @@ def campaign(options):
             findings += 1
             print(f"Round {number}, {kind}: {type(failure).__name__}: {failure}", flush=True)
             if rounds:
-                rounds.desk.keep(options.artefacts, f"attack-{options.seed}-{number}-{kind}")
-                rounds.number = ROUNDS_A_DESK
+                rounds.keep(options.artefacts, f"attack-{options.seed}-{number}-{kind}")
+                rounds = rounds.close()
         if rounds and rounds.number == ROUNDS_A_DESK:
             rounds = rounds.close()
     if rounds:

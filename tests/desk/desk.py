@@ -281,7 +281,7 @@ class Desk:
         folder.mkdir(parents=True, exist_ok=True)
         save_png(self.display.picture(), folder / f"{name}.png")
         lines = [f"wheel: {self.wheel()}", f"now: {self.state()}",
-                 f"keyboard: {self.display.focused_title()}, in front: {self.display.active_title()}"]
+                 f"keyboard: {self.display.focused_title()}"]
         lines += map(repr, self.recorder.all() if self.recorder else ())
         for log in self.screen.folder.glob("*.log"):
             lines += [f"\n{log.name}:", log.read_text(errors="replace")]

@@ -1,18 +1,31 @@
 """The person's hands: the screen's real mouse and keyboard, told apart by the server from injected input."""
 
-from ctypes import c_int, c_ulong
+from ctypes import c_int, c_ulong, c_void_p
 
-from desk.x11 import xlib, xtest
+from desk.x11 import xinput, xlib, xtest
 
 LEFT, MIDDLE, RIGHT = 1, 2, 3
 DEVICE = "Xvfb mouse"
 NOW = c_ulong(0)
 
 
-class Mouse:
+class Device:
+    name = None
+
     def __init__(self, display):
         self.display = display
-        self.device = display.open_device(DEVICE)
+        self.device = c_void_p(xinput.XOpenDevice(display.handle, c_ulong(display.device_id(self.name))))
+
+    def release(self, thing=LEFT):
+        self.press(thing, False)
+
+    def tap(self, thing=LEFT):
+        self.press(thing)
+        self.release(thing)
+
+
+class Mouse(Device):
+    name = DEVICE
 
     def move(self, dx, dy):
         xtest.XTestFakeDeviceMotionEvent(self.display.handle, self.device, 1, 0, (c_int * 2)(dx, dy), 2, NOW)
@@ -22,31 +35,17 @@ class Mouse:
         xtest.XTestFakeDeviceButtonEvent(self.display.handle, self.device, button, int(down), None, 0, NOW)
         self.display.sync()
 
-    def release(self, button=LEFT):
-        self.press(button, False)
-
-    def click(self, button=LEFT):
-        self.press(button)
-        self.release(button)
+    click = Device.tap
 
 
-class Keyboard:
-    def __init__(self, display):
-        self.display = display
-        self.device = display.open_device("Xvfb keyboard")
+class Keyboard(Device):
+    name = "Xvfb keyboard"
 
     def press(self, key, down=True):
         """`key` is a keysym's name in the layout of now, or a keycode."""
         code = key if isinstance(key, int) else self.display.keycode(key)
         xtest.XTestFakeDeviceKeyEvent(self.display.handle, self.device, code, int(down), None, 0, NOW)
         self.display.sync()
-
-    def release(self, key):
-        self.press(key, False)
-
-    def tap(self, key):
-        self.press(key)
-        self.release(key)
 
     def type(self, text):
         """ASCII, in a layout that has its letters on the first two levels."""

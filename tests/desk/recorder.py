@@ -1,8 +1,9 @@
 """The window in front that a person works in while the wheel lies over it: it keeps every event it gets."""
 
 import functools
+import itertools
 from collections import namedtuple
-from ctypes import byref, c_char, c_long, c_ulong
+from ctypes import byref, c_char, c_long, c_ulong, c_void_p
 
 from desk.waiting import GENEROUS_S, holds_within, wait_for
 from desk.x11 import (BUTTON_PRESS, BUTTON_RELEASE, KEY_PRESS, KEY_RELEASE, MAPPING_NOTIFY, MOTION, XA_WM_SIZE_HINTS,
@@ -87,9 +88,13 @@ class Recorder(Recording):
         self.down = set()  # keycodes, and names of buttons, as the window must believe
         handle, (width, height) = self.display.handle, screen.size
         xlib.XkbSetDetectableAutoRepeat(handle, 1, None)
-        self.window = c_ulong(xlib.XCreateSimpleWindow(handle, self.display.root, 0, 0, width, height, 0,
-                                                       c_ulong(0), c_ulong(0)))
-        self.display.set_background(self.window.value, pattern(width, height))
+        self.window = c_ulong(xlib.XCreateSimpleWindow(handle, self.display.root, 0, 0, width, height, 0, 0, 0))
+        background = c_ulong(xlib.XCreatePixmap(handle, self.window, width, height, 24))
+        gc, colours = c_void_p(xlib.XDefaultGC(handle, 0)), pattern(width, height)
+        for y, x in itertools.product(range(0, height, CELL), range(0, width, CELL)):
+            xlib.XSetForeground(handle, gc, c_ulong(int.from_bytes(colours[y, x].tobytes(), "big")))
+            xlib.XFillRectangle(handle, background, gc, x, y, CELL, CELL)
+        xlib.XSetWindowBackgroundPixmap(handle, self.window, background)
         for name, kind, values in (
                 ("_NET_WM_NAME", "UTF8_STRING", (c_char * 8)(*b"recorder")),
                 ("_MOTIF_WM_HINTS", "_MOTIF_WM_HINTS", (c_long * 5)(2)),  # without a frame

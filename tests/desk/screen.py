@@ -54,10 +54,20 @@ class Screen:
         self.environment |= {"HOME": str(home), "XDG_RUNTIME_DIR": str(run), "XDG_SESSION_TYPE": "x11",
                              "DBUS_SESSION_BUS_ADDRESS": bus,
                              "DBUS_SYSTEM_BUS_ADDRESS": bus}  # or the lock of the machine's own session would count
+        reading, writing = os.pipe()
         try:
-            self._start_server()
+            self.server = self.launch("Xvfb", "-displayfd", str(writing), "-screen", "0", "%dx%dx24" % size,
+                                      "-nolisten", "tcp", "-noreset", pass_fds=(writing,))
+            os.close(writing)
             self.launch("dbus-daemon", "--session", "--nofork", f"--address={bus}")
+            with os.fdopen(reading) as answer:  # its number once it listens, nothing if it fails
+                number = answer.readline().strip()
+            if not number:
+                raise DeskError("the X server did not start")
+            self.environment["DISPLAY"] = f":{number}"
+            self.display = Display(f":{number}")
             self.launch("openbox", "--sm-disable")
+            self.launch("hsetroot", "-solid", "#404850")  # a compositor clears no screen that has no background
             self.set_compositor(compositor)
             wait_for("the window manager", lambda: self.display.property(self.display.root.value,
                                                                          "_NET_SUPPORTING_WM_CHECK"))
@@ -65,18 +75,6 @@ class Screen:
         except BaseException:
             self.close()
             raise
-
-    def _start_server(self):
-        reading, writing = os.pipe()
-        self.server = self.launch("Xvfb", "-displayfd", str(writing), "-screen", "0", "%dx%dx24" % self.size,
-                                  "-nolisten", "tcp", "-noreset", pass_fds=(writing,))
-        os.close(writing)
-        with os.fdopen(reading) as answer:  # its number once it listens, nothing if it fails
-            number = answer.readline().strip()
-        if not number:
-            raise DeskError("the X server did not start")
-        self.environment["DISPLAY"] = f":{number}"
-        self.display = Display(f":{number}")
 
     def set_compositor(self, name):
         """picom, xcompmgr or none, instead of what there is."""
@@ -119,15 +117,6 @@ class Screen:
             words += ["--setmonitor", name, f"{width}/170x{height}/100+{left}+{top}", output]
         if words:
             self.run("xrandr", *words)
-
-    def monitors(self):
-        """Left, top, width and height of each."""
-        found = []
-        for line in self.run("xrandr", "--listmonitors").splitlines()[1:]:
-            size, left, top = line.split()[2].split("+")
-            width, height = (int(part.split("/")[0]) for part in size.split("x"))
-            found.append((int(left), int(top), width, height))
-        return found
 
     def close(self):
         clients = self.helpers[1:]

@@ -11,7 +11,7 @@ KEY_PRESS, KEY_RELEASE, BUTTON_PRESS, BUTTON_RELEASE, MOTION, CLIENT_MESSAGE, MA
 XA_INTEGER, XA_WM_SIZE_HINTS, IS_VIEWABLE, FLOATING_SLAVE, Z_PIXMAP = 19, 41, 2, 5, 2
 SUBSTRUCTURE_NOTIFY_AND_REDIRECT, ALL_PLANES = 0x180000, c_ulong(0xFFFFFFFF)
 KINDS = {"i": c_int, "L": c_ulong, "p": c_void_p, "s": c_char_p, "words": c_long * 5, "pad": c_long * 24,
-         "octets": c_ubyte * 32}
+         "octets": c_ubyte * 32, "skipped": c_int * 19}
 
 
 def structure(fields):
@@ -24,20 +24,18 @@ def structure(fields):
 InputEvent = structure("type:i serial:L send_event:i display:p window:L root:L subwindow:L time:L x:i y:i x_root:i "
                        "y_root:i state:i detail:i same_screen:i pad:pad")
 ClientMessage = structure("type:i serial:L send_event:i display:p window:L message:L format:i words:words pad:pad")
-WindowAttributes = structure("x:i y:i width:i height:i border:i depth:i visual:p root:L class:i bit_gravity:i "
-                             "win_gravity:i backing_store:i planes:L pixel:L save_under:i colormap:L installed:i "
-                             "map_state:i pad:pad")
+WindowAttributes = structure("x:i y:i width:i height:i skipped:skipped map_state:i pad:pad")
 ImageHead = structure("width:i height:i xoffset:i format:i data:p byte_order:i unit:i bit_order:i pad:i depth:i "
                       "bytes_per_line:i")
-DeviceInfo = structure("deviceid:i name:s use:i attachment:i enabled:i num_classes:i classes:p")
+DeviceInfo = structure("id:i name:s use:i attachment:i enabled:i num_classes:i classes:p")
 KeyboardState = structure("click:i bell:i pitch:i duration:i leds:L global_auto_repeat:i auto_repeats:octets")
 Shown = namedtuple("Shown", "id left top width height")
 
 for library, result, names in (
-        (xlib, c_void_p, "XOpenDisplay XDefaultVisual XDefaultGC"), (xlib, c_char_p, "XKeysymToString"),
-        (xlib, POINTER(ImageHead), "XGetImage XCreateImage"), (xlib, c_ubyte, "XKeysymToKeycode"),
-        (xlib, c_ulong, "XDefaultRootWindow XInternAtom XStringToKeysym XLookupKeysym XCreateSimpleWindow XCreatePixmap "
-                        "XGetSelectionOwner"),
+        (xlib, c_void_p, "XOpenDisplay XDefaultGC"), (xlib, c_char_p, "XKeysymToString"),
+        (xlib, POINTER(ImageHead), "XGetImage"), (xlib, c_ubyte, "XKeysymToKeycode"),
+        (xlib, c_ulong, "XDefaultRootWindow XInternAtom XStringToKeysym XLookupKeysym XCreateSimpleWindow "
+                        "XCreatePixmap XGetSelectionOwner"),
         (xinput, POINTER(DeviceInfo), "XIQueryDevice"), (xinput, c_void_p, "XOpenDevice")):
     for name in names.split():
         getattr(library, name).restype = result
@@ -109,6 +107,9 @@ class Display:
                                    byref(child))
         return x.value, y.value
 
+    def titles(self):
+        return [self.title(window) for window in self.property(self.root.value, "_NET_CLIENT_LIST") or ()]
+
     def active_window(self):
         return (self.property(self.root.value, "_NET_ACTIVE_WINDOW") or [0])[0]
 
@@ -116,11 +117,10 @@ class Display:
         return self.title(self.active_window())
 
     def focused_title(self):
-        window, revert = c_ulong(), c_int()
+        window, revert, title = c_ulong(), c_int(), ""
         xlib.XGetInputFocus(self.handle, byref(window), byref(revert))
-        at, title = window.value, ""
-        while at > 1 and not (title := self.title(at)):
-            at = self.tree(at)[0]
+        while window.value > 1 and not (title := self.title(window.value)):
+            window.value = self.tree(window.value)[0]
         return title
 
     def _ask_window_manager(self, message, window, *words):
@@ -141,9 +141,7 @@ class Display:
     def tree(self, window):
         """Parent and children of a window, the lowest first."""
         root, parent, children, count = c_ulong(), c_ulong(), POINTER(c_ulong)(), c_uint()
-        if not xlib.XQueryTree(self.handle, c_ulong(window), byref(root), byref(parent), byref(children),
-                               byref(count)):
-            return 0, []
+        xlib.XQueryTree(self.handle, c_ulong(window), byref(root), byref(parent), byref(children), byref(count))
         found = children[:count.value]
         if children:
             xlib.XFree(children)
@@ -193,22 +191,19 @@ class Display:
         xlib.XGetKeyboardControl(self.handle, byref(state))
         return bits_set(state.auto_repeats)
 
-    def _devices(self):
+    def devices(self):
         """Name, id and use of every input device."""
         count = c_int()
         infos = xinput.XIQueryDevice(self.handle, 0, byref(count))
-        found = [(infos[i].name.decode(), infos[i].deviceid, infos[i].use) for i in range(count.value)]
+        found = [(info.name.decode(), info.id, info.use) for info in infos[:count.value]]
         xinput.XIFreeDeviceInfo(infos)
         return found
 
     def floating(self):
-        return {name for name, _, use in self._devices() if use == FLOATING_SLAVE}
+        return {name for name, _, use in self.devices() if use == FLOATING_SLAVE}
 
     def device_id(self, wanted):
-        return next(number for name, number, _ in self._devices() if name == wanted)
-
-    def open_device(self, name):
-        return c_void_p(xinput.XOpenDevice(self.handle, c_ulong(self.device_id(name))))
+        return next(number for name, number, _ in self.devices() if name == wanted)
 
     def enable(self, name, is_on):
         """As when a device is plugged in or out."""
@@ -254,18 +249,6 @@ class Display:
         xlib.XFree(c_void_p(image.contents.data))
         xlib.XFree(image)
         return octets.reshape(seen.height, -1, 4)[:, :seen.width, 2::-1]
-
-    def set_background(self, window, picture):
-        import numpy
-        height, width, _ = picture.shape
-        data = numpy.zeros((height, width, 4), numpy.uint8)
-        data[:, :, 2::-1] = picture
-        visual, gc = (c_void_p(get(self.handle, 0)) for get in (xlib.XDefaultVisual, xlib.XDefaultGC))
-        pixmap = c_ulong(xlib.XCreatePixmap(self.handle, self.root, width, height, 24))
-        image = xlib.XCreateImage(self.handle, visual, 24, Z_PIXMAP, 0, c_void_p(data.ctypes.data), width, height, 32, 0)
-        xlib.XPutImage(self.handle, pixmap, gc, image, 0, 0, 0, 0, width, height)
-        xlib.XFree(image)
-        xlib.XSetWindowBackgroundPixmap(self.handle, c_ulong(window), pixmap)
 
 
 def save_png(picture, file):

@@ -91,37 +91,25 @@ def test_pages_turn_both_ways_and_their_fields_shine_through_until_hovered(desk)
     check()  # the page is kept
 
 
-def test_icons_colours_and_long_names(desk):
-    """The icon is red above and clear below; with a name it stands 11 higher."""
+def test_icons_lie_over_their_fields(desk):
+    """Red above and clear below, from the program's folder and from elsewhere; with a name they stand 11 higher."""
     icon = numpy.zeros((64, 64, 4), numpy.uint8)
     icon[:32] = (255, 0, 0, 255)
-    dark = (0x10, 0x20, 0x30)
-    absolute = desk.screen.folder / "znak.png"
+    elsewhere = desk.screen.folder / "znak.png"
     desk.prepare()
-    for file in (absolute, desk.folder / "znak.png"):
+    for file in (elsewhere, desk.folder / "znak.png"):
         save_png(icon, file)
-    actions = [field("a", name="", icon="znak.png", color="#102030"),
-               field("b", name="Głośność", icon=desk.target.path_text(absolute)),
-               field("c", icon="brak.png"), field("d", name=""),
-               field("e", name="Bardzo długa nazwa źdźbła, która nie mieści się w polu"),
-               field("f", name="Zażółć gęślą jaźń", color="#FFFFFF")]
-    desk.start(*actions, name="")
+    dark, red, names = (0x10, 0x20, 0x30), (255, 0, 0), ("Bardzo długa nazwa źdźbła, która się nie mieści", "Zażółć")
+    desk.start(field("a", name="", icon="znak.png", color="#102030"),
+               field("b", name="Głośność", icon=desk.target.path_text(elsewhere), color="#102030"),
+               field("c", icon="brak.png"), *(field("d", name=text, color="#FFFFFF") for text in names), name="")
     desk.open_wheel()
-    desk.aim(3, radius=190)
-    (x, y), (named_x, named_y) = field_point(0, 6), field_point(1, 6)
-
-    below = layer(desk, pattern(*desk.screen.size)).astype(float)
-
-    def under_red(at, colour):
-        """A resting icon is as translucent as its field."""
-        resting_field = RESTING * numpy.array(colour) + (1 - RESTING) * below[at[::-1]]
-        return {at: (RESTING * numpy.array((255, 0, 0)) + (1 - RESTING) * resting_field, 1)}
-
-    wait_for_colours(desk, lit(3, 6) | {(x, y + 12): (dark, RESTING)} | under_red((x, y - 12), dark) |
-                     under_red((named_x, named_y - 23), PLAIN))
-    wait_for_background(desk)
-    desk.aim((x + 25, y))
-    wait_for_colours(desk, {(x, y - 12): ((255, 0, 0), 1), (x, y + 12): (dark, 1)})
+    for index, higher in ((0, 0), (1, 11)):
+        x, y = field_point(index, 5)
+        desk.aim((x + 25, y))
+        wait_for_colours(desk, {(x, y - 12 - higher): (red, 1), field_point(1 - index, 5, 75): (dark, RESTING)} |
+                         ({} if higher else {(x, y + 12): (dark, 1)}))
+        wait_for_background(desk)
 
 
 @pytest.mark.only("linux")

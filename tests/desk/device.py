@@ -1,14 +1,16 @@
-"""Libraries that stand in for those of the speech recogniser and the eye tracker; tests/doubles/ explains their
-scripts and logs."""
+"""Stand-ins for the libraries of the speech recogniser and the eye tracker; see tests/doubles/."""
 
 import shutil
+
+from gi.repository import GLib
 
 from desk.accessible import Program
 from desk.waiting import wait_for
 
-LIBRARIES = {"speech": ("libvosk", "voice"), "adapter": ("libvosk_adapter", "voice"),
-             "gaze": ("tobii_stream_engine", "gaze"), "automation": ("automation_double", "automation")}
-CARDS = {"voice": "Komendy głosowe", "gaze": "Tobii Eye Tracker"}  # of the program's first page
+# Of each kind: the library, the device, and its card on the program's first page.
+KINDS = {"speech": ("libvosk", "voice", "Komendy głosowe"), "adapter": ("libvosk_adapter", "voice", "Komendy głosowe"),
+         "gaze": ("tobii_stream_engine", "gaze", "Tobii Eye Tracker"),
+         "automation": ("automation_double", "automation", None)}
 
 
 def wait_until_published(screen, name):
@@ -22,7 +24,7 @@ class Device:
     """One of the two devices of the program on a desk, with a double of its library or with none."""
 
     def __init__(self, desk, kind, variant="complete", script="", **settings):
-        name, self.device = LIBRARIES[kind]
+        name, device, self.card = KINDS[kind]
         folder = desk.screen.folder / f"{kind}-{variant}"
         folder.mkdir(exist_ok=True)
         self.desk, self.script, self.log_file = desk, folder / f"{kind}_script.txt", folder / f"{kind}_log.txt"
@@ -31,8 +33,8 @@ class Device:
         double = desk.doubles / variant / self.library.name
         if double.exists():
             shutil.copy(double, self.library)
-        self.settings = {f"{self.device}Enabled": True, f"{self.device}DllPath": desk.target.path_text(self.library)}
-        self.settings |= settings
+        path = desk.target.path_text(self.library)
+        self.settings = {f"{device}Enabled": True, f"{device}DllPath": path} | settings
         self.write(script)
         desk.variables["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
 
@@ -62,9 +64,11 @@ class Device:
             return
 
         def shown():
-            title = CARDS[self.device]  # a card's value is described by it
-            value = Program(self.desk.screen, "Rotika").look_for(
-                lambda widget: widget.role() == "label" and widget.description() == title)
-            return value.name() if value else ""
+            try:
+                value = Program(self.desk.screen, "Rotika").look_for(  # described by the card's title
+                    lambda widget: widget.role() == "label" and widget.description() == self.card)
+                return value.name() if value else ""
+            except GLib.Error:  # of a program that has just ended
+                return ""
 
         wait_for(f"the status {text}", lambda: shown().partition(" ·")[0] == text)

@@ -8,11 +8,12 @@ import wave
 import numpy
 
 from desk.screen import end
-from desk.waiting import DeskError, wait_for
+from desk.waiting import wait_for
 
 SINK = "room"  # what it plays is nobody's microphone by itself
 MICROPHONE = {"null-sink": f"sink_name={SINK} rate=16000 channels=1", "sine": f"sink={SINK} frequency=1000",
               "remap-source": f"master={SINK}.monitor source_name=microphone"}
+FORMAT = "--raw", "--format=s16le", "--channels=1"
 AUDIBLE = 200  # of 32767
 
 
@@ -21,11 +22,10 @@ class SoundServer:
     is started again, as a session does; the file that ROTIKA_SOUND_PID names holds the process id of now."""
 
     def __init__(self, screen, tone=False):
-        self.screen = screen
+        self.screen, self.has_tone = screen, tone
         self.modules = {name: words for name, words in MICROPHONE.items() if tone or name != "sine"}
         self.socket, self.pid_file = screen.folder / "sound", screen.folder / "sound.pid"
         screen.environment |= {"PULSE_SERVER": f"unix:{self.socket}", "ROTIKA_SOUND_PID": str(self.pid_file)}
-        self.silence = None
         self.start()
         if tone:
             threading.Thread(target=self._keep, daemon=True).start()
@@ -33,7 +33,8 @@ class SoundServer:
     def start(self):
         """Once more after kill(), with the microphone."""
         self._launch()
-        wait_for("the sound server", self._answers)  # its socket stands a moment before it listens
+        # Its socket stands a moment before it listens.
+        wait_for("the sound server", lambda: self.screen.launch("pactl", "info").wait() == 0)
         self._feed_silence()
 
     def _launch(self):
@@ -44,21 +45,14 @@ class SoundServer:
             f"--load=module-native-protocol-unix auth-anonymous=1 socket={self.socket}")
         self.pid_file.write_text(f"{self.server.pid}\n")
 
-    def _answers(self):
-        try:
-            return self.screen.run("pactl", "info")
-        except DeskError:
-            return None
-
     def _keep(self):
         while self.server.wait() == -signal.SIGKILL and self.screen.folder.exists():
             self._launch()
 
     def _feed_silence(self):
         """Without it an idle microphone's first sound comes seconds late."""
-        if "sine" not in self.modules:
-            self.silence = self.screen.launch("pacat", "--latency-msec=30", "--raw", "--rate=16000", "--channels=1",
-                                              "/dev/zero")
+        if not self.has_tone:
+            self.silence = self.screen.launch("pacat", "--latency-msec=30", *FORMAT, "--rate=16000", "/dev/zero")
 
     def plug_in(self):
         for name, words in self.modules.items():
@@ -80,8 +74,7 @@ class SoundServer:
         last = numpy.flatnonzero(abs(samples.astype(int)) > AUDIBLE)[-1]
         said.write_bytes(samples[:last + 1].tobytes())
         # The whole of it lies with the server before it begins: a busy machine must not tear holes into it.
-        self.screen.run("pacat", "--raw", "--format=s16le", f"--rate={rate}", "--channels=1", f"--device={SINK}",
-                        "--latency-msec=20000", str(said))
+        self.screen.run("pacat", "--latency-msec=20000", *FORMAT, f"--rate={rate}", str(said))
         return time.monotonic()
 
     def kill(self):

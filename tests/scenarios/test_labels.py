@@ -92,13 +92,16 @@ def test_numbers_narrow_the_grid_down_to_a_point_that_is_clicked(speaker, desk):
 
 
 @pytest.mark.only("linux")  # elsewhere there is always one
-def test_without_a_compositor_the_program_below_the_grid_stays_in_sight(speaker, desk):
+def test_without_a_compositor_the_program_below_the_grid_stays_in_sight_and_in_reach(speaker, desk):
     desk.screen.set_compositor("none")
     speaker.start()
     below = desk.display.picture()[230, 400]
     speaker.say("pokaż siatkę")
     wait_for("the line down the middle", lambda: is_white(desk.display, 640, 230, 0xA0))
     assert (desk.display.picture()[230, 400] == below).all()
+    place_cursor(desk.display, 640, 230)
+    desk.mouse.click()
+    desk.recorder.wait_for("button-up left")
 
 
 @pytest.mark.only("linux")  # Wine's programs tell nobody what they show

@@ -246,7 +246,9 @@ def test_a_field_made_in_the_engines_own_editor_works_and_is_saved(desk):
     user.answer(BOX, "Right")  # the edits are not to be lost
     user.take_editor()
     user.click(SAVE)
-    wait_for("the file", lambda: '{ "name": "Skok",' in desk.read("default.json"))
+    holds_within(5, lambda: "Skok" in desk.read("default.json"))
+    print(desk.read("default.json"))
+    assert '{ "name": "Skok",' in desk.read("default.json")
     user.click(SAVE_AS)
     user.front("Save As")
     user.keys(*["BackSpace"] * LONGEST_TEXT)  # Wine puts the caret behind the name that is offered

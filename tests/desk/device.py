@@ -21,7 +21,8 @@ def wait_until_published(screen, name):
 
 
 class Device:
-    """One of the two devices of the program on a desk, with a double of its library or with none."""
+    """One of the two devices of the program on a desk, with a double of its library; with none where that is
+    "nowhere"."""
 
     def __init__(self, desk, kind, variant="complete", script="", **settings):
         name, device, self.card = KINDS[kind]
@@ -30,9 +31,8 @@ class Device:
         self.desk, self.script, self.log_file = desk, folder / f"{kind}_script.txt", folder / f"{kind}_log.txt"
         self.log_file.unlink(missing_ok=True)
         self.library = folder / desk.target.library_file(name)
-        double = desk.doubles / variant / self.library.name
-        if double.exists():
-            shutil.copy(double, self.library)
+        if variant != "nowhere":
+            shutil.copy(desk.doubles / variant / self.library.name, self.library)
         path = desk.target.path_text(self.library)
         self.settings = {f"{device}Enabled": True, f"{device}DllPath": path} | settings
         self.write(script)

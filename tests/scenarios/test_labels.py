@@ -44,7 +44,7 @@ class Speaker:
         return other
 
     def wait_for_title(self, title):
-        wait_for(f"the window {title}", lambda: self.display.active_title() == title)
+        wait_for(f"the window {title}", lambda: self.display.title(self.display.active_window()) == title)
 
     def layer(self, width=1280, height=800):
         return next((window for window in self.display.shown_windows()

@@ -9,7 +9,7 @@ from desk.hands import MIDDLE, RIGHT, place_cursor
 from desk.waiting import holds_within, wait_for
 
 BESIDE = (200, 200)  # the wheel: a click at the cursor's place reaches the window below
-LATE_S = 0.5  # how much longer than told a pause may last: threads wait their turn on a busy machine
+LATE_S = 2  # how much longer than told a pause may last: threads wait their turn on a busy machine
 
 
 def start_letters(desk, letters, **settings):

@@ -10,7 +10,7 @@ from desk.waiting import wait_for
 # Of each kind: the library, the device, and its card on the program's first page.
 KINDS = {"speech": ("libvosk", "voice", "Komendy głosowe"), "adapter": ("libvosk_adapter", "voice", "Komendy głosowe"),
          "gaze": ("tobii_stream_engine", "gaze", "Tobii Eye Tracker"),
-         "automation": ("automation_double", "automation", "")}
+         "automation": ("automation_double", "automation", None)}
 
 
 def wait_until_published(screen, name):

@@ -58,17 +58,6 @@ class Keyboard(Device):
             if is_shifted:
                 self.release("Shift_L")
 
-    def type(self, text):
-        """ASCII, in a layout that has its letters on the first two levels."""
-        for letter in text:
-            code = self.display.keycode(ord(letter))
-            is_shifted = xlib.XkbKeycodeToKeysym(self.display.handle, code, 0, 0) != ord(letter)
-            if is_shifted:
-                self.press("Shift_L")
-            self.tap(code)
-            if is_shifted:
-                self.release("Shift_L")
-
     def repeat_soon(self, delay_ms=150, interval_ms=30):
         xlib.XkbSetAutoRepeatRate(self.display.handle, 0x100, delay_ms, interval_ms)
         self.display.sync()

@@ -72,21 +72,16 @@ def test_a_program_that_stalls_closes_its_wheel_when_it_goes_on_and_is_ended_if_
 
 
 def test_numbers_click_the_elements_of_the_program_in_front(desk):
-    def is_colour(x, y, colour):
+    def shows(x, y, *colour):
         return abs(desk.display.picture()[y, x].astype(int) - colour).max() < 60
 
-    def grid_stands():
-        return is_colour(640, 100, (0xE0, 0xE0, 0xE0))
-
-    def label_stands():
-        return is_colour(603, 516, (0x00, 0x50, 0xD0))
-
+    grid, label = (640, 100, 0xE0, 0xE0, 0xE0), (603, 516, 0x00, 0x50, 0xD0)  # of the second element
     SoundServer(desk.screen)
     voice = Device(desk, "speech", script="say pokaż elementy\nsay pokaż siatkę")  # Wine has no such elements
     desk.start(field("a"), segmentColor="#0050D0", **voice.settings)
-    wait_for("the grid", grid_stands)
+    wait_for("the grid", lambda: shows(*grid))
     voice.add("say schowaj siatkę")
-    wait_for("no grid", lambda: not grid_stands())
+    wait_for("no grid", lambda: not shows(*grid))
     # A program that takes its time to answer keeps nobody waiting.
     automation = Device(desk, "automation", "automation", "\n".join([*ELEMENTS, "hang FindAllBuildCache Recorder"]))
     desk.target.add_to_registry({AUTOMATION: {"": desk.target.path_text(automation.library), "ThreadingModel": "Both"}})
@@ -94,23 +89,23 @@ def test_numbers_click_the_elements_of_the_program_in_front(desk):
     automation.wait_for_call("FindAllBuildCache")
     desk.open_wheel()
     desk.close_wheel()
-    assert not label_stands()
+    assert not shows(*label)
     automation.write(*ELEMENTS)
-    wait_for("the second label", label_stands)
+    wait_for("the second label", lambda: shows(*label))
     voice.add("say trzy\nsay dwa")
     desk.recorder.wait_for("button-up left")
     assert {record.place for record in desk.recorder.since_mark("button-down", "button-up")} == {(650, 510)}
-    wait_for("no labels", lambda: not label_stands())
+    wait_for("no labels", lambda: not shows(*label))
     assert automation.log()[-1] == "left behind 0"
 
 
-# The program's windows. Points of the editor lie from its inner top left corner; fields are left, middle, width.
-
-EDITOR, BOX, TRAY, BUTTON_FOR_EDITOR = "Rotika — edytor funkcji", "Edytor funkcji", "Wine System Tray", (105, 496)
-NOWHERE, SAVE, SAVE_AS, ACTIVATE, ADD_FIELD, WRITE_FIELD = (840, 300), (230, 24), (330, 24), (437, 24), (45, 464), (345, 464)
-KIND, ADD_STEP, REPLACE_STEP, SECOND_STEP, ROW = (553, 347), (305, 382), (415, 382), (400, 200), 17
-FIELD_NAME, STEP_KEY, STEP_VALUE = (320, 99, 165), (318, 347, 90), (712, 347, 60)
-LONGEST_TEXT, QUIT = 12, 0.82  # QUIT: of the height of the tray's menu
+# The program's windows. Points lie from the inner top left corner, here those of the engine's editor.
+EDITOR, BOX, TRAY = "Rotika — edytor funkcji", "Edytor funkcji", "Wine System Tray"
+SAVE, SAVE_AS, ACTIVATE, ADD_FIELD, WRITE_FIELD = (230, 24), (330, 24), (437, 24), (45, 464), (345, 464)
+FIELD_NAME, STEP_KEY, STEP_KIND, STEP_VALUE = (402, 99), (363, 347), (553, 347), (742, 347)
+SECOND_STEP, ADD_STEP, REPLACE_STEP = (400, 200), (305, 382), (415, 382)
+CLICK, HOLD, RELEASE = range(3)
+LONGEST_TEXT = 12
 
 
 class User:
@@ -120,17 +115,20 @@ class User:
         self.desk, self.display, self.keyboard, self.mouse = desk, desk.display, desk.keyboard, desk.mouse
 
     def rest(self):
-        """Until nothing on the screen moves any more."""
-        seen = []
-        wait_for("the screen to come to rest", lambda: seen.append(self.display.picture().tobytes()) or
-                 len(seen) > 4 and len(set(seen[-4:])) == 1)
+        def is_still():
+            before = self.display.picture()
+            return not holds_within(0.1, lambda: (self.display.picture() != before).any())
+
+        wait_for("the screen to come to rest", is_still, 60)
 
     def keys(self, *names):
         for name in names:
             self.keyboard.tap(name)
 
     def front(self, title):
-        wait_for(f"{title} in front", lambda: self.display.focused_title() == title, 60)
+        """Wine may leave the keyboard where it was, or to nobody: then the window is asked for."""
+        wait_for(f"{title} in front", lambda: holds_within(3, lambda: self.display.focused_title() == title) or
+                 any(map(self.display.activate, self.display.titled(title))), 60)
         self.rest()
 
     def click(self, *points, title=EDITOR):
@@ -140,28 +138,15 @@ class User:
             self.mouse.click()
             self.rest()
 
-    def fill(self, field_of_text, text):
-        """In place of what it holds, once it shows its caret or a selection."""
-        (left, top), (x, y, width) = self.display.place_of(EDITOR), field_of_text
-
-        def inside():
-            return self.display.picture()[top + y - 9:top + y + 9, left + x + 3:left + x + width - 3].tobytes()
-
-        before = inside()
-        self.click((x + width // 2, y))
-        wait_for("the caret", lambda: inside() != before)
+    def fill(self, point, text):
+        self.click(point)
         self.keys("End", *["BackSpace"] * LONGEST_TEXT)
-        self.keyboard.type(text)
-
-    def type_over(self, text):
-        self.keyboard.press("Control_L")
-        self.keys("a")
-        self.keyboard.release("Control_L")
         self.keyboard.type(text)
 
     def step(self, key, kind, value, button=ADD_STEP):
         self.fill(STEP_KEY, key)
-        self.click(KIND, (KIND[0], 368 + ROW * ["click", "hold", "release", "open"].index(kind)))
+        self.click(STEP_KIND)
+        self.keys("Home", *["Down"] * kind, "Return")
         self.fill(STEP_VALUE, value)
         self.click(button)
 
@@ -171,17 +156,15 @@ class User:
         self.keys(*keys, "Return")
         wait_for("the box to go", lambda: not self.display.titled(title))
 
-    def take_editor(self):
-        """Wine may leave the keyboard to nobody until a new window is clicked."""
-        wait_for("the editor", lambda: self.display.titled(EDITOR))
-        self.rest()
-        self.click(NOWHERE)
-        self.front(EDITOR)
+    def tray(self):
+        """Its left and top. In a corner, or its balloons would lie over the editor."""
+        window, = wait_for("the tray", lambda: self.display.titled(TRAY), 60)
+        self.desk.screen.run("xdotool", "windowmove", str(window), "1000", "700")
+        return self.display.place_of(TRAY)
 
     def on_tray(self, act, outcome):
         """On the program's icon, until it has an effect: Wine passes some clicks on it to nobody."""
-        wait_for("the tray", lambda: self.display.titled(TRAY), 60)
-        left, top = self.display.place_of(TRAY)
+        left, top = self.tray()
         wait_for("the tray to do as told", lambda: place_cursor(self.display, left + 10, top + 10) or act() or
                  holds_within(3, outcome), 60)
 
@@ -190,18 +173,14 @@ class User:
         self.front("Rotika")
 
     def quit_by_tray(self):
-        def choose():
-            before = {shown.id for shown in self.display.shown_windows()}
+        def choose_last():
             self.mouse.click(RIGHT)
-            menu = holds_within(3, lambda: next((shown for shown in self.display.shown_windows()
-                                                 if shown.id not in before and shown.height > 40), None))
-            if menu:
-                self.rest()
-                place_cursor(self.display, menu.left + menu.width // 2, menu.top + int(menu.height * QUIT))
-                self.rest()
-                self.mouse.click()
+            self.rest()
+            menu = next(self.display.shown_windows())
+            place_cursor(self.display, menu.left + menu.width // 2, menu.top + int(0.82 * menu.height))
+            self.mouse.click()
 
-        self.on_tray(choose, lambda: self.desk.program.poll() is not None)
+        self.on_tray(choose_last, lambda: self.desk.program.poll() is not None)
         assert self.desk.program.returncode == 0
 
     def play(self, count, *presses):
@@ -213,69 +192,69 @@ class User:
         self.desk.recorder = None
 
 
-def test_a_field_made_in_the_engines_own_editor_works_and_is_saved(desk):
-    user = User(desk)
+@pytest.fixture
+def user(desk):
     desk.prepare(field("a"), field("b"), sendDelay=0)
+    return User(desk)
+
+
+def test_a_field_made_in_the_engines_own_editor_works_and_is_saved(user, desk):
     desk.target.executable = "rotika-engine.exe"
     desk.program = desk.launch_program()
-    wait_for("the tray", lambda: desk.display.titled(TRAY), 60)
+    user.tray()
     second = desk.launch_program()  # says that it is not alone
     user.answer("Rotika")
     assert second.wait(GENEROUS_S) == 0
     user.show_by_tray()
-    user.click(BUTTON_FOR_EDITOR, title="Rotika")
-    user.take_editor()
+    user.click((105, 496), title="Rotika")
+    user.front(EDITOR)
     user.click(ADD_FIELD)
     user.fill(FIELD_NAME, "Skok")
-    user.step("nonsense", "click", "")
+    user.step("nonsense", CLICK, "")
     user.answer(BOX)
-    user.take_editor()
-    user.step("shift", "hold", "")
-    user.step("e", "click", "1")
-    user.step("shift", "release", "")
+    user.front(EDITOR)
+    user.step("shift", HOLD, "")
+    user.step("e", CLICK, "1")
+    user.step("shift", RELEASE, "")
     user.click(SECOND_STEP)
-    user.step("f", "click", "2", REPLACE_STEP)
+    user.step("f", CLICK, "2", REPLACE_STEP)
     user.click(WRITE_FIELD, ACTIVATE)
     before = desk.read("default.json")
     user.play(3, "key-down Shift_L", "f", "f", "key-up Shift_L")
     assert desk.read("default.json") == before, "activating has saved"
-    user.take_editor()
     desk.display.close_window(desk.display.titled(EDITOR)[0])
     user.answer(BOX, "Right")  # the edits are not to be lost
-    user.take_editor()
+    user.front(EDITOR)
     user.click(SAVE)
     wait_for("the file", lambda: '{ "name": "Skok",' in desk.read("default.json"))
     user.click(SAVE_AS)
     user.front("Save As")
     user.keys(*["BackSpace"] * LONGEST_TEXT)  # Wine puts the caret behind the name that is offered
     desk.keyboard.type("kopia")
-    user.rest()
     user.keys("Return")
-    wait_for("the copy", lambda: (desk.folder / "kopia.json").exists() and
-             desk.read("kopia.json") == desk.read("default.json"))
+    wait_for("the copy", (desk.folder / "kopia.json").exists)
     user.quit_by_tray()
 
 
-def test_a_function_made_in_the_programs_window_by_keyboard_is_saved_and_played(desk):
-    """By stops of Tab: the form follows five stops behind the list of pages."""
-    user = User(desk)
-    desk.prepare(field("a"), field("b"), sendDelay=0)
+def test_a_function_made_in_the_programs_window_by_keyboard_is_saved_and_played(user, desk):
     desk.start_program()
     user.front("Rotika")
     user.keys("Home", "Down", "Tab", "space")  # "Otwórz"
     user.front("Otwórz plik kół")
-    desk.keyboard.type(desk.target.path_text(desk.folder / "default.json"))
+    desk.keyboard.type("default.json")
     user.keys("Return")
     user.front("Rotika")
     user.keys(*["Tab"] * 6, "space")  # "Dodaj funkcję", which goes on in its name
-    user.type_over("Skok")
+    desk.keyboard.type("Skok")
     user.keys(*["Tab"] * 6, "Home", "Tab")  # past the steps and the kind of a new one to its key
-    user.type_over("e")
+    desk.keyboard.type("e")
     user.keys("Tab")
-    user.type_over("2")
+    desk.keyboard.type("2")
     user.keys("Tab", "space")  # "Dodaj krok"
-    user.rest()
-    user.keys(*["ISO_Left_Tab"] * 15, "space")  # "Aktywuj", which saves first
+    desk.keyboard.press("Shift_L")
+    user.keys(*["Tab"] * 14)
+    desk.keyboard.release("Shift_L")
+    user.keys("space")  # "Aktywuj", which saves first
     wait_for("the file", lambda: '"Skok"' in desk.read("default.json"))
     user.play(3, "e", "e")
     desk.display.close_window(desk.display.titled("Rotika")[0])

@@ -10,8 +10,9 @@ import pytest
 from desk.accessible import ENABLED, FOCUSABLE, FOCUSED, SELECTED, Program
 from desk.desk import TOGGLE_KEY, field
 from desk.hands import LEFT, RIGHT, place_cursor
-from desk.waiting import GENEROUS_S, holds_within, wait_for
+from desk.waiting import GENEROUS_S, wait_for
 from desk.x11 import IS_VIEWABLE, WindowAttributes, save_png, xlib
+from test_session import titles
 
 pytestmark = pytest.mark.only("linux")  # Wine passes on nothing of a program's widgets
 
@@ -94,15 +95,9 @@ class User:
     def file(self, name):
         return json.loads((self.desk.folder / name).read_text(encoding="utf-8"))
 
-    def wait_for_file(self, name, content):
-        holds_within(GENEROUS_S, lambda: self.file(name) == content)
-        assert self.file(name) == content
-
     def close_window(self):
-        known = self.desk.display
         self.chord("Alt_L", "F4")
-        wait_for("the window to go", lambda: "Rotika" not in [
-            known.title(window) for window in known.property(known.root.value, "_NET_CLIENT_LIST") or ()])
+        wait_for("the window to go", lambda: "Rotika" not in titles(self.desk))
 
     def corner(self):
         """The colour below the list of pages."""
@@ -168,9 +163,9 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
     steps = [{"action": "hold", "key": "shift", "value": 0}, {"action": "click", "key": "F6", "value": 2},
              {"action": "release", "key": "shift"}, {"action": "hold", "key": "F7", "value": 60},
              {"open": "handled:strzal"}]
-    user.wait_for_file("default.json", {"wheels": [{"name": "Strzelanka", "actions": [{
-        "name": "Leczenie", "voice": "leczenie", "icon": "icons/leczenie.png", "color": "#E74C3C", "delay": 45,
-        "steps": steps}]}]})
+    made = {"name": "Leczenie", "voice": "leczenie", "icon": "icons/leczenie.png", "color": "#E74C3C", "delay": 45,
+            "steps": steps}
+    wait_for("the file", lambda: user.file("default.json") == {"wheels": [{"name": "Strzelanka", "actions": [made]}]})
     user.play(0, 1)
     desk.recorder.wait_for("key-up F7")
     assert desk.recorder.presses() == ["key-down Shift_L", *2 * ["key-down F6", "key-up F6"], "key-up Shift_L",
@@ -192,7 +187,8 @@ def test_what_another_program_wrote_is_kept_and_settings_reach_the_engine(desk, 
     desk.write("config.json", settings := {"toggleKey": TOGGLE_KEY, "tajemnica": [1, {"a": None}], "gazeDwell": 0})
     user.go_to("Komendy głosowe")
     user.press("Komendy głosowe włączone", role="check box")
-    user.wait_for_file("config.json", settings | {"voiceEnabled": False, "voiceGlobal": True})
+    settings |= {"voiceEnabled": False, "voiceGlobal": True}
+    wait_for("the settings", lambda: user.file("config.json") == settings)
     wait_for("the engine to say so", lambda: user.window.look_for(
         lambda widget: widget.name().startswith("wyłączony (voiceEnabled = false)")))
     user.go_to("Sterowanie wzrokiem")
@@ -239,13 +235,11 @@ def test_what_cannot_be_read_or_saved_leaves_the_open_file_as_it_is(desk, user):
 
 
 def tray_menu(display):
-    """Left, top, width and height, or None. It is in no tree of widgets."""
+    """Its attributes as a window, or None. It is in no tree of widgets."""
     seen = WindowAttributes()
-    for window in display.tree(display.root.value)[1]:
-        if (xlib.XGetWindowAttributes(display.handle, c_ulong(window), byref(seen)) and seen.override_redirect and
-                seen.map_state == IS_VIEWABLE and 60 < seen.height < 300):
-            return seen.x, seen.y, seen.width, seen.height
-    return None
+    return next((seen for window in display.tree(display.root.value)[1] if
+                 xlib.XGetWindowAttributes(display.handle, c_ulong(window), byref(seen)) and
+                 seen.override_redirect and seen.map_state == IS_VIEWABLE and 60 < seen.height < 300), None)
 
 
 def test_the_window_hides_in_the_tray_which_brings_it_back_or_ends_the_program(desk, user):
@@ -258,8 +252,8 @@ def test_the_window_hides_in_the_tray_which_brings_it_back_or_ends_the_program(d
         """The entry of the icon's menu that lies at this share of its height."""
         place_cursor(desk.display, *icon())
         desk.mouse.click(RIGHT)
-        left, top, width, height = wait_for("the menu", lambda: tray_menu(desk.display))
-        place_cursor(desk.display, left + width // 2, top + round(share * height))
+        menu = wait_for("the menu", lambda: tray_menu(desk.display))
+        place_cursor(desk.display, menu.x + menu.width // 2, menu.y + round(share * menu.height))
         desk.mouse.click()
 
     desk.prepare(field("a"))

@@ -253,7 +253,9 @@ def test_the_window_hides_in_the_tray_which_brings_it_back_or_ends_the_program(d
         place_cursor(desk.display, *icon())
         desk.mouse.click(RIGHT)
         menu = wait_for("the menu", lambda: tray_menu(desk.display))
-        place_cursor(desk.display, menu.x + menu.width // 2, menu.y + round(share * menu.height))
+        x, y = menu.x + 12, menu.y + round(share * menu.height)
+        place_cursor(desk.display, x, y)
+        wait_for("the entry to light up", lambda: desk.display.picture()[y, x].tobytes() == b"\x18\x5f\xa5")
         desk.mouse.click()
 
     desk.prepare(field("a"))

@@ -6,13 +6,9 @@ from gi.repository import Gio, GLib
 from desk.waiting import GENEROUS_S, wait_for
 
 ENABLED, FOCUSABLE, FOCUSED, SELECTED, SHOWING = 8, 11, 12, 23, 25  # bits of a state
+open_bus = Gio.DBusConnection.new_for_address_sync
 CLIENT_OF_BUS = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
-ON_SCREEN = 0  # of coordinates
 ROOT = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
-
-
-def connect(address):
-    return Gio.DBusConnection.new_for_address_sync(address, CLIENT_OF_BUS, None, None)
 
 
 def call(bus, name, path, interface, method, signature="()", *values):
@@ -36,9 +32,6 @@ class Widget:
     def name(self):
         return self._get("Accessible", "Name")
 
-    def description(self):
-        return self._get("Accessible", "Description")
-
     def role(self):
         return self._ask("Accessible", "GetRoleName")
 
@@ -47,7 +40,7 @@ class Widget:
 
     def place(self):
         """Left, top, width and height on the screen."""
-        return self._ask("Component", "GetExtents", "(u)", ON_SCREEN)
+        return self._ask("Component", "GetExtents", "(u)", 0)
 
     def text(self):
         return self._ask("Text", "GetText", "(ii)", 0, -1)
@@ -80,7 +73,7 @@ class Widget:
         """Waits until there is a widget of that name and role to be seen within it. A selector's name is its choice,
         and its description tells what it is."""
         return wait_for(f"the {role} {name}", lambda: self.look_for(
-            lambda widget: name in (widget.name(), widget.description()) and widget.role() == role))
+            lambda widget: name in (widget.name(), widget._get("Accessible", "Description")) and widget.role() == role))
 
     def wait_until(self, state):
         wait_for(f"state {state} of {self.name()}", lambda: self.is_in(state))
@@ -90,8 +83,9 @@ class Program(Widget):
     """The program on a desk whose title that is."""
 
     def __init__(self, screen, title):
-        session = connect(screen.environment["DBUS_SESSION_BUS_ADDRESS"])
-        bus = connect(call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress"))
+        session = open_bus(screen.environment["DBUS_SESSION_BUS_ADDRESS"], CLIENT_OF_BUS, None, None)
+        address = call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
+        bus = open_bus(address, CLIENT_OF_BUS, None, None)
         found = wait_for(f"{title} among the accessible programs", lambda: next(
             (each for each in Widget(bus, ROOT).children() if each.name() == title), None))
         super().__init__(bus, found.reference)

@@ -10,14 +10,13 @@ import pytest
 from desk.accessible import ENABLED, FOCUSABLE, FOCUSED, SELECTED, Program
 from desk.desk import TOGGLE_KEY, field
 from desk.hands import LEFT, RIGHT, place_cursor
-from desk.waiting import GENEROUS_S, holds_within, wait_for
+from desk.waiting import GENEROUS_S, wait_for
 from desk.x11 import IS_VIEWABLE, WindowAttributes, save_png, xlib
+from test_session import titles
 
 pytestmark = pytest.mark.only("linux")  # Wine passes on nothing of a program's widgets
 
-STEPS, KIND, KEY = "Czynności (kroki sekwencji)", "Rodzaj kroku", "Klawisz lub przycisk myszy"
-VALUE, TARGET = "Liczba kliknięć albo czas w milisekundach", "Adres lub program do otwarcia"
-PAGES = ("Start", "Koła wyboru", "Komendy głosowe", "Sterowanie wzrokiem", "Ustawienia")
+KEY = "Klawisz lub przycisk myszy"
 
 CONTROLS = ("check box", "combo box", "list", "push button", "slider", "spin box", "text", "tree")
 
@@ -84,31 +83,26 @@ class User:
         self.answer("Otwórz plik kół", name)
 
     def add_step(self, kind, what, value=None):
-        selector = self.window.find(KIND, "combo box")
+        selector = self.window.find("Rodzaj kroku", "combo box")
         self.click(selector)
         self.press(kind, selector, "list item")
         wait_for("the choice", lambda: selector.name() == kind and selector.focused() is not None)
-        self.fill(TARGET if kind == "otwórz" else KEY, what)
+        self.fill("Adres lub program do otwarcia" if kind == "otwórz" else KEY, what)
         if value is not None:
-            self.fill(VALUE, str(value), "spin box")
+            self.fill("Liczba kliknięć albo czas w milisekundach", str(value), "spin box")
         self.press("Dodaj krok")
-
-    def wait_for_steps(self, *lines):
-        steps = self.window.find(STEPS, "list")
-        wait_for(f"the steps {lines}", lambda: [row.name() for row in steps.children()] == list(lines))
 
     def file(self, name):
         return json.loads((self.desk.folder / name).read_text(encoding="utf-8"))
 
-    def wait_for_file(self, name, content):
-        holds_within(GENEROUS_S, lambda: self.file(name) == content)
-        assert self.file(name) == content
-
     def close_window(self):
-        known = self.desk.display
         self.chord("Alt_L", "F4")
-        wait_for("the window to go", lambda: "Rotika" not in [
-            known.title(window) for window in known.property(known.root.value, "_NET_CLIENT_LIST") or ()])
+        wait_for("the window to go", lambda: "Rotika" not in titles(self.desk))
+
+    def corner(self):
+        """The colour below the list of pages."""
+        left, top, _, height = (round(at * self.scale) for at in self.window.place())
+        return int.from_bytes(self.desk.display.picture()[top + height - 40, left + 60].tobytes(), "big")
 
     def play(self, index, count):
         """Chooses a field of the wheel with the recorder in front."""
@@ -152,7 +146,6 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
     for step in (("klik", "b", 1), ("przytrzymaj", "shift", 0), ("puść", "shift"), ("klik", "q", 2)):
         user.add_step(*step)
     user.press("Przesuń krok wyżej")
-    user.wait_for_steps("klik:  b", "przytrzymaj (bez puszczania):  shift", "klik ×2:  q", "puść:  shift")
     user.fill(KEY, "F6")
     user.press("Zamień")
     user.press("klik:  b", role="list item")
@@ -170,9 +163,9 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
     steps = [{"action": "hold", "key": "shift", "value": 0}, {"action": "click", "key": "F6", "value": 2},
              {"action": "release", "key": "shift"}, {"action": "hold", "key": "F7", "value": 60},
              {"open": "handled:strzal"}]
-    user.wait_for_file("default.json", {"wheels": [{"name": "Strzelanka", "actions": [{
-        "name": "Leczenie", "voice": "leczenie", "icon": "icons/leczenie.png", "color": "#E74C3C", "delay": 45,
-        "steps": steps}]}]})
+    made = {"name": "Leczenie", "voice": "leczenie", "icon": "icons/leczenie.png", "color": "#E74C3C", "delay": 45,
+            "steps": steps}
+    wait_for("the file", lambda: user.file("default.json") == {"wheels": [{"name": "Strzelanka", "actions": [made]}]})
     user.play(0, 1)
     desk.recorder.wait_for("key-up F7")
     assert desk.recorder.presses() == ["key-down Shift_L", *2 * ["key-down F6", "key-up F6"], "key-up Shift_L",
@@ -180,7 +173,7 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
     wait_for("the address to be opened", lambda: desk.notes() == ["handled:strzal"])
 
 
-def test_what_another_program_wrote_is_kept_and_a_setting_reaches_the_engine(desk, user):
+def test_what_another_program_wrote_is_kept_and_settings_reach_the_engine(desk, user):
     desk.prepare(field("a"), voiceEnabled=True)
     user.start()
     user.open_file("default.json")
@@ -191,45 +184,25 @@ def test_what_another_program_wrote_is_kept_and_a_setting_reaches_the_engine(des
     assert user.file("default-kopia-1.json") == foreign
     assert len(user.file("default.json")["wheels"][0]["actions"]) == 2
     desk.write("default.json", foreign)
-    desk.write("config.json", settings := {"toggleKey": TOGGLE_KEY, "tajemnica": [1, {"a": None}], "gazeDwell": 1250})
+    desk.write("config.json", settings := {"toggleKey": TOGGLE_KEY, "tajemnica": [1, {"a": None}], "gazeDwell": 0})
     user.go_to("Komendy głosowe")
     user.press("Komendy głosowe włączone", role="check box")
-    user.wait_for_file("config.json", settings | {"voiceEnabled": False, "voiceGlobal": True})
+    settings |= {"voiceEnabled": False, "voiceGlobal": True}
+    wait_for("the settings", lambda: user.file("config.json") == settings)
     wait_for("the engine to say so", lambda: user.window.look_for(
         lambda widget: widget.name().startswith("wyłączony (voiceEnabled = false)")))
-    user.play(0, 1)
-    desk.recorder.wait_for("key-up n")
-
-
-def test_the_dwell_is_saved_when_the_slider_is_let_go(desk, user):
-    desk.prepare(gazeDwell=0)
-    user.start()
     user.go_to("Sterowanie wzrokiem")
     slider = user.window.find("Czas wyboru spojrzeniem (dwell)", "slider")
-    left, top, _, height = slider.place()
-    place_cursor(desk.display, left + 8, top + height // 2)  # on the handle
+    left, top, width, height = slider.place()
+    place_cursor(desk.display, left + 8 + int((width - 16) * slider.value() / 3000), top + height // 2)  # on the handle
     desk.mouse.press()
     desk.mouse.move(1000, 0)
     wait_for("the slider's end", lambda: slider.value() == 3000)
-    assert user.file("config.json")["gazeDwell"] == 0
+    assert user.file("config.json")["gazeDwell"] == 0  # until it is let go
     desk.mouse.release()
     wait_for("the dwell in the file", lambda: user.file("config.json")["gazeDwell"] == 3000)
-
-
-def test_a_theme_takes_effect_at_once_and_is_remembered(desk, user):
-    def corner():
-        left, top, _, height = user.window.place()
-        return tuple(desk.display.picture()[top + height - 40, left + 60])
-
-    desk.prepare()
-    user.start()
-    wait_for("the light theme", lambda: corner() == (0xE9, 0xEE, 0xF7))
-    user.go_to("Ustawienia")
-    user.press("Pro studio (grafit)", role="radio button")
-    wait_for("the graphite theme", lambda: max(corner()) < 0x40)
-    desk.end_program()
-    user.start()
-    wait_for("the graphite theme again", lambda: max(corner()) < 0x40)
+    user.play(0, 1)
+    desk.recorder.wait_for("key-up n")
 
 
 def test_what_cannot_be_read_or_saved_leaves_the_open_file_as_it_is(desk, user):
@@ -249,26 +222,29 @@ def test_what_cannot_be_read_or_saved_leaves_the_open_file_as_it_is(desk, user):
     for button in ("Zapisz", "Aktywuj"):  # activating saves first, and goes no further when that fails
         user.press(button)
         user.answer_box()
+    desk.write("ocalone.json", "of somebody else")
     user.press("Zapisz jako…")
-    user.answer("Zapisz jako", f"{desk.folder}/ocalone")
-    wait_for("the rescued file", (desk.folder / "ocalone.json").exists)
+    for answer in ("Nie", "Tak"):
+        user.answer("Zapisz jako", f"{desk.folder}/ocalone")
+        box = wait_for("the question", lambda: user.program.look_for(lambda each: each.role() == "alert message"))
+        assert user.file("ocalone.json") == "of somebody else"
+        user.press(answer, box)
+        wait_for("it to go", lambda: not user.program.look_for(lambda each: each.role() == "alert message"))
+    wait_for("the rescued file", lambda: user.file("ocalone.json") != "of somebody else")
     assert [each["name"] for each in user.file("ocalone.json")["wheels"][0]["actions"]] == ["a", "Nowa funkcja"]
 
 
 def tray_menu(display):
-    """Left, top, width and height, or None. It is in no tree of widgets."""
+    """Its attributes as a window, or None. It is in no tree of widgets."""
     seen = WindowAttributes()
-    for window in display.tree(display.root.value)[1]:
-        if (xlib.XGetWindowAttributes(display.handle, c_ulong(window), byref(seen)) and seen.override_redirect and
-                seen.map_state == IS_VIEWABLE and 60 < seen.height < 300):
-            return seen.x, seen.y, seen.width, seen.height
-    return None
+    return next((seen for window in display.tree(display.root.value)[1] if
+                 xlib.XGetWindowAttributes(display.handle, c_ulong(window), byref(seen)) and
+                 seen.override_redirect and seen.map_state == IS_VIEWABLE and 60 < seen.height < 300), None)
 
 
 def test_the_window_hides_in_the_tray_which_brings_it_back_or_ends_the_program(desk, user):
     def icon():
         """Its middle, once the panel's end looks otherwise than the rest of it."""
-        panel = desk.display.picture()[-20]
         assert wait_for("the icon", lambda: (desk.display.picture()[-20, -14] != desk.display.picture()[-20, -60]).any())
         return desk.screen.size[0] - 14, desk.screen.size[1] - 20
 
@@ -276,8 +252,10 @@ def test_the_window_hides_in_the_tray_which_brings_it_back_or_ends_the_program(d
         """The entry of the icon's menu that lies at this share of its height."""
         place_cursor(desk.display, *icon())
         desk.mouse.click(RIGHT)
-        left, top, width, height = wait_for("the menu", lambda: tray_menu(desk.display))
-        place_cursor(desk.display, left + width // 2, top + round(share * height))
+        menu = wait_for("the menu", lambda: tray_menu(desk.display))
+        x, y = menu.x + 12, menu.y + round(share * menu.height)
+        place_cursor(desk.display, x, y)
+        wait_for("the entry to light up", lambda: desk.display.picture()[y, x].tobytes() == b"\x18\x5f\xa5")
         desk.mouse.click()
 
     desk.prepare(field("a"))
@@ -291,10 +269,10 @@ def test_the_window_hides_in_the_tray_which_brings_it_back_or_ends_the_program(d
     place_cursor(desk.display, *icon())
     desk.mouse.click()
     desk.mouse.click()
-    user.front()
+    wait_for("the window again", lambda: desk.is_in_front("Rotika"))
     user.close_window()
     choose(0.44)  # "Pokaż okno"
-    user.front()
+    wait_for("the window again", lambda: desk.is_in_front("Rotika"))
     choose(0.17)  # "Pokaż koło"
     desk.wait_until_open()
     desk.close_wheel()
@@ -318,21 +296,28 @@ def in_view(place, whole, enough=20):
                for a, b, length, room in zip(place, whole, place[2:], whole[2:]))
 
 
-@pytest.mark.parametrize("theme, scale", [("fluent", 1), ("pro", 1.5), ("neon", 2)])
-def test_every_page_fits_on_the_screen_and_tab_goes_to_every_control_in_view(desk, user, request, theme, scale):
+@pytest.mark.parametrize("theme, colour, scale", [
+    ("Fluent (jasny)", 0xE9EEF7, 1), ("Pro studio (grafit)", 0x17191D, 1.5), ("Neon (gaming)", 0x0B0E1A, 2)])
+def test_a_remembered_theme_fits_on_the_screen_with_every_control_in_reach_of_tab(desk, user, request, theme, colour,
+                                                                                  scale):
     """The pictures are kept, to be looked at."""
-    desk.target.save_theme(theme)
     user.scale = scale
     desk.variables["QT_SCALE_FACTOR"] = str(scale)
     desk.prepare(field("a", icon="icons/atak.png", color="#E74C3C", name="Granat z bardzo długim opóźnieniem i nazwą"))
     user.start()
+    user.go_to("Ustawienia")
+    user.press(theme, role="radio button")
+    wait_for("the theme", lambda: user.corner() == colour)
     user.open_file("default.json")
     user.front()
+    desk.end_program()
+    user.start()
+    wait_for("the same theme", lambda: user.corner() == colour)
     pictures = Path(request.config.getoption("artefacts")) / "linux"
     pictures.mkdir(parents=True, exist_ok=True)
-    for number, page in enumerate(PAGES):
+    for page in [row.name() for row in user.window.find("Strony", "list").children()]:
         user.go_to(page)
-        save_png(desk.display.picture(), pictures / f"page-{theme}-{number}.png")
+        save_png(desk.display.picture(), pictures / f"{theme} {page}.png")
         assert in_view(user.window.place(), (0, 0, *(side / scale for side in desk.screen.size)), enough=10000)
         shown = [(each, each.name(), each.role(), each.place()) for each in user.window.shown()]
         labels = [(name, place) for _, name, role, place in shown if role in ("label", "push button")]

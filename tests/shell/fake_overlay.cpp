@@ -14,8 +14,7 @@ void OverlayReloadConfig() {
     ++fakeOverlay.reloads;
 }
 
-bool OverlayActivateWheelFile(const OverlayChar* path) {
-    fakeOverlay.activated.append(QString::fromUtf16(reinterpret_cast<const char16_t*>(path)));
+bool OverlayActivateWheelFile(const OverlayChar* /*path*/) {
     return false;
 }
 

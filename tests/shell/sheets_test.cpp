@@ -3,7 +3,7 @@
 #include "shell/main_window.h"
 #include "shell/settings.h"
 #include "shell/themes.h"
-#include "user.h"
+#include "test_files.h"
 
 #include <gtest/gtest.h>
 

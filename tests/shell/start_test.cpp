@@ -1,4 +1,5 @@
 #include "shell/event_loop_support.h"
+#include "shell/single_instance.h"
 #include "shell/update_library.h"
 #include "shell/update_service.h"
 
@@ -53,6 +54,19 @@ class StubbornWindow : public QWidget {
 TEST(QuitSignals, CancelDialogsAndEndTheLoopWhateverTheWindowsSay) {
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         EXPECT_EXIT(beEndedBy(signal), testing::ExitedWithCode(42), "");
+}
+
+TEST(SingleInstance, LocksInTheTemporaryFolderWhereThereIsNoOtherAndFollowsNoLink) {
+    const QTemporaryDir folder;
+    qputenv("XDG_RUNTIME_DIR", "relative");
+    qputenv("TMPDIR", QFile::encodeName(folder.path()));
+    const QString name = QString("RotikaEngineRunning-%1.lock").arg(geteuid());
+    const std::string lock = folder.filePath(name).toStdString();
+    EXPECT_TRUE(claimSingleInstance());
+    EXPECT_FALSE(claimSingleInstance());
+    ASSERT_TRUE(unlink(lock.c_str()) == 0 && symlink("target", lock.c_str()) == 0);
+    EXPECT_TRUE(claimSingleInstance()) << "rather two programs than none";
+    EXPECT_FALSE(QFile::exists(folder.filePath("target")));
 }
 
 #endif

@@ -32,6 +32,9 @@ class Widget:
     def name(self):
         return self._get("Accessible", "Name")
 
+    def description(self):
+        return self._get("Accessible", "Description")
+
     def role(self):
         return self._ask("Accessible", "GetRoleName")
 
@@ -73,7 +76,7 @@ class Widget:
         """Waits until there is a widget of that name and role to be seen within it. A selector's name is its choice,
         and its description tells what it is."""
         return wait_for(f"the {role} {name}", lambda: self.look_for(
-            lambda widget: name in (widget.name(), widget._get("Accessible", "Description")) and widget.role() == role))
+            lambda widget: name in (widget.name(), widget.description()) and widget.role() == role))
 
     def wait_until(self, state):
         wait_for(f"state {state} of {self.name()}", lambda: self.is_in(state))

@@ -50,7 +50,7 @@ protected:
     bool isTitled(const std::string& beginning) {
         const std::string command =
             "export LC_ALL=C.UTF-8; xprop -root _NET_CLIENT_LIST | grep -o '0x[0-9a-f]*' | "
-            "xargs -I W xprop -id W _NET_WM_NAME | grep -qF '= \"" +
+            "xargs -I@ xprop -id @ _NET_WM_NAME | grep -qF '= \"" +
             beginning + "'";
         return std::system(command.c_str()) == 0;
     }
@@ -122,8 +122,8 @@ TEST_F(LinuxDesktop, ADestroyedLayerIsToldOnceAndItsHandleHarmsNothing) {
 }
 
 TEST_F(LinuxDesktop, WithoutNotificationsAWarningIsAWindowThatBlocksNothing) {
-    showWarningBox(u"Rotika", u"Skrót 'y'\njest zajęty.");
-    EXPECT_TRUE(pumpUntil([&] { return isTitled("Rotika: Skrót 'y' jest zajęty."); }));
+    showWarningBox(u"Rotika", u"Skrót y\njest zajęty.");
+    EXPECT_TRUE(pumpUntil([&] { return isTitled("Rotika: Skrót y jest zajęty."); }));
     EXPECT_TRUE(pumpUntil([&] {
         tapInjected(0x0D); // until it has the keyboard
         return !isTitled("Rotika: ");

@@ -136,27 +136,6 @@ TEST_F(LinuxFiles, WhatIsReadOnlyIsLeftAloneAndAnUnreadableFileIsNone) {
         [this] { return !write("file", "new") && read("file") == "old" && read("secret") == "none"; }));
 }
 
-/// The second question comes when the other answer has become the right one: for the owner of the program's
-/// folder by its mode, for anybody else by the variable.
-TEST_F(LinuxFiles, TheFolderOfTheProgramIsDecidedOnceAndItsFilesMayStandBesideTheExecutable) {
-    EXPECT_TRUE(asOrdinaryUser([this] {
-        const fs::path executable = fs::read_symlink("/proc/self/exe");
-        const std::u16string name = executable.filename().u16string();
-        const fs::perms mode = fs::status(executable.parent_path()).permissions();
-        std::error_code ignored;
-        ::setenv("XDG_DATA_HOME", (folder / "one").c_str(), 1);
-        const std::u16string before = programFolder();
-        const bool isFoundBeside = programFilePath(name) == executable.u16string();
-        std::ofstream(fs::path(joinPath(before, name)), std::ios::app);
-        const bool isOwnPreferred = programFilePath(name) == joinPath(before, name);
-        ::setenv("XDG_DATA_HOME", (folder / "two").c_str(), 1);
-        fs::permissions(executable.parent_path(), fs::perms(0500), ignored);
-        const std::u16string after = programFolder();
-        fs::permissions(executable.parent_path(), mode, ignored);
-        return isFoundBeside && isOwnPreferred && after == before;
-    }));
-}
-
 /// The second start is after the person has deleted a wheel and the administrator has added one.
 TEST_F(LinuxFiles, AProgramInAPackageTakesOverWhatItsAdministratorPreparedOnce) {
     const fs::path program = folder / "program", own = folder / "data/rotika";

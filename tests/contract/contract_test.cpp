@@ -10,7 +10,6 @@
 #include "platform/timer.h"
 
 #include <algorithm>
-#include <ostream>
 #include <random>
 #include <system_error>
 #include <thread>
@@ -194,14 +193,6 @@ void clickRealButton(std::uint32_t button) {
 void tapRealKey(std::uint16_t virtualKey) {
     playRealKey(virtualKey, true);
     playRealKey(virtualKey, false);
-}
-
-void PrintTo(const Point& point, std::ostream* out) {
-    *out << point.x << ", " << point.y;
-}
-
-void PrintTo(const Rect& rect, std::ostream* out) {
-    *out << rect.left << ", " << rect.top << " to " << rect.right << ", " << rect.bottom;
 }
 
 void countTick() noexcept {

@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <iosfwd>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -111,8 +110,6 @@ private:
     std::vector<std::filesystem::path> folders;
 };
 
-void PrintTo(const Point& point, std::ostream* out);
-void PrintTo(const Rect& rect, std::ostream* out);
 
 /// A handler for startWindowTimer that counts in heard.ticks.
 void countTick() noexcept;

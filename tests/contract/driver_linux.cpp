@@ -19,7 +19,7 @@
 namespace {
 
 constexpr unsigned long now = 0;
-constexpr unsigned xButtons[] = {1, 3, 2, 4};
+constexpr unsigned xButtons[] = {1, 3, 2, 4, 8}; // the last one is a side button
 
 Display* personsDisplay() {
     static Display* const display = XOpenDisplay(nullptr);

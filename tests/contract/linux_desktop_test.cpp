@@ -37,6 +37,13 @@ KeySym pressedFor(char16_t character, int group) {
     return keysym != NoSymbol ? keysym : XkbKeycodeToKeysym(ownerDisplay(), code, 0, level);
 }
 
+TEST_F(LinuxDesktop, ASideButtonIsNotTheScrollWheel) {
+    const auto recorder = openRecorder(recorderPlace);
+    setCursorPosition(overRecorder);
+    clickInjected(3);
+    EXPECT_TRUE(recorder->hears("button 4 up"));
+}
+
 /// Xlib's copy of the layout follows when the loop has read of the change.
 TEST_F(LinuxDesktop, ACharactersKeyTypesThatCharacterOnEveryLayout) {
     const std::tuple<const char*, int, std::u16string, std::vector<KeySym>> cases[] = {
@@ -58,12 +65,15 @@ TEST_F(LinuxDesktop, ACharactersKeyTypesThatCharacterOnEveryLayout) {
 }
 
 TEST_F(LinuxDesktop, AHotKeyMayBeAPedalsAndDoesNotRepeatWhileItIsHeld) {
+    const auto recorder = openRecorder(recorderPlace);
     constexpr KeyCode pedalF13 = 191; // FK13, whatever the layout puts on it
     ASSERT_TRUE(registerHotKey(mainWindow(), 1, 0x7C));
     XkbSetAutoRepeatRate(other.get(), XkbUseCoreKbd, 100, 30);
     XTestFakeKeyEvent(other.get(), pedalF13, 1, CurrentTime);
     XFlush(other.get());
     ASSERT_TRUE(pumpUntil([] { return !heard.hotKeys.empty(); }));
+    tapRealKey('Q');
+    EXPECT_TRUE(recorder->hears("key 81 up")) << "the keyboard is given back at once";
     const std::uint64_t pressedAt = watchMs(); // the time that the key is held is what is tested here
     EXPECT_TRUE(pumpUntil([&] { return watchMs() - pressedAt >= 500; }));
     XTestFakeKeyEvent(other.get(), pedalF13, 0, CurrentTime);
@@ -72,8 +82,16 @@ TEST_F(LinuxDesktop, AHotKeyMayBeAPedalsAndDoesNotRepeatWhileItIsHeld) {
     unregisterHotKey(mainWindow(), 1);
 }
 
-TEST_F(LinuxDesktop, AKeyThatIsLeftDownStaysDownWhateverTheOwnerHearsWhileItIsPressed) {
+bool repeats(std::uint16_t virtualKey) {
+    XKeyboardState keyboard{};
+    XGetKeyboardControl(other.get(), &keyboard);
+    const KeyCode code = keycodeOfVirtualKey(ownerDisplay(), virtualKey);
+    return (keyboard.auto_repeats[code / 8] >> code % 8 & 1) != 0;
+}
+
+TEST_F(LinuxDesktop, AKeyThatIsLeftDownStaysDownAndRepeatsNothing) {
     injectKey('W', false, InputMotion::downAndLeft); // from now on the owner listens for taps
+    EXPECT_TRUE(pumpUntil([] { return !repeats('W'); }));
     std::atomic<bool> isPressed;
     for (int round = 0; round < 150; ++round) {
         isPressed = false;
@@ -87,7 +105,8 @@ TEST_F(LinuxDesktop, AKeyThatIsLeftDownStaysDownWhateverTheOwnerHearsWhileItIsPr
         ASSERT_TRUE(isKeyDown(ownerDisplay(), keycodeOfVirtualKey(ownerDisplay(), 0x11))) << round;
         injectKey(0x11, false, InputMotion::up);
     }
-    injectKey('W', false, InputMotion::up);
+    tapRealKey('W');
+    EXPECT_TRUE(pumpUntil([] { return repeats('W'); })) << "let go of by a tap of the person";
 }
 
 } // namespace

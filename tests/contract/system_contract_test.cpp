@@ -1,10 +1,8 @@
-// What a simulated desktop does not have: pixels, processes that die, libraries, faults.
+// What a simulated desktop does not have: pixels, processes that die, libraries.
 
 #include "contract_test.h"
 #include "core/text.h"
-#include "faults.h"
 #include "platform/dynamic_library.h"
-#include "platform/fault_guard.h"
 #include "platform/files.h"
 #include "platform/focus.h"
 #include "platform/injection.h"
@@ -13,8 +11,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <stdexcept>
-#include <thread>
 
 namespace {
 
@@ -146,47 +142,6 @@ TEST_F(PixelsContract, TextIsCentredAndBrokenBetweenWords) {
     writes(u"Łąka Łąka Łąka", 80, 20, [&] { return ink().height() > word.height() + 15; });
     EXPECT_TRUE(ink().left >= 40 && ink().right <= 120) << "not cut at the box";
     writes(u"Łąka", 120, 13, [&] { return ink().width() > 0 && ink().width() < word.width(); });
-}
-
-// Faults
-
-void throwOut(void*) {
-    throw std::runtime_error("nobody catches it");
-}
-
-/// Whether `body` is survived, and its fault told, so many times.
-bool isSurvived(void (*body)(void*), int times) {
-    int survived = 0;
-    for (int i = 0; i < times; ++i)
-        survived += runGuarded(body, nullptr) ? 0 : 1;
-    return survived == times;
-}
-
-TEST(FaultGuardContract, EveryKindOfFaultIsSurvivedAThousandTimesAlsoSideBySide) {
-    for (const auto fault : {writeToNowhere, jumpToNowhere, divideByZero, runIllegalInstruction, throwOut}) {
-        bool survived = false;
-        std::thread other([&] { survived = isSurvived(useUpStack, 200); });
-        EXPECT_TRUE(isSurvived(fault, 1000));
-        other.join();
-        EXPECT_TRUE(survived);
-    }
-}
-
-/// The inner guard takes the inner fault alone, and leaves the outer one in force.
-TEST(FaultGuardContract, GuardsNestAndABodyThatReturnsHasDoneItsWork) {
-    int answer = 0;
-    EXPECT_FALSE(runGuarded(
-        [](void* context) {
-            EXPECT_FALSE(runGuarded(useUpStack, nullptr));
-            EXPECT_TRUE(runGuarded([](void* inner) { *static_cast<int*>(inner) = 42; }, context));
-            try {
-                throw std::runtime_error("caught where it belongs");
-            } catch (const std::runtime_error&) {
-            }
-            writeToNowhere(nullptr);
-        },
-        &answer));
-    EXPECT_EQ(answer, 42);
 }
 
 } // namespace

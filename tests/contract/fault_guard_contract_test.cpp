@@ -34,18 +34,21 @@ ROTIKA_UNCHECKED void jumpToNowhere(void*) {
 
 ROTIKA_UNCHECKED void divideByZero(void*) {
     volatile int divisor = 0;
-    divisor = 1 / divisor;
+    volatile int quotient = 1;
+    quotient = quotient / divisor;
 }
 
 ROTIKA_UNCHECKED void runIllegalInstruction(void*) {
     __builtin_trap();
 }
 
+volatile bool isBottomless = true;
+
 /// In steps below a page's size, as the guard page of a stack asks for.
 ROTIKA_UNCHECKED int deepen(volatile const char* above) {
     volatile char room[3000];
     room[0] = static_cast<char>(*above + 1);
-    return deepen(room) + room[0];
+    return isBottomless ? deepen(room) + room[0] : 0;
 }
 
 ROTIKA_UNCHECKED void useUpStack(void*) {

@@ -4,7 +4,6 @@
 #include "platform/overlay_window.h"
 #include "platform/paths.h"
 #include "platform/picture.h"
-#include "screen.h"
 
 #include "platform/windows/handles.h"
 

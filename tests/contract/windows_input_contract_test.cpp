@@ -55,8 +55,8 @@ protected:
     }
 
     void tapX() {
-        pressRealKey(keyX);
-        releaseRealKey(keyX);
+        playRealKey(keyX, true);
+        playRealKey(keyX, false);
     }
 };
 
@@ -68,8 +68,8 @@ TEST_F(WindowsInput, AClickDuringTheCaptureDoesNotLetGoOfAButtonThatAFunctionHol
         return contains(recorder->events(), "button 2 down");
     }));
     beginCapture(overRecorder);
-    pressRealButton(2);
-    releaseRealButton(2);
+    playRealButton(2, true);
+    playRealButton(2, false);
     moveRealMouse(1, 0); // when it has arrived, so has the release
     EXPECT_TRUE(pumpUntil([] { return heard.motion.x >= 1; }));
     endPointerCapture();
@@ -104,8 +104,8 @@ TEST_F(WindowsInput, ASilentThreadsMouseIsGivenBackEvenByAGuardThatHadToBeReplac
     killOwnGuard();
     EXPECT_TRUE(pumpUntil([] { return clipIs(gameClip); }));
 
-    pressRealButton(2);
-    releaseRealButton(2);
+    playRealButton(2, true);
+    playRealButton(2, false);
     moveRealMouse(3, 2);
     PostMessageW(nativeWindow(wheelWindow()), WM_LBUTTONDOWN, MK_LBUTTON, 0);
     EXPECT_TRUE(pumpUntil([&] { return contains(recorder->events(), "button 2 up"); }));
@@ -130,12 +130,12 @@ TEST_F(WindowsInput, AHotKeyIsHeardUnderAModifierThatAFunctionHoldsAndNotUnderTh
 
     // The person's own Ctrl+X goes to the program, also after a tap that ended what the function held.
     injectKey(VK_CONTROL, false, InputMotion::downAndLeft);
-    pressRealKey(VK_CONTROL);
-    releaseRealKey(VK_CONTROL);
+    playRealKey(VK_CONTROL, true);
+    playRealKey(VK_CONTROL, false);
     EXPECT_TRUE(pumpUntil([&] {
-        pressRealKey(VK_CONTROL);
+        playRealKey(VK_CONTROL, true);
         tapX();
-        releaseRealKey(VK_CONTROL);
+        playRealKey(VK_CONTROL, false);
         return contains(recorder->events(), "key 88 down");
     }));
     const std::size_t heardBefore = heard.hotKeys.size();

@@ -9,11 +9,12 @@
 #include <string>
 #include <vector>
 
-// A listener, for the tests of the microphone. The device hears a tone of 1000 Hz without end.
+// The microphone of these tests hears a tone of 1000 Hz without end; one that was idle may begin seconds
+// late.
 
 using ListeningClock = std::chrono::steady_clock;
 
-/// Whether the condition came true within 20 s of listening: an idle device may begin seconds late.
+/// Whether the condition came true within 20 s of listening.
 inline bool listenUntil(Microphone& microphone, const std::function<bool()>& condition) {
     const auto deadline = ListeningClock::now() + std::chrono::seconds(20);
     while (!condition()) {
@@ -24,20 +25,13 @@ inline bool listenUntil(Microphone& microphone, const std::function<bool()>& con
     return true;
 }
 
-struct HeardBuffer {
-    std::string sound;
-    std::chrono::milliseconds at{};
-};
-
 /// At least so many buffers, or what came within 20 s; each is handed out again at once.
-inline std::vector<HeardBuffer> hearBuffers(Microphone& microphone, std::size_t count) {
-    std::vector<HeardBuffer> heard;
+inline std::vector<std::string> hearBuffers(Microphone& microphone, std::size_t count) {
+    std::vector<std::string> heard;
     listenUntil(microphone, [&] {
         for (std::size_t i = 0; i < soundBufferCount; ++i) {
             if (const auto sound = recordedSound(microphone, i)) {
-                const auto now = ListeningClock::now().time_since_epoch();
-                heard.push_back(
-                    {std::string(*sound), std::chrono::duration_cast<std::chrono::milliseconds>(now)});
+                heard.emplace_back(*sound);
                 requeueSoundBuffer(microphone, i);
             }
         }

@@ -1,5 +1,5 @@
-// Capture, guard and hot key where Windows has ways of its own: one state for a button whoever holds it, a
-// clip that belongs to everybody, hot keys that take exactly their modifiers.
+// Capture, guard, keys and hot key where Windows has ways of its own: one state for a button whoever holds
+// it, a clip that belongs to everybody, hot keys that take exactly their modifiers.
 
 #include "contract_test.h"
 #include "intercepted_call.h"
@@ -10,11 +10,6 @@
 
 #include "platform/windows/handles.h"
 
-#include <gtest/gtest.h>
-#include <tlhelp32.h>
-
-#include <optional>
-
 extern "C" decltype(&SendInput) __imp_SendInput;
 
 namespace {
@@ -22,180 +17,137 @@ namespace {
 constexpr Point overRecorder{300, 250};
 constexpr std::uint16_t keyX = 0x58;
 
-/// What a game does to keep the cursor in its window.
-constexpr RECT gameClip{120, 120, 480, 380};
-
 bool clipIs(const RECT& wanted) {
     RECT clip{};
     GetClipCursor(&clip);
     return EqualRect(&clip, &wanted) != 0;
 }
 
-void killOwnGuard() {
-    const KernelHandle processes = fileHandle(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-    PROCESSENTRY32W entry{};
-    entry.dwSize = sizeof(entry);
-    int killed = 0;
-    for (BOOL more = Process32FirstW(processes.get(), &entry); more != 0;
-         more = Process32NextW(processes.get(), &entry)) {
-        if (entry.th32ParentProcessID == GetCurrentProcessId() &&
-            std::wstring(entry.szExeFile) == L"rotika-guard.exe") {
-            const KernelHandle guard(OpenProcess(PROCESS_TERMINATE, FALSE, entry.th32ProcessID));
-            killed += TerminateProcess(guard.get(), 1) != 0 ? 1 : 0;
-        }
-    }
-    EXPECT_EQ(killed, 1);
-}
-
 class WindowsInput : public ContractTest {
 protected:
-    void TearDown() override {
-        ClipCursor(nullptr);
-        ContractTest::TearDown();
+    bool hasHeard(const char* event) const { return contains(recorder->events(), event); }
+    bool hears(const char* event) const {
+        return pumpUntil([&] { return hasHeard(event); });
     }
 
-    void tapX() {
-        pressRealKey(keyX);
-        releaseRealKey(keyX);
+    /// The middle button as a function holds it.
+    bool holdButton() const {
+        return pumpUntil([&] {
+            SetCursorPos(overRecorder.x, overRecorder.y);
+            injectMouseButton(2, InputMotion::downAndLeft);
+            return hasHeard("button 2 down");
+        });
     }
+
+    const std::unique_ptr<Recorder> recorder = openRecorder(recorderPlace);
 };
 
-TEST_F(WindowsInput, AClickDuringTheCaptureDoesNotLetGoOfAButtonThatAFunctionHolds) {
-    const auto recorder = openRecorder(recorderPlace);
-    ASSERT_TRUE(pumpUntil([&] {
-        SetCursorPos(overRecorder.x, overRecorder.y);
-        injectMouseButton(2, InputMotion::downAndLeft);
-        return contains(recorder->events(), "button 2 down");
-    }));
+TEST_F(WindowsInput, ACaptureLeavesTheButtonsAndTheClipOfOthersAndASilentOneIsEndedByTheGuard) {
+    constexpr RECT gameClip{120, 120, 480, 380}; // what a game does to keep the cursor in its window
+    ASSERT_TRUE(holdButton());
+    ClipCursor(&gameClip);
     beginCapture(overRecorder);
+    EXPECT_TRUE(clipIs({300, 250, 301, 251}));
     pressRealButton(2);
     releaseRealButton(2);
     moveRealMouse(1, 0); // when it has arrived, so has the release
     EXPECT_TRUE(pumpUntil([] { return heard.motion.x >= 1; }));
     endPointerCapture();
+    EXPECT_TRUE(clipIs(gameClip));
     injectMouseButton(1, InputMotion::downUntilReleased);
     injectMouseButton(1, InputMotion::up);
-    EXPECT_TRUE(pumpUntil([&] { return contains(recorder->events(), "button 1 up"); }));
-    EXPECT_FALSE(contains(recorder->events(), "button 2 up"));
+    EXPECT_TRUE(hears("button 1 up"));
+    EXPECT_FALSE(hasHeard("button 2 up"));
     injectMouseButton(2, InputMotion::up);
-    EXPECT_TRUE(pumpUntil([&] { return contains(recorder->events(), "button 2 up"); }));
-}
+    EXPECT_TRUE(hears("button 2 up"));
 
-TEST_F(WindowsInput, TheEndPutsTheClipBackThatStoodBeforeButNotOverANewOne) {
-    ClipCursor(&gameClip);
-    beginCapture(overRecorder);
-    EXPECT_TRUE(clipIs({300, 250, 301, 251}));
-    endPointerCapture();
-    EXPECT_TRUE(clipIs(gameClip));
-
-    constexpr RECT newClip{200, 200, 400, 300};
-    beginCapture(overRecorder);
-    ClipCursor(&newClip);
-    endPointerCapture();
-    EXPECT_TRUE(clipIs(newClip));
-}
-
-TEST_F(WindowsInput, ASilentThreadsMouseIsGivenBackEvenByAGuardThatHadToBeReplaced) {
-    const auto recorder = openRecorder(recorderPlace);
-    ClipCursor(&gameClip);
     beginCapture(overRecorder);
     EXPECT_TRUE(renewPointerCapture());
     stopWindowTimer(wheelWindow());
-    killOwnGuard();
     EXPECT_TRUE(pumpUntil([] { return clipIs(gameClip); }));
-
-    pressRealButton(2);
-    releaseRealButton(2);
-    moveRealMouse(3, 2);
+    heard = {};
+    pressRealButton(0);
+    releaseRealButton(0);
     PostMessageW(nativeWindow(wheelWindow()), WM_LBUTTONDOWN, MK_LBUTTON, 0);
-    EXPECT_TRUE(pumpUntil([&] { return contains(recorder->events(), "button 2 up"); }));
+    EXPECT_TRUE(hears("button 0 up"));
     EXPECT_FALSE(renewPointerCapture());
     EXPECT_EQ(heard.capturePresses + heard.windowPresses, 0);
-    EXPECT_EQ(heard.motion, Point{});
+    constexpr RECT newClip{200, 200, 400, 300};
+    ClipCursor(&newClip);
     endPointerCapture();
-    EXPECT_TRUE(clipIs(gameClip));
+    EXPECT_TRUE(clipIs(newClip));
     EXPECT_TRUE(renewPointerCapture()) << "there is nothing to be silent about";
+    ClipCursor(nullptr);
 }
 
 TEST_F(WindowsInput, AHotKeyIsHeardUnderAModifierThatAFunctionHoldsAndNotUnderThePersons) {
-    const auto recorder = openRecorder(recorderPlace);
+    const auto tapX = [] {
+        pressRealKey(keyX);
+        releaseRealKey(keyX);
+    };
     ASSERT_TRUE(registerHotKey(mainWindow(), 1, keyX));
     injectKey(VK_CONTROL, false, InputMotion::downAndLeft);
-    EXPECT_TRUE(pumpUntil([&] { return contains(recorder->events(), "key 17 down"); }));
+    EXPECT_TRUE(hears("key 17 down"));
     tapX();
     EXPECT_TRUE(pumpUntil([] { return heard.hotKeys == std::vector<int>{1}; }));
-    injectKey(VK_CONTROL, false, InputMotion::up);
-    EXPECT_TRUE(pumpUntil([&] { return contains(recorder->events(), "key 17 up"); }));
-    EXPECT_FALSE(contains(recorder->events(), "key 88 down"));
+    EXPECT_FALSE(hasHeard("key 88 down"));
 
     // The person's own Ctrl+X goes to the program, also after a tap that ended what the function held.
-    injectKey(VK_CONTROL, false, InputMotion::downAndLeft);
     pressRealKey(VK_CONTROL);
     releaseRealKey(VK_CONTROL);
     EXPECT_TRUE(pumpUntil([&] {
         pressRealKey(VK_CONTROL);
         tapX();
         releaseRealKey(VK_CONTROL);
-        return contains(recorder->events(), "key 88 down");
+        return hasHeard("key 88 down");
     }));
-    const std::size_t heardBefore = heard.hotKeys.size();
-    tapX();
-    EXPECT_TRUE(pumpUntil([&] { return heard.hotKeys.size() == heardBefore + 1; }));
     unregisterHotKey(mainWindow(), 1);
 }
 
-UINT WINAPI refuseInput(UINT, LPINPUT, int) {
-    return 0;
-}
-
 TEST_F(WindowsInput, AReleaseThatTheSystemRefusesComesLaterAndNotAfterANewPress) {
-    const auto recorder = openRecorder(recorderPlace);
-    ASSERT_TRUE(pumpUntil([&] {
-        SetCursorPos(overRecorder.x, overRecorder.y);
-        injectMouseButton(2, InputMotion::downAndLeft);
-        injectKey('A', false, InputMotion::downUntilReleased);
-        injectKey('B', false, InputMotion::downUntilReleased);
-        const auto events = recorder->events();
-        return contains(events, "button 2 down") && contains(events, "key 66 down");
-    }));
-    {
-        const InterceptedCall<decltype(&SendInput)> refused(__imp_SendInput, refuseInput);
-        for (const std::uint16_t key : {'A', 'B'}) {
-            injectKey(key, false, InputMotion::up);
-        }
-        injectMouseButton(2, InputMotion::up);
-        injectKey('A', false, InputMotion::downUntilReleased);
-        for (const std::uint16_t key : {'B', 'C'}) {
-            injectKey(key, false, InputMotion::downUntilReleased);
-            injectKey(key, false, InputMotion::up);
-        }
-        keybd_event('C', 0, 0, 0); // the person's, who alone has pressed it
+    ASSERT_TRUE(holdButton());
+    for (const std::uint16_t key : {'A', 'B'})
+        injectKey(key, false, InputMotion::downUntilReleased);
+    ASSERT_TRUE(hears("key 66 down"));
+    const auto system = intercept(
+        __imp_SendInput, +[](UINT, LPINPUT, int) -> UINT { return 0; });
+    for (const std::uint16_t key : {'A', 'B'})
+        injectKey(key, false, InputMotion::up);
+    injectMouseButton(2, InputMotion::up);
+    injectKey('A', false, InputMotion::downUntilReleased);
+    for (const std::uint16_t key : {'B', 'C'}) {
+        injectKey(key, false, InputMotion::downUntilReleased);
+        injectKey(key, false, InputMotion::up);
     }
-    EXPECT_TRUE(pumpUntil([&] {
-        const auto events = recorder->events();
-        return contains(events, "button 2 up") && contains(events, "key 66 up");
-    }));
-    EXPECT_FALSE(contains(recorder->events(), "key 65 up"));
-    EXPECT_FALSE(contains(recorder->events(), "key 67 up"));
+    keybd_event('C', 0, 0, 0); // the person's, who alone has pressed it
+    intercept(__imp_SendInput, system);
+    EXPECT_TRUE(hears("button 2 up") && hears("key 66 up"));
+    EXPECT_FALSE(hasHeard("key 65 up") || hasHeard("key 67 up"));
     keybd_event('C', 0, KEYEVENTF_KEYUP, 0);
     injectKey('A', false, InputMotion::up);
-    EXPECT_TRUE(pumpUntil([&] { return contains(recorder->events(), "key 65 up"); }));
+    EXPECT_TRUE(hears("key 65 up"));
 }
 
 KBDLLHOOKSTRUCT hooked;
 
-LRESULT CALLBACK noteKeyEvent(int code, WPARAM message, LPARAM event) {
-    hooked = *reinterpret_cast<const KBDLLHOOKSTRUCT*>(event);
-    return CallNextHookEx(nullptr, code, message, event);
-}
-
-TEST_F(WindowsInput, PrintScreenHasTheScanCodeOfItsKey) {
-    const HookHandle hook(SetWindowsHookExW(WH_KEYBOARD_LL, noteKeyEvent, GetModuleHandleW(nullptr), 0));
-    injectKey(VK_SNAPSHOT, true, InputMotion::downUntilReleased);
-    injectKey(VK_SNAPSHOT, true, InputMotion::up);
-    EXPECT_TRUE(pumpUntil([] { return (hooked.flags & LLKHF_UP) != 0; }));
-    EXPECT_EQ(hooked.scanCode, 0x37U);
-    EXPECT_TRUE(hooked.flags & LLKHF_EXTENDED);
+TEST_F(WindowsInput, KeysHaveTheScanCodesOfTheirPlaces) {
+    const auto note = [](int code, WPARAM message, LPARAM event) {
+        hooked = *reinterpret_cast<const KBDLLHOOKSTRUCT*>(event);
+        return CallNextHookEx(nullptr, code, message, event);
+    };
+    const HookHandle hook(SetWindowsHookExW(WH_KEYBOARD_LL, note, moduleInstance(), 0));
+    struct Case {
+        std::uint16_t key;
+        DWORD scanCode, extended;
+    };
+    for (const auto& [key, scanCode, extended] :
+         {Case{'A', 0x1E, 0}, Case{VK_SNAPSHOT, 0x37, 1}, Case{VK_RMENU, 0x38, 1}, Case{VK_RIGHT, 0x4D, 1}}) {
+        injectKey(key, extended != 0, InputMotion::downUntilReleased);
+        injectKey(key, extended != 0, InputMotion::up);
+        EXPECT_TRUE(pumpUntil([&] { return hooked.vkCode == key && (hooked.flags & LLKHF_UP) != 0; })) << key;
+        EXPECT_EQ(hooked.scanCode, scanCode) << key;
+        EXPECT_EQ(hooked.flags & LLKHF_EXTENDED, extended) << key;
+    }
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "contract_test.h"
 
+#include "platform/focus.h"
+#include "platform/injection.h"
 #include "platform/main_window.h"
 #include "platform/overlay_window.h"
 #include "platform/platform.h"
@@ -17,83 +19,74 @@ Heard heard;
 
 namespace {
 
-std::thread::id ownerThread;
-
-struct OurWindows {
-    WindowHandle main = nullptr;
-    WindowHandle wheel = nullptr;
-    WindowHandle grid = nullptr;
-};
+const std::thread::id ownerThread = std::this_thread::get_id();
 
 void noteThread() {
-    if (std::this_thread::get_id() != ownerThread)
-        heard.wasOnOwnerThread = false;
+    heard.wasOnOwnerThread = heard.wasOnOwnerThread && std::this_thread::get_id() == ownerThread;
 }
 
-MainWindowHandlers mainHandlers() {
-    return {
-        .hotKeyPressed =
-            [](int id) noexcept {
-                noteThread();
-                heard.hotKeys.push_back(id);
-            },
-        .messageArrived =
-            [](std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) noexcept {
-                noteThread();
-                heard.byMain.push_back({message, wParam, lParam});
-            },
+void count(int& events) {
+    noteThread();
+    ++events;
+}
+
+template <typename Entry>
+void note(std::vector<Entry>& entries, Entry entry) {
+    noteThread();
+    entries.push_back(entry);
+}
+
+struct OurWindows {
+    bool isOpen = openPlatform();
+    WindowHandle main = createMainWindow({
+        .hotKeyPressed = [](int id) noexcept { note(heard.hotKeys, id); },
+        .messageArrived = [](auto... parts) noexcept { note(heard.byMain, HeardMessage(parts...)); },
         .dataArrived = [](std::uintptr_t, const void*, std::size_t) noexcept { return true; },
-        .statusText =
-            [] {
-                ++heard.statusPages;
-                return std::u16string(u"Koło");
-            },
-        .editorRequested = []() noexcept { ++heard.editorRequests; },
+        .statusText = [] { return count(heard.statusPages), std::u16string(u"Koło"); },
+        .editorRequested = []() noexcept { count(heard.editorRequests); },
         .destroyed = []() noexcept {},
-        .monitorsChanged =
-            []() noexcept {
-                noteThread();
-                ++heard.monitorChanges;
-            },
-        .sessionLockChanged =
-            [](bool isLocked) noexcept {
-                noteThread();
-                heard.lockChanges.push_back(isLocked);
-            },
-    };
-}
-
-OverlayWindowHandlers wheelHandlers() {
-    return {
-        .messageArrived =
-            [](std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) noexcept {
-                noteThread();
-                heard.byWheel.push_back({message, wParam, lParam});
-            },
-        .leftPressed = []() noexcept { ++heard.windowPresses; },
-        .closeRequested = []() noexcept { ++heard.closeRequests; },
-    };
-}
+        .monitorsChanged = []() noexcept { count(heard.monitorChanges); },
+        .sessionLockChanged = [](bool isLocked) noexcept { note(heard.lockChanges, isLocked); },
+    });
+    WindowHandle wheel = createOverlayWindow(
+        OverlayKind::wheel, 200, 100,
+        {
+            .messageArrived = [](auto... parts) noexcept { note(heard.byWheel, HeardMessage(parts...)); },
+            .leftPressed = []() noexcept { count(heard.windowPresses); },
+            .closeRequested = []() noexcept { count(heard.closeRequests); },
+        });
+    WindowHandle grid = createOverlayWindow(OverlayKind::grid, 100, 100, {});
+};
 
 const OurWindows& ourWindows() {
-    static const OurWindows windows = [] {
-        ownerThread = std::this_thread::get_id();
-        EXPECT_TRUE(openPlatform());
-        OurWindows made;
-        made.main = createMainWindow(mainHandlers());
-        made.wheel = createOverlayWindow(OverlayKind::wheel, 200, 100, wheelHandlers());
-        made.grid = createOverlayWindow(OverlayKind::grid, 100, 100, {});
-        return made;
-    }();
+    static const OurWindows windows;
     return windows;
+}
+
+/// What a function of a wheel has under way, and a key that it leaves down on purpose.
+[[noreturn]] void holdInput() {
+    openPlatform();
+    injectKey('A', false, InputMotion::downUntilReleased);
+    injectKey(0x27, true, InputMotion::downUntilReleased);
+    injectMouseButton(1, InputMotion::downUntilReleased);
+    tapInjected('C');
+    injectKey('B', false, InputMotion::downAndLeft);
+    while (true)
+        pumpOnce();
 }
 
 } // namespace
 
+int main(int argc, char** argv) {
+    if (argc == 2 && argv[1] == std::string("--hold-input"))
+        holdInput();
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
+
 void ContractTest::SetUp() {
-    ASSERT_NE(ourWindows().main, nullptr);
-    ASSERT_NE(ourWindows().wheel, nullptr);
-    ASSERT_NE(ourWindows().grid, nullptr);
+    const OurWindows& ours = ourWindows();
+    ASSERT_TRUE(ours.isOpen && ours.main != nullptr && ours.wheel != nullptr && ours.grid != nullptr);
     heard = {};
 }
 
@@ -122,22 +115,23 @@ WindowHandle ContractTest::gridWindow() {
     return ourWindows().grid;
 }
 
+void ContractTest::showLayer(WindowHandle layer, std::vector<DrawCommand> commands) {
+    placeOverlayWindow(layer, layerPlace);
+    presentPicture(layer, {layerPlace.width(), layerPlace.height(), std::move(commands)});
+    showOverlayWindow(layer);
+}
+
 void ContractTest::beginCapture(Point pinned) {
+    const auto addMotion = [](std::int32_t dx, std::int32_t dy) noexcept {
+        noteThread();
+        heard.motion = {heard.motion.x + dx, heard.motion.y + dy};
+    };
     setCursorPosition(pinned);
     beginPointerCapture(wheelWindow(), pinned,
                         {
                             .isSwallowing = []() noexcept { return true; },
-                            .leftPressed =
-                                []() noexcept {
-                                    noteThread();
-                                    ++heard.capturePresses;
-                                },
-                            .moved =
-                                [](std::int32_t dx, std::int32_t dy) noexcept {
-                                    noteThread();
-                                    heard.motion.x += dx;
-                                    heard.motion.y += dy;
-                                },
+                            .leftPressed = []() noexcept { count(heard.capturePresses); },
+                            .moved = addMotion,
                         });
     startWindowTimer(wheelWindow(), 15, []() noexcept { renewPointerCapture(); });
 }
@@ -145,10 +139,61 @@ void ContractTest::beginCapture(Point pinned) {
 std::u16string ContractTest::temporaryFolder() {
     std::random_device random;
     const std::string name = "rotika-contract-" + std::to_string(random()) + std::to_string(random());
-    const std::filesystem::path folder = std::filesystem::temp_directory_path() / name;
-    std::filesystem::create_directory(folder);
-    folders.push_back(folder);
-    return folder.u16string();
+    folders.push_back(std::filesystem::temp_directory_path() / name);
+    std::filesystem::create_directory(folders.back());
+    return folders.back().u16string();
+}
+
+std::vector<std::string> Recorder::events() {
+    poll();
+    const std::lock_guard hold(guard);
+    return told;
+}
+
+bool Recorder::hears(const std::string& event) {
+    return pumpUntil([&] { return contains(events(), event); });
+}
+
+void Recorder::tell(const std::string& what, bool isDown) {
+    const std::lock_guard hold(guard);
+    const bool isRepeat = isDown && !down.insert(what).second;
+    if (!isDown)
+        down.erase(what);
+    if (what == "key 90")
+        hasHeardZ = true;
+    else if (!isRepeat)
+        told.push_back(what + (isDown ? " down" : " up"));
+}
+
+std::unique_ptr<Recorder> openRecorder(const Rect& place) {
+    auto recorder = makeRecorder(place);
+    // A window believes to have the keyboard some time before the window manager agrees: a real key tells.
+    EXPECT_TRUE(pumpUntil([&] {
+        tapRealKey('Z');
+        recorder->events();
+        return recorder->hasHeardZ && foregroundWindow() == recorder->window();
+    })) << "real keys do not reach the recorder";
+    return recorder;
+}
+
+bool pumpUntil(const std::function<bool()>& condition) {
+    const std::uint64_t limit = watchMs() + 10'000;
+    while (!condition()) {
+        if (watchMs() > limit)
+            return false;
+        pumpOnce();
+    }
+    return true;
+}
+
+void clickRealButton(std::uint32_t button) {
+    playRealButton(button, true);
+    playRealButton(button, false);
+}
+
+void tapRealKey(std::uint16_t virtualKey) {
+    playRealKey(virtualKey, true);
+    playRealKey(virtualKey, false);
 }
 
 void PrintTo(const Point& point, std::ostream* out) {
@@ -159,16 +204,20 @@ void PrintTo(const Rect& rect, std::ostream* out) {
     *out << rect.left << ", " << rect.top << " to " << rect.right << ", " << rect.bottom;
 }
 
-Picture plainPicture(std::int32_t width, std::int32_t height, PictureColor color) {
-    const PictureBox all{0, 0, static_cast<float>(width), static_cast<float>(height)};
-    return {width, height, {FilledRectangle{all, color}}};
-}
-
 void countTick() noexcept {
-    noteThread();
-    ++heard.ticks;
+    count(heard.ticks);
 }
 
 bool contains(const std::vector<std::string>& events, const std::string& event) {
     return std::ranges::find(events, event) != events.end();
+}
+
+void tapInjected(std::uint16_t virtualKey, bool extended) {
+    injectKey(virtualKey, extended, InputMotion::downUntilReleased);
+    injectKey(virtualKey, extended, InputMotion::up);
+}
+
+void clickInjected(std::uint32_t button) {
+    injectMouseButton(button, InputMotion::downUntilReleased);
+    injectMouseButton(button, InputMotion::up);
 }

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "driver.h"
 #include "platform/geometry_types.h"
-#include "platform/messages.h"
 #include "platform/picture.h"
 #include "platform/window_handle.h"
 
@@ -10,18 +8,16 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <iosfwd>
+#include <memory>
+#include <mutex>
+#include <set>
 #include <string>
-#include <thread>
+#include <tuple>
 #include <vector>
 
-struct HeardMessage {
-    std::uint32_t message = 0;
-    std::uintptr_t wParam = 0;
-    std::intptr_t lParam = 0;
-
-    bool operator==(const HeardMessage&) const = default;
-};
+using HeardMessage = std::tuple<std::uint32_t, std::uintptr_t, std::intptr_t>;
 
 /// What the platform has told us through the handlers since the test began.
 struct Heard {
@@ -41,6 +37,56 @@ struct Heard {
 };
 extern Heard heard;
 
+/// A window of another program with the keyboard. Its destructor ends the program.
+class Recorder {
+public:
+    virtual ~Recorder() = default;
+    virtual WindowHandle window() const = 0;
+
+    /// "button 0 down", "key 65 up": what it was told so far, in order, without motion, auto-repeat and the Z
+    /// key. Button 3 is the wheel.
+    std::vector<std::string> events();
+    /// Whether it is told this within the limit of pumpUntil.
+    bool hears(const std::string& event);
+    bool hasHeardZ = false; // real keys reach it
+
+protected:
+    /// Tells what has come meanwhile.
+    virtual void poll() = 0;
+    void tell(const std::string& what, bool isDown); // any thread
+
+private:
+    std::mutex guard;
+    std::set<std::string> down;
+    std::vector<std::string> told;
+};
+/// Returns when real keys reach it.
+std::unique_ptr<Recorder> openRecorder(const Rect& place);
+
+// Each platform's driver has the owner thread's loop, a person at the real mouse and keyboard, and other
+// programs. Owner thread.
+
+/// Runs the owner thread's loop until the condition holds, for at most ten seconds; whether it does at last.
+bool pumpUntil(const std::function<bool()>& condition);
+/// Handles what has come, or waits for it a few milliseconds.
+void pumpOnce();
+std::uint64_t watchMs(); // a clock of the test's own; any thread
+
+std::unique_ptr<Recorder> makeRecorder(const Rect& place);
+/// Another program has the key as its hot key, for as long as the answer lives.
+std::shared_ptr<void> takeHotKeyElsewhere(std::uint16_t virtualKey);
+/// This program once more: a click and timed holds under way. Killed with the answer.
+std::shared_ptr<void> startHoldingInput();
+/// The pixels of a part of the screen as a person sees it, row by row; alpha is 255.
+std::vector<PictureColor> screenPixels(const Rect& part);
+
+// The person. Each returns when the system has the event; it need not have arrived.
+void moveRealMouse(std::int32_t dx, std::int32_t dy);
+void playRealButton(std::uint32_t button, bool isDown);  // 0 left, 1 right, 2 middle, 3 the wheel
+void playRealKey(std::uint16_t virtualKey, bool isDown); // letters, Control and Caps Lock
+void clickRealButton(std::uint32_t button);
+void tapRealKey(std::uint16_t virtualKey);
+
 /// Every test works on the same three windows, as the engine does.
 class ContractTest : public testing::Test {
 protected:
@@ -51,12 +97,13 @@ protected:
     static WindowHandle wheelWindow();
     static WindowHandle gridWindow();
 
-    /// At 100, 100, 400 by 300: all tests put their layers and clicks within.
     static constexpr Rect recorderPlace{100, 100, 500, 400};
+    static constexpr Rect layerPlace{150, 150, 350, 250}; // over the recorder
+    static constexpr Point overRecorder{300, 250};
 
+    static void showLayer(WindowHandle layer, std::vector<DrawCommand> commands);
     /// Renews the capture as the open wheel does, until the wheel's timer is stopped.
     static void beginCapture(Point pinned);
-
     /// An empty folder, without a trailing separator, that goes with the test.
     std::u16string temporaryFolder();
 
@@ -67,10 +114,9 @@ private:
 void PrintTo(const Point& point, std::ostream* out);
 void PrintTo(const Rect& rect, std::ostream* out);
 
-/// One opaque colour.
-Picture plainPicture(std::int32_t width, std::int32_t height, PictureColor color);
-
 /// A handler for startWindowTimer that counts in heard.ticks.
 void countTick() noexcept;
 
 bool contains(const std::vector<std::string>& events, const std::string& event);
+void tapInjected(std::uint16_t virtualKey, bool extended = false);
+void clickInjected(std::uint32_t button);

@@ -1,190 +1,157 @@
 // The person plays the slave devices that stand for the virtual server's own mouse and keyboard: plain XTest
-// events come from a device that counts as injected.
+// events come from a device that counts as injected. Another program is another connection to the X server.
 
-#include "driver.h"
-#include "other_process.h"
+#include "contract_test.h"
 
 #include "platform/linux/x11.h"
 
 #include <X11/extensions/XInput.h>
 #include <glib.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
-#include <cstring>
-#include <map>
-#include <set>
-#include <string>
+#include <string_view>
 
 namespace {
 
 constexpr unsigned long now = 0;
+constexpr unsigned xButtons[] = {1, 3, 2, 4};
 
 Display* personsDisplay() {
     static Display* const display = XOpenDisplay(nullptr);
     return display;
 }
 
-XDevice* openDevice(const char* name) {
+XDevice* device(std::string_view name) {
     int count = 0;
-    XDeviceInfo* const devices = XListInputDevices(personsDisplay(), &count);
-    XDevice* device = nullptr;
-    for (int i = 0; i < count && device == nullptr; ++i)
-        if (std::strcmp(devices[i].name, name) == 0)
-            device = XOpenDevice(personsDisplay(), devices[i].id);
-    XFreeDeviceList(devices);
-    if (device == nullptr) {
-        std::abort(); // no Xvfb
-    }
-    return device;
+    const XOwned<XDeviceInfo> devices(XListInputDevices(personsDisplay(), &count));
+    for (int i = 0; i < count; ++i)
+        if (devices.get()[i].name == name)
+            return XOpenDevice(personsDisplay(), devices.get()[i].id);
+    std::abort(); // no Xvfb
 }
 
 XDevice* mouse() {
-    static XDevice* const device = openDevice("Xvfb mouse");
-    return device;
+    static XDevice* const opened = device("Xvfb mouse");
+    return opened;
 }
 
-XDevice* keyboard() {
-    static XDevice* const device = openDevice("Xvfb keyboard");
-    return device;
-}
-
-void playButton(unsigned xButton, bool down) {
-    XTestFakeDeviceButtonEvent(personsDisplay(), mouse(), xButton, down ? 1 : 0, nullptr, 0, now);
-    XSync(personsDisplay(), 0);
-}
-
-void playKey(std::uint16_t virtualKey, bool down) {
-    constexpr std::uint16_t capsLock = 0x14;
-    const KeySym letter = KeySym{XK_a} + virtualKey - 'A';
-    const KeyCode code =
-        XKeysymToKeycode(personsDisplay(), virtualKey == capsLock ? KeySym{XK_Caps_Lock} : letter);
-    XTestFakeDeviceKeyEvent(personsDisplay(), keyboard(), code, down ? 1 : 0, nullptr, 0, now);
-    XSync(personsDisplay(), 0);
-}
-
-unsigned xButtonOf(std::uint32_t button) {
-    constexpr unsigned xButtons[] = {1, 3, 2};
-    return xButtons[button];
-}
-
-// The recorder
-
-std::string nameOfKey(KeySym symbol) {
-    if (symbol >= XK_a && symbol <= XK_z)
-        return std::to_string(symbol - XK_a + 'A');
-    if (symbol >= XK_0 && symbol <= XK_9)
-        return std::to_string(symbol - XK_0 + '0');
-    return symbol == XK_Right ? "39" : "of keysym " + std::to_string(symbol);
-}
-
-void tellKey(XKeyEvent& event, bool down) {
-    static std::set<unsigned> keysDown;
-    if (down && !keysDown.insert(event.keycode).second) {
-        return; // auto-repeat
+class XRecorder : public Recorder {
+public:
+    explicit XRecorder(const Rect& place)
+        : own(XCreateSimpleWindow(display, DefaultRootWindow(display), place.left, place.top,
+                                  static_cast<unsigned>(place.width()), static_cast<unsigned>(place.height()),
+                                  0, 0, WhitePixel(display, 0))) {
+        const unsigned long noFrame[5] = {2}; // so that it lies exactly where it is wanted
+        const Atom hints = XInternAtom(display, "_MOTIF_WM_HINTS", 0);
+        XChangeProperty(display, own, hints, hints, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(noFrame), 5);
+        XSizeHints size{};
+        size.flags = USPosition | USSize;
+        XSetWMNormalHints(display, own, &size);
+        XSelectInput(display, own, KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask);
+        XkbSetDetectableAutoRepeat(display, 1, nullptr);
+        XMapRaised(display, own);
+        XSync(display, 0);
     }
-    if (!down)
-        keysDown.erase(event.keycode);
-    tellLine("key " + nameOfKey(XLookupKeysym(&event, 0)) + (down ? " down" : " up"));
-}
+    ~XRecorder() override { XCloseDisplay(display); }
+    WindowHandle window() const override { return handleOf(own); }
 
-void tellButton(unsigned xButton, bool down) {
-    const std::map<unsigned, std::string> names{{1, "button 0"}, {2, "button 2"}, {3, "button 1"}};
-    if (const auto named = names.find(xButton); named != names.end())
-        tellLine(named->second + (down ? " down" : " up"));
-    else if (down)
-        tellLine("scroll");
-}
-
-void tellEvent(XEvent& event) {
-    switch (event.type) {
-    case KeyPress:
-    case KeyRelease:
-        tellKey(event.xkey, event.type == KeyPress);
-        break;
-    case ButtonPress:
-    case ButtonRelease:
-        tellButton(event.xbutton.button, event.type == ButtonPress);
-        break;
-    case FocusIn:
-        tellLine("keyboard");
-        break;
-    default:
-        break;
+protected:
+    void poll() override {
+        while (XPending(display) > 0) {
+            XEvent event;
+            XNextEvent(display, &event);
+            if (event.type == KeyPress || event.type == KeyRelease)
+                tell("key " + std::to_string(virtualKeyOf(event.xkey)), event.type == KeyPress);
+            for (std::size_t i = 0; i < std::size(xButtons); ++i)
+                if ((event.type == ButtonPress || event.type == ButtonRelease) &&
+                    event.xbutton.button == xButtons[i])
+                    tell("button " + std::to_string(i), event.type == ButtonPress);
+        }
     }
-}
 
-/// Without a frame, so that the window lies exactly where it is wanted.
-void askForNoFrame(Display* display, Window window) {
-    const unsigned long hints[5] = {2, 0, 0, 0, 0}; // flags: decorations; decorations: none
-    const Atom property = XInternAtom(display, "_MOTIF_WM_HINTS", 0);
-    XChangeProperty(display, window, property, property, 32, PropModeReplace,
-                    reinterpret_cast<const unsigned char*>(hints), 5);
-}
+private:
+    static KeySym virtualKeyOf(XKeyEvent& event) {
+        const KeySym symbol = XLookupKeysym(&event, 0);
+        if (symbol >= XK_a && symbol <= XK_z)
+            return symbol - XK_a + 'A';
+        return symbol == XK_Right ? 0x27 : symbol;
+    }
+
+    Display* const display = XOpenDisplay(nullptr);
+    const Window own;
+};
 
 } // namespace
 
-bool pumpUntil(const std::function<bool()>& condition) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    const guint wake = g_timeout_add(
+void pumpOnce() {
+    static const guint wake = g_timeout_add(
         5, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
-    bool holds = condition();
-    while (!holds && std::chrono::steady_clock::now() < limit) {
-        g_main_context_iteration(nullptr, TRUE);
-        while (g_main_context_iteration(nullptr, FALSE) != 0 && !condition()) {
-        }
-        holds = condition();
+    g_main_context_iteration(nullptr, wake != 0);
+}
+
+std::uint64_t watchMs() {
+    return static_cast<std::uint64_t>(g_get_monotonic_time()) / 1000;
+}
+
+std::unique_ptr<Recorder> makeRecorder(const Rect& place) {
+    return std::make_unique<XRecorder>(place);
+}
+
+std::shared_ptr<void> takeHotKeyElsewhere(std::uint16_t virtualKey) {
+    Display* const display = XOpenDisplay(nullptr);
+    XGrabKey(display, XKeysymToKeycode(display, virtualKey), 0, DefaultRootWindow(display), 0, GrabModeAsync,
+             GrabModeAsync);
+    XSync(display, 0);
+    return {display, XCloseDisplay};
+}
+
+std::shared_ptr<void> startHoldingInput() {
+    char name[] = "/proc/self/exe";
+    char role[] = "--hold-input";
+    char* const words[] = {name, role, nullptr};
+    pid_t process = 0;
+    EXPECT_EQ(posix_spawn(&process, name, nullptr, nullptr, words, environ), 0);
+    return {name, [process](void*) {
+                kill(process, SIGKILL);
+                waitpid(process, nullptr, 0);
+            }};
+}
+
+std::vector<PictureColor> screenPixels(const Rect& part) {
+    XImage* const image = XGetImage(personsDisplay(), DefaultRootWindow(personsDisplay()), part.left,
+                                    part.top, static_cast<unsigned>(part.width()),
+                                    static_cast<unsigned>(part.height()), AllPlanes, ZPixmap);
+    std::vector<PictureColor> colors;
+    for (int i = 0; i < part.width() * part.height(); ++i) {
+        const unsigned long pixel = XGetPixel(image, i % part.width(), i / part.width());
+        colors.push_back({255, static_cast<std::uint8_t>(pixel >> 16U),
+                          static_cast<std::uint8_t>(pixel >> 8U), static_cast<std::uint8_t>(pixel)});
     }
-    g_source_remove(wake);
-    return holds;
+    XDestroyImage(image);
+    return colors;
 }
 
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {
-    int delta[2] = {dx, dy};
+    int delta[] = {dx, dy};
     XTestFakeDeviceMotionEvent(personsDisplay(), mouse(), 1, 0, delta, 2, now);
     XSync(personsDisplay(), 0);
 }
 
-void pressRealButton(std::uint32_t button) {
-    playButton(xButtonOf(button), true);
+void playRealButton(std::uint32_t button, bool isDown) {
+    XTestFakeDeviceButtonEvent(personsDisplay(), mouse(), xButtons[button], isDown ? 1 : 0, nullptr, 0, now);
+    XSync(personsDisplay(), 0);
 }
 
-void releaseRealButton(std::uint32_t button) {
-    playButton(xButtonOf(button), false);
-}
-
-void scrollRealWheel() {
-    playButton(4, true);
-    playButton(4, false);
-}
-
-void pressRealKey(std::uint16_t virtualKey) {
-    playKey(virtualKey, true);
-}
-
-void releaseRealKey(std::uint16_t virtualKey) {
-    playKey(virtualKey, false);
-}
-
-void playRecorder(const Rect& place) {
-    Display* const display = XOpenDisplay(nullptr);
-    const int screen = DefaultScreen(display);
-    const Window window = XCreateSimpleWindow(
-        display, RootWindow(display, screen), place.left, place.top, static_cast<unsigned>(place.width()),
-        static_cast<unsigned>(place.height()), 0, 0, WhitePixel(display, screen));
-    askForNoFrame(display, window);
-    XSizeHints hints{};
-    hints.flags = USPosition | USSize;
-    XSetWMNormalHints(display, window, &hints);
-    XSelectInput(display, window,
-                 KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask | FocusChangeMask);
-    XkbSetDetectableAutoRepeat(display, 1, nullptr);
-    XMapRaised(display, window);
-    XSync(display, 0);
-    tellLine("window " + std::to_string(window));
-    while (true) {
-        XEvent event;
-        XNextEvent(display, &event);
-        tellEvent(event);
-    }
+void playRealKey(std::uint16_t virtualKey, bool isDown) {
+    static XDevice* const keyboard = device("Xvfb keyboard");
+    const KeySym symbol = virtualKey == 0x14 ? XK_Caps_Lock : KeySym{virtualKey}; // a letter is its capital
+    XTestFakeDeviceKeyEvent(personsDisplay(), keyboard, XKeysymToKeycode(personsDisplay(), symbol),
+                            isDown ? 1 : 0, nullptr, 0, now);
+    XSync(personsDisplay(), 0);
 }

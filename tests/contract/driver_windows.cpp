@@ -1,24 +1,15 @@
 // The person's mouse and keyboard are xdotool's on the X server beneath Wine, which Wine takes for hardware.
+// Another program's window lives on a thread of its own.
 
-#include "driver.h"
-#include "other_process.h"
+#include "contract_test.h"
 
-#include "platform/windows/windows_api.h"
+#include "platform/windows/handles.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <string>
+#include <atomic>
+#include <map>
+#include <thread>
 
 namespace {
-
-void handleMessages() {
-    MSG message{};
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-}
 
 /// Programs of the host run at their own pace, so each leaves a file behind when it has ended.
 void playOnHost(const std::string& xdotoolCommand) {
@@ -26,134 +17,143 @@ void playOnHost(const std::string& xdotoolCommand) {
     const std::string done = "/tmp/rotika-person-" + std::to_string(GetCurrentProcessId()) + "-" +
                              std::to_string(GetTickCount64()) + "-" + std::to_string(++serial);
     std::string line = "sh -c \"xdotool " + xdotoolCommand + " && : > " + done + "\"";
-    std::string hostPath = "Z:" + done;
     STARTUPINFOA startup{};
     startup.cb = sizeof(startup);
     PROCESS_INFORMATION started{};
     ASSERT_NE(CreateProcessA("Z:\\bin\\sh", line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                              &startup, &started),
               0);
-    EXPECT_TRUE(pumpUntil([&] { return GetFileAttributesA(hostPath.c_str()) != INVALID_FILE_ATTRIBUTES; }))
-        << xdotoolCommand;
-    DeleteFileA(hostPath.c_str());
+    const std::string file = "Z:" + done;
+    EXPECT_TRUE(pumpUntil([&] { return DeleteFileA(file.c_str()) != 0; })) << xdotoolCommand;
 }
 
-std::string hostButton(std::uint32_t button) {
-    constexpr const char* names[] = {"1", "3", "2"};
-    return names[button];
-}
-
-std::string hostKey(std::uint16_t virtualKey) {
-    if (virtualKey == VK_CAPITAL)
-        return "Caps_Lock";
-    if (virtualKey == VK_CONTROL)
-        return "Control_L";
-    return std::string(1, static_cast<char>(virtualKey - 'A' + 'a'));
-}
-
-// The recorder
-
-void tellButton(std::size_t button, bool down) {
-    tellLine("button " + std::to_string(button) + (down ? " down" : " up"));
-}
-
-void tellKey(WPARAM virtualKey, LPARAM details, bool down) {
-    constexpr LPARAM wasDownBefore = 1 << 30;
-    if (down && (details & wasDownBefore) != 0)
-        return;
-    tellLine("key " + std::to_string(virtualKey) + (down ? " down" : " up"));
-}
-
-LRESULT CALLBACK recorderProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    switch (message) {
-    case WM_LBUTTONDOWN:
-    case WM_LBUTTONUP:
-        tellButton(0, message == WM_LBUTTONDOWN);
-        return 0;
-    case WM_RBUTTONDOWN:
-    case WM_RBUTTONUP:
-        tellButton(1, message == WM_RBUTTONDOWN);
-        return 0;
-    case WM_MBUTTONDOWN:
-    case WM_MBUTTONUP:
-        tellButton(2, message == WM_MBUTTONDOWN);
-        return 0;
-    case WM_MOUSEWHEEL:
-        tellLine("scroll");
-        return 0;
-    case WM_SETFOCUS:
-        tellLine("keyboard");
-        return 0;
-    case WM_KEYDOWN:
-    case WM_SYSKEYDOWN:
-        tellKey(wParam, lParam, true);
-        return 0;
-    case WM_KEYUP:
-    case WM_SYSKEYUP:
-        tellKey(wParam, lParam, false);
-        return 0;
-    default:
-        return DefWindowProcW(window, message, wParam, lParam);
+class WindowsRecorder : public Recorder {
+public:
+    explicit WindowsRecorder(const Rect& place) : thread([this, place] { run(place); }) {
+        pumpUntil([this] { return own != nullptr; });
     }
-}
+    ~WindowsRecorder() override {
+        PostMessageW(own, WM_CLOSE, 0, 0);
+        pumpUntil([this] { return own == nullptr; }); // what its end sends to our windows
+        thread.join();
+    }
+    WindowHandle window() const override { return windowHandle(own); }
+
+protected:
+    void poll() override {}
+
+private:
+    void run(const Rect& place) {
+        WNDCLASSW description{};
+        description.lpszClassName = L"ContractRecorder";
+        description.lpfnWndProc = DefWindowProcW;
+        description.hInstance = moduleInstance();
+        description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+        description.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
+        RegisterClassW(&description); // fails harmlessly from the second time on
+        // Without the extended style Wine would keep the popup from the window manager, and so from the
+        // keyboard.
+        own = CreateWindowExW(WS_EX_APPWINDOW, description.lpszClassName, L"recorder", WS_POPUP | WS_VISIBLE,
+                              place.left, place.top, place.width(), place.height(), nullptr, nullptr,
+                              moduleInstance(), nullptr);
+        SetForegroundWindow(own);
+        MSG message{};
+        while (IsWindow(own) && GetMessageW(&message, nullptr, 0, 0) > 0) {
+            tellMessage(message);
+            DispatchMessageW(&message);
+        }
+        own = nullptr;
+    }
+
+    void tellMessage(const MSG& message) {
+        static const std::map<UINT, std::pair<const char*, bool>> buttons{
+            {WM_LBUTTONDOWN, {"button 0", true}}, {WM_LBUTTONUP, {"button 0", false}},
+            {WM_RBUTTONDOWN, {"button 1", true}}, {WM_RBUTTONUP, {"button 1", false}},
+            {WM_MBUTTONDOWN, {"button 2", true}}, {WM_MBUTTONUP, {"button 2", false}},
+            {WM_MOUSEWHEEL, {"button 3", true}},
+        };
+        if (const auto button = buttons.find(message.message); button != buttons.end())
+            tell(button->second.first, button->second.second);
+        if (message.message >= WM_KEYFIRST && message.message <= WM_SYSKEYUP)
+            tell("key " + std::to_string(message.wParam),
+                 message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN);
+    }
+
+    std::atomic<HWND> own = nullptr;
+    std::thread thread; // last: it uses what stands above
+};
 
 } // namespace
 
-bool pumpUntil(const std::function<bool()>& condition) {
-    constexpr ULONGLONG limitMs = 10'000;
-    const ULONGLONG startedAt = GetTickCount64();
-    while (true) {
-        handleMessages();
-        if (condition())
-            return true;
-        if (GetTickCount64() - startedAt > limitMs)
-            return false;
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 5, QS_ALLINPUT);
+void pumpOnce() {
+    MSG message{};
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, 5, QS_ALLINPUT);
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
     }
+}
+
+std::uint64_t watchMs() {
+    return GetTickCount64();
+}
+
+std::unique_ptr<Recorder> makeRecorder(const Rect& place) {
+    return std::make_unique<WindowsRecorder>(place);
+}
+
+std::shared_ptr<void> takeHotKeyElsewhere(std::uint16_t virtualKey) {
+    EXPECT_NE(RegisterHotKey(nullptr, 1, 0, virtualKey), 0);
+    return {nullptr, [](void*) { UnregisterHotKey(nullptr, 1); }};
+}
+
+std::shared_ptr<void> startHoldingInput() {
+    wchar_t self[MAX_PATH]{};
+    GetModuleFileNameW(nullptr, self, MAX_PATH);
+    std::wstring line = L"\"" + std::wstring(self) + L"\" --hold-input";
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION started{};
+    EXPECT_NE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                             &started),
+              0);
+    CloseHandle(started.hThread);
+    return {started.hProcess, [](HANDLE process) {
+                TerminateProcess(process, 1);
+                CloseHandle(process);
+            }};
+}
+
+std::vector<PictureColor> screenPixels(const Rect& part) {
+    const ScreenDc screen(GetDC(nullptr));
+    const MemoryDc memory(CreateCompatibleDC(screen.get()));
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof(info.bmiHeader), part.width(), -part.height(), 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    const BitmapHandle bitmap(CreateDIBSection(screen.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    const SelectedObject selected(memory.get(), bitmap.get());
+    BitBlt(memory.get(), 0, 0, part.width(), part.height(), screen.get(), part.left, part.top, SRCCOPY);
+    GdiFlush();
+    std::vector<PictureColor> colors;
+    for (const auto* pixel = static_cast<const RGBQUAD*>(bits);
+         colors.size() < static_cast<std::size_t>(part.width() * part.height()); ++pixel)
+        colors.push_back({255, pixel->rgbRed, pixel->rgbGreen, pixel->rgbBlue});
+    return colors;
 }
 
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {
     playOnHost("mousemove_relative -- " + std::to_string(dx) + " " + std::to_string(dy));
 }
 
-void pressRealButton(std::uint32_t button) {
-    playOnHost("mousedown " + hostButton(button));
+void playRealButton(std::uint32_t button, bool isDown) {
+    constexpr const char* names[] = {"1", "3", "2", "4"};
+    playOnHost(std::string(isDown ? "mousedown " : "mouseup ") + names[button]);
 }
 
-void releaseRealButton(std::uint32_t button) {
-    playOnHost("mouseup " + hostButton(button));
-}
-
-void scrollRealWheel() {
-    playOnHost("click 4");
-}
-
-void pressRealKey(std::uint16_t virtualKey) {
-    playOnHost("keydown " + hostKey(virtualKey));
-}
-
-void releaseRealKey(std::uint16_t virtualKey) {
-    playOnHost("keyup " + hostKey(virtualKey));
-}
-
-void playRecorder(const Rect& place) {
-    SetProcessDPIAware();
-    WNDCLASSW description{};
-    description.lpszClassName = L"ContractRecorder";
-    description.lpfnWndProc = recorderProcedure;
-    description.hInstance = moduleInstance();
-    description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-    description.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
-    RegisterClassW(&description);
-    // Without the extended style Wine would keep the popup from the window manager, and so from the keyboard.
-    const HWND window = CreateWindowExW(WS_EX_APPWINDOW, description.lpszClassName, L"recorder",
-                                        WS_POPUP | WS_VISIBLE, place.left, place.top, place.width(),
-                                        place.height(), nullptr, nullptr, moduleInstance(), nullptr);
-    SetForegroundWindow(window);
-    UpdateWindow(window);
-    tellLine("window " + std::to_string(reinterpret_cast<std::uintptr_t>(window)));
-    while (true) {
-        handleMessages();
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, INFINITE, QS_ALLINPUT);
-    }
+void playRealKey(std::uint16_t virtualKey, bool isDown) {
+    const std::string letter(1, static_cast<char>(virtualKey - 'A' + 'a'));
+    const std::string name = virtualKey == VK_CAPITAL   ? "Caps_Lock"
+                             : virtualKey == VK_CONTROL ? "Control_L"
+                                                        : letter;
+    playOnHost((isDown ? "keydown " : "keyup ") + name);
 }

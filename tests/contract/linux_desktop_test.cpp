@@ -1,220 +1,90 @@
-// What a Linux desktop does around the windows: it locks, changes its monitors, shows notifications, and
-// other programs destroy what is not theirs.
+// What the X server's other clients and the keyboard's layouts do around our windows.
 
 #include "contract_test.h"
+#include "platform/hot_key.h"
 #include "platform/injection.h"
+#include "platform/keyboard_layout.h"
 #include "platform/message_box.h"
 #include "platform/overlay_window.h"
 #include "platform/pointer.h"
+#include "platform/threads.h"
 
-#include "platform/linux/x11.h"
+#include "platform/linux/connection.h"
+#include "platform/linux/key_positions.h"
+#include "platform/linux/raw_keys.h"
 
-#include <gio/gio.h>
-#include <gtest/gtest.h>
-
+#include <atomic>
 #include <cstdlib>
-#include <functional>
-#include <map>
-#include <string>
-#include <utility>
 
 namespace {
 
-using Changes = std::vector<bool>;
-
-constexpr char saverName[] = "org.cinnamon.ScreenSaver";
-constexpr char saverPath[] = "/org/cinnamon/ScreenSaver";
-constexpr char saverMethods[] = R"(<node><interface name="org.cinnamon.ScreenSaver">
-    <method name="GetActive"><arg type="b" direction="out"/></method></interface></node>)";
-
-constexpr char logindName[] = "org.freedesktop.login1";
-constexpr char logindPath[] = "/org/freedesktop/login1";
-constexpr char logindMethods[] = R"(<node><interface name="org.freedesktop.login1.Manager">
-    <method name="GetSession"><arg type="s" direction="in"/><arg type="o" direction="out"/></method>
-    </interface></node>)";
-constexpr char sessionName[] = "org.freedesktop.login1.Session";
-constexpr char sessionPath[] = "/org/freedesktop/login1/session/_31";
-constexpr char sessionProperties[] = R"(<node><interface name="org.freedesktop.login1.Session">
-    <property name="LockedHint" type="b" access="read"/></interface></node>)";
-
-constexpr char noticeName[] = "org.freedesktop.Notifications";
-constexpr char noticePath[] = "/org/freedesktop/Notifications";
-constexpr char noticeMethods[] = R"(<node><interface name="org.freedesktop.Notifications">
-    <method name="Notify"><arg type="s" direction="in"/><arg type="u" direction="in"/>
-    <arg type="s" direction="in"/><arg type="s" direction="in"/><arg type="s" direction="in"/>
-    <arg type="as" direction="in"/><arg type="a{sv}" direction="in"/><arg type="i" direction="in"/>
-    <arg type="u" direction="out"/></method></interface></node>)";
-
-/// Another program on the test's bus, which is session and system bus at once.
-class BusProgram {
-public:
-    using Answer = std::function<GVariant*(GVariant* arguments)>;
-
-    BusProgram()
-        : bus(g_dbus_connection_new_for_address_sync(
-              std::getenv("DBUS_SESSION_BUS_ADDRESS"),
-              static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-              nullptr, nullptr, nullptr)) {}
-    ~BusProgram() {
-        g_dbus_connection_flush_sync(bus, nullptr, nullptr); // an answer under way still counts
-        g_dbus_connection_close_sync(bus, nullptr, nullptr);
-        g_object_unref(bus);
-    }
-    BusProgram(const BusProgram&) = delete;
-    BusProgram& operator=(const BusProgram&) = delete;
-
-    /// `answer` is for calls and for readings of properties alike.
-    void serve(const char* path, const char* description, Answer answer) {
-        answers[path] = std::move(answer);
-        static const GDBusInterfaceVTable table{
-            [](GDBusConnection*, const gchar*, const gchar* object, const gchar*, const gchar*,
-               GVariant* arguments, GDBusMethodInvocation* call, gpointer data) {
-                auto& own = *static_cast<std::map<std::string, Answer>*>(data);
-                g_dbus_method_invocation_return_value(call, own[object](arguments));
-            },
-            [](GDBusConnection*, const gchar*, const gchar* object, const gchar*, const gchar*, GError**,
-               gpointer data) {
-                return (*static_cast<std::map<std::string, Answer>*>(data))[object](nullptr);
-            },
-            nullptr,
-            {}};
-        GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(description, nullptr);
-        g_dbus_connection_register_object(bus, path, node->interfaces[0], &table, &answers, nullptr, nullptr);
-        g_dbus_node_info_unref(node);
-    }
-
-    void own(const char* name) {
-        g_variant_unref(g_dbus_connection_call_sync(
-            bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
-            g_variant_new("(su)", name, 0U), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-    }
-
-    void emit(const char* path, const char* interface, const char* signal, GVariant* values) {
-        g_dbus_connection_emit_signal(bus, nullptr, path, interface, signal, values, nullptr);
-    }
-
-private:
-    GDBusConnection* bus;
-    std::map<std::string, Answer> answers;
-};
-
 class LinuxDesktop : public ContractTest {
 protected:
-    LinuxDesktop() : other(XOpenDisplay(nullptr)) {}
-    ~LinuxDesktop() override { XCloseDisplay(other); }
-
-    Window root() { return DefaultRootWindow(other); }
-    Atom atom(const char* name) { return XInternAtom(other, name, 0); }
-
-    static bool lockChangesAre(const Changes& expected) {
-        return pumpUntil([&] { return heard.lockChanges == expected; });
+    ~LinuxDesktop() override {
+        useLayout("us", 0);
+        XCloseDisplay(other);
     }
 
-    /// XScreenSaver's way; null for none of its words.
+    Atom atom(const char* name) { return XInternAtom(other, name, 0); }
+
+    /// XScreenSaver's way.
     void setSaverProperty(const char* word) {
-        const unsigned long values[] = {word == nullptr ? 0 : atom(word), 1'700'000'000, 1};
-        XChangeProperty(other, root(), atom("_SCREENSAVER_STATUS"), XA_INTEGER, 32, PropModeReplace,
+        const unsigned long values[] = {atom(word), 1'700'000'000, 1};
+        XChangeProperty(other, root, atom("_SCREENSAVER_STATUS"), XA_INTEGER, 32, PropModeReplace,
                         reinterpret_cast<const unsigned char*>(values), 3);
         XFlush(other);
     }
 
     void setMonitor(const char* name, int x, int width) {
-        XRRMonitorInfo* const monitor = XRRAllocateMonitor(other, 0);
+        const XOwned<XRRMonitorInfo> monitor(XRRAllocateMonitor(other, 0));
         monitor->name = atom(name);
         monitor->x = x;
         monitor->width = width;
         monitor->height = 800;
         monitor->mwidth = monitor->mheight = 200;
-        XRRSetMonitor(other, root(), monitor);
-        XRRFreeMonitors(monitor);
+        XRRSetMonitor(other, root, monitor.get());
         XFlush(other);
     }
 
-    /// A managed window whose title begins so; 0 if there is none.
-    Window windowTitled(const std::string& beginning) {
-        for (const auto& [window, title] : managedWindows())
-            if (title.starts_with(beginning))
-                return window;
-        return noXid;
+    /// Whether the window manager has a window whose title begins so.
+    bool isTitled(const std::string& beginning) {
+        const std::string command =
+            "export LC_ALL=C.UTF-8; xprop -root _NET_CLIENT_LIST | grep -o '0x[0-9a-f]*' | "
+            "xargs -I@ xprop -id @ _NET_WM_NAME | grep -qF '= \"" +
+            beginning + "'";
+        return std::system(command.c_str()) == 0;
     }
 
-    Display* other;
-
-private:
-    std::vector<unsigned char> property(Window window, const char* name) {
-        Atom type = 0;
-        int format = 0;
-        unsigned long count = 0;
-        unsigned long left = 0;
-        unsigned char* data = nullptr;
-        XGetWindowProperty(other, window, atom(name), 0, 1000, 0, AnyPropertyType, &type, &format, &count,
-                           &left, &data);
-        const XOwned<unsigned char> owned(data);
-        return {data, data + count * (format == 32 ? sizeof(long) : 1)};
+    /// setxkbmap's words; the group is locked as a layout switch would.
+    static void useLayout(const std::string& words, int group) {
+        ASSERT_EQ(std::system(("setxkbmap -layout " + words).c_str()), 0);
+        XkbLockGroup(ownerDisplay(), XkbUseCoreKbd, static_cast<unsigned>(group));
+        // Xlib's copy of the map follows when the loop has read of the change.
+        const std::shared_ptr<Display> fresh(XOpenDisplay(nullptr), XCloseDisplay);
+        const KeyCode probe = 54; // C on American keyboards
+        const KeySym expected = XkbKeycodeToKeysym(fresh.get(), probe, group, 0);
+        EXPECT_TRUE(
+            pumpUntil([&] { return XkbKeycodeToKeysym(ownerDisplay(), probe, group, 0) == expected; }));
     }
 
-    std::map<Window, std::string> managedWindows() {
-        std::map<Window, std::string> titles;
-        const std::vector<unsigned char> bytes = property(root(), "_NET_CLIENT_LIST");
-        for (std::size_t i = 0; i + sizeof(Window) <= bytes.size(); i += sizeof(Window)) {
-            const Window window = *reinterpret_cast<const Window*>(bytes.data() + i);
-            const std::vector<unsigned char> title = property(window, "_NET_WM_NAME");
-            titles[window].assign(title.begin(), title.end());
-        }
-        return titles;
+    /// The keysym that the key found for `character` gives, with the modifiers that were found for it.
+    static KeySym pressedFor(char16_t character, int group) {
+        const std::uint16_t found = virtualKeyOfCharacter(character);
+        const int level = (found >> 8 & 1) + ((found >> 8 & 6) == 6 ? 2 : 0);
+        const KeyCode code = keycodeOfVirtualKey(ownerDisplay(), found & 0xFF);
+        const KeySym keysym = XkbKeycodeToKeysym(ownerDisplay(), code, group, level);
+        return keysym != NoSymbol ? keysym : XkbKeycodeToKeysym(ownerDisplay(), code, 0, level);
     }
+
+    Display* const other = XOpenDisplay(nullptr);
+    const Window root = DefaultRootWindow(other);
 };
-
-TEST_F(LinuxDesktop, ALockerOfTheDesktopIsBelievedFromItsComingToItsEnd) {
-    bool isActive = true;
-    auto saver = std::make_unique<BusProgram>();
-    saver->serve(saverPath, saverMethods, [&](GVariant*) { return g_variant_new("(b)", isActive); });
-    saver->own(saverName);
-    ASSERT_TRUE(lockChangesAre({true})) << "asked whether it is locked already";
-    BusProgram().emit(saverPath, saverName, "ActiveChanged", g_variant_new("(b)", FALSE)); // not the locker
-    saver->emit(saverPath, saverName, "ActiveChanged", g_variant_new("(s)", "no"));
-    saver->emit(saverPath, saverName, "ActiveChanged", g_variant_new("(b)", TRUE));
-    saver->emit(saverPath, saverName, "ActiveChanged", g_variant_new("(b)", FALSE));
-    EXPECT_TRUE(lockChangesAre({true, false}));
-    saver->emit(saverPath, saverName, "ActiveChanged", g_variant_new("(b)", TRUE));
-    EXPECT_TRUE(lockChangesAre({true, false, true}));
-    saver.reset();
-    EXPECT_TRUE(lockChangesAre({true, false, true, false})) << "a locker that died";
-}
-
-TEST_F(LinuxDesktop, TheLoginManagersHintCountsAndItsRequestsForAWhile) {
-    bool isHinted = false;
-    BusProgram logind;
-    logind.serve(logindPath, logindMethods, [](GVariant*) { return g_variant_new("(o)", sessionPath); });
-    logind.serve(sessionPath, sessionProperties, [&](GVariant*) { return g_variant_new_boolean(isHinted); });
-    isHinted = true;
-    logind.own(logindName);
-    ASSERT_TRUE(lockChangesAre({true}));
-    const auto hint = [&](bool isLocked) {
-        isHinted = isLocked;
-        logind.emit(sessionPath, "org.freedesktop.DBus.Properties", "PropertiesChanged",
-                    g_variant_new("(sa{sv}as)", sessionName, nullptr, nullptr));
-    };
-    hint(false);
-    ASSERT_TRUE(lockChangesAre({true, false}));
-    logind.emit("/org/freedesktop/login1/session/_32", sessionName, "Lock", nullptr); // another person's
-    logind.emit(sessionPath, sessionName, "Lock", nullptr);
-    ASSERT_TRUE(lockChangesAre({true, false, true}));
-    hint(true);
-    logind.emit(sessionPath, sessionName, "Unlock", nullptr);
-    hint(false);
-    EXPECT_TRUE(lockChangesAre({true, false, true, false}));
-    logind.emit(sessionPath, sessionName, "Lock", nullptr); // and no locker obeys
-    EXPECT_TRUE(lockChangesAre({true, false, true, false, true, false}));
-}
 
 TEST_F(LinuxDesktop, ALockOfXScreenSaverCountsAndADarkScreenDoesNot) {
     setSaverProperty("LOCK");
-    EXPECT_TRUE(lockChangesAre({true}));
+    EXPECT_TRUE(pumpUntil([] { return heard.lockChanges == std::vector<bool>{true}; }));
     setSaverProperty("BLANK");
-    EXPECT_TRUE(lockChangesAre({true, false}));
-    setSaverProperty(nullptr);
+    EXPECT_TRUE(pumpUntil([] { return heard.lockChanges == std::vector<bool>{true, false}; }));
 }
 
 TEST_F(LinuxDesktop, AChangeOfTheMonitorsIsToldOnceHoweverManyEventsItMakes) {
@@ -222,19 +92,18 @@ TEST_F(LinuxDesktop, AChangeOfTheMonitorsIsToldOnceHoweverManyEventsItMakes) {
     setMonitor("right", 640, 640);
     EXPECT_TRUE(pumpUntil([] { return heard.monitorChanges == 1; }));
     setMonitor("left", 0, 640); // as it is
-    XRRDeleteMonitor(other, root(), atom("right"));
-    XRRDeleteMonitor(other, root(), atom("left"));
+    for (const char* const name : {"right", "left"})
+        XRRDeleteMonitor(other, root, atom(name));
     XFlush(other);
     EXPECT_TRUE(pumpUntil([] { return heard.monitorChanges == 2; }));
 }
 
 TEST_F(LinuxDesktop, ACursorThatAnotherProgramMovesDuringACaptureComesBack) {
-    setCursorPosition({300, 250});
-    beginCapture({300, 250});
-    XWarpPointer(other, noXid, root(), 0, 0, 0, 0, 20, 30);
+    beginCapture(overRecorder);
+    XWarpPointer(other, noXid, root, 0, 0, 0, 0, 20, 30);
     XSync(other, 0);
-    EXPECT_NE(cursorPosition(), (Point{300, 250}));
-    EXPECT_TRUE(pumpUntil([] { return cursorPosition() == (Point{300, 250}); }));
+    EXPECT_NE(cursorPosition(), overRecorder);
+    EXPECT_TRUE(pumpUntil([] { return cursorPosition() == overRecorder; }));
 }
 
 TEST_F(LinuxDesktop, ADestroyedLayerIsToldOnceAndItsHandleHarmsNothing) {
@@ -247,37 +116,73 @@ TEST_F(LinuxDesktop, ADestroyedLayerIsToldOnceAndItsHandleHarmsNothing) {
     XDestroyWindow(other, windowOf(layer));
     XFlush(other);
     EXPECT_TRUE(pumpUntil([] { return destroyed == 1; }));
-    presentPicture(layer, plainPicture(50, 50, {0xFF, 1, 2, 3}));
-    showOverlayWindow(layer);
+    showLayer(layer, {});
     hideOverlayWindow(layer);
     EXPECT_EQ(overlayWindowRect(layer), Rect{});
 }
 
-TEST_F(LinuxDesktop, AWarningIsANotificationOrAWindowThatBlocksNothing) {
-    std::string told;
-    {
-        BusProgram server;
-        server.serve(noticePath, noticeMethods, [&](GVariant* arguments) {
-            const char* summary = nullptr;
-            const char* body = nullptr;
-            g_variant_get_child(arguments, 3, "&s", &summary);
-            g_variant_get_child(arguments, 4, "&s", &body);
-            told += std::string(summary) + "|" + body;
-            return g_variant_new("(u)", 7U);
-        });
-        server.own(noticeName);
-        showWarningBox(u"Rotika", u"Skrót '<' jest zajęty.");
-        EXPECT_TRUE(pumpUntil([&] { return !told.empty(); }));
-        EXPECT_EQ(told, "Rotika|Skrót '&lt;' jest zajęty.");
-    }
-    showWarningBox(u"Rotika", u"Skrót 'y'\njest zajęty."); // nobody notifies any more
-    EXPECT_TRUE(pumpUntil([&] { return windowTitled("Rotika: Skrót 'y' jest zajęty.") != noXid; }));
-    EXPECT_EQ(windowTitled("Rotika: Skrót '<'"), noXid);
+TEST_F(LinuxDesktop, WithoutNotificationsAWarningIsAWindowThatBlocksNothing) {
+    showWarningBox(u"Rotika", u"Skrót y\njest zajęty.");
+    EXPECT_TRUE(pumpUntil([&] { return isTitled("Rotika: Skrót y jest zajęty."); }));
     EXPECT_TRUE(pumpUntil([&] {
-        injectKey(0x0D, false, InputMotion::downUntilReleased); // until it has the keyboard
-        injectKey(0x0D, false, InputMotion::up);
-        return windowTitled("Rotika: ") == noXid;
+        tapInjected(0x0D); // until it has the keyboard
+        return !isTitled("Rotika: ");
     }));
+}
+
+TEST_F(LinuxDesktop, ACharactersKeyTypesThatCharacterOnEveryLayout) {
+    struct Case {
+        const char* layout;
+        int group;
+        std::u16string characters;
+        std::vector<KeySym> keysyms;
+    };
+    const Case cases[] = {
+        {"fr", 0, u",?m!1", {XK_comma, XK_question, XK_m, XK_exclam, XK_1}},
+        {"us -variant dvorak", 0, u",q/", {XK_comma, XK_q, XK_slash}},
+        {"de", 0, u"^`\u00B4-", {XK_dead_circumflex, XK_dead_grave, XK_dead_acute, XK_minus}},
+        {"es", 0, u"`", {XK_dead_grave}},
+        {"pl -variant qwertz", 0, u"^", {XK_dead_circumflex}},
+        {"us,ru", 1, u"!7", {XK_exclam, XK_7}},
+    };
+    for (const auto& [layout, group, characters, keysyms] : cases) {
+        useLayout(layout, group);
+        for (std::size_t i = 0; i < keysyms.size(); ++i)
+            EXPECT_EQ(pressedFor(characters[i], group), keysyms[i]) << layout << " " << i;
+    }
+}
+
+TEST_F(LinuxDesktop, AHotKeyMayBeAPedalsAndDoesNotRepeatWhileItIsHeld) {
+    constexpr KeyCode pedalF13 = 191; // FK13, whatever the layout puts on it
+    ASSERT_TRUE(registerHotKey(mainWindow(), 1, 0x7C));
+    XkbSetAutoRepeatRate(other, XkbUseCoreKbd, 100, 30);
+    XTestFakeKeyEvent(other, pedalF13, 1, CurrentTime);
+    XFlush(other);
+    ASSERT_TRUE(pumpUntil([] { return !heard.hotKeys.empty(); }));
+    const std::uint64_t pressedAt = watchMs(); // the time that the key is held is what is tested here
+    EXPECT_TRUE(pumpUntil([&] { return watchMs() - pressedAt >= 500; }));
+    XTestFakeKeyEvent(other, pedalF13, 0, CurrentTime);
+    XSync(other, 0);
+    EXPECT_EQ(heard.hotKeys, std::vector<int>{1});
+    unregisterHotKey(mainWindow(), 1);
+}
+
+TEST_F(LinuxDesktop, AKeyThatIsLeftDownStaysDownWhateverTheOwnerHearsWhileItIsPressed) {
+    injectKey('W', false, InputMotion::downAndLeft); // from now on the owner listens for taps
+    std::atomic<bool> isPressed;
+    for (int round = 0; round < 150; ++round) {
+        isPressed = false;
+        ASSERT_TRUE(startDetachedThread([&] {
+            injectKey(0x11, false, InputMotion::downAndLeft);
+            isPressed = true;
+        }));
+        ASSERT_TRUE(pumpUntil([&] { return isPressed.load(); }));
+        const std::uint64_t pressedAt = watchMs();
+        ASSERT_TRUE(pumpUntil([&] { return watchMs() > pressedAt + 5; }));
+        ASSERT_TRUE(isKeyDown(ownerDisplay(), keycodeOfVirtualKey(ownerDisplay(), 0x11))) << round;
+        injectKey(0x11, false, InputMotion::up);
+    }
+    injectKey('W', false, InputMotion::up);
 }
 
 } // namespace

@@ -6,12 +6,10 @@
 #include "platform/files.h"
 #include "platform/hot_key.h"
 #include "platform/injection.h"
-#include "platform/overlay_window.h"
 #include "platform/paths.h"
 #include "platform/picture.h"
 #include "platform/pointer_capture.h"
 #include "platform/timer.h"
-#include "screen.h"
 
 #include "platform/windows/handles.h"
 
@@ -35,39 +33,24 @@ __asm__(".text\n"
 
 namespace {
 
-constexpr Point overRecorder{300, 250};
-constexpr std::uint16_t keyX = 0x58;
-
 class WindowsContract : public ContractTest {
 protected:
-    bool hasHeard(const char* event) const { return contains(recorder->events(), event); }
-    bool hears(const char* event) const {
-        return pumpUntil([&] { return hasHeard(event); });
-    }
-
     const std::unique_ptr<Recorder> recorder = openRecorder(recorderPlace);
 };
 
 TEST_F(WindowsContract, AHotKeyIsHeardUnderAModifierThatAFunctionHoldsAndNotUnderThePersons) {
-    const auto tapX = [] {
-        pressRealKey(keyX);
-        releaseRealKey(keyX);
-    };
-    ASSERT_TRUE(registerHotKey(mainWindow(), 1, keyX));
+    ASSERT_TRUE(registerHotKey(mainWindow(), 1, 'X'));
     injectKey(VK_CONTROL, false, InputMotion::downAndLeft);
-    EXPECT_TRUE(hears("key 17 down"));
-    tapX();
+    EXPECT_TRUE(recorder->hears("key 17 down"));
+    tapRealKey('X');
     EXPECT_TRUE(pumpUntil([] { return heard.hotKeys == std::vector<int>{1}; }));
-    EXPECT_FALSE(hasHeard("key 88 down"));
-
-    // The person's own Ctrl+X goes to the program, also after a tap that ended what the function held.
-    pressRealKey(VK_CONTROL);
-    releaseRealKey(VK_CONTROL);
+    EXPECT_FALSE(contains(recorder->events(), "key 88 down"));
+    tapRealKey(VK_CONTROL); // ends what the function holds
     EXPECT_TRUE(pumpUntil([&] {
-        pressRealKey(VK_CONTROL);
-        tapX();
-        releaseRealKey(VK_CONTROL);
-        return hasHeard("key 88 down");
+        playRealKey(VK_CONTROL, true);
+        tapRealKey('X');
+        playRealKey(VK_CONTROL, false);
+        return contains(recorder->events(), "key 88 down");
     }));
     unregisterHotKey(mainWindow(), 1);
 }
@@ -84,10 +67,9 @@ TEST_F(WindowsContract, ACaptureThatFallsSilentIsEndedByTheGuardAndGivesTheClipB
     EXPECT_TRUE(clipIs({300, 250, 301, 251}) && renewPointerCapture());
     stopWindowTimer(wheelWindow());
     EXPECT_TRUE(pumpUntil([&] { return clipIs(clips[0]); }));
-    pressRealButton(2);
-    releaseRealButton(2);
+    clickRealButton(2);
     PostMessageW(nativeWindow(wheelWindow()), WM_LBUTTONDOWN, MK_LBUTTON, 0);
-    EXPECT_TRUE(hears("button 2 up"));
+    EXPECT_TRUE(recorder->hears("button 2 up"));
     EXPECT_FALSE(renewPointerCapture());
     EXPECT_EQ(heard.capturePresses + heard.windowPresses, 0);
     endPointerCapture();
@@ -101,28 +83,25 @@ TEST_F(WindowsContract, ACaptureThatFallsSilentIsEndedByTheGuardAndGivesTheClipB
 }
 
 TEST_F(WindowsContract, AReleaseThatTheSystemRefusesComesLaterAndNotAfterANewPress) {
-    const auto tap = [](std::uint16_t key) {
-        injectKey(key, false, InputMotion::downUntilReleased);
-        injectKey(key, false, InputMotion::up);
-    };
     injectKey('A', false, InputMotion::downUntilReleased);
     injectKey('B', false, InputMotion::downUntilReleased);
-    ASSERT_TRUE(hears("key 66 down"));
+    ASSERT_TRUE(recorder->hears("key 66 down"));
     DWORD protection = 0;
     VirtualProtect(&__imp_SendInput, sizeof(__imp_SendInput), PAGE_READWRITE, &protection);
     const auto system = std::exchange(__imp_SendInput, [](UINT, LPINPUT, int) -> UINT { return 0; });
     injectKey('A', false, InputMotion::up);
     injectKey('A', false, InputMotion::downUntilReleased);
     injectKey('B', false, InputMotion::up);
-    tap('B');
-    tap('C');
+    tapInjected('B');
+    tapInjected('C');
     keybd_event('C', 0, 0, 0); // the person's, who alone has pressed it
     __imp_SendInput = system;
-    EXPECT_TRUE(hears("key 66 up"));
-    EXPECT_FALSE(hasHeard("key 65 up") || hasHeard("key 67 up"));
+    EXPECT_TRUE(recorder->hears("key 66 up"));
+    for (const char* const early : {"key 65 up", "key 67 up"})
+        EXPECT_FALSE(contains(recorder->events(), early)) << early;
     keybd_event('C', 0, KEYEVENTF_KEYUP, 0);
     injectKey('A', false, InputMotion::up);
-    EXPECT_TRUE(hears("key 65 up"));
+    EXPECT_TRUE(recorder->hears("key 65 up"));
 }
 
 KBDLLHOOKSTRUCT hooked;
@@ -137,8 +116,7 @@ TEST_F(WindowsContract, KeysHaveTheScanCodesOfTheirPlaces) {
         moduleInstance(), 0));
     const std::pair<WORD, DWORD> extendedKeys[] = {{VK_SNAPSHOT, 0x37}, {VK_RMENU, 0x38}, {VK_RIGHT, 0x4D}};
     for (const auto& [key, scanCode] : extendedKeys) {
-        injectKey(key, true, InputMotion::downUntilReleased);
-        injectKey(key, true, InputMotion::up);
+        tapInjected(key, true);
         EXPECT_TRUE(pumpUntil([] { return (hooked.flags & LLKHF_UP) != 0; }));
         EXPECT_EQ(std::exchange(hooked, {}).scanCode, scanCode) << key;
     }
@@ -205,10 +183,7 @@ TEST_F(WindowsContract, AnImageIsAFileOfBoundedSizeAndIsScaledToWhatIsDrawn) {
     for (const std::string& bytes :
          {std::string("none"), bitmapFile(largestImageSidePx + 4, 2), bitmapFile(2100, 2100)})
         EXPECT_EQ(load(bytes), nullptr) << bytes.size();
-    placeOverlayWindow(wheelWindow(), {150, 150, 350, 250});
-    presentPicture(wheelWindow(),
-                   {200, 100, {ImageInBox{load(bitmapFile(1600, 1200)), {10, 10, 40, 40}, 1}}});
-    showOverlayWindow(wheelWindow());
+    showLayer(wheelWindow(), {ImageInBox{load(bitmapFile(1600, 1200)), {10, 10, 40, 40}, 1}});
     EXPECT_TRUE(pumpUntil([] {
         const std::vector<PictureColor> row = screenPixels({159, 170, 201, 171});
         return row[0].green > 200 && row[1].green < 60 && row[40].green < 60 && row[41].green > 200;

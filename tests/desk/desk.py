@@ -12,12 +12,14 @@ import numpy
 from desk.hands import place_cursor
 from desk.screen import Screen
 from desk.target import make_target
-from desk.waiting import DeskError, holds_within, wait_for
+from desk.waiting import GENEROUS_S, DeskError, holds_within, wait_for
 from desk.x11 import save_png
 
 LAYER = (588, 460)
 CENTRE = (294, 230)
 TOGGLE_KEY = "x"
+# Where input may be lost or doubled: how long one attempt is given, and how many there are.
+PATIENCE_S, ATTEMPTS = 3.0, 8
 SHIFT, CONTROL, ALT = 1, 4, 8  # the modifiers' bits in an event's state
 
 
@@ -51,14 +53,14 @@ class Desk:
     def write(self, name, value):
         (self.folder / name).write_text(json.dumps(value, ensure_ascii=False, indent=1), encoding="utf-8")
 
-    def prepare(self, *fields, **settings):
-        """The program's files, with one wheel of these fields, or of the wheels in a list."""
+    def prepare(self, *fields, name="Koło", more=(), **settings):
+        """The program's files, with a wheel of these fields, and more wheels as they stand in the file."""
         if not self.folder.exists() or not any(self.folder.iterdir()):
             shutil.copytree(self.original, self.folder, dirs_exist_ok=True,
                             ignore=shutil.ignore_patterns("config.json", "default.json", "voice.json"))
         settings = {"toggleKey": TOGGLE_KEY, "gazeEnabled": False, "voiceEnabled": False} | settings
         self.write("config.json", settings)
-        self.write("default.json", {"wheels": [{"name": "Koło", "actions": list(fields)}]})
+        self.write("default.json", {"wheels": [{"name": name, "actions": list(fields)}, *more]})
         self.field_count = len(fields)
 
     def start_program(self):
@@ -86,7 +88,7 @@ class Desk:
         place_cursor(self.display, *cursor)
         self.mouse.move(1, 1)
         self.mouse.move(-1, -1)
-        self.recorder.wait_for_motion()
+        self.recorder.wait_for_kind("motion")
         self.recorder.mark()
 
     def is_in_front(self, title):
@@ -97,26 +99,54 @@ class Desk:
     # The wheel
 
     def wheel(self):
-        return self.display.shown_layer(*LAYER, "Rotika")
+        return next((shown for shown in self.display.shown_windows() if (shown.width, shown.height) == LAYER), None)
 
     def mouse_is_held(self):
         return self.target.mouse_is_held()
 
-    def wheel_cursor_is_at(self, x, y):
-        """The arrow is white with a black edge on its left. Asked of the layer itself: under many openings in
-        a row a compositor now and then misses one."""
+    def _layer(self):
+        """What the wheel's window has drawn. Asked of the layer itself: under many openings in a row a compositor
+        now and then misses one. With a margin where the cursor may hang over, one column left of it."""
         shown = self.wheel()
         try:
-            seen = self.display.picture(shown.id)[y:y + 20, x - 1:x + 9].astype(int) if shown else numpy.empty(0)
-        except OSError:  # closed meanwhile
-            return False
-        return (seen.shape == (20, 10, 3) and
-                all(seen[dy, dx + 1].min() > 247 for dx, dy in ((2, 6), (2, 12), (2, 17), (6, 12))) and
-                all(seen[dy, :2].max(axis=1).min() < 140 for dy in (6, 12, 17)))
+            return numpy.pad(self.display.picture(shown.id), ((0, 20), (1, 9), (0, 0)), constant_values=200)
+        except (AttributeError, OSError):  # closed meanwhile
+            return numpy.full((20, 10, 3), 200)
+
+    @staticmethod
+    def _arrow_tips(seen):
+        """Where in a picture the virtual cursor may be: an arrow in white with a black edge on its left. Some points
+        above and below its tip look the same."""
+        height, width = seen.shape[0] - 19, seen.shape[1] - 9
+        white, dark = seen.min(2) > 247, seen.max(2) < 140
+
+        def at(points, dx, dy):
+            return points[dy:dy + height, dx + 1:dx + 1 + width]
+
+        return numpy.logical_and.reduce([at(white, *place) for place in ((2, 6), (2, 12), (2, 17), (6, 12))] +
+                                        [at(dark, 0, dy) | at(dark, -1, dy) for dy in (6, 12, 17)])
+
+    def wheel_cursor_is_at(self, x, y):
+        part = self._layer()[y:y + 20, x:x + 10]
+        return part.shape == (20, 10, 3) and self._arrow_tips(part).any()
+
+    def find_wheel_cursor(self):
+        tips = numpy.argwhere(self._arrow_tips(self._layer()))
+        return tuple(int(place) for place in tips[len(tips) // 2][::-1]) if len(tips) else None
+
+    def _opens_well(self):
+        return self.wheel_cursor_is_at(*CENTRE) and self.mouse_is_held()
 
     def wait_until_open(self):
-        wait_for("the wheel, its cursor in the middle and the mouse held back",
-                 lambda: self.wheel_cursor_is_at(*CENTRE) and self.mouse_is_held())
+        wait_for("the wheel", self.wheel)
+        # As a person would where an opening may fail: closed and opened again.
+        for _ in range(0 if self.target.input_is_exact else ATTEMPTS):
+            if holds_within(PATIENCE_S, self._opens_well):
+                break
+            for is_open in (False, True):
+                self.keyboard.tap(TOGGLE_KEY)
+                wait_for("another attempt", lambda: bool(self.wheel()) == is_open)
+        wait_for("the wheel's cursor in the middle and the mouse held back", self._opens_well)
         self.virtual = CENTRE
 
     def wait_until_closed(self):
@@ -131,21 +161,31 @@ class Desk:
         self.keyboard.tap(TOGGLE_KEY)
         self.wait_until_closed()
 
-    def aim(self, index):
-        """The virtual cursor onto a field."""
-        x, y = field_point(index, self.field_count)
-        self.mouse.move(x - self.virtual[0], y - self.virtual[1])
-        self.virtual = (x, y)
-        wait_for(f"the virtual cursor on field {index}", lambda: self.wheel_cursor_is_at(x, y))
+    def aim(self, where, radius=150):
+        """The virtual cursor onto a field, or a point of the layer."""
+        x, y = field_point(where, self.field_count, radius) if isinstance(where, int) else where
+        is_exact = self.target.input_is_exact
+        for attempt in range(1 if is_exact else ATTEMPTS):
+            part = 1 + attempt % 2  # half the way every other time: where movements count twice, that leads there
+            self.mouse.move(int((x - self.virtual[0]) / part), int((y - self.virtual[1]) / part))
+            self.virtual = (x, y)
+            if holds_within(GENEROUS_S if is_exact else PATIENCE_S, lambda: self.wheel_cursor_is_at(x, y)):
+                return
+            # As a person would: look where it is, or else begin in the corner, and correct.
+            self.virtual = self.find_wheel_cursor()
+            if not self.virtual:
+                self.mouse.move(-2 * LAYER[0], -2 * LAYER[1])
+                self.virtual = (0, 0)
+        raise DeskError(f"waited in vain for the virtual cursor at {x}, {y}")
 
     def wait_for_hot_key_with(self, *modifiers):
         """Until the toggle key works beside modifiers that a function holds: a moment after they are down."""
         wait_for("the toggle key with the modifiers to be the program's",
                  lambda: self.display.key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
 
-    def choose(self, index):
+    def choose(self, where):
         self.open_wheel()
-        self.aim(index)
+        self.aim(where)
         self.mouse.click()
         self.wait_until_closed()
 
@@ -220,9 +260,9 @@ class Desk:
                  f"keyboard: {self.display.focused_title()}, in front: {self.display.active_title()}"]
         lines += [f"{record.time} {record} {record.code} {record.place}" for record in
                  (self.recorder.all() if self.recorder else [])]
-        log = self.screen.folder / "rotika.log"
-        said = log.read_text(errors="replace") if log.exists() else ""
-        (folder / f"{name}.txt").write_text("\n".join(lines) + "\n\n" + said)
+        for log in self.screen.folder.glob("*.log"):
+            lines += [f"\n{log.name}:", log.read_text(errors="replace")]
+        (folder / f"{name}.txt").write_text("\n".join(lines))
 
     def close(self):
         self.end_program()

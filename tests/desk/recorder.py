@@ -1,20 +1,30 @@
 """The window in front that a person works in while the wheel lies over it: it keeps every event it gets."""
 
-import ctypes
-from ctypes import byref, c_char, c_int, c_long, c_ulong
+from ctypes import byref, c_char, c_long, c_ulong
 from dataclasses import dataclass
+
+import numpy
 
 from desk.waiting import GENEROUS_S, wait_for
 from desk.x11 import (BUTTON_PRESS, BUTTON_RELEASE, KEY_PRESS, KEY_RELEASE, MAPPING_NOTIFY, MOTION,
-                      XA_WM_NORMAL_HINTS, XA_WM_SIZE_HINTS, Display, Event, xlib)
+                      XA_WM_SIZE_HINTS, Display, InputEvent, xlib)
 
-KEY_BUTTON_AND_MOTION = 0x0F | 0x40  # the core protocol's masks: presses, releases, pointer motion
+KEYS_BUTTONS_MOTION_AND_FOCUS = 0x0F | 0x40 | 0x200000  # the core protocol's masks
+CELL = 16
+FOCUS = {9: "focus-in", 10: "focus-out"}
 BUTTONS = {1: "left", 2: "middle", 3: "right", 8: "side1", 9: "side2"}
+
+
+def pattern(width, height):
+    """The recorders' background, height x width x 3: cells of one plain colour, each unlike its neighbours, so that
+    a picture laid over it can be told apart from it at every point."""
+    row, column = (index // CELL for index in numpy.indices((height, width)))
+    return numpy.stack((40 + column * 37 % 160, 40 + row * 53 % 160, 40 + (column + row) * 29 % 160), 2).astype("uint8")
 
 
 @dataclass(frozen=True)
 class Record:
-    kind: str  # key-down, key-repeat, key-up, button-down, button-up, motion
+    kind: str  # key-down, key-repeat, key-up, button-down, button-up, motion, focus-in, focus-out
     name: str  # of keysym or button
     code: int  # keycode or button
     state: int  # modifiers and buttons before it
@@ -36,25 +46,22 @@ class Recorder:
         xlib.XkbSetDetectableAutoRepeat(handle, 1, None)
         width, height = screen.size
         self.window = c_ulong(xlib.XCreateSimpleWindow(handle, self.display.root, 0, 0, width, height, 0,
-                                                       c_ulong(0), c_ulong(0x203040)))
-        utf8 = self.display.atom("UTF8_STRING")
-        self._set("_NET_WM_NAME", utf8, 8, (c_char * 8)(*b"recorder"))
-        hints = self.display.atom("_MOTIF_WM_HINTS")
-        self._set("_MOTIF_WM_HINTS", hints, 32, (c_long * 5)(2))  # without a frame
-        self._set("WM_NORMAL_HINTS", c_ulong(XA_WM_SIZE_HINTS), 32, (c_long * 18)(3, 0, 0, width, height))
-        xlib.XSelectInput(handle, self.window, c_long(KEY_BUTTON_AND_MOTION))
+                                                       c_ulong(0), c_ulong(0)))
+        self.display.set_background(self.window.value, pattern(width, height))
+        for name, kind, values in (
+                ("_NET_WM_NAME", "UTF8_STRING", (c_char * 8)(*b"recorder")),
+                ("_MOTIF_WM_HINTS", "_MOTIF_WM_HINTS", (c_long * 5)(2)),  # without a frame
+                ("WM_NORMAL_HINTS", XA_WM_SIZE_HINTS, (c_long * 18)(3, 0, 0, width, height))):
+            self.display.set_property(self.window.value, name, kind, values)
+        xlib.XSelectInput(handle, self.window, c_long(KEYS_BUTTONS_MOTION_AND_FOCUS))
         xlib.XMapRaised(handle, self.window)
         self.display.sync()
-
-    def _set(self, name, kind, form, values):
-        xlib.XChangeProperty(self.display.handle, self.window, self.display.atom(name), kind, form, 0,
-                             ctypes.cast(values, ctypes.c_char_p), len(values))
 
     def close(self):
         self.display.close()
 
     def all(self):
-        event = Event()
+        event = InputEvent()
         while xlib.XPending(self.display.handle):
             xlib.XNextEvent(self.display.handle, byref(event))
             self._take(event)
@@ -63,21 +70,22 @@ class Recorder:
     def _take(self, event):
         if event.type == MAPPING_NOTIFY:
             xlib.XRefreshKeyboardMapping(byref(event))
+        if event.type in FOCUS and event.root & 3 in (0, 3):  # there is its mode: neither by a key grab nor its end
+            self.records.append(Record(FOCUS[event.type], "-", 0, 0, 0, ()))
         if event.type not in (KEY_PRESS, KEY_RELEASE, BUTTON_PRESS, BUTTON_RELEASE, MOTION):
             return
-        seen = event.input
         kind, name, code = "motion", "-", 0
         if event.type in (BUTTON_PRESS, BUTTON_RELEASE):
             kind = "button-down" if event.type == BUTTON_PRESS else "button-up"
-            code = seen.detail
+            code = event.detail
             name = BUTTONS.get(code, str(code))
             (self.down.add if event.type == BUTTON_PRESS else self.down.discard)(name)
         elif event.type != MOTION:
-            code = seen.detail
+            code = event.detail
             name = (xlib.XKeysymToString(c_ulong(xlib.XLookupKeysym(byref(event), 0))) or b"-").decode()
             kind = "key-up" if event.type == KEY_RELEASE else "key-repeat" if code in self.down else "key-down"
             (self.down.discard if event.type == KEY_RELEASE else self.down.add)(code)
-        self.records.append(Record(kind, name, code, seen.state, seen.time, (seen.x_root, seen.y_root)))
+        self.records.append(Record(kind, name, code, event.state, event.time, (event.x_root, event.y_root)))
 
     def mark(self):
         """What was received up to now counts no more."""
@@ -97,7 +105,7 @@ class Recorder:
                 down.add(thing)
             elif record.kind.endswith("-up") and thing not in down:
                 continue
-            if record.kind not in ("motion", "key-repeat"):
+            if record.kind.startswith(("key-", "button-")) and record.kind != "key-repeat":
                 seen.append(str(record))
         return seen
 
@@ -105,5 +113,5 @@ class Recorder:
         """Until a press or release, for example "key-up w", has come so often since the mark."""
         wait_for(f"{count} x {text} among {self.presses()}", lambda: self.presses().count(text) >= count, seconds)
 
-    def wait_for_motion(self):
-        wait_for("motion in the recorder", lambda: self.since_mark("motion"))
+    def wait_for_kind(self, kind):
+        wait_for(f"{kind} in the recorder", lambda: self.since_mark(kind))

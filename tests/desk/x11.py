@@ -2,96 +2,57 @@
 
 import ctypes
 import zlib
-from ctypes import POINTER, Structure, Union, byref, c_char_p, c_int, c_long, c_ubyte, c_uint, c_ulong, c_void_p
-from dataclasses import dataclass
+from collections import namedtuple
+from ctypes import POINTER, Structure, byref, c_char_p, c_int, c_long, c_ubyte, c_uint, c_ulong, c_void_p
 
-import numpy
-
-xlib = ctypes.CDLL("libX11.so.6")
-xinput = ctypes.CDLL("libXi.so.6")
-xtest = ctypes.CDLL("libXtst.so.6")
+xlib, xinput, xtest = (ctypes.CDLL(name) for name in ("libX11.so.6", "libXi.so.6", "libXtst.so.6"))
 
 KEY_PRESS, KEY_RELEASE, BUTTON_PRESS, BUTTON_RELEASE, MOTION, CLIENT_MESSAGE, MAPPING_NOTIFY = 2, 3, 4, 5, 6, 33, 34
 XA_INTEGER, XA_WM_NORMAL_HINTS, XA_WM_SIZE_HINTS = 19, 40, 41
-IS_VIEWABLE = 2
-FLOATING_SLAVE = 5
+IS_VIEWABLE, FLOATING_SLAVE, Z_PIXMAP = 2, 5, 2
 SUBSTRUCTURE_NOTIFY, SUBSTRUCTURE_REDIRECT = 0x80000, 0x100000
 ALL_PLANES = 0xFFFFFFFF
-Z_PIXMAP = 2
+KINDS = {"i": c_int, "l": c_long, "L": c_ulong, "p": c_void_p, "s": c_char_p, "words": c_long * 5, "pad": c_long * 24,
+         "masks": c_long * 3, "octets": c_ubyte * 32}
 
 
-class InputEvent(Structure):
-    """The common part of key, button and motion events; `detail` is keycode or button, unused for motion."""
-
-    _fields_ = [("type", c_int), ("serial", c_ulong), ("send_event", c_int), ("display", c_void_p),
-                ("window", c_ulong), ("root", c_ulong), ("subwindow", c_ulong), ("time", c_ulong),
-                ("x", c_int), ("y", c_int), ("x_root", c_int), ("y_root", c_int), ("state", c_uint),
-                ("detail", c_uint), ("same_screen", c_int)]
+def structure(fields):
+    """A ctypes structure of fields such as "width:i"."""
+    return type("Made", (Structure,), {"_fields_": [(name, KINDS[kind]) for name, kind in
+                                                    (field.split(":") for field in fields.split())]})
 
 
-class ClientMessage(Structure):
-    _fields_ = [("type", c_int), ("serial", c_ulong), ("send_event", c_int), ("display", c_void_p),
-                ("window", c_ulong), ("message", c_ulong), ("format", c_int), ("words", c_long * 5)]
-
-
-class Event(Union):
-    _fields_ = [("type", c_int), ("input", InputEvent), ("message", ClientMessage), ("pad", c_long * 24)]
-
-
-class WindowAttributes(Structure):
-    _fields_ = [("x", c_int), ("y", c_int), ("width", c_int), ("height", c_int), ("border", c_int),
-                ("depth", c_int), ("visual", c_void_p), ("root", c_ulong), ("window_class", c_int),
-                ("bit_gravity", c_int), ("win_gravity", c_int), ("backing_store", c_int),
-                ("backing_planes", c_ulong), ("backing_pixel", c_ulong), ("save_under", c_int),
-                ("colormap", c_ulong), ("map_installed", c_int), ("map_state", c_int),
-                ("masks", c_long * 3), ("override_redirect", c_int), ("screen", c_void_p)]
-
-
-class ImageHead(Structure):
-    _fields_ = [("width", c_int), ("height", c_int), ("xoffset", c_int), ("format", c_int),
-                ("data", c_void_p), ("byte_order", c_int), ("unit", c_int), ("bit_order", c_int),
-                ("pad", c_int), ("depth", c_int), ("bytes_per_line", c_int), ("bits_per_pixel", c_int)]
-
-
-class DeviceInfo(Structure):
-    _fields_ = [("deviceid", c_int), ("name", c_char_p), ("use", c_int), ("attachment", c_int),
-                ("enabled", c_int), ("num_classes", c_int), ("classes", c_void_p)]
-
-
-class KeyboardState(Structure):
-    _fields_ = [("click_percent", c_int), ("bell_percent", c_int), ("bell_pitch", c_uint),
-                ("bell_duration", c_uint), ("led_mask", c_ulong), ("global_auto_repeat", c_int),
-                ("auto_repeats", c_ubyte * 32)]
-
+# Of keys, buttons and motion; `detail` is keycode or button.
+InputEvent = structure("type:i serial:L send_event:i display:p window:L root:L subwindow:L time:L x:i y:i x_root:i "
+                       "y_root:i state:i detail:i same_screen:i pad:pad")
+ClientMessage = structure("type:i serial:L send_event:i display:p window:L message:L format:i words:words pad:pad")
+WindowAttributes = structure("x:i y:i width:i height:i border:i depth:i visual:p root:L class:i bit_gravity:i "
+                             "win_gravity:i backing_store:i planes:L pixel:L save_under:i colormap:L installed:i "
+                             "map_state:i masks:masks override_redirect:i screen:p")
+ImageHead = structure("width:i height:i xoffset:i format:i data:p byte_order:i unit:i bit_order:i pad:i depth:i "
+                      "bytes_per_line:i")
+DeviceInfo = structure("deviceid:i name:s use:i attachment:i enabled:i num_classes:i classes:p")
+KeyboardState = structure("click:i bell:i pitch:i duration:i leds:L global_auto_repeat:i auto_repeats:octets")
+Shown = namedtuple("Shown", "id left top width height")
 
 for library, name, result in (
-        (xlib, "XOpenDisplay", c_void_p), (xlib, "XDefaultRootWindow", c_ulong),
-        (xlib, "XGetImage", POINTER(ImageHead)), (xlib, "XInternAtom", c_ulong),
-        (xlib, "XStringToKeysym", c_ulong), (xlib, "XKeysymToString", c_char_p),
-        (xlib, "XLookupKeysym", c_ulong), (xlib, "XCreateSimpleWindow", c_ulong),
-        (xlib, "XKeysymToKeycode", c_ubyte), (xlib, "XGetSelectionOwner", c_ulong),
+        (xlib, "XOpenDisplay", c_void_p), (xlib, "XDefaultRootWindow", c_ulong), (xlib, "XDefaultVisual", c_void_p),
+        (xlib, "XGetImage", POINTER(ImageHead)), (xlib, "XCreateImage", POINTER(ImageHead)),
+        (xlib, "XInternAtom", c_ulong), (xlib, "XStringToKeysym", c_ulong), (xlib, "XKeysymToString", c_char_p),
+        (xlib, "XLookupKeysym", c_ulong), (xlib, "XCreateSimpleWindow", c_ulong), (xlib, "XCreatePixmap", c_ulong),
+        (xlib, "XDefaultGC", c_void_p), (xlib, "XKeysymToKeycode", c_ubyte), (xlib, "XGetSelectionOwner", c_ulong),
         (xinput, "XIQueryDevice", POINTER(DeviceInfo)), (xinput, "XOpenDevice", c_void_p)):
     getattr(library, name).restype = result
 xtest.XTestFakeDeviceMotionEvent.argtypes = [c_void_p, c_void_p, c_int, c_int, POINTER(c_int), c_int, c_ulong]
 
 # A window may go between being listed and being asked about: such errors are nobody's fault.
 errors = []
-ERROR_HANDLER = ctypes.CFUNCTYPE(c_int, c_void_p, c_void_p)
-note_error = ERROR_HANDLER(lambda display, error: errors.append(error) or 0)
+note_error = ctypes.CFUNCTYPE(c_int, c_void_p, c_void_p)(lambda display, error: errors.append(error) or 0)
 xlib.XSetErrorHandler(note_error)
 
 
 def bits_set(octets):
     return {8 * at + bit for at, octet in enumerate(octets) for bit in range(8) if octet >> bit & 1}
-
-
-@dataclass(frozen=True)
-class Shown:
-    id: int
-    left: int
-    top: int
-    width: int
-    height: int
 
 
 class Display:
@@ -126,8 +87,19 @@ class Display:
         xlib.XFree(data)
         return value
 
+    def set_property(self, window, name, kind, values):
+        """`values` is an array of long, or of char; `kind` an atom or its name."""
+        kind = self.atom(kind) if isinstance(kind, str) else c_ulong(kind)
+        form = 32 if values._type_ in (c_long, c_ulong) else 8
+        xlib.XChangeProperty(self.handle, c_ulong(window), self.atom(name), kind, form, 0, byref(values), len(values))
+        self.sync()
+
     def title(self, window):
         return bytes(self.property(window, "_NET_WM_NAME") or self.property(window, "WM_NAME")).decode()
+
+    def titles(self):
+        """Of the windows that the window manager knows."""
+        return [self.title(window) for window in self.property(self.root.value, "_NET_CLIENT_LIST") or ()]
 
     def active_window(self):
         return (self.property(self.root.value, "_NET_ACTIVE_WINDOW") or [0])[0]
@@ -135,14 +107,22 @@ class Display:
     def active_title(self):
         return self.title(self.active_window())
 
-    def activate(self, window):
-        """Asks the window manager for it, as a person's task bar does."""
+    def is_composited(self):
+        return bool(xlib.XGetSelectionOwner(self.handle, self.atom("_NET_WM_CM_S0")))
+
+    def _ask_window_manager(self, message, window):
+        """As a person's task bar does."""
         from_a_person = 2
-        event = Event(message=ClientMessage(CLIENT_MESSAGE, window=window, format=32, words=(from_a_person, 0),
-                                            message=self.atom("_NET_ACTIVE_WINDOW").value))
-        mask = c_long(SUBSTRUCTURE_NOTIFY | SUBSTRUCTURE_REDIRECT)
-        xlib.XSendEvent(self.handle, self.root, 0, mask, byref(event))
+        words = (from_a_person, 0) if message == "_NET_ACTIVE_WINDOW" else (0, from_a_person)
+        event = ClientMessage(CLIENT_MESSAGE, window=window, format=32, words=words, message=self.atom(message).value)
+        xlib.XSendEvent(self.handle, self.root, 0, c_long(SUBSTRUCTURE_NOTIFY | SUBSTRUCTURE_REDIRECT), byref(event))
         self.sync()
+
+    def activate(self, window):
+        self._ask_window_manager("_NET_ACTIVE_WINDOW", window)
+
+    def close_window(self, window):
+        self._ask_window_manager("_NET_CLOSE_WINDOW", window)
 
     def map_buttons(self, *first):
         """The logical numbers of the first physical buttons."""
@@ -171,15 +151,13 @@ class Display:
             xlib.XFree(children)
         return parent.value, found
 
-    def shown_layer(self, width, height, title):
-        """The window of that size and title that is shown past the window manager, or None."""
+    def shown_windows(self):
+        """Those straight on the screen, the uppermost first."""
         for window in reversed(self.tree(self.root.value)[1]):
             seen = WindowAttributes()
             if (xlib.XGetWindowAttributes(self.handle, c_ulong(window), byref(seen)) and
-                    seen.map_state == IS_VIEWABLE and seen.override_redirect and
-                    (seen.width, seen.height) == (width, height) and self.title(window) == title):
-                return Shown(window, seen.x, seen.y, width, height)
-        return None
+                    seen.map_state == IS_VIEWABLE):
+                yield Shown(window, seen.x, seen.y, seen.width, seen.height)
 
     def pointer(self):
         """Place of the cursor and the mask of buttons and modifiers."""
@@ -228,7 +206,7 @@ class Display:
         self.sync()
 
     def keycode(self, keysym_name):
-        xlib.XSync(self.handle, 0)
+        self.sync()
         self.follow_keyboard_changes()
         code = xlib.XKeysymToKeycode(self.handle, c_ulong(xlib.XStringToKeysym(keysym_name.encode())))
         if not code:
@@ -247,34 +225,45 @@ class Display:
         return len(errors) > before
 
     def follow_keyboard_changes(self):
-        event = Event()
+        event = InputEvent()
         while xlib.XCheckTypedEvent(self.handle, MAPPING_NOTIFY, byref(event)):
             xlib.XRefreshKeyboardMapping(byref(event))
 
     def picture(self, window=None):
         """The screen, or a window as it has drawn itself, as height x width x 3 numbers: red, green, blue."""
+        import numpy  # here, for those who only start a command on a screen
         drawn, seen = c_ulong(window or self.root.value), WindowAttributes()
         xlib.XGetWindowAttributes(self.handle, drawn, byref(seen))
-        width, height = seen.width, seen.height
-        image = xlib.XGetImage(self.handle, drawn, 0, 0, width, height, c_ulong(ALL_PLANES), Z_PIXMAP)
+        image = xlib.XGetImage(self.handle, drawn, 0, 0, seen.width, seen.height, c_ulong(ALL_PLANES), Z_PIXMAP)
         if not image:
             raise OSError("nothing to be seen of it")
-        size = image.contents.bytes_per_line * height
+        size = image.contents.bytes_per_line * seen.height
         octets = numpy.frombuffer(ctypes.string_at(image.contents.data, size), numpy.uint8)
         xlib.XFree(c_void_p(image.contents.data))
         xlib.XFree(image)
-        return octets.reshape(height, -1, 4)[:, :width, 2::-1]
+        return octets.reshape(seen.height, -1, 4)[:, :seen.width, 2::-1]
+
+    def set_background(self, window, picture):
+        """`picture` is height x width x 3 numbers, like one that was taken."""
+        import numpy
+        height, width, _ = picture.shape
+        data = numpy.zeros((height, width, 4), numpy.uint8)
+        data[:, :, 2::-1] = picture
+        visual, gc = (c_void_p(get(self.handle, 0)) for get in (xlib.XDefaultVisual, xlib.XDefaultGC))
+        pixmap = c_ulong(xlib.XCreatePixmap(self.handle, self.root, width, height, 24))
+        image = xlib.XCreateImage(self.handle, visual, 24, Z_PIXMAP, 0, c_void_p(data.ctypes.data), width, height, 32, 0)
+        xlib.XPutImage(self.handle, pixmap, gc, image, 0, 0, 0, 0, width, height)
+        xlib.XFree(image)
+        xlib.XSetWindowBackgroundPixmap(self.handle, c_ulong(window), pixmap)
+        xlib.XFreePixmap(self.handle, pixmap)
 
 
 def save_png(picture, file):
-    height, width, _ = picture.shape
-    rows = numpy.zeros((height, 1 + 3 * width), numpy.uint8)
-    rows[:, 1:] = picture.reshape(height, 3 * width)
-
-    def chunk(kind, data):
-        body = kind + data
-        return len(data).to_bytes(4, "big") + body + zlib.crc32(body).to_bytes(4, "big")
-
-    head = width.to_bytes(4, "big") + height.to_bytes(4, "big") + bytes([8, 2, 0, 0, 0])
-    file.write_bytes(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", head) + chunk(b"IDAT", zlib.compress(rows.tobytes())) +
-                     chunk(b"IEND", b""))
+    """Of three numbers a point, or of four with the opacity."""
+    height, width, channels = picture.shape
+    rows = b"".join(b"\0" + row.tobytes() for row in picture)
+    kind = {3: 2, 4: 6}[channels]
+    head = width.to_bytes(4, "big") + height.to_bytes(4, "big") + bytes([8, kind, 0, 0, 0])
+    chunks = ((b"IHDR", head), (b"IDAT", zlib.compress(rows)), (b"IEND", b""))
+    file.write_bytes(b"\x89PNG\r\n\x1a\n" + b"".join(
+        len(data).to_bytes(4, "big") + kind + data + zlib.crc32(kind + data).to_bytes(4, "big") for kind, data in chunks))

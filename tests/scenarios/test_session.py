@@ -21,12 +21,6 @@ def set_lock(desk, is_locked):
     desk.display.sync()
 
 
-def titles(desk):
-    """Of the windows that the window manager knows."""
-    return [desk.display.title(window) for window in
-            desk.display.property(desk.display.root.value, "_NET_CLIENT_LIST") or ()]
-
-
 def ends_in_time(process):
     started = time.monotonic()
     process.terminate()
@@ -89,7 +83,7 @@ def test_the_program_ends_in_time_and_order_whatever_it_does(desk, state):
         desk.program = desk.screen.launch(desk.folder / "rotika")
         wait_for("the warning beside the program's window", lambda: {
             "Rotika", f"Rotika: Nie udało się zarejestrować globalnego skrótu '{TOGGLE_KEY}'. "
-            "Być może inny program już go używa."} <= set(titles(desk)))
+            "Być może inny program już go używa."} <= set(desk.display.titles()))
         xlib.XUngrabKey(grabbing.handle, grabbing.keycode(TOGGLE_KEY), 1 << 15, grabbing.root)
         grabbing.sync()
     else:
@@ -101,7 +95,7 @@ def test_the_program_ends_in_time_and_order_whatever_it_does(desk, state):
         desk.recorder.wait_for("key-down w")
     elif state == "second copy":
         second = desk.screen.launch(desk.folder / "rotika")
-        wait_for("its message", lambda: titles(desk).count("Rotika") == 2)
+        wait_for("its message", lambda: desk.display.titles().count("Rotika") == 2)
         assert ends_in_time(second)
     assert ends_in_time(desk.program)
 

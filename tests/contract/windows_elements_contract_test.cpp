@@ -2,7 +2,6 @@
 
 #include "contract_test.h"
 #include "platform/elements.h"
-#include "platform/files.h"
 #include "platform/pointer.h"
 
 #include "platform/windows/windows_api.h"
@@ -13,259 +12,135 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-/// The left edges of what was found below each root: in the scripts here no two are alike.
+/// The left edges of what was found below each root: in the script no two are alike.
 using Found = std::vector<std::vector<int>>;
 
-constexpr const char* frontClass = "RotikaFront";
-constexpr const char* taskbarClass = "Shell_TrayWnd";
-
-constexpr const char* usualTree = "root RotikaFront\n"
-                                  "element 1 button 50000 10 11 12 13 enabled\n"
-                                  "element 1 group 50026 20 21 22 23 enabled focusable\n"
-                                  "element 2 pane 50033 30 31 32 33 enabled\n"
-                                  "element 2 document 50030 40 41 42 43 enabled focusable\n"
-                                  "element 3 link 50005 50 51 52 53 offscreen\n"
-                                  "element 1 tab 50019 60 61 62 63 enabled\n"
-                                  "root Shell_TrayWnd\n"
-                                  "element 1 start 50000 70 71 72 73 enabled focusable\n"
-                                  "root Chrome_RenderWidgetHostHWND\n"
-                                  "element 1 text 50004 80 81 82 83 enabled focusable\n";
-
-class TestWindow {
-public:
-    TestWindow(const std::string& name, const RECT& place, DWORD style, HWND parent = nullptr) {
-        WNDCLASSA description{};
-        description.hInstance = moduleInstance();
-        description.lpszClassName = name.c_str();
-        description.lpfnWndProc = DefWindowProcA;
-        RegisterClassA(&description); // fails harmlessly from the second time on
-        window = CreateWindowA(name.c_str(), "", style, place.left, place.top, place.right - place.left,
-                               place.bottom - place.top, parent, nullptr, moduleInstance(), nullptr);
-    }
-    TestWindow(const TestWindow&) = delete;
-    TestWindow& operator=(const TestWindow&) = delete;
-    ~TestWindow() { DestroyWindow(window); }
-
-    HWND window = nullptr;
-};
-
-constexpr DWORD child = WS_CHILD | WS_VISIBLE;
+const std::string usualTree = "root RotikaFront\n"
+                              "element 1 button 50000 10 11 12 13 enabled\n"
+                              "element 1 group 50026 20 21 22 23 enabled focusable\n"
+                              "element 2 pane 50033 30 31 32 33 enabled\n"
+                              "element 2 document 50030 40 41 42 43 enabled focusable\n"
+                              "element 3 link 50005 50 51 52 53 offscreen\n"
+                              "element 3 silent 50000 60 61 62 63 enabled focusable unreadable\n"
+                              "root MozillaWindowClass\n"
+                              "element 1 text 50004 70 71 72 73 enabled focusable\n"
+                              "root Shell_TrayWnd\n"
+                              "element 1 start 50000 80 81 82 83 enabled focusable\n";
 
 class WindowsElements : public ContractTest {
 protected:
     void SetUp() override {
         ContractTest::SetUp();
-        folder = temporaryFolder();
-        const std::filesystem::path library = folder / "automation_double.dll";
-        std::filesystem::copy_file(ROTIKA_AUTOMATION_DOUBLE, library);
-        server = LoadLibraryW(library.c_str());
-        ASSERT_NE(server, nullptr);
-        SetWindowPos(taskbar.window, HWND_TOPMOST, 0, 0, 0, 0,
+        const std::string server = std::string(automationClass) + "\\InprocServer32";
+        RegSetKeyValueA(HKEY_CLASSES_ROOT, server.c_str(), nullptr, REG_SZ, ROTIKA_AUTOMATION_DOUBLE,
+                        sizeof(ROTIKA_AUTOMATION_DOUBLE));
+        RegSetKeyValueA(HKEY_CLASSES_ROOT, server.c_str(), "ThreadingModel", REG_SZ, "Both", 5);
+        SetForegroundWindow(front);
+        SetWindowPos(taskbar, HWND_TOPMOST, 0, 0, 0, 0,
                      SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
-        SetForegroundWindow(front.window);
-        ASSERT_TRUE(pumpUntil([this] { return GetForegroundWindow() == front.window; }));
+        ASSERT_TRUE(pumpUntil([this] { return GetForegroundWindow() == front; }));
     }
 
     void TearDown() override {
-        FreeLibrary(server);
+        RegDeleteTreeA(HKEY_CLASSES_ROOT, automationClass);
+        EXPECT_TRUE(search().roots.empty()) << "Wine has no such service of its own";
+        DestroyWindow(front);
+        DestroyWindow(taskbar);
+        for (const char* const name : {"automation_script.txt", "automation_log.txt"})
+            std::filesystem::remove(besideDouble(name));
         ContractTest::TearDown();
     }
 
+    static HWND makeWindow(const char* name, Point size, DWORD style, HWND parent = nullptr) {
+        WNDCLASSA description{};
+        description.lpszClassName = name;
+        description.lpfnWndProc = DefWindowProcA;
+        RegisterClassA(&description); // fails harmlessly from the second time on
+        return CreateWindowA(name, "", style, 0, 0, size.x, size.y, parent, nullptr, nullptr, nullptr);
+    }
+
+    static std::filesystem::path besideDouble(const char* name) {
+        return std::filesystem::path(ROTIKA_AUTOMATION_DOUBLE).replace_filename(name);
+    }
+
     /// Searches as the engine does, from a thread of its own.
-    FoundElements search(const std::string& script, ElementScope scope = ElementScope::windowAndTaskbar,
-                         std::vector<WindowHandle> ownWindows = {mainWindow(), gridWindow(), wheelWindow()}) {
-        std::filesystem::remove(folder / "automation_log.txt");
-        // Two scripts of one second and one size are the same to the server.
-        std::ofstream(folder / "automation_script.txt", std::ios::binary)
-            << script << "#" << std::string(++searches, '.') << "\n";
-        auto found = std::async(std::launch::async, [&] { return served({scope, std::move(ownWindows)}); });
+    static FoundElements search(ElementScope scope = ElementScope::windowAndTaskbar,
+                                const std::string& failure = "", WindowHandle ownWindow = mainWindow()) {
+        std::ofstream(besideDouble("automation_script.txt"), std::ios::binary)
+            << usualTree << failure << "\n";
+        std::ofstream(besideDouble("automation_log.txt"), std::ios::binary) << "left behind 0\n";
+        auto found = std::async(std::launch::async, [&] {
+            return findElements({scope, {gridWindow(), ownWindow}});
+        });
         EXPECT_TRUE(
             pumpUntil([&] { return found.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
+        std::string last;
+        for (std::ifstream log(besideDouble("automation_log.txt")); log.peek() != EOF;)
+            std::getline(log, last);
+        EXPECT_TRUE(last == "left behind 0" || last == "create ") << last;
         return found.get();
     }
 
-    Lines log() const {
-        std::ifstream stream(folder / "automation_log.txt");
-        Lines lines;
-        for (std::string line; std::getline(stream, line);) {
-            lines.push_back(line);
-        }
-        return lines;
-    }
-
     static Found leftEdges(const FoundElements& found) {
-        Found edges;
-        for (const std::vector<ScreenElement>& root : found.roots) {
-            edges.emplace_back();
-            for (const ScreenElement& element : root) {
-                edges.back().push_back(element.rect.left);
-            }
-        }
+        Found edges(found.roots.size());
+        for (std::size_t i = 0; i < edges.size(); ++i)
+            for (const ScreenElement& element : found.roots[i])
+                edges[i].push_back(element.rect.left);
         return edges;
     }
 
-    TestWindow front{frontClass, {100, 100, 800, 700}, WS_OVERLAPPEDWINDOW | WS_VISIBLE};
-    TestWindow taskbar{taskbarClass, {0, 760, 400, 800}, WS_POPUP}; // shown later, without the focus
-
-private:
-    /// The server serves this thread alone: the registry stays as it is.
-    FoundElements served(const ElementSearch& search) const {
-        using GetClassObject = HRESULT(WINAPI*)(REFCLSID, REFIID, void**);
-        constexpr CLSID automation{
-            0xff48dba4, 0x60ef, 0x4201, {0xaa, 0x87, 0x54, 0x10, 0x3e, 0xef, 0x59, 0x4e}};
-        IUnknown* factory = nullptr;
-        DWORD registration = 0;
-        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        const auto getClassObject = reinterpret_cast<GetClassObject>(
-            reinterpret_cast<void*>(GetProcAddress(server, "DllGetClassObject")));
-        EXPECT_EQ(getClassObject(automation, IID_IUnknown, reinterpret_cast<void**>(&factory)), S_OK);
-        EXPECT_EQ(CoRegisterClassObject(automation, factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
-                                        &registration),
-                  S_OK);
-        FoundElements found = findElements(search);
-        CoRevokeClassObject(registration);
-        CoUninitialize();
-        return found;
-    }
-
-    std::filesystem::path folder;
-    std::size_t searches = 0;
-    HMODULE server = nullptr;
+    static constexpr const char* automationClass = "CLSID\\{ff48dba4-60ef-4201-aa87-54103eef594e}";
+    const HWND front = makeWindow("RotikaFront", {800, 700}, WS_OVERLAPPEDWINDOW | WS_VISIBLE);
+    const HWND taskbar = makeWindow("Shell_TrayWnd", {400, 40}, WS_POPUP); // shown later, without the focus
 };
 
-TEST_F(WindowsElements, TheServiceIsAskedForEverythingAtOnceInOrder) {
-    const FoundElements found = search(usualTree);
+TEST_F(WindowsElements, WhatCanBeClickedComesInOrderWithWhatIsKnownOfItAndAFailureCostsNoMoreThanItself) {
+    using enum ControlType;
+    const FoundElements found = search();
     EXPECT_EQ(found.area, primaryMonitor());
-    const std::string below =
-        " scope 4 for 30003=50000 30003=50031 30003=50002 30003=50013 30003=50003 30003=50004 30003=50005"
-        " 30003=50007 30003=50011 30003=50019 30003=50024 30003=50015 30003=50016 30009=1"
-        " with 30001 30003 30009 30010 30022";
-    Lines expected{"create", "CreateCacheRequest"};
-    for (const char* type : {"50000", "50031", "50002", "50013", "50003", "50004", "50005", "50007", "50011",
-                             "50019", "50024", "50015", "50016"}) {
-        expected.push_back(std::string("CreatePropertyCondition 30003 ") + type);
-    }
-    for (const std::string& line :
-         {std::string("CreatePropertyCondition 30009 1 flag"),
-          std::string("CreateOrConditionFromNativeArray 14"), std::string("ElementFromHandle RotikaFront"),
-          std::string("ElementFromHandle Shell_TrayWnd"), "FindAllBuildCache RotikaFront" + below,
-          std::string("GetElement button"), std::string("GetElement group"),
-          std::string("GetElement document"), std::string("GetElement link"), std::string("GetElement tab"),
-          "FindAllBuildCache Shell_TrayWnd" + below, std::string("GetElement start"),
-          std::string("left behind 0")}) {
-        expected.push_back(line);
-    }
-    EXPECT_EQ(log(), expected);
-}
-
-TEST_F(WindowsElements, WhatCannotBeReadCountsAsUnclickable) {
-    const ScreenElement whole{{10, 11, 12, 13}, ControlType::button, true, false, false};
-    const std::vector<std::pair<const char*, ScreenElement>> cases{
-        {"", whole},
-        {"fail get_CachedIsEnabled button\n", {whole.rect, whole.type, false, false, false}},
-        {"fail get_CachedIsOffscreen button\n", {whole.rect, whole.type, true, true, false}},
-        {"fail get_CachedControlType button\n", {whole.rect, ControlType::unknown, true, false, false}},
-        {"fail get_CachedBoundingRectangle button\n", {{}, whole.type, true, false, false}},
-        {"fail get_CachedIsEnabled\nfail get_CachedIsOffscreen\nfail get_CachedIsKeyboardFocusable\n"
-         "fail get_CachedControlType\nfail get_CachedBoundingRectangle\n",
+    const std::vector<std::vector<ScreenElement>> expected{
+        {{{10, 11, 12, 13}, button, true, false, false},
+         {{20, 21, 22, 23}, static_cast<ControlType>(50026), true, false, true},
+         {{40, 41, 42, 43}, document, true, false, true},
+         {{50, 51, 52, 53}, hyperlink, false, true, false},
          {}},
-    };
-    for (const auto& [failure, expected] : cases) {
-        const FoundElements found = search(std::string(usualTree) + failure);
-        ASSERT_EQ(leftEdges(found).size(), 2U) << failure;
-        EXPECT_EQ(found.roots[0][0], expected) << failure;
-        EXPECT_EQ(found.roots[0][1].isFocusable, expected != ScreenElement{}) << failure;
-        EXPECT_TRUE(found.roots[0][3].isOffscreen) << failure;
-    }
+        {{{80, 81, 82, 83}, button, true, false, true}}};
+    EXPECT_EQ(found.roots, expected);
+    const auto windowAndTaskbar = ElementScope::windowAndTaskbar;
+    EXPECT_EQ(leftEdges(search(windowAndTaskbar, "fail create")), Found{});
+    EXPECT_EQ(leftEdges(search(windowAndTaskbar, "fail ElementFromHandle RotikaFront")), Found{{80}});
+    EXPECT_EQ(leftEdges(search(windowAndTaskbar, "fail FindAllBuildCache RotikaFront")), (Found{{}, {80}}));
+    EXPECT_EQ(leftEdges(search(windowAndTaskbar, "", windowHandle(front))), Found{{80}});
+    EXPECT_EQ(leftEdges(search(ElementScope::page, "", windowHandle(front))), Found{});
+    ShowWindow(taskbar, SW_HIDE);
+    EXPECT_EQ(search().roots.size(), 1U);
 }
 
-TEST_F(WindowsElements, AFailureCostsOnlyWhatItConcerns) {
-    const std::vector<std::pair<const char*, Found>> cases{
-        {"fail create", {}},
-        {"fail CreateCacheRequest", {{}, {}}},
-        {"fail CreatePropertyCondition 30003 50019", {{10, 20, 40, 50}, {70}}},
-        {"fail CreatePropertyCondition", {{10, 20, 30, 40, 50, 60}, {70}}},
-        {"fail CreateOrConditionFromNativeArray", {{10, 20, 30, 40, 50, 60}, {70}}},
-        {"fail CreateOrConditionFromNativeArray\nfail get_ControlViewCondition", {{}, {}}},
-        {"fail ElementFromHandle RotikaFront", {{70}}},
-        {"fail ElementFromHandle", {}},
-        {"fail FindAllBuildCache RotikaFront", {{}, {70}}},
-        {"fail GetElement group", {{10, 40, 50, 60}, {70}}},
-    };
-    for (const auto& [failure, expected] : cases) {
-        const FoundElements found = search(std::string(usualTree) + failure + "\n");
-        EXPECT_EQ(leftEdges(found), expected) << failure;
-        EXPECT_EQ(found.area, primaryMonitor()) << failure;
-        EXPECT_EQ(log().back(), failure == std::string("fail create") ? "create" : "left behind 0")
-            << failure;
-    }
-}
-
-TEST_F(WindowsElements, OwnAndHiddenWindowsAreLeftOut) {
-    const WindowHandle inFront = windowHandle(front.window);
-    const std::vector<WindowHandle> own{mainWindow(), gridWindow(), inFront};
-    EXPECT_EQ(leftEdges(search(usualTree, ElementScope::windowAndTaskbar, own)), (Found{{70}}));
-    EXPECT_EQ(leftEdges(search(usualTree, ElementScope::page, own)), Found{});
-    ShowWindow(taskbar.window, SW_HIDE);
-    EXPECT_EQ(leftEdges(search(usualTree)), (Found{{10, 20, 40, 50, 60}}));
-}
-
+/// Elsewhere it is the first document of the window, or the whole of it.
 TEST_F(WindowsElements, APageIsWhereTheBrowserShowsIt) {
     struct Case {
         const char* name;
-        SIZE size;
+        Point size;
         DWORD style;
         bool isPage;
     };
-    const std::vector<Case> cases{
-        {"RotikaOther", {300, 300}, child, false},
-        {"Chrome_RenderWidgetHostHWND", {200, 400}, child, false},
-        {"Chrome_RenderWidgetHostHWND", {400, 200}, child, false},
-        {"Chrome_RenderWidgetHostHWND", {300, 300}, WS_CHILD, false},
-        {"Chrome_RenderWidgetHostHWND", {201, 201}, child, true},
-        {"xMozillaWindowClassx", {300, 300}, child, true},
-        {"MozillaContentWindowClass", {3000, 300}, child, true},
-    };
-    const TestWindow frame("RotikaFrame", {0, 0, 4000, 600}, child, front.window);
-    for (const Case& each : cases) {
-        const TestWindow page(each.name, {0, 0, each.size.cx, each.size.cy}, each.style, frame.window);
-        const std::string tree =
-            std::string(usualTree) + "root " + each.name + "\nelement 1 text 50004 90 0 0 0\n";
-        const std::string name = each.name + (" " + std::to_string(each.size.cx));
+    constexpr Case cases[] = {{"RotikaOther", {300, 300}, WS_CHILD | WS_VISIBLE, false},
+                              {"MozillaWindowClass", {200, 400}, WS_CHILD | WS_VISIBLE, false},
+                              {"MozillaWindowClass", {400, 200}, WS_CHILD | WS_VISIBLE, false},
+                              {"MozillaWindowClass", {300, 300}, WS_CHILD, false},
+                              {"MozillaWindowClass", {3000, 201}, WS_CHILD | WS_VISIBLE, true}};
+    for (const auto& [name, size, style, isPage] : cases) {
+        const HWND page = makeWindow(name, size, style, front);
         RECT place{};
-        GetWindowRect(page.window, &place);
+        GetWindowRect(page, &place);
+        const FoundElements found = search(ElementScope::page);
         const Rect cut{place.left, place.top, std::min<int>(place.right, primaryMonitor().right),
                        place.bottom};
-
-        const FoundElements found = search(tree, ElementScope::page);
-        EXPECT_EQ(found.area, each.isPage ? cut : primaryMonitor()) << name;
-        ASSERT_EQ(found.roots.size(), 1U) << name;
-        EXPECT_EQ(leftEdges(found)[0].back(), each.isPage ? 90 : 50) << name;
-
-        // A page that says nothing leaves the first document of the window, within the page's limits.
-        const FoundElements other =
-            search(tree + "fail ElementFromHandle " + each.name + "\n", ElementScope::page);
-        EXPECT_EQ(leftEdges(other), (Found{{50}})) << name;
-        EXPECT_EQ(other.area, found.area) << name;
-        EXPECT_EQ(log().back(), "left behind 0");
+        EXPECT_EQ(found.area, isPage ? cut : primaryMonitor()) << size.x;
+        EXPECT_EQ(leftEdges(found), (isPage ? Found{{70}} : Found{{50, 0}})) << size.x;
+        DestroyWindow(page);
     }
-    for (const char* failure : {"fail FindFirst\n", "fail CreatePropertyCondition 30003 50030\n"}) {
-        const FoundElements found = search(std::string(usualTree) + failure, ElementScope::page);
-        EXPECT_EQ(leftEdges(found), (Found{{10, 20, 40, 50, 60}})) << failure;
-        EXPECT_EQ(found.area, primaryMonitor());
-    }
-    const FoundElements without =
-        search("root RotikaFront\nelement 1 a 50000 10 0 0 0\n", ElementScope::page);
-    EXPECT_EQ(leftEdges(without), (Found{{10}}));
-}
-
-/// Wine has no such service; on Windows proper there is one, which answers in its own way.
-TEST_F(WindowsElements, WithoutTheStandInTheSearchEnds) {
-    auto found = std::async(std::launch::async, [] { return findElements({}); });
-    EXPECT_TRUE(
-        pumpUntil([&] { return found.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
-    EXPECT_EQ(found.get().area, primaryMonitor());
+    EXPECT_EQ(leftEdges(search(ElementScope::page, "fail FindFirst")), (Found{{10, 20, 40, 50, 0}}));
 }
 
 } // namespace

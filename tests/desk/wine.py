@@ -6,11 +6,10 @@ import subprocess
 from ctypes import c_ulong
 from pathlib import Path
 
-from desk.hands import LEFT, Keyboard, Mouse
+from desk.hands import Keyboard, Mouse
 from desk.recorder import BUTTONS, Record, Recording
 from desk.screen import end
 from desk.waiting import GENEROUS_S, DeskError, holds_within, wait_for
-from desk.x11 import xtest
 
 ROOT = Path(__file__).parents[2]
 SCRIPT = ROOT / "scripts/wine.sh"
@@ -23,7 +22,7 @@ KEYS = {1: "left", 2: "right", 4: "middle", 5: "side1", 6: "side2", 8: "BackSpac
         91: "Super_L", 175: "XF86AudioRaiseVolume", 179: "XF86AudioPlay"}
 KEYS |= {code: chr(code).lower() for code in (*range(48, 58), *range(65, 91))} | {111 + n: f"F{n}" for n in range(1, 25)}
 HOT_KEY_FLAGS = {1: 4, 4: 2, 8: 1}  # of shift, ctrl and alt by X11's bits
-SERVERS = ("/usr/lib/wine/wineserver64", "wineserver")  # Debian's, others'
+SERVER = shutil.which("/usr/lib/wine/wineserver64") or "wineserver"
 
 
 def copy_prefix(made):
@@ -36,37 +35,13 @@ def copy_prefix(made):
             shutil.copy2(entry, made / entry.name, follow_symlinks=False)
 
 
-class TestMouse(Mouse):
-    """The core pointer's events: Wine hears these from any device."""
-
-    def __init__(self, display):
-        self.display = display
-
-    def move(self, dx, dy):
-        xtest.XTestFakeRelativeMotionEvent(self.display.handle, dx, dy, c_ulong(0))
-        self.display.sync()
-
-    def press(self, button=LEFT, down=True):
-        xtest.XTestFakeButtonEvent(self.display.handle, button, int(down), c_ulong(0))
-        self.display.sync()
-
-
-class TestKeyboard(Keyboard):
-    def __init__(self, display):
-        self.display = display
-
-    def press(self, key, down=True):
-        code = key if isinstance(key, int) else self.display.keycode(key)
-        xtest.XTestFakeKeyEvent(self.display.handle, code, int(down), c_ulong(0))
-        self.display.sync()
-
-
 class WineRecorder(Recording):
     """The window of a Windows program, read from the log that it writes."""
 
     def __init__(self, target):
         self.screen, self.records, self.held, self.read = target.screen, [], set(), 0
         self.log = self.screen.folder / "recorder.txt"
+        self.log.write_text("")
         width, height = self.screen.size  # one row less: below a program that fills the screen Wine puts large layers
         self.process = target.launch(HELPER, "record", target.path_text(self.log), width, height - 1)
         display = self.screen.display
@@ -77,20 +52,21 @@ class WineRecorder(Recording):
         end(self.process)
 
     def all(self):
-        if self.log.exists():
-            with open(self.log, encoding="ascii") as log:
-                log.seek(self.read)
-                lines, whole, _ = log.read().rpartition("\n")
-                self.read += len(lines + whole)
-            for line in lines.splitlines():
-                kind, keys = line.split()[1:3]
-                time, state, x, y = (int(number) for number in line.split()[:1] + line.split()[3:])
-                codes = [int(key) for key in keys.split(",")]
-                if kind == "held":
-                    self.held = {KEYS[code] for code in codes if code in KEYS}
-                else:
-                    self.records.append(Record(kind, KEYS.get(codes[0], "-"), codes[0], state, time, (x, y)))
+        with open(self.log, encoding="ascii") as log:
+            log.seek(self.read)
+            lines, end_of_line, _ = log.read().rpartition("\n")
+        self.read += len(lines + end_of_line)
+        for time, kind, keys, state, x, y in map(str.split, lines.splitlines()):
+            names = [KEYS.get(int(key), "-") for key in keys.split(",")]
+            if kind == "held":
+                self.held = set(names) - {"-"}
+            else:
+                self.records.append(Record(kind, names[0], 0, int(state), int(time), (int(x), int(y))))
         return self.records
+
+    def held_now(self):
+        self.all()
+        return self.held
 
     def settle(self):
         """Nothing tells when Wine has passed everything on, but it does so at once."""
@@ -118,7 +94,6 @@ class WineTarget:
         copy_prefix(screen.folder / "prefix")
         screen.environment |= {"WINEPREFIX": str(screen.folder / "prefix"),
                                "DESK_NOTES": self.path_text(screen.folder / "notes.txt")}
-        self.server = next(server for server in SERVERS if shutil.which(server))
 
     def run(self, *words, variables=()):
         """To its end; the exit status."""
@@ -139,8 +114,7 @@ class WineTarget:
         return f"{name}.dll"
 
     def hands(self):
-        display = self.screen.display
-        return TestMouse(display), TestKeyboard(display)
+        return Mouse(self.screen.display), Keyboard(self.screen.display)
 
     def recorder(self):
         self.window = WineRecorder(self)
@@ -153,58 +127,44 @@ class WineTarget:
         is_dead = program is not None and program.poll() is not None
         return not is_dead and display.shown_layer(1, 1, display.cursor()) is not None
 
-    def _held(self):
-        return self.window.all() and self.window.held if self.window else set()
-
     def keys_down(self):
         """For the programs, also by injection, which the X server knows nothing of."""
-        return self._held() - set(BUTTONS.values())
+        return (self.window.held_now() if self.window else set()) - set(BUTTONS.values())
 
     def buttons_down(self):
-        return {button for button, name in BUTTONS.items() if name in self._held()}
+        return {button for button, name in BUTTONS.items() if self.window and name in self.window.held_now()}
 
     def hot_key_is_taken(self, key, modifiers):
-        code = next(code for code, name in KEYS.items() if name == key)
         flags = sum(flag for bit, flag in HOT_KEY_FLAGS.items() if bit & modifiers)
-        return self.run(*self.command(HELPER, "taken", code, flags)) == 1
+        return self.tell_engine("taken", ord(key.upper()), flags) == 1
 
     def tell_engine(self, *words):
         return self.run(*self.command(HELPER, *words))
 
     def ask_to_quit(self, process):
         self.tell_engine("quit")
-        try:
-            return process.wait(2 * GENEROUS_S)
-        except subprocess.TimeoutExpired:
-            return end(process)
+        holds_within(2 * GENEROUS_S, lambda: process.poll() is not None)
+        return end(process)
+
+    def add_to_registry(self, key, text, name=None):
+        """Without a name it is the key's own text."""
+        where = ("/v", name) if name else ("/ve",)
+        if self.run(*self.command("reg", "add", key, *where, "/d", text, "/f")):
+            raise DeskError(f"could not write {key} into the registry")
 
     def save_theme(self, theme):
-        self.add_to_registry({r"HKEY_CURRENT_USER\Software\Rotika\UI": {"theme": theme}})
+        self.add_to_registry(r"HKCU\Software\Rotika\UI", theme, "theme")
 
     def opener(self):
         return HELPER
 
     def set_handler(self, handler):
-        classes, command = r"HKEY_CLASSES_ROOT\%s", f'"{self.path_text(handler)}" "%1"'
-        self.add_to_registry({classes % ".txt": {"": "handledfile"},
-                              classes % r"handledfile\shell\open\command": {"": command},
-                              classes % "handled": {"URL Protocol": ""},
-                              classes % r"handled\shell\open\command": {"": command}})
-
-    def add_to_registry(self, keys):
-        """For each key the texts by name, the key's own under an empty one."""
-        def quoted(text):
-            return '"%s"' % text.replace("\\", r"\\").replace('"', r"\"")
-
-        lines = ["REGEDIT4"]
-        for key, values in keys.items():
-            lines += ["", f"[{key}]"] + [f"{quoted(name) if name else '@'}={quoted(text)}"
-                                         for name, text in values.items()]
-        file = self.screen.folder / "values.reg"
-        file.write_text("\n".join(lines) + "\n", encoding="cp1250")
-        if self.run(*self.command("reg", "import", self.path_text(file))):
-            raise DeskError(f"could not write {list(keys)} into the registry")
+        command = f'"{self.path_text(handler)}" "%1"'
+        self.add_to_registry(r"HKCR\.txt", "handledfile")
+        self.add_to_registry(r"HKCR\handledfile\shell\open\command", command)
+        self.add_to_registry(r"HKCR\handled", "", "URL Protocol")
+        self.add_to_registry(r"HKCR\handled\shell\open\command", command)
 
     def finish(self):
         if "WINEPREFIX" in self.screen.environment:
-            self.run(self.server, "-k")
+            self.run(SERVER, "-k")

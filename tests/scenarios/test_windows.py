@@ -15,38 +15,32 @@ from desk.waiting import GENEROUS_S, holds_within, wait_for
 pytestmark = pytest.mark.only("windows")
 
 GUARD_S = 3  # by then it has acted on a program that stands still
-AUTOMATION = r"HKEY_CLASSES_ROOT\CLSID\{ff48dba4-60ef-4201-aa87-54103eef594e}\InprocServer32"
+AUTOMATION = r"HKCR\CLSID\{ff48dba4-60ef-4201-aa87-54103eef594e}\InprocServer32"
 ELEMENTS = ["root Recorder", "element 1 one 50000 200 150 300 180 enabled focusable",
             "element 1 off 50000 200 200 300 230 focusable", "element 1 two 50005 600 500 701 521 enabled"]
 
 
-def test_another_program_gives_it_a_wheel_file(desk):
+def test_other_programs_give_it_a_wheel_file_and_do_it_no_harm(desk):
+    def tell(word, *files):
+        return desk.target.tell_engine(word, *(desk.target.path_text(desk.folder / file) for file in files))
+
     desk.prepare()
     desk.write("inne.json", {"wheels": [{"name": "", "actions": [field(key) for key in "cdef"]}]})
     desk.write("puste.json", {"wheels": [{"name": "bez pól", "actions": []}]})
     desk.start(field("a"), field("b"), sendDelay=0)
-    taken = {name: desk.target.tell_engine("activate", desk.target.path_text(desk.folder / name))
-             for name in ("puste.json", "nie-ma.json")}
-    assert not any(taken.values())
+    place = desk.display.cursor()
+    assert [tell("close"), tell("stray"), tell("activate", "puste.json"), tell("activate", "nie-ma.json")] == [0] * 4
+    desk.open_wheel()
+    assert tell("close") == 0
+    desk.wait_until_closed()
+    assert desk.display.cursor() == place
     desk.choose(1)
     desk.recorder.expect("b")
     desk.open_wheel()
-    assert desk.target.tell_engine("activate", desk.target.path_text(desk.folder / "inne.json")) == 1
+    assert tell("activate", "inne.json") == 1
     desk.field_count = 4
     desk.pick(1)  # an open wheel is painted again and goes on
     desk.recorder.expect("b", "d")
-
-
-def test_what_other_programs_send_to_its_windows_does_no_harm(desk):
-    desk.start(field("a"), sendDelay=0)
-    place = desk.display.cursor()
-    assert [desk.target.tell_engine(word) for word in ("close", "stray")] == [0, 0]
-    desk.open_wheel()
-    assert desk.target.tell_engine("close") == 0
-    desk.wait_until_closed()
-    assert desk.display.cursor() == place
-    desk.choose(0)
-    desk.recorder.expect("a")
 
 
 def test_a_program_that_stalls_closes_its_wheel_when_it_goes_on_and_is_ended_if_it_does_not(desk):
@@ -80,18 +74,17 @@ def test_numbers_click_the_elements_of_the_program_in_front(desk):
     voice = Device(desk, "speech", script="say pokaż elementy\nsay pokaż siatkę")  # Wine has no such elements
     desk.start(field("a"), segmentColor="#0050D0", **voice.settings)
     wait_for("the grid", lambda: shows(*grid))
-    voice.add("say schowaj siatkę")
-    wait_for("no grid", lambda: not shows(*grid))
     # A program that takes its time to answer keeps nobody waiting.
     automation = Device(desk, "automation", "automation", "\n".join([*ELEMENTS, "hang FindAllBuildCache Recorder"]))
-    desk.target.add_to_registry({AUTOMATION: {"": desk.target.path_text(automation.library), "ThreadingModel": "Both"}})
-    voice.add("say pokaż elementy")
+    desk.target.add_to_registry(AUTOMATION, desk.target.path_text(automation.library))
+    desk.target.add_to_registry(AUTOMATION, "Both", "ThreadingModel")
+    voice.add("say schowaj siatkę\nsay pokaż elementy")
     automation.wait_for_call("FindAllBuildCache")
     desk.open_wheel()
     desk.close_wheel()
     assert not shows(*label)
     automation.write(*ELEMENTS)
-    wait_for("the second label", lambda: shows(*label))
+    wait_for("the label", lambda: shows(*label))
     voice.add("say trzy\nsay dwa")
     desk.recorder.wait_for("button-up left")
     assert {record.place for record in desk.recorder.since_mark("button-down", "button-up")} == {(650, 510)}
@@ -99,13 +92,11 @@ def test_numbers_click_the_elements_of_the_program_in_front(desk):
     assert automation.log()[-1] == "left behind 0"
 
 
-# The program's windows. Points lie from the inner top left corner, here those of the engine's editor.
+# The program's windows. Points of the engine's editor lie from its inner top left corner.
 EDITOR, BOX, TRAY = "Rotika — edytor funkcji", "Edytor funkcji", "Wine System Tray"
 SAVE, SAVE_AS, ACTIVATE, ADD_FIELD, WRITE_FIELD = (230, 24), (330, 24), (437, 24), (45, 464), (345, 464)
 FIELD_NAME, STEP_KEY, STEP_KIND, STEP_VALUE = (402, 99), (363, 347), (553, 347), (742, 347)
-SECOND_STEP, ADD_STEP, REPLACE_STEP = (400, 200), (305, 382), (415, 382)
-CLICK, HOLD, RELEASE = range(3)
-LONGEST_TEXT = 12
+FIRST_STEP, ADD_STEP, REPLACE_STEP = (400, 183), (305, 382), (415, 382)
 
 
 class User:
@@ -113,13 +104,11 @@ class User:
 
     def __init__(self, desk):
         self.desk, self.display, self.keyboard, self.mouse = desk, desk.display, desk.keyboard, desk.mouse
+        desk.prepare(field("a"), field("b"), sendDelay=0)
 
     def rest(self):
-        def is_still():
-            before = self.display.picture()
-            return not holds_within(0.1, lambda: (self.display.picture() != before).any())
-
-        wait_for("the screen to come to rest", is_still, 60)
+        wait_for("the screen to come to rest", lambda: (before := self.display.picture()) is not None and
+                 not holds_within(0.1, lambda: (self.display.picture() != before).any()), 60)
 
     def keys(self, *names):
         for name in names:
@@ -140,31 +129,21 @@ class User:
 
     def fill(self, point, text):
         self.click(point)
-        self.keys("End", *["BackSpace"] * LONGEST_TEXT)
+        self.keys("End", *["BackSpace"] * 12)
         self.keyboard.type(text)
 
-    def step(self, key, kind, value, button=ADD_STEP):
+    def step(self, key, kind, value, button):
         self.fill(STEP_KEY, key)
         self.click(STEP_KIND)
         self.keys("Home", *["Down"] * kind, "Return")
         self.fill(STEP_VALUE, value)
         self.click(button)
 
-    def answer(self, title, *keys):
-        """The box that has come up."""
-        self.front(title)
-        self.keys(*keys, "Return")
-        wait_for("the box to go", lambda: not self.display.titled(title))
-
-    def tray(self):
-        """Its left and top. In a corner, or its balloons would lie over the editor."""
-        window, = wait_for("the tray", lambda: self.display.titled(TRAY), 60)
-        self.desk.screen.run("xdotool", "windowmove", str(window), "1000", "700")
-        return self.display.place_of(TRAY)
-
     def on_tray(self, act, outcome):
         """On the program's icon, until it has an effect: Wine passes some clicks on it to nobody."""
-        left, top = self.tray()
+        window, = wait_for("the tray", lambda: self.display.titled(TRAY), 60)
+        self.desk.screen.run("xdotool", "windowmove", str(window), "1000", "700")  # its balloons hide what is near
+        left, top = self.display.place_of(TRAY)
         wait_for("the tray to do as told", lambda: place_cursor(self.display, left + 10, top + 10) or act() or
                  holds_within(3, outcome), 60)
 
@@ -183,60 +162,46 @@ class User:
         self.on_tray(choose_last, lambda: self.desk.program.poll() is not None)
         assert self.desk.program.returncode == 0
 
-    def play(self, count, *presses):
-        """The last of so many fields."""
-        self.desk.recorder, self.desk.field_count = self.desk.target.recorder(), count
-        self.desk.choose(count - 1)
+    def play_third_field(self, *presses):
+        self.desk.recorder, self.desk.field_count = self.desk.target.recorder(), 3
+        self.desk.choose(2)
         self.desk.recorder.expect(*presses)
         self.desk.recorder.close()
         self.desk.recorder = None
 
 
-@pytest.fixture
-def user(desk):
-    desk.prepare(field("a"), field("b"), sendDelay=0)
-    return User(desk)
-
-
-def test_a_field_made_in_the_engines_own_editor_works_and_is_saved(user, desk):
-    desk.target.executable = "rotika-engine.exe"
-    desk.program = desk.launch_program()
-    user.tray()
-    second = desk.launch_program()  # says that it is not alone
-    user.answer("Rotika")
-    assert second.wait(GENEROUS_S) == 0
+def test_a_field_made_in_the_engines_own_editor_works_and_is_saved(desk):
+    user, desk.target.executable = User(desk), "rotika-engine.exe"
+    before, desk.program = desk.read("default.json"), desk.launch_program()
     user.show_by_tray()
     user.click((105, 496), title="Rotika")
     user.front(EDITOR)
     user.click(ADD_FIELD)
     user.fill(FIELD_NAME, "Skok")
-    user.step("nonsense", CLICK, "")
-    user.answer(BOX)
-    user.front(EDITOR)
-    user.step("shift", HOLD, "")
-    user.step("e", CLICK, "1")
-    user.step("shift", RELEASE, "")
-    user.click(SECOND_STEP)
-    user.step("f", CLICK, "2", REPLACE_STEP)
+    user.step("e", 0, "1", ADD_STEP)
+    user.step("shift", 2, "", ADD_STEP)
+    user.click(FIRST_STEP)
+    user.step("shift", 1, "300", REPLACE_STEP)
     user.click(WRITE_FIELD, ACTIVATE)
-    before = desk.read("default.json")
-    user.play(3, "key-down Shift_L", "f", "f", "key-up Shift_L")
+    user.play_third_field("Shift_L")
     assert desk.read("default.json") == before, "activating has saved"
     desk.display.close_window(desk.display.titled(EDITOR)[0])
-    user.answer(BOX, "Right")  # the edits are not to be lost
+    user.front(BOX)  # the edits are not to be lost
+    user.keys("Right", "Return")
     user.front(EDITOR)
     user.click(SAVE)
     wait_for("the file", lambda: '{ "name": "Skok",' in desk.read("default.json"))
     user.click(SAVE_AS)
     user.front("Save As")
-    user.keys(*["BackSpace"] * LONGEST_TEXT)  # Wine puts the caret behind the name that is offered
+    user.keys(*["BackSpace"] * 12)  # Wine puts the caret behind the name that is offered
     desk.keyboard.type("kopia")
     user.keys("Return")
     wait_for("the copy", (desk.folder / "kopia.json").exists)
     user.quit_by_tray()
 
 
-def test_a_function_made_in_the_programs_window_by_keyboard_is_saved_and_played(user, desk):
+def test_a_function_made_in_the_programs_window_by_keyboard_is_saved_and_played(desk):
+    user = User(desk)
     desk.start_program()
     user.front("Rotika")
     user.keys("Home", "Down", "Tab", "space")  # "Otwórz"
@@ -246,17 +211,13 @@ def test_a_function_made_in_the_programs_window_by_keyboard_is_saved_and_played(
     user.front("Rotika")
     user.keys(*["Tab"] * 6, "space")  # "Dodaj funkcję", which goes on in its name
     desk.keyboard.type("Skok")
-    user.keys(*["Tab"] * 6, "Home", "Tab")  # past the steps and the kind of a new one to its key
-    desk.keyboard.type("e")
-    user.keys("Tab")
-    desk.keyboard.type("2")
-    user.keys("Tab", "space")  # "Dodaj krok"
+    user.keys(*["Tab"] * 6, "Home", "Tab", "e", "Tab", "2", "Tab", "space")  # kind, key, value of a step, "Dodaj krok"
     desk.keyboard.press("Shift_L")
     user.keys(*["Tab"] * 14)
     desk.keyboard.release("Shift_L")
     user.keys("space")  # "Aktywuj", which saves first
     wait_for("the file", lambda: '"Skok"' in desk.read("default.json"))
-    user.play(3, "e", "e")
+    user.play_third_field("e", "e")
     desk.display.close_window(desk.display.titled("Rotika")[0])
     wait_for("the window to hide", lambda: not desk.display.titled("Rotika"))
     user.show_by_tray()

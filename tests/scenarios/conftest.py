@@ -10,8 +10,7 @@ sys.path.insert(0, str(Path(__file__).parents[1]))
 from desk.desk import Desk  # noqa: E402
 
 ROOT = Path(__file__).parents[2]
-WINE_TRIES = 1  # Wine loses input now and then
-tried_again = []
+WINE_TRIES = 3  # Wine loses input now and then
 
 
 def pytest_addoption(parser):
@@ -45,7 +44,7 @@ def pytest_runtest_protocol(item, nextitem):
         reports = runtestprotocol(item, log=False, nextitem=nextitem)
         if not any(report.failed for report in reports):
             break
-    tried_again.extend([item.name] * bool(tries))
+        item.user_properties.append(("tried again", tries + 1))
     for report in reports:
         item.ihook.pytest_runtest_logreport(report=report)
     item.ihook.pytest_runtest_logfinish(nodeid=item.nodeid, location=item.location)
@@ -54,7 +53,9 @@ def pytest_runtest_protocol(item, nextitem):
 
 def pytest_terminal_summary(terminalreporter, config):
     if config.getoption("target") == "windows":
-        terminalreporter.write_line(f"{len(tried_again)} scenarios needed another try: {', '.join(tried_again) or '-'}")
+        reports = [report for some in terminalreporter.stats.values() for report in some]
+        again = sorted({report.nodeid.rpartition("::")[2] for report in reports if getattr(report, "user_properties", ())})
+        terminalreporter.write_line(f"{len(again)} scenarios needed another try: {', '.join(again) or '-'}")
 
 
 @pytest.hookimpl(hookwrapper=True)

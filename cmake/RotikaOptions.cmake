@@ -7,7 +7,7 @@ target_compile_options(rotika_options INTERFACE -Wall -Wextra -Wpedantic -Wconve
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # False alarms of GCC 12 inside std::basic_string, at -O2 and above. What they would find, the sanitizers
     # find.
-    target_compile_options(rotika_options INTERFACE -Wno-restrict -Wno-maybe-uninitialized -Wno-stringop-overflow)
+    target_compile_options(rotika_options INTERFACE -Wno-restrict -Wno-maybe-uninitialized)
 else()
     # Clang's -Wconversion counts signedness in, GCC's does not; the code keeps to the latter.
     target_compile_options(rotika_options INTERFACE -Wno-sign-conversion)

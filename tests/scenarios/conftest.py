@@ -10,7 +10,7 @@ sys.path.insert(0, str(Path(__file__).parents[1]))
 from desk.desk import Desk  # noqa: E402
 
 ROOT = Path(__file__).parents[2]
-WINE_TRIES = 1  # Wine loses input now and then
+WINE_TRIES = 3  # Wine loses input now and then
 tried_again = []
 
 

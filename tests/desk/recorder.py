@@ -48,9 +48,10 @@ class Recording:
         return [record for record in self.all()[self.marked:] if not kinds or record.kind in kinds]
 
     def presses(self):
-        """Presses and releases as texts, without repeats and releases of what was never pressed here."""
-        seen, down = [], set()
-        for record in self.since_mark("key-down", "key-up", "button-down", "button-up"):
+        """Presses and releases as texts, without repeats and releases of what was never pressed here. By their times:
+        a window manager passes a button's on later than a key's."""
+        seen, down, kinds = [], set(), ("key-down", "key-up", "button-down", "button-up")
+        for record in sorted(self.since_mark(*kinds), key=lambda record: record.time):
             device, _, way = record.kind.partition("-")
             if way == "down":
                 down.add((device, record.name))

@@ -5,14 +5,10 @@ from gi.repository import Gio, GLib
 
 from desk.waiting import GENEROUS_S, wait_for
 
-CHECKED, ENABLED, FOCUSABLE, FOCUSED, SELECTED, SHOWING = 4, 8, 11, 12, 23, 25  # bits of a state
+ENABLED, FOCUSABLE, FOCUSED, SELECTED, SHOWING = 8, 11, 12, 23, 25  # bits of a state
+open_bus = Gio.DBusConnection.new_for_address_sync
 CLIENT_OF_BUS = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
-ON_SCREEN = 0  # of coordinates
 ROOT = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
-
-
-def connect(address):
-    return Gio.DBusConnection.new_for_address_sync(address, CLIENT_OF_BUS, None, None)
 
 
 def call(bus, name, path, interface, method, signature="()", *values):
@@ -47,7 +43,7 @@ class Widget:
 
     def place(self):
         """Left, top, width and height on the screen."""
-        return self._ask("Component", "GetExtents", "(u)", ON_SCREEN)
+        return self._ask("Component", "GetExtents", "(u)", 0)
 
     def text(self):
         return self._ask("Text", "GetText", "(ii)", 0, -1)
@@ -59,15 +55,11 @@ class Widget:
         return [Widget(self.bus, reference) for reference in self._ask("Accessible", "GetChildren")]
 
     def shown(self):
-        """All that is to be seen within it, it first."""
+        """All that is to be seen of it, itself first."""
         if self.is_in(SHOWING):
             yield self
             for child in self.children():
                 yield from child.shown()
-
-    def has_name(self, name):
-        """A selector's name is its choice, and its description tells what it is."""
-        return self.name() == name or self.description() == name
 
     def look_for(self, fits):
         """The first that is to be seen within it and fits, or None. One that goes meanwhile fits nothing."""
@@ -76,30 +68,32 @@ class Widget:
         except GLib.Error:
             return None
 
-    def find(self, name, role=None):
-        """Waits until there is a widget of that name, and of that role, to be seen within it."""
-        return wait_for(f"the widget {name}", lambda: self.look_for(
-            lambda widget: widget.has_name(name) and role in (None, widget.role())))
+    def focused(self):
+        """The widget within it that has the keyboard, or None. A row says so even while its list has not."""
+        return self.look_for(lambda widget: widget.is_in(FOCUSED) and not widget.role().endswith(" item"))
 
-    def holds(self, state):
-        """Waits for the state."""
+    def find(self, name, role):
+        """Waits until there is a widget of that name and role to be seen within it. A selector's name is its choice,
+        and its description tells what it is."""
+        return wait_for(f"the {role} {name}", lambda: self.look_for(
+            lambda widget: name in (widget.name(), widget.description()) and widget.role() == role))
+
+    def wait_until(self, state):
         wait_for(f"state {state} of {self.name()}", lambda: self.is_in(state))
-        return self
 
 
 class Program(Widget):
     """The program on a desk whose title that is."""
 
     def __init__(self, screen, title):
-        session = connect(screen.environment["DBUS_SESSION_BUS_ADDRESS"])
-        bus = connect(call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress"))
-        registry = Widget(bus, ROOT)
+        session = open_bus(screen.environment["DBUS_SESSION_BUS_ADDRESS"], CLIENT_OF_BUS, None, None)
+        address = call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
+        bus = open_bus(address, CLIENT_OF_BUS, None, None)
         found = wait_for(f"{title} among the accessible programs", lambda: next(
-            (each for each in registry.children() if each.name() == title), None))
+            (each for each in Widget(bus, ROOT).children() if each.name() == title), None))
         super().__init__(bus, found.reference)
 
     def window(self, title):
-        """Waits until the window of that title has the keyboard."""
+        """Waits until the window of that title knows that it has the keyboard."""
         return wait_for(f"the window {title} in front", lambda: next(
-            (each for each in self.children() if each.name() == title and
-             each.look_for(lambda widget: widget.is_in(FOCUSED))), None))
+            (each for each in self.children() if each.name() == title and each.focused()), None))

@@ -96,3 +96,4 @@ def test_a_number_of_two_words_opens_an_entry_of_another_program(speaker, desk):
     wait_for("labels", lambda: len(list(desk.display.shown_windows())) > windows)
     speaker.say("kliknij dwa razy na dwadzieścia jeden")
     wait_for("the entry's window", lambda: desk.display.title(desk.display.active_window()) == "Foreign drawing")
+    wait_for("a pointer that the window manager does not hold", lambda: desk.next_motion() != (0, 0))

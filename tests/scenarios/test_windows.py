@@ -2,7 +2,6 @@
 walk through the program's window by keyboard, since no program under Wine tells what it shows."""
 
 import signal
-import time
 
 import pytest
 
@@ -50,12 +49,12 @@ def test_a_program_that_stalls_closes_its_wheel_when_it_goes_on_and_is_ended_if_
     desk.open_wheel()
     desk.aim(0)
     desk.program.send_signal(signal.SIGSTOP)
-    stopped = time.monotonic()
     desk.mouse.click()
-    wait_for("the guard to have acted", lambda: time.monotonic() - stopped > GUARD_S)
+    assert not holds_within(GUARD_S, lambda: desk.program.poll() is not None)
     desk.program.send_signal(signal.SIGCONT)
     desk.wait_until_closed()
     assert desk.display.cursor() == place
+    desk.mouse.click()  # Wine takes the press during the stall for held until then
     desk.open_wheel()
     desk.program.send_signal(signal.SIGSTOP)
     wait_for("the cursor to be free", lambda: desk.mouse.move(3, 2) or desk.display.cursor() != place, 2 * GENEROUS_S)
@@ -181,7 +180,7 @@ def test_a_field_made_in_the_engines_own_editor_works_and_is_saved(desk):
     user.step("e", 0, "1", ADD_STEP)
     user.step("shift", 2, "", ADD_STEP)
     user.click(FIRST_STEP)
-    user.step("shift", 1, "300", REPLACE_STEP)
+    user.step("shift", 1, "", REPLACE_STEP)
     user.click(WRITE_FIELD, ACTIVATE)
     user.play_third_field("Shift_L")
     assert desk.read("default.json") == before, "activating has saved"

@@ -12,7 +12,6 @@ from desk.desk import TOGGLE_KEY, field
 from desk.hands import LEFT, RIGHT, place_cursor
 from desk.waiting import GENEROUS_S, wait_for
 from desk.x11 import IS_VIEWABLE, WindowAttributes, save_png, xlib
-from test_session import titles
 
 pytestmark = pytest.mark.only("linux")  # Wine passes on nothing of a program's widgets
 
@@ -97,7 +96,7 @@ class User:
 
     def close_window(self):
         self.chord("Alt_L", "F4")
-        wait_for("the window to go", lambda: "Rotika" not in titles(self.desk))
+        wait_for("the window to go", lambda: "Rotika" not in self.desk.display.titles())
 
     def corner(self):
         """The colour below the list of pages."""

@@ -110,7 +110,6 @@ private:
     std::vector<std::filesystem::path> folders;
 };
 
-
 /// A handler for startWindowTimer that counts in heard.ticks.
 void countTick() noexcept;
 

@@ -2,7 +2,6 @@
 
 import json
 import shutil
-from ctypes import byref, c_ulong
 from pathlib import Path
 
 import pytest
@@ -11,7 +10,7 @@ from desk.accessible import ENABLED, FOCUSABLE, FOCUSED, SELECTED, Program
 from desk.desk import TOGGLE_KEY, field
 from desk.hands import LEFT, RIGHT, place_cursor
 from desk.waiting import GENEROUS_S, wait_for
-from desk.x11 import IS_VIEWABLE, WindowAttributes, save_png, xlib
+from desk.x11 import save_png, xlib
 
 pytestmark = pytest.mark.only("linux")  # Wine passes on nothing of a program's widgets
 
@@ -233,14 +232,6 @@ def test_what_cannot_be_read_or_saved_leaves_the_open_file_as_it_is(desk, user):
     assert [each["name"] for each in user.file("ocalone.json")["wheels"][0]["actions"]] == ["a", "Nowa funkcja"]
 
 
-def tray_menu(display):
-    """Its attributes as a window, or None. It is in no tree of widgets."""
-    seen = WindowAttributes()
-    return next((seen for window in display.tree(display.root.value)[1] if
-                 xlib.XGetWindowAttributes(display.handle, c_ulong(window), byref(seen)) and
-                 seen.override_redirect and seen.map_state == IS_VIEWABLE and 60 < seen.height < 300), None)
-
-
 def test_the_window_hides_in_the_tray_which_brings_it_back_or_ends_the_program(desk, user):
     def icon():
         """Its middle, once the panel's end looks otherwise than the rest of it."""
@@ -251,8 +242,9 @@ def test_the_window_hides_in_the_tray_which_brings_it_back_or_ends_the_program(d
         """The entry of the icon's menu that lies at this share of its height."""
         place_cursor(desk.display, *icon())
         desk.mouse.click(RIGHT)
-        menu = wait_for("the menu", lambda: tray_menu(desk.display))
-        x, y = menu.x + 12, menu.y + round(share * menu.height)
+        menu = wait_for("the menu", lambda: next(  # it is in no tree of widgets
+            (shown for shown in desk.display.shown_windows() if 60 < shown.height < 300), None))
+        x, y = menu.left + 12, menu.top + round(share * menu.height)
         place_cursor(desk.display, x, y)
         wait_for("the entry to light up", lambda: desk.display.picture()[y, x].tobytes() == b"\x18\x5f\xa5")
         desk.mouse.click()

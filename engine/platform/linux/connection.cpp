@@ -165,7 +165,7 @@ int fixesEventBase() {
     return connection.fixesEventBase;
 }
 
-ErrorTrap::ErrorTrap(Display* connection) : display(connection), before(errorCount) {}
+ErrorTrap::ErrorTrap(Display* watched) : display(watched), before(errorCount) {}
 ErrorTrap::~ErrorTrap() {
     XSync(display, 0);
 }

@@ -68,7 +68,7 @@ protected:
 
     /// The boxes that came, without the title that all of them have.
     std::string boxes() {
-        std::string texts = journal({JournalKind::box});
+        std::string texts = journal(JournalKind::box);
         desktop.clearJournal();
         const std::string title = "[Edytor funkcji] ";
         for (auto at = texts.find(title); at != texts.npos; at = texts.find(title))
@@ -240,7 +240,7 @@ TEST_F(Editor, ActivatesTheWheelsThatHaveFieldsWithoutSavingThem) {
     EXPECT_EQ(engineState.wheels, std::vector{editorState.editorWheels.at(1)});
     EXPECT_EQ(engineState.wheels[0].actions.size(), 25u);
     EXPECT_EQ(wheelPaintCount(), paints + 1);
-    EXPECT_TRUE(journal({JournalKind::tray}).starts_with("info [Rotika] Aktywowano koła z edytora."));
+    EXPECT_TRUE(journal(JournalKind::tray).starts_with("info [Rotika] Aktywowano koła z edytora."));
     EXPECT_TRUE(editorState.editorDirty);
     EXPECT_EQ(folder.read("default.json"), "{ broken");
 }

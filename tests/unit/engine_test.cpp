@@ -19,12 +19,12 @@ SimulatedDesktop& freshDesktop() {
 }
 
 template <typename Command>
-std::string lineOf(const Command& c, const std::string& name) {
+std::string lineOf(const Command& c) {
     std::ostringstream line;
     if constexpr (requires { c.points; })
-        line << name << " " << c.points[0].x << "," << c.points[0].y << " to " << c.points[2].x;
+        line << c.points[0].x << "," << c.points[0].y << " to " << c.points[2].x;
     else
-        line << name << " " << c.box.x << "," << c.box.y << " " << c.box.width << "x" << c.box.height;
+        line << c.box.x << "," << c.box.y << " " << c.box.width << "x" << c.box.height;
     if constexpr (requires { c.startAngle; })
         line << " from " << c.startAngle << " by " << c.sweepAngle;
     if constexpr (requires { c.color; }) {
@@ -44,16 +44,25 @@ std::string describe(const WheelAction& action) {
     for (const ActionStep& each : action.steps)
         text << (&each == &action.steps.front() ? "" : ", ") << kinds[static_cast<int>(each.kind)] << " "
              << utf8FromUtf16(each.kind == StepKind::open ? each.target : each.key.text) << " " << each.value;
+    const auto tell = [&text](bool differs, const char* name, const auto& value) {
+        if (differs)
+            text << " " << name << "=" << value;
+    };
     text << "}";
-    if (action.delay != 30)
-        text << " delay=" << action.delay;
-    if (action.hasColor)
-        text << " bgr=" << std::hex << std::uppercase << action.color;
-    if (!action.icon.empty())
-        text << " icon=" << utf8FromUtf16(action.icon);
-    if (!action.voice.empty())
-        text << " voice=" << utf8FromUtf16(action.voice);
+    tell(action.delay != 30, "delay", action.delay);
+    text << std::hex << std::uppercase;
+    tell(action.hasColor, "bgr", action.color);
+    tell(!action.icon.empty(), "icon", utf8FromUtf16(action.icon));
+    tell(!action.voice.empty(), "voice", utf8FromUtf16(action.voice));
     return text.str();
+}
+
+template <typename Items, typename Describe>
+std::string joined(const Items& items, const char* separator, Describe describe) {
+    std::string text;
+    for (const auto& item : items)
+        text += (text.empty() ? "" : separator) + describe(item);
+    return text;
 }
 
 } // namespace
@@ -65,39 +74,40 @@ std::vector<Row> rowsOf(const std::string& table) {
         const std::size_t end = std::min({table.find('\n', at), table.find("  ", at), table.size()});
         const std::string row = table.substr(at, end - at);
         const std::size_t arrow = row.rfind(" ->");
-        rows.emplace_back(row.substr(0, arrow), row.substr(std::min(arrow + 4, row.size())));
+        if (!row.starts_with("# "))
+            rows.emplace_back(row.substr(0, arrow), row.substr(std::min(arrow + 4, row.size())));
         at = end;
     }
     return rows;
 }
 
-Texts linesOf(const Picture& picture, const std::string& word) {
+std::string replaced(std::string text, const std::vector<Row>& pairs) {
+    for (const auto& [from, to] : pairs)
+        for (auto at = text.find(from); at != text.npos; at = text.find(from))
+            text.replace(at, from.size(), to);
+    return text;
+}
+
+Texts linesOf(const Picture& picture, const std::string& name) {
     // By the order of the commands in the variant; what has no name is a mere outline.
-    static const std::string names[] = {"pie",       "", "arc",     "hole", "",
-                                        "rectangle", "", "polygon", "text", "image"};
+    static const Texts names{"pie", "", "arc", "hole", "", "rectangle", "", "polygon", "text", "image"};
     Texts lines;
     for (const DrawCommand& command : picture.commands) {
-        const std::string& name = names[command.index()];
-        const std::string line =
-            std::visit([&name](const auto& each) { return lineOf(each, name); }, command);
-        if (!name.empty() && line.starts_with(word))
-            lines.push_back(line);
+        const std::string& its = names[command.index()];
+        if (!its.empty() && (name.empty() || its == name))
+            lines.push_back(its + " " + std::visit([](const auto& each) { return lineOf(each); }, command));
     }
     return lines;
 }
 
 std::string describe(const std::vector<Wheel>& wheels) {
-    std::string text;
-    for (const Wheel& wheel : wheels)
-        text += (text.empty() ? "" : " ") + utf8FromUtf16(wheel.name) + "[" + describe(wheel.actions) + "]";
-    return text;
+    return joined(wheels, " ", [](const Wheel& wheel) {
+        return utf8FromUtf16(wheel.name) + "[" + describe(wheel.actions) + "]";
+    });
 }
 
 std::string describe(const std::vector<WheelAction>& actions) {
-    std::string text;
-    for (const WheelAction& action : actions)
-        text += (text.empty() ? "" : "; ") + describe(action);
-    return text;
+    return joined(actions, "; ", [](const WheelAction& action) { return describe(action); });
 }
 
 std::vector<ActionStep> stepsOf(const std::string& text) {
@@ -177,17 +187,10 @@ EngineTest::~EngineTest() {
     resetSimulatedFiles();
 }
 
-std::string EngineTest::journal(std::initializer_list<JournalKind> kinds) const {
-    std::string text;
-    for (const std::string& entry : desktop.journalOf(kinds))
-        text += (text.empty() ? "" : ", ") + entry;
-    return text;
-}
-
-std::string EngineTest::played(std::uint64_t sinceMs) const {
+std::string EngineTest::journal(std::optional<JournalKind> kind) const {
     std::string text;
     for (const JournalEntry& entry : desktop.journal)
-        if (entry.kind == JournalKind::input || entry.kind == JournalKind::target)
-            text += (text.empty() ? "" : ", ") + std::to_string(entry.atMs - sinceMs) + " " + entry.text;
+        if (!kind || entry.kind == *kind)
+            text += (text.empty() ? "" : ", ") + entry.text;
     return text;
 }

@@ -37,7 +37,7 @@ TEST_F(Lifecycle, AStandaloneStartTellsOfATakenKeyAndBadFilesAndHasATrayIcon) {
     folder.write("voice.json", R"({"wheels": [5]})");
     desktop.keysTakenByOthers = {0x58};
     EXPECT_TRUE(startEngine(true));
-    EXPECT_EQ(journal({JournalKind::box}),
+    EXPECT_EQ(journal(JournalKind::box),
               "[Rotika] Nie udało się zarejestrować globalnego skrótu 'x'.\nByć może inny program już go "
               "używa., [Rotika] Problemy z konfiguracją:\n\nconfig.json: nieznany klawisz \"lmb\" — używam "
               "\"x\".\ndefault.json: koło bez tablicy \"actions\".\n");
@@ -79,7 +79,7 @@ TEST_F(Lifecycle, ReloadReadsTheFilesAgainAndKeepsTheWheelOpenOnANewField) {
     EXPECT_EQ(desktop.registeredKeys(), (std::set<std::uint16_t>{0x58})) << "until the next start";
     clickMouse(); // on the field that took the place of the vanished one
     desktop.advanceBy(1000);
-    EXPECT_EQ(inputs(), "key 81 down, key 81 up");
+    EXPECT_EQ(journal(JournalKind::input), "key 81 down, key 81 up");
 }
 
 TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothingAlsoFromAnotherProcess) {
@@ -113,7 +113,7 @@ TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothingAlsoFromAnotherProc
                     OverlayIsWheelVisible());
         EXPECT_EQ(shown("wheel", "pie").size(), 2U);
     }
-    EXPECT_EQ(journal({JournalKind::tray}), "info [Rotika] Aktywowano konfigurację: " + utf8FromUtf16(good));
+    EXPECT_EQ(journal(JournalKind::tray), "info [Rotika] Aktywowano konfigurację: " + utf8FromUtf16(good));
     OverlayReloadConfig();
     EXPECT_EQ(OverlayWheelCount(), 1) << "back to default.json";
     desktop.destroyMainWindow();

@@ -165,7 +165,7 @@ TEST_F(Voice, OnlyTheWholeTextActsAndVoiceGlobalGovernsFieldsAlone) {
         desktop.clearJournal();
         dispatchRecognisedText(what.substr(what.find(':') + 1));
         desktop.advanceBy(1000);
-        const std::string pressed = inputs().empty() ? "no" : inputs().substr(0, inputs().find(" down"));
+        const std::string pressed = journal(JournalKind::input).empty() ? "no" : journal(JournalKind::input).substr(0, journal(JournalKind::input).find(" down"));
         EXPECT_EQ(pressed + (OverlayIsWheelVisible() ? " open" : " closed"), result) << what;
     }
     for (const auto& [answer, text] : rowsOf(R"(
@@ -193,7 +193,7 @@ TEST_F(Voice, ListensThroughTheModelItWasGivenAndActsOnWhatItHearsInItsOrder) {
     EXPECT_TRUE(recogniser.heard.starts_with(said)) << recogniser.heard;
     recogniser.answers = {"{\"text\" : \"lampa\"}"};
     desktop.advanceBy(1000);
-    EXPECT_EQ(inputs(), "key 65 down, key 65 up");
+    EXPECT_EQ(journal(JournalKind::input), "key 65 down, key 65 up");
     recogniser.calls.clear();
     const std::uint64_t before = desktop.clock.now();
     OverlayEngineStop();
@@ -286,7 +286,7 @@ TEST_F(Voice, SkippedPhrasesAreToldByTheTrayIconOfAStandaloneStartAtEachBuildCut
     desktop.advanceBy(500);
     const std::string text = "Pominięto frazy ze słowami spoza słownika modelu: „dwuklik”";
     const std::string balloon = "warning [Rotika — komendy głosowe] " + text;
-    EXPECT_EQ(journal({JournalKind::tray}),
+    EXPECT_EQ(journal(JournalKind::tray),
               "tray icon, " + balloon + ", " + balloon + ", „dwuklik " + std::string(185, 'x'));
 }
 

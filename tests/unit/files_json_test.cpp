@@ -1,8 +1,6 @@
 #include "engine_test.h"
 #include "files/json_reader.h"
 
-#include <cmath>
-#include <limits>
 #include <sstream>
 
 namespace {
@@ -39,6 +37,7 @@ constexpr char documents[] = R"rows(
     0 -> 0  - -> 0  + -> 0  . -> 0  e -> 0  --5 -> 0  +-5 -> 0  -+5 -> 0  .e5 -> 0  1e-999 -> 0  0e999 -> 0
     1. -> 1  1-2 -> 1  1e -> 1  1e+ -> 1  -12.5 -> -12.5  -12.5.3 -> -12.5  007 -> 7  +7 -> 7  1e5e5 -> 100000
     1E+5 -> 100000  1e999 -> inf  1e99999999999999999999 -> inf  -1e999 -> -inf
+    "\u0041\u017cÓ\uD83D\uDE00\ud83d" -> 'AżÓ😀�'
     # refused
     {}{} -> !  {"a":1} x -> !  ] -> !  {"a":1,} -> !  [1,] -> !  [,1] -> !  [,] -> !  {,} -> !  [true false] -> !
     {"a" 1} -> !  {"a":} -> !  {"a"} -> !  {a:1} -> !  {1:1} -> !  {} // comment -> !  { -> !  {"a" -> !
@@ -51,21 +50,27 @@ TEST(FilesJson, WholeDocumentsAreReadLenientlyAndOthersRefused) {
     for (const auto& [text, meaning] : rowsOf(documents))
         EXPECT_EQ(read(utf16FromUtf8(text)), meaning) << text;
     const std::u16string tiny = u"0." + std::u16string(400, u'0') + u"1";
-    const std::pair<std::string, std::vector<std::u16string>> others[] = {
-        {"{}", {u" { \r\n\t } "}},
-        {"0", {tiny}},
-        {"1", {tiny + u"e401"}},
-        {"inf", {std::u16string(400, u'9'), tiny + u"e999"}},
-        // the four characters of an escape are taken whatever they are, and read as far as they are digits
-        {"'\"/\\\b\f\n\r\traw\n\0'"s, {u"\"\\\"\\/\\\\\\b\\f\\n\\r\\traw\n\0\""s}},
-        {"'AżÓ😀\uFFFD'", {uR"("\u0041\u017cÓ\uD83D\uDE00\ud83d")"}},
-        {"'\x12x'", {uR"("\u12G4x")", uR"("\u 12Gx")", uR"("\u0x12x")"}},
-        {"'\0'"s, {uR"("\uZZZZ")", uR"("\u"]}"")"}},
-        {"'\uFFFF\u00A1'", {uR"("\u-001\u+0A1")"}},
-        {"!", {u"", u" \t", u"\uFEFF{}", u"\u00A0{}", u"[\v1]", u"[\0]"s}}};
-    for (const auto& [meaning, texts] : others)
-        for (const std::u16string& text : texts)
-            EXPECT_EQ(read(text), meaning) << utf8FromUtf16(text);
+    // The four characters of an escape are taken whatever they are, and read as far as they are digits.
+    const std::pair<std::u16string, std::string> others[] = {
+        {u" { \r\n\t } ", "{}"},
+        {tiny, "0"},
+        {tiny + u"e401", "1"},
+        {tiny + u"e999", "inf"},
+        {std::u16string(400, u'9'), "inf"},
+        {u"", "!"},
+        {u" \t", "!"},
+        {u"\uFEFF{}", "!"},
+        {u"\u00A0{}", "!"},
+        {u"[\v1]", "!"},
+        {u"[\0]"s, "!"},
+        {u"\"\\\"\\/\\\\\\b\\f\\n\\r\\traw\n\0\""s, "'\"/\\\b\f\n\r\traw\n\0'"s},
+        {uR"("\uZZZZ")", "'\0'"s},
+        {uR"("\u"]}"")", "'\0'"s},
+        {uR"("\u12G4x")", "'\x12x'"},
+        {uR"("\u 12Gx")", "'\x12x'"},
+        {uR"("\u-001\u+0A1")", "'\uFFFF\u00A1'"}};
+    for (const auto& [text, meaning] : others)
+        EXPECT_EQ(read(text), meaning) << utf8FromUtf16(text);
 }
 
 TEST(FilesJson, MembersAreFoundIntegersTruncatedAndAnyNestingForgotten) {
@@ -76,15 +81,10 @@ TEST(FilesJson, MembersAreFoundIntegersTruncatedAndAnyNestingForgotten) {
     EXPECT_EQ(findMember(root, u"a"), &root.members.at(1).value) << "the first of two";
     EXPECT_EQ(findMember(root, u"a", JsonType::Number), nullptr);
     EXPECT_EQ(findMember(root, u"c"), nullptr);
-    constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
-    for (const auto& [number, integer] : {std::pair(99.9, 99),
-                                          {-99.9, -99},
-                                          {2147483647.9, 2147483647},
-                                          {2147483648, lowest},
-                                          {-3e9, lowest},
-                                          {HUGE_VAL, lowest},
-                                          {std::nan(""), lowest}})
-        EXPECT_EQ(integerOf(number), integer) << number;
+    for (const auto& [number, integer] : rowsOf(R"(
+        99.9 -> 99  -99.9 -> -99  2147483647.9 -> 2147483647  2147483648 -> -2147483648  -3e9 -> -2147483648
+        inf -> -2147483648  nan -> -2147483648)"))
+        EXPECT_EQ(std::to_string(integerOf(std::stod(number))), integer) << number;
     constexpr std::size_t depth = 300'000;
     EXPECT_EQ(read(std::u16string(depth, u'[')), "!");
     const std::u16string nested = std::u16string(depth, u'[') + std::u16string(depth, u']');
@@ -110,15 +110,4 @@ TEST(FilesText, IllFormedPartsBecomeReplacementCharactersOnBothWays) {
     EXPECT_EQ(utf8FromUtf16(u"\xD83Dx\xDE00\xD83D\xDBFF\xDFFF\xD83D"),
               "\uFFFDx\uFFFD\uFFFD\xF4\x8F\xBF\xBF\uFFFD");
     EXPECT_EQ(asciiLowered(u"@AZ[ PUŚĆ"), u"@az[ puŚĆ");
-}
-
-TEST_F(EngineTest, TextFilesLoseTheirByteOrderMarkAndNothingElse) {
-    std::u16string text;
-    EXPECT_TRUE(
-        readTextFile(folder.write("zażółć.json", "\xEF\xBB\xBF\xEF\xBB\xBF{}\r\n\xFFz\x1A\xEF\xBB"), text));
-    EXPECT_EQ(text, u"\uFEFF{}\r\n\xFFFDz\x1A\xFFFD");
-    EXPECT_TRUE(readTextFile(folder.write("puste", ""), text) && text.empty());
-    for (const std::u16string& path :
-         {folder.path("missing"), folder.path(), u""s, folder.path() + u"/\xD800"})
-        EXPECT_FALSE(readTextFile(path, text));
 }

@@ -1,6 +1,9 @@
 #include "engine_test.h"
+#include "files/first_run_files.h"
 #include "files/key_names.h"
+#include "files/settings_file.h"
 #include "files/wheel_files.h"
+#include "files/wheel_writer.h"
 
 #include <sstream>
 
@@ -8,19 +11,18 @@ namespace {
 
 class FilesWheels : public EngineTest {
 protected:
-    /// Loads each row between `before` and `after`; it means what its result says, with "!" for each line of
-    /// problems.
-    void check(const char* table, const std::string& before, const std::string& after,
-               const std::string& front, const std::string& back) {
+    /// Loads each row in place of the "%"; it means what its result says in place of that one's, with "!" for
+    /// each line of problems.
+    void check(const char* table, const std::string& around, const std::string& aroundMeaning) {
         for (const auto& [json, expected] : rowsOf(table)) {
             wheels.resize(2); // must not survive, whatever the file holds
-            const bool isGood = load(before + json + after);
-            const std::size_t end = expected.find_last_not_of('!') + 1;
-            EXPECT_EQ(isGood, end == expected.size()) << json;
-            EXPECT_EQ(static_cast<std::size_t>(std::ranges::count(problems, u'\n')), expected.size() - end)
-                << json;
-            const std::string meaning = expected.substr(0, end);
-            EXPECT_EQ(describe(wheels), front + meaning.substr(0, meaning.find_last_not_of(' ') + 1) + back)
+            const bool isGood = load(replaced(around, {{"%", json}}));
+            const std::string marks(static_cast<std::size_t>(std::ranges::count(problems, u'\n')), '!');
+            EXPECT_EQ(isGood, marks.empty()) << json;
+            const std::size_t end = expected.find_last_not_of(" !") + 1;
+            EXPECT_EQ(describe(wheels) + marks,
+                      replaced(aroundMeaning, {{"%", expected.substr(0, end)}}) +
+                          expected.substr(std::min(expected.find('!'), expected.size())))
                 << json;
         }
     }
@@ -77,9 +79,9 @@ constexpr char stepForms[] = R"(
 } // namespace
 
 TEST_F(FilesWheels, FilesFieldsAndStepsMeanWhatTheTablesSay) {
-    check(roots, "", "", "", "");
-    check(fieldForms, "{\"actions\":[{", "}]}", "[", "]");
-    check(stepForms, "{\"actions\":[{\"steps\":[", "]}]}", "[{", "}]");
+    check(roots, "%", "%");
+    check(fieldForms, R"({"actions":[{%}]})", "[%]");
+    check(stepForms, R"({"actions":[{"steps":[%]}]})", "[{%}]");
     EXPECT_TRUE(load("\xEF\xBB\xBF{\"actions\":[{\"name\":\"a\xC5z\"}]}\r\n"));
     EXPECT_EQ(describe(wheels), "[a\uFFFDz{}]");
     EXPECT_FALSE(load("\xFF\xFE{\"actions\":[{}]}"));
@@ -135,4 +137,68 @@ TEST_F(EngineTest, KeysAreNamedOrLookedUpOnTheLayout) {
     for (const char16_t* const token : {u"", u"page up", u"\xD83D"})
         EXPECT_EQ(textOfKey(parseKeyCode(token)), "none");
     EXPECT_EQ(parseKeyCode(u" Nie ma ").text, u"Nie ma");
+}
+
+TEST_F(EngineTest, AFreshFolderGetsThreeFilesThatLoadWithoutAProblemAndExistingOnesAreNeverTouched) {
+    std::u16string problems;
+    loadConfiguration(problems);
+    EXPECT_EQ(problems, u"");
+    EXPECT_EQ(describe(engineState.voiceActions),
+              "Przełącz okno{hold alt 0, click tab 1, release alt 0} voice=przełącz okno");
+    EXPECT_EQ(engineState.wheels.at(0).actions.size(), 8u);
+    EXPECT_TRUE(describe(engineState.wheels).ends_with("Funkcja 8{click 8 1}]"));
+    const std::string wheels = folder.read("default.json");
+    std::filesystem::remove(folder.at("default.json"));
+    folder.write("config.json", "");
+    folder.write("voice.json", "my own");
+    ensureDefaultFiles(folder.path());
+    EXPECT_EQ(folder.read("config.json") + folder.read("voice.json"), "my own");
+    EXPECT_EQ(folder.read("default.json"), wheels);
+}
+
+TEST_F(FilesWheels, WheelsAreWrittenInTheCanonicalLayoutAndReadBackTheSame) {
+    const std::string written = R"({
+  "wheels": [
+    {
+      "name": "Koło \"1\"",
+      "actions": [
+        { "name": "Przełącz\n\u0007\u001f", "color": "#E74C3C", "delay": 0, "icon": "icons\\a.png", "voice": "okno",
+          "steps": [
+            { "key": "alt", "action": "hold", "value": 0 },
+            { "key": "Tab", "action": "click", "value": 100 },
+            { "key": "alt", "action": "release" },
+            { "open": "C:\\a b\\ż.exe" }
+          ]
+        },
+        { "name": "",
+          "steps": [
+          ]
+        }
+      ]
+    }
+  ]
+}
+)";
+    EXPECT_TRUE(load(written));
+    EXPECT_EQ(describe(wheels),
+              "Koło \"1\"[Przełącz\n\x07\x1F{hold alt 0, click Tab 100, release alt 0, open C:\\a b\\ż.exe "
+              "1} delay=0 bgr=3C4CE7 icon=icons\\a.png voice=okno; {}]");
+    wheels[0].actions[0].steps[2].value = 7; // a release keeps no value
+    EXPECT_EQ(serializeWheels(wheels), written);
+    EXPECT_EQ(escapeJsonString(u"\t\r\0\b/ \x7F\x80ł\xD83D"s), "\\t\\r\\u0000\\u0008/ \x7F\xC2\x80ł\uFFFD");
+}
+
+TEST_F(EngineTest, AFailedWriteLeavesTheOldFileWholeAndNothingBehind) {
+    const std::u16string path = folder.write("wheels.json", "stara treść");
+    for (const std::size_t room : {0u, 5u}) {
+        setSimulatedDiskRoom(room);
+        writeTextFile(path, "nowa treść");
+        EXPECT_EQ(folder.read("wheels.json"), "stara treść");
+    }
+    setSimulatedDiskRoom(60); // config.json fits, the next does not
+    ensureDefaultFiles(folder.path());
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.folder), {}), 2);
+    setSimulatedDiskRoom(std::nullopt);
+    writeTextFile(path, "nowa");
+    EXPECT_EQ(folder.read("wheels.json"), "nowa");
 }

@@ -2,6 +2,7 @@
 #include "gaze/gaze_thread.h"
 #include "platform/clock.h"
 #include "platform/injection.h"
+#include "voice/phrase_table.h"
 #include "voice/voice_dispatch.h"
 
 #include <functional>
@@ -10,7 +11,8 @@
 
 // A scene is what a person and the desktop do, and behind the arrow what can be seen at its end. The engine
 // is started with an eye tracker that is connected but not enabled, and one wheel, whose four fields click
-// the keys 65 to 68. Behind "|" stands what is played in the end, each at its ms since the beginning or
+// the keys 65 to 68. "lampa" names the first, "radio" a voice function of
+// key 68. Behind "|" stands what is played in the end, each at its ms since the beginning or
 // "now": "65+" is key 65 going down, "x37" an extended key, "b0-" the left button going up, "16++" a key that
 // is left down.
 
@@ -88,6 +90,7 @@ private:
         {"sendDelay", [this] { engineConfig.sendDelay = number(); }},
         {"keyHold", [this] { engineConfig.keyHold = number(); }},
         {"takeFocus", [] { engineConfig.takeFocus = true; }},
+        {"local", [] { engineConfig.voiceGlobal = false; }},
         {"gaze", [] { engineConfig.gazeEnabled = true; }},
         {"dwell", [this] { engineConfig.gazeDwell = number(); }},
         {"tracker", [this] { engineState.gazeStatus = number(); }},
@@ -185,6 +188,10 @@ std::string Scenes::seen() {
 
 TEST_P(Scenes, EndAsTheyShould) {
     startWith({wheelOf(4)});
+    engineState.wheels[0].actions[0].voice = u"lampa";
+    engineState.wheels[0].actions[1].voice = u"kliknij";
+    engineState.voiceActions.push_back(field("d", u"", u"radio"));
+    rebuildPhraseTable();
     engineState.gazeStatus = gazeStatusActive;
     desktop.elements.area = desktop.monitors.front();
     desktop.elementSearchMs = 100;
@@ -225,9 +232,15 @@ constexpr char scenes[] = R"(
     say dwuklik -> closed | 60 b0+, 120 b0-, 180 b0+, 240 b0-  say prawy klik -> closed | 60 b1+, 120 b1-
     toggle; aim 334 130; now; say kliknij -> closed | 250 65+, 310 65-  toggle; say kliknij; wait 500 -> open
     toggle; aim 334 130; now; say prawy klik; wait 500 -> open 334 130 field 0 | 60 b1+, 120 b1-
-    post 1 1 0; post 1 0 4; post 1 0 -1; post 1 -1 0; post 4 1 0; post 4 -1 0; wait 500 -> closed
+    post 1 1 0; post 1 0 4; post 1 0 -1; post 1 -1 0; post 4 2 0; post 4 -1 0; wait 500 -> closed
     toggle; post 1 0 4; post 1 9 99; post 4 -1 0; post 0 0 0; post 0 99 0; post 0 600 0; wait 500 -> open
     toggle; post 3 0 0; post 3 0 4660; post 2 0 4660; post 5 0 0; post 5 0 4660; post -1 0 0; wait 500 -> open
+    say lampa -> closed | 100 65+, 160 65-  toggle; say lampa -> closed | 250 65+, 310 65-
+    local; say lampa -> closed  local; toggle; say lampa -> closed | 250 65+, 310 65-
+    local; say radio -> closed | 100 68+, 160 68-  toggle; say radio -> closed | 250 68+, 310 68-
+    local; say kliknij -> closed | 60 b0+, 120 b0-  toggle; say lampa [unk] -> open  toggle; say Lampa -> open
+    toggle; say dziewięć -> open  toggle; say nic -> open  toggle; say -> open
+
     # steps
     steps hold a 1500 release b 0; run -> closed | 100 65+, 1600 65-, 1630 66-
     steps hold shift 0 click b 1; run -> closed | 100 16++, 130 66+, 190 66-

@@ -111,7 +111,7 @@ TEST_P(Editor, ShowsWhatWasDone) {
 constexpr char cases[] = R"(
     wheels -> W @0 / F @-1 / @-1  fields=0 -> W @0 / F @0 / klik: a|klik: b @-1
     fields=0; wheels=1 -> W @1 / C [1] @-1 / @-1
-    fields=1; key=q; add; value=2; add; value=99999999999; add; value=-5; add; kind=-1; value=; add -> W @0 / F @1 / klik: q|klik x2: q|klik x100: q|klik: q|klik: q @4
+    fields=1; key=q; add; value=2; add; value=4294967298; add; value=-5; add; kind=-1; value=; add -> W @0 / F @1 / klik: q|klik x2: q|klik x100: q|klik: q|klik: q @4
     fields=1; key=MB4; kind=1; add; value=60001; add; value= +7x9; add; value=-5; add -> W @0 / F @1 / $ MB4|przytrzymaj 60000 ms: MB4|przytrzymaj 7 ms: MB4|$ MB4 @3
     fields=1; key=MB4; kind=2; value=70000; add; kind=3; key= x y ; add -> W @0 / F @1 / puść: MB4|otwórz: x y @1
     fields=1; key= foo ; add -> W @0 / F @1 / @-1 : warn Nieznany klawisz/przycisk: " foo "

@@ -5,18 +5,11 @@
 
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <sstream>
 
 namespace {
 
 const std::string kinds[] = {"click", "hold", "release", "open"};
-
-SimulatedDesktop& freshDesktop() {
-    resetEngineForTest();
-    resetSimulatedDesktop();
-    return simulatedDesktop();
-}
 
 template <typename Command>
 std::string lineOf(const Command& c) {
@@ -113,14 +106,14 @@ std::string describe(const std::vector<WheelAction>& actions) {
 std::vector<ActionStep> stepsOf(const std::string& text) {
     std::vector<ActionStep> steps;
     std::istringstream words(text);
-    std::string kindName;
-    std::string what;
-    for (std::int32_t value = 0; words >> kindName >> what >> value;) {
-        const auto kind = static_cast<StepKind>(std::ranges::find(kinds, kindName) - kinds);
-        const bool opens = kind == StepKind::open;
-        const std::u16string name = utf16FromUtf8(what);
-        steps.push_back({opens ? KeyCode{} : parseKeyCode(name), kind, value, opens ? name : u""});
-    }
+    std::string kind;
+    std::string name;
+    for (std::int32_t value = 0; words >> kind >> name >> value;)
+        if (kind == "open")
+            steps.push_back({{}, StepKind::open, value, utf16FromUtf8(name)});
+        else
+            steps.push_back({parseKeyCode(utf16FromUtf8(name)),
+                             static_cast<StepKind>(std::ranges::find(kinds, kind) - kinds), value, u""});
     return steps;
 }
 
@@ -154,18 +147,6 @@ bool activateFile(const std::u16string& path) {
     return OverlayActivateWheelFile(reinterpret_cast<const OverlayChar*>(path.c_str()));
 }
 
-TemporaryFolder::TemporaryFolder() {
-    do
-        folder = std::filesystem::temp_directory_path() /
-                 ("rotika-test-" + std::to_string(std::random_device()()));
-    while (!std::filesystem::create_directory(folder));
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-}
-
 std::u16string TemporaryFolder::write(const std::string& name, const std::string& bytes) const {
     std::ofstream(at(name), std::ios::binary) << bytes;
     return path(name);
@@ -176,7 +157,7 @@ std::string TemporaryFolder::read(const std::string& name) const {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-EngineTest::EngineTest() : desktop(freshDesktop()) {
+EngineTest::EngineTest() : desktop((resetEngineForTest(), resetSimulatedDesktop(), simulatedDesktop())) {
     setSimulatedProgramFolder(folder.path());
 }
 

@@ -13,7 +13,8 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <initializer_list>
+#include <optional>
+#include <random>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -48,21 +49,10 @@ Wheel wheelOf(int fieldCount);
 std::string textOf(const OverlayChar* text);
 bool activateFile(const std::u16string& path);
 
-/// A function as a simulated library holds it.
-template <typename Function>
-void* exported(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
-// Layer points that lie in a wheel of four fields, and elsewhere
-inline constexpr Point inFieldOfFour[] = {{334, 130}, {394, 270}, {254, 330}, {194, 190}};
-inline constexpr Point inRightArrow{560, 230};
-inline constexpr Point inHole{294, 230};
-
 /// A folder that no other test uses, also in a test program that runs at the same time; gone with it.
 struct TemporaryFolder {
-    TemporaryFolder();
-    ~TemporaryFolder();
+    TemporaryFolder() { std::filesystem::create_directory(folder); }
+    ~TemporaryFolder() { std::filesystem::remove_all(folder); }
 
     std::filesystem::path at(const std::string& name) const { return folder / name; }
     std::u16string path() const { return folder.u16string(); }
@@ -70,7 +60,8 @@ struct TemporaryFolder {
     std::u16string write(const std::string& name, const std::string& bytes) const;
     std::string read(const std::string& name) const;
 
-    std::filesystem::path folder;
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("rotika-test-" + std::to_string(std::random_device()()));
 };
 
 /// A fresh process, its program in an empty folder, on a fresh simulated desktop: the engine not yet started.
@@ -96,7 +87,6 @@ public:
         desktop.releaseKey(engineConfig.toggleKeyCode.vk);
         desktop.pumpMessages();
     }
-    static Point virtualCursor() { return {engineState.cursorX, engineState.cursorY}; }
     /// With those settings, and what follows at once.
     void reload(const std::string& settings = "") {
         configure(settings);
@@ -107,16 +97,10 @@ public:
     void aimAt(Point point) {
         desktop.moveMouse(point.x - engineState.cursorX, point.y - engineState.cursorY);
         desktop.advanceBy(15);
-        ASSERT_EQ(virtualCursor(), point);
     }
-    /// A press and release of the real left button, and what follows at once.
     void clickMouse() {
         desktop.pressMouse(0);
         desktop.releaseMouse(0);
-        desktop.settle();
-    }
-    void postToMain(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam = 0) {
-        ASSERT_TRUE(postWindowMessage(engineState.mainWindow, message, wParam, lParam));
         desktop.settle();
     }
 
@@ -126,7 +110,6 @@ public:
     Texts shown(const std::string& window, const std::string& word) {
         return linesOf(desktop.windowNamed(window)->picture.value(), word);
     }
-    bool isForeground(const std::string& name) { return desktop.foreground == desktop.windowNamed(name); }
     int wheelPaintCount() { return desktop.windowNamed("wheel")->paintCount; }
 
     TemporaryFolder folder;

@@ -2,6 +2,7 @@
 #include "engine_test.h"
 #include "gaze/gaze_thread.h"
 #include "run/function_run.h"
+#include "voice/voice_dispatch.h"
 
 #include <cmath>
 #include <limits>
@@ -52,7 +53,7 @@ TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansAreLeftOutAndALaterReloadStarts
     folder.write("config.json", "{}");
     desktop.refusesThreads = true;
     EXPECT_TRUE(OverlayEngineStart());
-    postToMain(MsgVoiceCommand, 10);
+    dispatchRecognisedText("pokaż elementy");
     EXPECT_EQ(textOf(OverlayVoiceStatus()), "błąd inicjalizacji");
     EXPECT_EQ(textOf(OverlayGazeStatus()), "błąd inicjalizacji");
     desktop.refusesThreads = false;
@@ -84,7 +85,7 @@ TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothingAlsoFromAnotherProc
     ASSERT_TRUE(startEngine(true));
     engineState.wheels = {wheelOf(4), wheelOf(5)};
     pressToggleKey();
-    aimAt(inFieldOfFour[2]);
+    aimAt({254, 330});
     engineState.activeWheel = 1;
     desktop.clearJournal();
     const std::u16string good = folder.write("mieszane.json", R"({"wheels": [{"name": "a", "actions": []}, 7,

@@ -63,8 +63,9 @@ protected:
     }
     void post(std::int32_t message) {
         const Point numbers = point();
-        postToMain(MsgVoiceCommand + static_cast<std::uint32_t>(message),
-                   static_cast<std::uintptr_t>(numbers.x), numbers.y);
+        postWindowMessage(engineState.mainWindow, MsgVoiceCommand + static_cast<std::uint32_t>(message),
+                          static_cast<std::uintptr_t>(numbers.x), numbers.y);
+        desktop.settle();
     }
     void now() {
         desktop.clearJournal();
@@ -160,7 +161,8 @@ std::string Scenes::seen() {
     const bool hasLabels = engineState.elementsVisible;
     const PlatformWindow& grid = *desktop.windowNamed("grid");
     text << (isOpen ? "open" : engineState.restorePending ? "gone" : "closed");
-    tell(isOpen && virtualCursor() != inHole, "", engineState.cursorX, engineState.cursorY);
+    tell(isOpen && Point{engineState.cursorX, engineState.cursorY} != Point{294, 230}, "",
+         engineState.cursorX, engineState.cursorY);
     tell(isOpen && engineState.hoveredField >= 0, " field", engineState.hoveredField);
     tell(isOpen && engineState.hoveredArrow >= 0, " arrow", engineState.hoveredArrow);
     tell(engineState.activeWheel != 0, " wheel", engineState.activeWheel);
@@ -171,7 +173,7 @@ std::string Scenes::seen() {
     tell(desktop.searches.size() > 1, " searched", desktop.searches.size());
     tell(desktop.screenWakeUps > 0, " woken", desktop.screenWakeUps);
     tell(desktop.cursor != Point{960, 540}, " at", desktop.cursor.x, desktop.cursor.y);
-    tell(!isForeground("game"), " in " + desktop.foreground->name);
+    tell(desktop.foreground != desktop.windowNamed("game"), " in " + desktop.foreground->name);
     if (!isOpen)
         desktop.advanceBy(70'000);
     std::string input;

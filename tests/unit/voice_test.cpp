@@ -58,6 +58,12 @@ std::int32_t findWord(void*, const char* word) {
     return recogniser.unknownWords.contains(word) ? -1 : 7;
 }
 
+/// A function as a simulated library holds it.
+template <typename Function>
+void* exported(Function* function) {
+    return reinterpret_cast<void*>(function);
+}
+
 class Voice : public EngineTest {
 protected:
     Voice() {

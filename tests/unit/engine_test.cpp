@@ -74,10 +74,10 @@ std::vector<Row> rowsOf(const std::string& table) {
     return rows;
 }
 
-std::string replaced(std::string text, const std::vector<Row>& pairs) {
-    for (const auto& [from, to] : pairs)
-        for (auto at = text.find(from); at != text.npos; at = text.find(from))
-            text.replace(at, from.size(), to);
+std::string replaced(std::string text, const Texts& pairs) {
+    for (std::size_t i = 0; i < pairs.size(); i += 2)
+        for (auto at = text.find(pairs[i]); at != text.npos; at = text.find(pairs[i]))
+            text.replace(at, pairs[i].size(), pairs[i + 1]);
     return text;
 }
 

@@ -26,8 +26,8 @@ using Row = std::pair<std::string, std::string>;
 
 /// Of rows "what -> result", each on a line of its own or two blanks away from the next; "# comment" is none.
 std::vector<Row> rowsOf(const std::string& table);
-/// Every `first` as its `second`.
-std::string replaced(std::string text, const std::vector<Row>& pairs);
+/// Every first text of a pair as its second.
+std::string replaced(std::string text, const Texts& pairs);
 std::string repeated(const std::string& piece, std::size_t count);
 
 /// The draw commands of that name, or all, but for outlines, with place, turn, colour (ARGB) and content:

@@ -82,8 +82,7 @@ TEST(FilesJson, MembersAreFoundIntegersTruncatedAndAnyNestingForgotten) {
     JsonValue root;
     ASSERT_TRUE(parseValue(cursor, root));
     EXPECT_EQ(findMember(root, u"a"), &root.members.at(1).value) << "the first of two";
-    EXPECT_EQ(findMember(root, u"a", JsonType::Number), nullptr);
-    EXPECT_EQ(findMember(root, u"c"), nullptr);
+    EXPECT_TRUE(!findMember(root, u"a", JsonType::Number) && !findMember(root, u"c"));
     for (const auto& [number, integer] : rowsOf(R"(
         99.9 -> 99  -99.9 -> -99  2147483647.9 -> 2147483647  2147483648 -> -2147483648  -3e9 -> -2147483648
         inf -> -2147483648  nan -> -2147483648)"))
@@ -97,18 +96,15 @@ TEST(FilesJson, MembersAreFoundIntegersTruncatedAndAnyNestingForgotten) {
 }
 
 TEST(FilesText, IllFormedPartsBecomeReplacementCharactersOnBothWays) {
-    const std::pair<std::string, std::u16string> fromUtf8[] = {
-        {"a\0Ko\xC5\x82o \xE2\x80\x94"s, u"a\0Koło —"s},
-        {"\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF\xEF\xBF\xBF", u"\xD83D\xDE00\xDBFF\xDFFF\xFFFF"},
-        {"\x80x\xF5\xFF", u"\xFFFDx\xFFFD\xFFFD"}, // a continuation on its own, bytes that begin nothing
-        // overlong forms, an encoded surrogate, above the last plane
-        {"\xC0\xAF|\xE0\x9F\xBF|\xF0\x8F\xBF\xBF",
-         u"\xFFFD\xFFFD|\xFFFD\xFFFD\xFFFD|\xFFFD\xFFFD\xFFFD\xFFFD"},
-        {"\xED\xA0\x80|\xF4\x90\x80\x80", u"\xFFFD\xFFFD\xFFFD|\xFFFD\xFFFD\xFFFD\xFFFD"},
-        {"\xE2\x80x\xE2\x80\xC5\x82\xF0\x9F\x98",
-         u"\xFFFDx\xFFFDł\xFFFD"}}; // cut by what follows and the end
-    for (const auto& [bytes, text] : fromUtf8)
-        EXPECT_EQ(utf16FromUtf8(bytes), text) << testing::PrintToString(bytes);
+    EXPECT_EQ(utf16FromUtf8("a\0Ko\xC5\x82o \xF0\x9F\x98\x80\xF4\x8F\xBF\xBF\xEF\xBF\xBF"s),
+              u"a\0Koło \xD83D\xDE00\xDBFF\xDFFF\xFFFF"s);
+    // A continuation on its own, bytes that begin nothing, cut by what follows and by the end; then overlong
+    // forms, an encoded surrogate and what is above the last plane.
+    EXPECT_EQ(utf16FromUtf8("\x80x\xF5\xFF\xE2\x80x\xE2\x80\xC5\x82\xF0\x9F\x98"),
+              u"\xFFFDx\xFFFD\xFFFD\xFFFDx\xFFFDł\xFFFD");
+    EXPECT_EQ(utf16FromUtf8("\xC0\xAF|\xE0\x9F\xBF|\xF0\x8F\xBF\xBF|\xED\xA0\x80|\xF4\x90\x80\x80"),
+              u"\xFFFD\xFFFD|\xFFFD\xFFFD\xFFFD|\xFFFD\xFFFD\xFFFD\xFFFD|\xFFFD\xFFFD\xFFFD|"
+              u"\xFFFD\xFFFD\xFFFD\xFFFD");
     EXPECT_EQ(utf8FromUtf16(u"a\0b\x7F\x80\x7FF\x800"s), "a\0b\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80"s);
     EXPECT_EQ(utf8FromUtf16(u"\xD83Dx\xDE00\xD83D\xDBFF\xDFFF\xD83D"),
               "\uFFFDx\uFFFD\uFFFD\xF4\x8F\xBF\xBF\uFFFD");
@@ -216,12 +212,12 @@ protected:
     void check(const char* table, const std::string& around, const std::string& aroundMeaning) {
         for (const auto& [json, expected] : rowsOf(table)) {
             wheels.resize(2); // must not survive, whatever the file holds
-            const bool isGood = load(replaced(around, {{"%", json}}));
+            const bool isGood = load(replaced(around, {"%", json}));
             const std::string marks(static_cast<std::size_t>(std::ranges::count(problems, u'\n')), '!');
             EXPECT_EQ(isGood, marks.empty()) << json;
             const std::size_t end = expected.find_last_not_of(" !") + 1;
             EXPECT_EQ(describe(wheels) + marks,
-                      replaced(aroundMeaning, {{"%", expected.substr(0, end)}}) +
+                      replaced(aroundMeaning, {"%", expected.substr(0, end)}) +
                           expected.substr(std::min(expected.find('!'), expected.size())))
                 << json;
         }
@@ -326,7 +322,6 @@ TEST_F(EngineTest, KeysAreNamedOrLookedUpOnTheLayout) {
     EXPECT_EQ(textOfKey(parseKeyCode(u"\v\f\r\n\tX ")), "88");
     for (const char16_t* const token : {u"", u"page up", u"\xD83D"})
         EXPECT_EQ(textOfKey(parseKeyCode(token)), "none");
-    EXPECT_EQ(parseKeyCode(u" Nie ma ").text, u"Nie ma");
 }
 
 TEST_F(EngineTest, AFreshFolderGetsThreeFilesThatLoadWithoutAProblemAndExistingOnesAreNeverTouched) {

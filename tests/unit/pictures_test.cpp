@@ -12,18 +12,13 @@
 
 namespace {
 
-ScreenElement element(const Rect& rect) {
-    return {rect, ControlType::button, true, false, false};
-}
-
 std::vector<std::int32_t> numbersOf(const std::string& text) {
     std::istringstream words(text);
     return {std::istream_iterator<std::int32_t>(words), {}};
 }
 
 TEST_F(EngineTest, RingAndArrowsHaveExactBorders) {
-    // The fields and a point. Both limits of the ring belong to it, and a border to the next field,
-    // clockwise.
+    // The fields and a point. Both limits of the ring belong to it, a border to the next field clockwise.
     for (const auto& [where, expected] : rowsOf(R"(
         4 294 185 -> -1  4 294 184 -> 0  4 294 4 -> 0  4 294 3 -> -1  4 294 230 -> -1  4 339 230 -> -1
         4 340 230 -> 1  4 520 230 -> 1  4 521 230 -> -1  4 394 229 -> 0  4 394 230 -> 1  4 294 330 -> 2
@@ -122,25 +117,26 @@ TEST(ElementFilter, KeepsWhatCanBeClickedAtEachLimitAndNoDuplicates) {
         std::vector<ScreenElement> elements;
         const std::vector<std::int32_t> n = numbersOf(where);
         for (std::size_t i = 0; i < n.size(); i += 4)
-            elements.push_back(element({n[i], n[i + 1], n[i + 2], n[i + 3]}));
+            elements.push_back(
+                {{n[i], n[i + 1], n[i + 2], n[i + 3]}, ControlType::button, true, false, false});
         EXPECT_EQ(kept(elements, ElementScope::windowAndTaskbar) + " " + kept(elements, ElementScope::page),
                   expected)
             << where;
     }
-    // type, whether it can have the focus, is enabled and off the screen
+    // type, whether it is enabled, off the screen and can have the focus
     for (const auto& [kind, expected] : rowsOf(R"(
-        50030 1 1 0 -> 0  50032 1 1 0 -> 0  50033 1 1 0 -> 0  50000 0 1 0 -> 1  50031 0 1 0 -> 1  50002 0 1 0 -> 1
-        50013 0 1 0 -> 1  50003 0 1 0 -> 1  50004 0 1 0 -> 1  50005 0 1 0 -> 1  50007 0 1 0 -> 1  50011 0 1 0 -> 1
-        50019 0 1 0 -> 1  50024 0 1 0 -> 1  50015 0 1 0 -> 1  50016 0 1 0 -> 1  0 1 1 0 -> 1  0 0 1 0 -> 0
-        50000 1 0 0 -> 0  50000 1 1 1 -> 0)")) {
-        const std::vector<std::int32_t> n = numbersOf(kind);
+        50030 1 0 1 -> 0  50032 1 0 1 -> 0  50033 1 0 1 -> 0  0 1 0 1 -> 1  0 1 0 0 -> 0  50000 0 0 1 -> 0
+        50000 1 1 1 -> 0  50000 1 0 0 -> 1  50031 1 0 0 -> 1  50002 1 0 0 -> 1  50013 1 0 0 -> 1  50003 1 0 0 -> 1
+        50004 1 0 0 -> 1  50005 1 0 0 -> 1  50007 1 0 0 -> 1  50011 1 0 0 -> 1  50019 1 0 0 -> 1  50024 1 0 0 -> 1
+        50015 1 0 0 -> 1  50016 1 0 0 -> 1)")) {
+        const auto n = numbersOf(kind);
         const ScreenElement each{
-            {0, 0, 50, 50}, static_cast<ControlType>(n[0]), n[2] != 0, n[3] != 0, n[1] != 0};
+            {0, 0, 50, 50}, static_cast<ControlType>(n[0]), n[1] != 0, n[2] != 0, n[3] != 0};
         EXPECT_EQ(kept({each}, ElementScope::page), expected) << kind;
     }
-    FoundElements many{{0, 0, 2000, 2000}, {{}, {element({1500, 1500, 1520, 1520})}}};
+    FoundElements many{{0, 0, 2000, 2000}, {{}}};
     for (int i = 0; i < 120; ++i)
-        many.roots[0].push_back(element({10 * i, 0, 10 * i + 9, 9}));
+        many.roots[0].push_back({{10 * i, 0, 10 * i + 9, 9}, ControlType::button, true, false, false});
     const std::vector<Rect> most = filterElements(many, ElementScope::windowAndTaskbar).rects;
     ASSERT_EQ(most.size(), 99U);
     EXPECT_EQ(most.back(), (Rect{980, 0, 989, 9}));

@@ -50,14 +50,6 @@ std::string describe(const WheelAction& action) {
     return text.str();
 }
 
-template <typename Items, typename Describe>
-std::string joined(const Items& items, const char* separator, Describe describe) {
-    std::string text;
-    for (const auto& item : items)
-        text += (text.empty() ? "" : separator) + describe(item);
-    return text;
-}
-
 } // namespace
 
 std::vector<Row> rowsOf(const std::string& table) {
@@ -94,13 +86,17 @@ Texts linesOf(const Picture& picture, const std::string& name) {
 }
 
 std::string describe(const std::vector<Wheel>& wheels) {
-    return joined(wheels, " ", [](const Wheel& wheel) {
-        return utf8FromUtf16(wheel.name) + "[" + describe(wheel.actions) + "]";
-    });
+    std::string text;
+    for (const Wheel& each : wheels)
+        text += (text.empty() ? "" : " ") + utf8FromUtf16(each.name) + "[" + describe(each.actions) + "]";
+    return text;
 }
 
 std::string describe(const std::vector<WheelAction>& actions) {
-    return joined(actions, "; ", [](const WheelAction& action) { return describe(action); });
+    std::string text;
+    for (const WheelAction& each : actions)
+        text += (text.empty() ? "" : "; ") + describe(each);
+    return text;
 }
 
 std::vector<ActionStep> stepsOf(const std::string& text) {

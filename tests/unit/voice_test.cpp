@@ -58,25 +58,24 @@ std::int32_t findWord(void*, const char* word) {
     return recogniser.unknownWords.contains(word) ? -1 : 7;
 }
 
-/// A function as a simulated library holds it.
-template <typename Function>
-void* exported(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
 class Voice : public EngineTest {
 protected:
     Voice() {
         recogniser = {};
-        desktop.libraries[u"simulated-speech"] = {
-            {{"vosk_model_new", exported(newModel)},
-             {"vosk_model_free", exported(+[](void*) { recogniser.calls.push_back("free model"); })},
-             {"vosk_recognizer_new_grm", exported(newRecognizer)},
-             {"vosk_recognizer_set_grm", exported(setGrammar)},
-             {"vosk_recognizer_accept_waveform", exported(acceptSound)},
-             {"vosk_recognizer_result", exported(takeResult)},
-             {"vosk_recognizer_free", exported(+[](void*) { recogniser.calls.push_back("free"); })},
-             {"vosk_model_find_word", exported(findWord)}}};
+        const auto freeModel = [](void*) { recogniser.calls.push_back("free model"); };
+        const auto freeRecognizer = [](void*) { recogniser.calls.push_back("free"); };
+        const auto add = [this](const char* name, auto* function) {
+            desktop.libraries[u"simulated-speech"].functions["vosk_"s + name] =
+                reinterpret_cast<void*>(function);
+        };
+        add("model_new", newModel);
+        add("model_free", +freeModel);
+        add("recognizer_new_grm", newRecognizer);
+        add("recognizer_set_grm", setGrammar);
+        add("recognizer_accept_waveform", acceptSound);
+        add("recognizer_result", takeResult);
+        add("recognizer_free", +freeRecognizer);
+        add("model_find_word", findWord);
     }
 
     /// What the recogniser is asked for when the table changes.
@@ -109,12 +108,10 @@ TEST_F(Voice, TheTableHoldsFixedPhrasesNumbersFieldsAndVoiceFunctionsAndTheGramm
     for (const auto& [phrase, place] : rowsOf(phrases)) {
         PhraseEntry found;
         EXPECT_TRUE(findPhrase(phrase, found)) << phrase;
-        EXPECT_EQ(std::to_string(found.command) + (found.command != 0
-                                                       ? ""
-                                                       : " " + std::to_string(found.wheelIndex) + " " +
-                                                             std::to_string(found.actionIndex)),
-                  place)
-            << phrase;
+        std::string where = std::to_string(found.command);
+        if (found.command == 0)
+            where += " " + std::to_string(found.wheelIndex) + " " + std::to_string(found.actionIndex);
+        EXPECT_EQ(where, place) << phrase;
     }
     const std::string all = buildGrammar(nullptr, findWord, nullptr);
     EXPECT_TRUE(all.starts_with("[\"pokaż koło\",\"schowaj koło\",")) << all;

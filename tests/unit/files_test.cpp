@@ -102,17 +102,20 @@ TEST(FilesText, IllFormedPartsBecomeReplacementCharactersOnBothWays) {
     EXPECT_EQ(asciiLowered(u"@AZ[ PUŚĆ"), u"@az[ puŚĆ");
 }
 
+/// A "!" for each line.
+std::string marksOf(const std::string& lines) {
+    return std::string(static_cast<std::size_t>(std::ranges::count(lines, '\n')), '!');
+}
+
 class FilesSettings : public EngineTest {
 protected:
+    /// The lines about problems.
     static std::string load() {
         std::u16string problems;
         loadConfiguration(problems);
         return utf8FromUtf16(problems);
     }
-    std::string load(const std::string& config) const {
-        folder.write("config.json", config);
-        return load();
-    }
+    std::string load(const std::string& config) const { return folder.write("config.json", config), load(); }
 
     static std::string settings() {
         const EngineConfig& c = engineConfig;
@@ -132,7 +135,7 @@ protected:
         std::string text;
         for (std::string old, each; before >> old && now >> each;)
             text += old == each ? "" : each + " ";
-        text += std::string(static_cast<std::size_t>(std::ranges::count(problems, '\n')), '!');
+        text += marksOf(problems);
         return text.substr(0, text.find_last_not_of(' ') + 1);
     }
 
@@ -204,7 +207,7 @@ protected:
         for (const auto& [json, expected] : rowsOf(table)) {
             wheels.resize(2); // must not survive, whatever the file holds
             const bool isGood = load(replaced(around, {"%", json}));
-            const std::string marks(static_cast<std::size_t>(std::ranges::count(problems, u'\n')), '!');
+            const std::string marks = marksOf(utf8FromUtf16(problems));
             EXPECT_EQ(isGood, marks.empty()) << json;
             const std::size_t end = expected.find_last_not_of(" !") + 1;
             EXPECT_EQ(describe(wheels) + marks,
@@ -222,10 +225,6 @@ protected:
     std::vector<Wheel> wheels;
     std::u16string problems;
 };
-
-std::string listOf(const std::string& item, std::size_t count) {
-    return repeated(item + ",", count - 1) + item;
-}
 
 std::string textOfKey(const KeyCode& key) {
     const std::string kind = key.isMouse ? "button" : key.extended ? "extended" : "";
@@ -274,7 +273,7 @@ TEST_F(FilesWheels, FilesFieldsAndStepsMeanWhatTheTablesSay) {
 
 TEST_F(FilesWheels, LinesAboutProblemsNameWhatIsWrong) {
     EXPECT_FALSE(load(
-        R"({"wheels": [7, {"name": "W", "actions": [)" + listOf("{}", 24) +
+        R"({"wheels": [7, {"name": "W", "actions": [)" + repeated("{},", 23) + "{}" +
         R"(, {"name": "f", "key": " Nic "}, {"steps": [{"key": 1e10, "action": "Bum"}]}]}, {"actions": [{}]}]})"));
     EXPECT_EQ(utf8FromUtf16(problems),
               "default.json: koło bez tablicy \"actions\".\n"
@@ -283,14 +282,7 @@ TEST_F(FilesWheels, LinesAboutProblemsNameWhatIsWrong) {
               "default.json: nieznana czynność \"bum\" w polu \"\".\n"
               "default.json: zbyt wiele funkcji w kole \"W\" — używam pierwszych 24.\n");
     EXPECT_EQ(describe(wheels), "W[" + repeated("{}; ", 23) + "{}] [{}]");
-    EXPECT_TRUE(load("{\"actions\":[" + listOf("{}", 24) + "]}"));
-}
-
-TEST_F(FilesWheels, AHugeNameIsReadAndDoesNotFillTheMemoryWithLines) {
-    const std::string name(2'000'000, 'n');
-    EXPECT_FALSE(load("{\"actions\":[{\"name\":\"" + name + "\",\"keys\":[" + listOf("{}", 50) + "]}]}"));
-    EXPECT_EQ(wheels.at(0).actions.at(0).name.size(), name.size());
-    EXPECT_TRUE(problems.size() > name.size() && problems.size() < 20'000'000u);
+    EXPECT_TRUE(load("{\"actions\":[" + repeated("{},", 23) + "{}" + "]}"));
 }
 
 TEST_F(EngineTest, KeysAreNamedOrLookedUpOnTheLayout) {

@@ -78,6 +78,12 @@ protected:
         add("model_find_word", findWord);
     }
 
+    void start(const std::string& settings = "") {
+        configure(on + settings);
+        ASSERT_TRUE(startEngine(true));
+        desktop.settle();
+    }
+
     /// What the recogniser is asked for when the table changes.
     Texts rebuild() {
         recogniser.calls.clear();
@@ -136,9 +142,8 @@ TEST_F(Voice, ListensThroughTheModelItWasGivenAndActsOnWhatItHearsInItsOrder) {
     std::string said;
     for (char letter = 'a'; letter <= 'z'; ++letter)
         desktop.sound.emplace_back(3200, said.append(1, letter).back());
-    configure(on + R"("voiceModel": "pl-model", "voiceDllPath": "/brak/lib.so",)");
     folder.write("default.json", R"({"actions": [{"key": "a", "voice": "lampa"}]})");
-    ASSERT_TRUE(OverlayEngineStart());
+    start(R"("voiceModel": "pl-model", "voiceDllPath": "/brak/lib.so",)");
     desktop.advanceBy(10'000);
     EXPECT_EQ(status(), "aktywny");
     EXPECT_EQ(desktop.libraryAttempts,
@@ -154,9 +159,7 @@ TEST_F(Voice, ListensThroughTheModelItWasGivenAndActsOnWhatItHearsInItsOrder) {
 }
 
 TEST_F(Voice, ARebuildReachesTheRecogniserOnceAndOneThatHasFaultedIsNotTouchedAgain) {
-    configure(on);
-    ASSERT_TRUE(OverlayEngineStart());
-    desktop.advanceBy(300);
+    start();
     engineState.voiceActions = {field("a", u"", u"drugie")};
     rebuildPhraseTable();
     EXPECT_EQ(rebuild(), Texts{"set"});
@@ -180,9 +183,7 @@ TEST_F(Voice, ARebuildReachesTheRecogniserOnceAndOneThatHasFaultedIsNotTouchedAg
 
 TEST_F(Voice, AStopDoesNotWaitForALibraryThatHangsAndAMissingMicrophoneIsTriedAgain) {
     recogniser.modelLoadMs = 10'000;
-    configure(on);
-    ASSERT_TRUE(OverlayEngineStart());
-    desktop.settle();
+    start();
     reload();
     EXPECT_EQ(desktop.clock.now(), 2000U);
     recogniser.modelLoadMs = 0;
@@ -204,10 +205,8 @@ TEST_F(Voice, AStopDoesNotWaitForALibraryThatHangsAndAMissingMicrophoneIsTriedAg
 }
 
 TEST_F(Voice, SkippedPhrasesAreToldByTheTrayIconOfAStandaloneStartAtEachBuildCutToItsRoom) {
-    configure(on);
     recogniser.unknownWords = {"dwuklik"};
-    ASSERT_TRUE(startEngine(true));
-    desktop.settle();
+    start();
     engineState.voiceActions = {field("a", u"", u"dwuklik " + std::u16string(300, u'x'))};
     rebuild();
     const std::string balloon =

@@ -131,6 +131,7 @@ constexpr char cases[] = R"(
     add-wheel; agree; close; again -> W @0 / F @-1 / @-1 : ask Są niezapisane zmiany.
     close -> closed W @0 / F @-1 / @-1  add-field; save-as -> W @0 / F|Nowa funkcja [0] @2 / @-1 * : save in
     add-field; save -> W @0 / F|Nowa funkcja [0] @2 / @-1
+    new; activate -> 1: Koło 1 @0 / @-1 / @-1 : inform Żadne koło nie ma funkcji  add-field; activate -> W @0 / F|Nowa funkcja [0] @2 / @-1 *
     fields=0; form -> A,#E74C3C,50,i.png,raz,,,0
     fields=0; key=c; kind=3; add; kind=1; value=7; add; steps=0; steps=3; form -> A,#E74C3C,50,i.png,raz,c,7,1
     fields=0; delay=2001; write; fields=1; fields=0; form -> A,#E74C3C,2000,i.png,raz,,,0
@@ -187,20 +188,6 @@ TEST_F(Editor, WhatCouldNotBeWrittenIsKeptAndOpenedNextTime) {
     EXPECT_EQ(seen() + editor.text(pathLabel), unsaved + folder.at("inne.json").make_preferred().string());
     play("new; close; again");
     EXPECT_EQ(seen(), "W @0 / F @-1 / @-1");
-}
-
-TEST_F(Editor, ActivatesTheWheelsThatHaveFieldsWithoutSavingThem) {
-    open("{ broken"); // shown as an empty wheel
-    play("activate");
-    EXPECT_EQ(boxes(), "inform Żadne koło nie ma funkcji — nie ma czego aktywować.");
-    pressToggleKey();
-    play("add-wheel" + repeated("; add-field", 25));
-    const int paints = wheelPaintCount();
-    play("activate");
-    EXPECT_EQ(engineState.wheels, std::vector{editorState.editorWheels.at(1)});
-    EXPECT_EQ(wheelPaintCount(), paints + 1);
-    EXPECT_TRUE(journal(JournalKind::tray).starts_with("info [Rotika] Aktywowano koła z edytora."));
-    EXPECT_TRUE(editorState.editorDirty && folder.read("default.json") == "{ broken");
 }
 
 } // namespace

@@ -129,10 +129,7 @@ Wheel wheelOf(int fieldCount) {
 }
 
 std::string repeated(const std::string& piece, std::size_t count) {
-    std::ostringstream text;
-    for (std::size_t i = 0; i < count; ++i)
-        text << piece;
-    return text.str();
+    return count == 0 ? "" : piece + repeated(piece, count - 1);
 }
 
 std::string textOf(const OverlayChar* text) {

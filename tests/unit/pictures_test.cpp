@@ -102,9 +102,11 @@ TEST_F(EngineTest, GridAndLabelsLieOnTheirArea) {
 }
 
 TEST(ElementFilter, KeepsWhatCanBeClickedAtEachLimitAndNoDuplicates) {
-    const Rect area{0, 0, 1000, 1000};
-    const auto kept = [&area](const std::vector<ScreenElement>& elements, ElementScope scope) {
-        return std::to_string(filterElements({area, {elements}}, scope).rects.size());
+    const auto button = [](const Rect& rect) {
+        return ScreenElement{rect, ControlType::button, true, false, false};
+    };
+    const auto kept = [](const std::vector<ScreenElement>& elements, ElementScope scope) {
+        return std::to_string(filterElements({{0, 0, 1000, 1000}, {elements}}, scope).rects.size());
     };
     // one or two rectangles, and how many are kept in a window and in a page; the third but last is a
     // toolbar's button
@@ -117,11 +119,9 @@ TEST(ElementFilter, KeepsWhatCanBeClickedAtEachLimitAndNoDuplicates) {
         std::vector<ScreenElement> elements;
         const std::vector<std::int32_t> n = numbersOf(where);
         for (std::size_t i = 0; i < n.size(); i += 4)
-            elements.push_back(
-                {{n[i], n[i + 1], n[i + 2], n[i + 3]}, ControlType::button, true, false, false});
-        EXPECT_EQ(kept(elements, ElementScope::windowAndTaskbar) + " " + kept(elements, ElementScope::page),
-                  expected)
-            << where;
+            elements.push_back(button({n[i], n[i + 1], n[i + 2], n[i + 3]}));
+        const std::string inPage = kept(elements, ElementScope::page);
+        EXPECT_EQ(kept(elements, ElementScope::windowAndTaskbar) + " " + inPage, expected) << where;
     }
     // type, whether it is enabled, off the screen and can have the focus
     for (const auto& [kind, expected] : rowsOf(R"(
@@ -136,7 +136,7 @@ TEST(ElementFilter, KeepsWhatCanBeClickedAtEachLimitAndNoDuplicates) {
     }
     FoundElements many{{0, 0, 2000, 2000}, {{}}};
     for (int i = 0; i < 120; ++i)
-        many.roots[0].push_back({{10 * i, 0, 10 * i + 9, 9}, ControlType::button, true, false, false});
+        many.roots[0].push_back(button({10 * i, 0, 10 * i + 9, 9}));
     const std::vector<Rect> most = filterElements(many, ElementScope::windowAndTaskbar).rects;
     ASSERT_EQ(most.size(), 99U);
     EXPECT_EQ(most.back(), (Rect{980, 0, 989, 9}));

@@ -51,6 +51,10 @@ protected:
         engineState.gazeY = ((place.top + point.y) * 10000 + screen.height() / 2) / screen.height();
         engineState.gazeSampleTick = tickCount();
     }
+    void rest(Point point) const { // the virtual cursor too
+        std::tie(engineState.cursorX, engineState.cursorY) = std::tie(point.x, point.y);
+        look(point);
+    }
     void setWheels() {
         engineState.wheels.clear();
         for (int fieldCount = 0; words >> fieldCount;)
@@ -86,10 +90,7 @@ private:
         {"swap", [this] { desktop.buttonsAreSwapped = number() != 0; }},
         {"program", [this] { desktop.focusProgram(desktop.addProgram(text())); }},
         {"exit", [this] { desktop.closeProgram(desktop.windowNamed(text())); }},
-        {"monitors",
-         [this] {
-             desktop.changeMonitors(std::vector{Rect{0, 0, 1800, 1000}});
-         }},
+        {"monitors", [this] { desktop.changeMonitors(std::vector(1, rect())); }},
         {"monitor", [this] { desktop.monitors.push_back(rect()); }},
         {"element", [this] { addElement(rect()); }},
         {"label", [this] { play("element 10 20 111 61; scan"); }},
@@ -106,10 +107,7 @@ private:
         {"inject", [] { injectMouseButton(0, InputMotion::downUntilReleased); }},
         {"cursor", [this] { desktop.cursor = point(); }},
         {"look", [this] { look(point()); }},
-        {"rest",
-         [this] {
-             look({engineState.cursorX = number(), engineState.cursorY = number()});
-         }}, // both
+        {"rest", [this] { rest(point()); }},
         {"say", [this] { dispatchRecognisedText(text()), desktop.settle(); }},
         // what befalls the engine
         {"run", [this] { play("post 1 0 0"); }}, // the first field, after 100 ms
@@ -140,9 +138,8 @@ void Scenes::play(const std::string& script) {
 /// Whatever happened, capture, timer and window go with the wheel.
 std::string Scenes::seen() {
     const bool isOpen = OverlayIsWheelVisible();
-    EXPECT_EQ(desktop.isCaptured(), isOpen);
-    EXPECT_EQ(desktop.timers.size(), isOpen ? 1U : 0U);
-    EXPECT_EQ(desktop.windowNamed("wheel")->isShown, isOpen);
+    EXPECT_TRUE(desktop.isCaptured() == isOpen && desktop.timers.size() == (isOpen ? 1U : 0U) &&
+                desktop.windowNamed("wheel")->isShown == isOpen);
     std::ostringstream text;
     const auto tell = [&text](bool isSo, const std::string& word, auto... numbers) {
         if (isSo)
@@ -196,7 +193,7 @@ constexpr char scenes[] = R"(
     lock; unlock; toggle -> open  close -> closed  destroy wheel -> closed  destroy wheel; toggle -> open
     toggle; toggle -> closed  toggle; shell -> closed
     toggle; aim 334 130; say pokaż koło -> open 334 130 field 0  toggle; say schowaj koło -> closed
-    toggle; stop -> gone  toggle; quit -> gone  toggle; lock -> closed  toggle; monitors -> closed
+    toggle; stop -> gone  toggle; quit -> gone  toggle; lock -> closed  toggle; monitors 0 0 1800 1000 -> closed
     toggle; close -> closed  toggle; destroy wheel -> closed  toggle; stall; wait 15 -> closed
     takeFocus; toggle -> open in wheel  takeFocus; program chat; toggle; toggle -> closed in chat
     takeFocus; program chat; toggle; exit chat; toggle -> closed
@@ -260,7 +257,7 @@ constexpr char scenes[] = R"(
     cursor 5000 5000; say pokaż siatkę -> closed grid 0 0 1920 1080
     cursor 100 100; toggle; say pokaż siatkę; say kliknij -> open grid 0 0 1920 1080 at 100 100
     toggle; say pokaż siatkę; say prawy klik; wait 500 -> open | 60 b1+, 120 b1-
-    say pokaż siatkę; lock -> closed  say pokaż siatkę; monitors -> closed
+    say pokaż siatkę; lock -> closed  say pokaż siatkę; monitors 0 0 1800 1000 -> closed
     say pokaż siatkę; destroy grid -> closed  say pokaż siatkę; destroy grid; say pokaż siatkę; stop -> closed
     # labels
     labels; say jeden; wait 200; say jeden -> closed at 60 40 | 60 b0+, 120 b0-
@@ -269,7 +266,7 @@ constexpr char scenes[] = R"(
     labels; say trzy; say kliknij prawy na trzy; wait 500 -> closed labels 2
     labels; say kliknij -> closed labels 2 | 60 b0+, 120 b0-  label; say schowaj elementy -> closed
     label; say pokaż siatkę; say dwa -> closed grid 480 0 480 270 at 720 135  label; lock -> closed
-    label; monitors -> closed  label; destroy grid -> closed  label; stop -> closed
+    label; monitors 0 0 1800 1000 -> closed  label; destroy grid -> closed  label; stop -> closed
     label; say pokaż elementy; wait 50 -> closed labels 1 unseen searched 2
     label; say pokaż elementy; wait 50; now; say jeden; wait 100 -> closed labels 1 searched 2 at 60 40 | 60 b0+, 120 b0-
     element 0 0 1000 800; say pokaż elementy; wait 500 -> closed  element 0 0 1000 800; say elementy strony; wait 500 -> closed labels 1

@@ -5,26 +5,19 @@
 
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <sstream>
 
 namespace {
 
 const std::string kinds[] = {"click", "hold", "release", "open"};
 
-SimulatedDesktop& freshDesktop() {
-    resetEngineForTest();
-    resetSimulatedDesktop();
-    return simulatedDesktop();
-}
-
 template <typename Command>
-std::string lineOf(const Command& c, const std::string& name) {
+std::string lineOf(const Command& c) {
     std::ostringstream line;
     if constexpr (requires { c.points; })
-        line << name << " " << c.points[0].x << "," << c.points[0].y << " to " << c.points[2].x;
+        line << c.points[0].x << "," << c.points[0].y << " to " << c.points[2].x;
     else
-        line << name << " " << c.box.x << "," << c.box.y << " " << c.box.width << "x" << c.box.height;
+        line << c.box.x << "," << c.box.y << " " << c.box.width << "x" << c.box.height;
     if constexpr (requires { c.startAngle; })
         line << " from " << c.startAngle << " by " << c.sweepAngle;
     if constexpr (requires { c.color; }) {
@@ -44,15 +37,16 @@ std::string describe(const WheelAction& action) {
     for (const ActionStep& each : action.steps)
         text << (&each == &action.steps.front() ? "" : ", ") << kinds[static_cast<int>(each.kind)] << " "
              << utf8FromUtf16(each.kind == StepKind::open ? each.target : each.key.text) << " " << each.value;
+    const auto tell = [&text](bool differs, const char* name, const auto& value) {
+        if (differs)
+            text << " " << name << "=" << value;
+    };
     text << "}";
-    if (action.delay != 30)
-        text << " delay=" << action.delay;
-    if (action.hasColor)
-        text << " bgr=" << std::hex << std::uppercase << action.color;
-    if (!action.icon.empty())
-        text << " icon=" << utf8FromUtf16(action.icon);
-    if (!action.voice.empty())
-        text << " voice=" << utf8FromUtf16(action.voice);
+    tell(action.delay != 30, "delay", action.delay);
+    text << std::hex << std::uppercase;
+    tell(action.hasColor, "bgr", action.color);
+    tell(!action.icon.empty(), "icon", utf8FromUtf16(action.icon));
+    tell(!action.voice.empty(), "voice", utf8FromUtf16(action.voice));
     return text.str();
 }
 
@@ -65,52 +59,57 @@ std::vector<Row> rowsOf(const std::string& table) {
         const std::size_t end = std::min({table.find('\n', at), table.find("  ", at), table.size()});
         const std::string row = table.substr(at, end - at);
         const std::size_t arrow = row.rfind(" ->");
-        rows.emplace_back(row.substr(0, arrow), row.substr(std::min(arrow + 4, row.size())));
+        if (!row.starts_with("# "))
+            rows.emplace_back(row.substr(0, arrow), row.substr(std::min(arrow + 4, row.size())));
         at = end;
     }
     return rows;
 }
 
-Texts linesOf(const Picture& picture, const std::string& word) {
+std::string replaced(std::string text, const Texts& pairs) {
+    for (std::size_t i = 0; i < pairs.size(); i += 2)
+        for (auto at = text.find(pairs[i]); at != text.npos; at = text.find(pairs[i]))
+            text.replace(at, pairs[i].size(), pairs[i + 1]);
+    return text;
+}
+
+Texts linesOf(const Picture& picture, const std::string& name) {
     // By the order of the commands in the variant; what has no name is a mere outline.
-    static const std::string names[] = {"pie",       "", "arc",     "hole", "",
-                                        "rectangle", "", "polygon", "text", "image"};
+    static const Texts names{"pie", "", "arc", "hole", "", "rectangle", "", "polygon", "text", "image"};
     Texts lines;
     for (const DrawCommand& command : picture.commands) {
-        const std::string& name = names[command.index()];
-        const std::string line =
-            std::visit([&name](const auto& each) { return lineOf(each, name); }, command);
-        if (!name.empty() && line.starts_with(word))
-            lines.push_back(line);
+        const std::string& its = names[command.index()];
+        if (!its.empty() && (name.empty() || its == name))
+            lines.push_back(its + " " + std::visit([](const auto& each) { return lineOf(each); }, command));
     }
     return lines;
 }
 
 std::string describe(const std::vector<Wheel>& wheels) {
     std::string text;
-    for (const Wheel& wheel : wheels)
-        text += (text.empty() ? "" : " ") + utf8FromUtf16(wheel.name) + "[" + describe(wheel.actions) + "]";
+    for (const Wheel& each : wheels)
+        text += (text.empty() ? "" : " ") + utf8FromUtf16(each.name) + "[" + describe(each.actions) + "]";
     return text;
 }
 
 std::string describe(const std::vector<WheelAction>& actions) {
     std::string text;
-    for (const WheelAction& action : actions)
-        text += (text.empty() ? "" : "; ") + describe(action);
+    for (const WheelAction& each : actions)
+        text += (text.empty() ? "" : "; ") + describe(each);
     return text;
 }
 
 std::vector<ActionStep> stepsOf(const std::string& text) {
     std::vector<ActionStep> steps;
     std::istringstream words(text);
-    std::string kindName;
-    std::string what;
-    for (std::int32_t value = 0; words >> kindName >> what >> value;) {
-        const auto kind = static_cast<StepKind>(std::ranges::find(kinds, kindName) - kinds);
-        const bool opens = kind == StepKind::open;
-        const std::u16string name = utf16FromUtf8(what);
-        steps.push_back({opens ? KeyCode{} : parseKeyCode(name), kind, value, opens ? name : u""});
-    }
+    std::string kind;
+    std::string name;
+    for (std::int32_t value = 0; words >> kind >> name >> value;)
+        if (kind == "open")
+            steps.push_back({{}, StepKind::open, value, utf16FromUtf8(name)});
+        else
+            steps.push_back({parseKeyCode(utf16FromUtf8(name)),
+                             static_cast<StepKind>(std::ranges::find(kinds, kind) - kinds), value, u""});
     return steps;
 }
 
@@ -130,10 +129,7 @@ Wheel wheelOf(int fieldCount) {
 }
 
 std::string repeated(const std::string& piece, std::size_t count) {
-    std::ostringstream text;
-    for (std::size_t i = 0; i < count; ++i)
-        text << piece;
-    return text.str();
+    return count == 0 ? "" : piece + repeated(piece, count - 1);
 }
 
 std::string textOf(const OverlayChar* text) {
@@ -142,18 +138,6 @@ std::string textOf(const OverlayChar* text) {
 
 bool activateFile(const std::u16string& path) {
     return OverlayActivateWheelFile(reinterpret_cast<const OverlayChar*>(path.c_str()));
-}
-
-TemporaryFolder::TemporaryFolder() {
-    do
-        folder = std::filesystem::temp_directory_path() /
-                 ("rotika-test-" + std::to_string(std::random_device()()));
-    while (!std::filesystem::create_directory(folder));
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
 }
 
 std::u16string TemporaryFolder::write(const std::string& name, const std::string& bytes) const {
@@ -166,7 +150,7 @@ std::string TemporaryFolder::read(const std::string& name) const {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-EngineTest::EngineTest() : desktop(freshDesktop()) {
+EngineTest::EngineTest() : desktop((resetEngineForTest(), resetSimulatedDesktop(), simulatedDesktop())) {
     setSimulatedProgramFolder(folder.path());
 }
 
@@ -177,17 +161,10 @@ EngineTest::~EngineTest() {
     resetSimulatedFiles();
 }
 
-std::string EngineTest::journal(std::initializer_list<JournalKind> kinds) const {
-    std::string text;
-    for (const std::string& entry : desktop.journalOf(kinds))
-        text += (text.empty() ? "" : ", ") + entry;
-    return text;
-}
-
-std::string EngineTest::played(std::uint64_t sinceMs) const {
+std::string EngineTest::journal(std::optional<JournalKind> kind) const {
     std::string text;
     for (const JournalEntry& entry : desktop.journal)
-        if (entry.kind == JournalKind::input || entry.kind == JournalKind::target)
-            text += (text.empty() ? "" : ", ") + std::to_string(entry.atMs - sinceMs) + " " + entry.text;
+        if (!kind || entry.kind == *kind)
+            text += (text.empty() ? "" : ", ") + entry.text;
     return text;
 }

@@ -13,7 +13,8 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <initializer_list>
+#include <optional>
+#include <random>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -23,19 +24,20 @@ using namespace std::string_literals;
 using Texts = std::vector<std::string>;
 using Row = std::pair<std::string, std::string>;
 
-/// Of a text with rows "what -> result", each on a line of its own or two blanks away from the next.
+/// Of rows "what -> result", each on a line of its own or two blanks away from the next; "# comment" is none.
 std::vector<Row> rowsOf(const std::string& table);
+/// Every first text of a pair as its second.
+std::string replaced(std::string text, const Texts& pairs);
+std::string repeated(const std::string& piece, std::size_t count);
 
-/// The draw commands in their order but for outlines, with place, turn, colour (alpha, red, green, blue) and
-/// content: "pie 70,6 448x448 from -90 by 180 873498DB", "text 248,232 92x18 D7FFFFFF Gra". Those of `word`
-/// alone.
-Texts linesOf(const Picture& picture, const std::string& word = "");
+/// The draw commands of that name, or all, but for outlines, with place, turn, colour (ARGB) and content:
+/// "pie 70,6 448x448 from -90 by 180 873498DB", "text 248,232 92x18 D7FFFFFF Gra".
+Texts linesOf(const Picture& picture, const std::string& name = "");
 
 /// With everything that differs from a default shown:
 /// "name[field{click a 2, hold b 0, open c 1} delay=5 bgr=ABCDEF icon=i voice=v; field{}]".
 std::string describe(const std::vector<Wheel>& wheels);
 std::string describe(const std::vector<WheelAction>& actions);
-
 /// Of a text such as "hold shift 0 click a 2 open https://example.org 1".
 std::vector<ActionStep> stepsOf(const std::string& text);
 /// A field that clicks one key.
@@ -43,27 +45,14 @@ WheelAction field(const std::string& key, const std::u16string& name = u"",
                   const std::u16string& voice = u"");
 /// `fieldCount` fields, the first of which clicks key 65, the second 66, and so on.
 Wheel wheelOf(int fieldCount);
-
-std::string repeated(const std::string& piece, std::size_t count);
 /// What the engine's face answered.
 std::string textOf(const OverlayChar* text);
 bool activateFile(const std::u16string& path);
 
-/// A function as a simulated library holds it.
-template <typename Function>
-void* exported(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
-// Layer points that lie in a wheel of four fields, and elsewhere
-inline constexpr Point inFieldOfFour[] = {{334, 130}, {394, 270}, {254, 330}, {194, 190}};
-inline constexpr Point inRightArrow{560, 230};
-inline constexpr Point inHole{294, 230};
-
 /// A folder that no other test uses, also in a test program that runs at the same time; gone with it.
 struct TemporaryFolder {
-    TemporaryFolder();
-    ~TemporaryFolder();
+    TemporaryFolder() { std::filesystem::create_directory(folder); }
+    ~TemporaryFolder() { std::filesystem::remove_all(folder); }
 
     std::filesystem::path at(const std::string& name) const { return folder / name; }
     std::u16string path() const { return folder.u16string(); }
@@ -71,7 +60,8 @@ struct TemporaryFolder {
     std::u16string write(const std::string& name, const std::string& bytes) const;
     std::string read(const std::string& name) const;
 
-    std::filesystem::path folder;
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("rotika-test-" + std::to_string(std::random_device()()));
 };
 
 /// A fresh process, its program in an empty folder, on a fresh simulated desktop: the engine not yet started.
@@ -80,10 +70,9 @@ public:
     EngineTest();
     ~EngineTest() override;
 
-    /// Writes config.json with gaze and voice off but for what stands in `settings`, such as "\"keyHold\":
-    /// 5,".
+    /// Writes config.json with `settings`, such as R"("keyHold": 5,)" ahead of gaze
+    /// and voice off: the first of two members of one name holds.
     void configure(const std::string& settings = "") const {
-        // The first of two members of one name holds.
         folder.write("config.json", "{" + settings + R"("gazeEnabled": false, "voiceEnabled": false})");
     }
     /// Starts the engine with gaze and voice off and puts `wheels` in force.
@@ -98,34 +87,29 @@ public:
         desktop.releaseKey(engineConfig.toggleKeyCode.vk);
         desktop.pumpMessages();
     }
-    static Point virtualCursor() { return {engineState.cursorX, engineState.cursorY}; }
+    /// With those settings, and what follows at once.
+    void reload(const std::string& settings = "") {
+        configure(settings);
+        OverlayReloadConfig();
+        desktop.settle();
+    }
     /// Moves the virtual cursor of the open wheel there, with the real mouse and one tick.
     void aimAt(Point point) {
         desktop.moveMouse(point.x - engineState.cursorX, point.y - engineState.cursorY);
         desktop.advanceBy(15);
-        ASSERT_EQ(virtualCursor(), point);
     }
-    /// A press and release of the real left button, and what follows at once.
     void clickMouse() {
         desktop.pressMouse(0);
         desktop.releaseMouse(0);
         desktop.settle();
     }
-    void postToMain(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam = 0) {
-        ASSERT_TRUE(postWindowMessage(engineState.mainWindow, message, wParam, lParam));
-        desktop.settle();
-    }
 
-    /// What the engine did since the journal was last cleared, joined by ", ".
-    std::string journal(std::initializer_list<JournalKind> kinds) const;
-    std::string inputs() const { return journal({JournalKind::input}); }
-    /// Injected input and opened targets, each behind its time from `sinceMs`: "0 key 65 down, 60 key 65 up".
-    std::string played(std::uint64_t sinceMs = 0) const;
+    /// What the engine did since the journal was last cleared, joined by ", ": all, or of one kind.
+    std::string journal(std::optional<JournalKind> kind = {}) const;
     /// What is on show in that window, as linesOf tells it.
     Texts shown(const std::string& window, const std::string& word) {
         return linesOf(desktop.windowNamed(window)->picture.value(), word);
     }
-    bool isForeground(const std::string& name) { return desktop.foreground == desktop.windowNamed(name); }
     int wheelPaintCount() { return desktop.windowNamed("wheel")->paintCount; }
 
     TemporaryFolder folder;

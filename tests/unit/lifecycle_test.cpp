@@ -1,28 +1,27 @@
 #include "core/lifecycle.h"
 #include "engine_test.h"
+#include "gaze/gaze_thread.h"
 #include "run/function_run.h"
+#include "voice/voice_dispatch.h"
+
+#include <cmath>
 
 namespace {
 
-class Lifecycle : public EngineTest {};
+using Lifecycle = EngineTest;
 
 TEST_F(Lifecycle, StartMakesHiddenWindowsAndTakesTheToggleKeyOnceAndAStopIsForGood) {
     desktop.hasDisplay = false;
-    for (int i = 0; i < 2; ++i) { // before and after the failed start
-        OverlayToggleWheel();
-        OverlayReloadConfig();
-        OverlayEngineStop();
-        EXPECT_TRUE(desktop.journal.empty());
-        EXPECT_FALSE(OverlayEngineStart());
-    }
+    EXPECT_FALSE(OverlayEngineStart());
+    OverlayToggleWheel();
+    OverlayReloadConfig();
+    OverlayEngineStop();
+    EXPECT_TRUE(desktop.journal.empty());
     desktop.hasDisplay = true;
-    configure();
-    EXPECT_TRUE(OverlayEngineStart());
-    for (const char* name : {"main", "wheel", "grid"})
-        EXPECT_FALSE(desktop.windowNamed(name)->isShown) << name;
+    startWith({wheelOf(1)});
+    EXPECT_FALSE(desktop.windowNamed("wheel")->isShown || desktop.windowNamed("grid")->isShown);
     EXPECT_EQ(desktop.registeredKeys(), (std::set<std::uint16_t>{0x58}));
-    EXPECT_EQ(OverlayWheelCount(), 1) << "the files of the first run";
-    EXPECT_FALSE(desktop.askedForElements) << "nobody can ask for labels while voice is off";
+    EXPECT_FALSE(desktop.askedForElements) << "voice is off";
     const std::size_t windowCount = desktop.windows.size();
     EXPECT_TRUE(OverlayEngineStart());
     OverlayEngineStop();
@@ -37,7 +36,7 @@ TEST_F(Lifecycle, AStandaloneStartTellsOfATakenKeyAndBadFilesAndHasATrayIcon) {
     folder.write("voice.json", R"({"wheels": [5]})");
     desktop.keysTakenByOthers = {0x58};
     EXPECT_TRUE(startEngine(true));
-    EXPECT_EQ(journal({JournalKind::box}),
+    EXPECT_EQ(journal(JournalKind::box),
               "[Rotika] Nie udało się zarejestrować globalnego skrótu 'x'.\nByć może inny program już go "
               "używa., [Rotika] Problemy z konfiguracją:\n\nconfig.json: nieznany klawisz \"lmb\" — używam "
               "\"x\".\ndefault.json: koło bez tablicy \"actions\".\n");
@@ -52,7 +51,7 @@ TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansAreLeftOutAndALaterReloadStarts
     folder.write("config.json", "{}");
     desktop.refusesThreads = true;
     EXPECT_TRUE(OverlayEngineStart());
-    postToMain(MsgVoiceCommand, 10);
+    dispatchRecognisedText("pokaż elementy");
     EXPECT_EQ(textOf(OverlayVoiceStatus()), "błąd inicjalizacji");
     EXPECT_EQ(textOf(OverlayGazeStatus()), "błąd inicjalizacji");
     desktop.refusesThreads = false;
@@ -61,25 +60,22 @@ TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansAreLeftOutAndALaterReloadStarts
     EXPECT_EQ(textOf(OverlayVoiceStatus()), "brak simulated-speech");
     EXPECT_TRUE(desktop.askedForElements);
     EXPECT_EQ(textOf(OverlayGazeStatus()), "brak simulated-gaze (zainstaluj oprogramowanie Tobii)");
-    engineState.gazeStatus = -1;
-    EXPECT_EQ(textOf(OverlayGazeStatus()), "błąd inicjalizacji");
 }
 
 TEST_F(Lifecycle, ReloadReadsTheFilesAgainAndKeepsTheWheelOpenOnANewField) {
     startWith({wheelOf(24), wheelOf(24)});
     folder.write("default.json", R"({"actions": [{"key": "q"}]})");
-    configure(R"("segmentColor": "#010203", "toggleKey": "F9",)");
     pressToggleKey();
     aimAt({293, 100});
     EXPECT_EQ(engineState.hoveredField, 23);
     engineState.activeWheel = 1;
-    OverlayReloadConfig();
+    reload(R"("segmentColor": "#010203", "toggleKey": "F9",)");
     EXPECT_EQ(engineState.activeWheel, 0);
     EXPECT_EQ(shown("wheel", "pie"), (Texts{"pie 70,6 448x448 from -90 by 360 87010203"}));
     EXPECT_EQ(desktop.registeredKeys(), (std::set<std::uint16_t>{0x58})) << "until the next start";
     clickMouse(); // on the field that took the place of the vanished one
     desktop.advanceBy(1000);
-    EXPECT_EQ(inputs(), "key 81 down, key 81 up");
+    EXPECT_EQ(journal(JournalKind::input), "key 81 down, key 81 up");
 }
 
 TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothingAlsoFromAnotherProcess) {
@@ -87,37 +83,69 @@ TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothingAlsoFromAnotherProc
     ASSERT_TRUE(startEngine(true));
     engineState.wheels = {wheelOf(4), wheelOf(5)};
     pressToggleKey();
-    aimAt(inFieldOfFour[2]);
+    aimAt({254, 330});
     engineState.activeWheel = 1;
     desktop.clearJournal();
     const std::u16string good = folder.write("mieszane.json", R"({"wheels": [{"name": "a", "actions": []}, 7,
         {"name": "b", "actions": [{"key": "a"}, {"key": "nic"}]}, {"name": "c", "actions": [{"key": "c"}]}]})");
     const std::u16string bad =
         folder.write("zle.json", R"({"wheels": [{"actions": [{"key": "a"}]}]} reszta)");
-    const auto send = [this](const std::u16string& path, std::uintptr_t kind, std::size_t byteCount) {
+    const auto send = [this](std::uintptr_t kind, const std::u16string& path, std::size_t byteCount) {
         return desktop.sendData(kind, path.data(), byteCount);
     };
     const std::size_t size = good.size() * 2;
-    EXPECT_FALSE(OverlayActivateWheelFile(nullptr) || activateFile(bad) ||
-                 activateFile(folder.path("brak.json")) || send(good, 0, size) || send(good, 2, size) ||
-                 send(good, 1, 0) || send(good, 1, 1) || send(bad, 1, bad.size() * 2) ||
-                 send(std::u16string(8, u'\0'), 1, 16) || desktop.sendData(1, nullptr, 9));
+    EXPECT_FALSE(OverlayActivateWheelFile(nullptr) || activateFile(bad) || send(0, good, size) ||
+                 send(1, good, 1) || send(1, bad, bad.size() * 2) || send(1, std::u16string(8, u'\0'), 16) ||
+                 desktop.sendData(1, nullptr, 9));
     EXPECT_TRUE(engineState.activeWheel == 1 && engineState.hoveredField == 2 && OverlayWheelCount() == 2);
     EXPECT_TRUE(desktop.journal.empty());
     for (const bool isSent : {false, true}) {
         engineState.activeWheel = 1;
         // an odd byte and zeros at the end are no part of the path
-        EXPECT_TRUE(isSent ? send(good + std::u16string(3, u'\0'), 1, size + 5) : activateFile(good));
+        EXPECT_TRUE(isSent ? send(1, good + std::u16string(3, u'\0'), size + 5) : activateFile(good));
         EXPECT_EQ(describe(engineState.wheels), "b[{click a 1}; {}] c[{click c 1}]");
-        EXPECT_TRUE(engineState.activeWheel == 0 && engineState.hoveredField == -1 &&
-                    OverlayIsWheelVisible());
+        EXPECT_TRUE(engineState.activeWheel == 0 && engineState.hoveredField == -1);
         EXPECT_EQ(shown("wheel", "pie").size(), 2U);
     }
-    EXPECT_EQ(journal({JournalKind::tray}), "info [Rotika] Aktywowano konfigurację: " + utf8FromUtf16(good));
-    OverlayReloadConfig();
-    EXPECT_EQ(OverlayWheelCount(), 1) << "back to default.json";
+    EXPECT_EQ(journal(JournalKind::tray), "info [Rotika] Aktywowano konfigurację: " + utf8FromUtf16(good));
     desktop.destroyMainWindow();
     EXPECT_TRUE(desktop.registeredKeys().empty());
+}
+
+TEST_F(Lifecycle, TheGazeLibraryIsLookedForInFourPlacesTheLastDownToTheThirdLevel) {
+    for (const char* place : {"z/a/b/c", "z/a/b/c/d", "z/.ukryty", "m"}) {
+        std::filesystem::create_directories(folder.at(place));
+        folder.write(place + "/simulated-gaze"s, "x");
+    }
+    const auto library = [this](const char* place) {
+        return (folder.at(place) / "simulated-gaze").make_preferred().u16string();
+    };
+    desktop.gazeRoots = {folder.path("brak"), folder.path("z"), folder.path("m")};
+    configure(R"("gazeEnabled": true, "gazeDllPath": "/brak/lib.so",)");
+    EXPECT_TRUE(OverlayEngineStart());
+    desktop.settle();
+    EXPECT_EQ(desktop.libraryAttempts, (std::vector{u"/brak/lib.so"s, folder.path("simulated-gaze"),
+                                                    u"simulated-gaze"s, library("z/a/b/c"), library("m")}));
+}
+
+TEST_F(Lifecycle, ValidPointsBecomeTheSampleInForce) {
+    std::string samples;
+    for (const GazePoint& point : std::vector<GazePoint>{{0, 1, 0.5F, 0.25F},
+                                                         {0, 1, 1.2F, -0.33339F},
+                                                         {0, 0, 0.9F, 0.9F},
+                                                         {0, 2, 0.9F, 0.9F},
+                                                         {0, 1, 3e5F, -3e5F},
+                                                         {0, 1, std::nanf(""), 0}}) {
+        onGazePoint(&point, nullptr);
+        samples += std::to_string(engineState.gazeX) + " " + std::to_string(engineState.gazeY) + ", ";
+    }
+    EXPECT_EQ(samples,
+              "5000 2500, 12000 -3333, 12000 -3333, 12000 -3333, 2147483647 -2147483648, -2147483648 0, ");
+    GazeDeviceUrl url{};
+    const std::string tooLong(400, 'u');
+    for (const char* each : {static_cast<const char*>(nullptr), "", tooLong.c_str(), "other"})
+        firstDeviceUrl(each, &url);
+    EXPECT_EQ(url.data(), tooLong.substr(0, 255));
 }
 
 /// For the sanitizer of threads.

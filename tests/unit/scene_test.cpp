@@ -2,23 +2,46 @@
 #include "gaze/gaze_thread.h"
 #include "platform/clock.h"
 #include "platform/injection.h"
+#include "voice/phrase_table.h"
 #include "voice/voice_dispatch.h"
 
+#include <functional>
 #include <map>
 #include <sstream>
 
 // A scene is what a person and the desktop do, and behind the arrow what can be seen at its end. The engine
 // is started with an eye tracker that is connected but not enabled, and one wheel, whose four fields click
-// the keys 65 to 68. Behind "|" stands what is played in the end, each at its ms since the beginning or
+// the keys 65 to 68. "lampa" names the first, "radio" a voice function of
+// key 68. Behind "|" stands what is played in the end, each at its ms since the beginning or
 // "now": "65+" is key 65 going down, "x37" an extended key, "b0-" the left button going up, "16++" a key that
 // is left down.
 
 namespace {
 
 class Scenes : public EngineTest, public testing::WithParamInterface<Row> {
-public:
+protected:
     void play(const std::string& script);
     std::string seen();
+
+    // What follows a verb
+    std::int32_t number() {
+        std::int32_t value = 0;
+        words >> value;
+        return value;
+    }
+    Point point() {
+        const std::int32_t x = number();
+        return {x, number()};
+    }
+    Rect rect() {
+        const Point corner = point();
+        return {corner.x, corner.y, number(), number()};
+    }
+    std::string text() {
+        std::string rest;
+        std::getline(words >> std::ws, rest);
+        return rest;
+    }
 
     /// The eye looks at a layer point; as the tracker tells it, in ten-thousandths of the screen.
     void look(Point point) const {
@@ -28,150 +51,95 @@ public:
         engineState.gazeY = ((place.top + point.y) * 10000 + screen.height() / 2) / screen.height();
         engineState.gazeSampleTick = tickCount();
     }
-    /// The virtual cursor is there, and the eye on it.
-    void rest(Point point) const {
+    void rest(Point point) const { // the virtual cursor too
         std::tie(engineState.cursorX, engineState.cursorY) = std::tie(point.x, point.y);
         look(point);
     }
-    void say(const std::string& words) const {
-        dispatchRecognisedText(words);
+    void setWheels() {
+        engineState.wheels.clear();
+        for (int fieldCount = 0; words >> fieldCount;)
+            engineState.wheels.push_back(wheelOf(fieldCount));
+    }
+    void post(std::int32_t message) {
+        const Point numbers = point();
+        postWindowMessage(engineState.mainWindow, MsgVoiceCommand + static_cast<std::uint32_t>(message),
+                          static_cast<std::uintptr_t>(numbers.x), numbers.y);
         desktop.settle();
     }
-    void addMonitor(const Rect& monitor, Point cursor) const {
-        desktop.monitors.push_back(monitor);
-        desktop.cursor = cursor;
-    }
-    void addElement(const Rect& rect) const {
+    std::uint64_t startMs = 0;
+
+private:
+    WheelAction& firstField() { return engineState.wheels[0].actions[0]; }
+    void addElement(const Rect& rect) {
         desktop.elements.roots.push_back({{rect, ControlType::button, true, false, false}});
     }
-    /// Shows that many labels.
-    void label(int count) {
-        addElement({10, 20, 111, 61});
-        if (count > 1)
-            addElement({500, 500, 700, 540});
-        play("say pokaż elementy; wait 500; now");
-    }
-    void now() {
-        desktop.clearJournal();
-        startMs = desktop.clock.now();
-        paints = wheelPaintCount();
-    }
 
-    std::uint64_t startMs = 0;
-    int paints = 0;
-};
-
-using Words = std::istream;
-
-std::int32_t number(Words& words) {
-    std::int32_t value = 0;
-    words >> value;
-    return value;
-}
-
-Point point(Words& words) {
-    const std::int32_t x = number(words);
-    return {x, number(words)};
-}
-
-std::string text(Words& words) {
-    std::string rest;
-    std::getline(words >> std::ws, rest);
-    return rest;
-}
-
-std::vector<Wheel> wheels(Words& words) {
-    std::vector<Wheel> all;
-    for (int fieldCount = 0; words >> fieldCount;)
-        all.push_back(wheelOf(fieldCount));
-    return all;
-}
-
-const std::map<std::string, void (*)(Scenes&, Words&)> verbs = {
-    // settings and the machine
-    {"wheels", [](Scenes&, Words& w) { engineState.wheels = wheels(w); }},
-    {"steps", [](Scenes&, Words& w) { engineState.wheels[0].actions[0].steps = stepsOf(text(w)); }},
-    {"delay", [](Scenes&, Words& w) { engineState.wheels[0].actions[0].delay = number(w); }},
-    {"sendDelay", [](Scenes&, Words& w) { engineConfig.sendDelay = number(w); }},
-    {"keyHold", [](Scenes&, Words& w) { engineConfig.keyHold = number(w); }},
-    {"takeFocus", [](Scenes&, Words&) { engineConfig.takeFocus = true; }},
-    {"gaze", [](Scenes&, Words&) { engineConfig.gazeEnabled = true; }},
-    {"dwell", [](Scenes&, Words& w) { engineConfig.gazeDwell = number(w); }},
-    {"tracker", [](Scenes&, Words& w) { engineState.gazeStatus = number(w); }},
-    {"swap", [](Scenes& s, Words& w) { s.desktop.buttonsAreSwapped = number(w) != 0; }},
-    {"program", [](Scenes& s, Words& w) { s.desktop.focusProgram(s.desktop.addProgram(text(w))); }},
-    {"exit", [](Scenes& s, Words& w) { s.desktop.closeProgram(s.desktop.windowNamed(text(w))); }},
-    {"monitors",
-     [](Scenes& s, Words&) {
-         s.desktop.changeMonitors({{0, 0, 1800, 1000}});
-     }},
-    {"left",
-     [](Scenes& s, Words&) {
-         s.addMonitor({-1281, -50, 0, 974}, {-1, 10});
-     }},
-    {"second",
-     [](Scenes& s, Words&) {
-         s.addMonitor({1920, 0, 2920, 1000}, {2420, 500});
-     }},
-    {"small",
-     [](Scenes& s, Words&) {
-         s.addElement({0, 0, 50, 50});
-     }},
-    {"large",
-     [](Scenes& s, Words&) {
-         s.addElement({0, 0, 1000, 800});
-     }},
-    {"label", [](Scenes& s, Words& w) { s.label(number(w)); }},
-    {"twice", [](Scenes& s, Words&) { s.desktop.pressDelivery = PressDelivery::hookAndRaw; }},
-    // the person
-    {"toggle", [](Scenes& s, Words&) { s.pressToggleKey(); }},
-    {"shell", [](Scenes&, Words&) { OverlayToggleWheel(); }},
-    {"aim", [](Scenes& s, Words& w) { s.aimAt(point(w)); }},
-    {"right", [](Scenes& s, Words& w) { s.desktop.moveMouse(number(w), 0); }},
-    {"down", [](Scenes& s, Words& w) { s.desktop.moveMouse(0, number(w)); }},
-    {"press", [](Scenes& s, Words&) { s.clickMouse(); }},
-    {"inject", [](Scenes&, Words&) { injectMouseButton(0, InputMotion::downUntilReleased); }},
-    {"cursor", [](Scenes& s, Words& w) { s.desktop.cursor = point(w); }},
-    {"look", [](Scenes& s, Words& w) { s.look(point(w)); }},
-    {"rest", [](Scenes& s, Words& w) { s.rest(point(w)); }},
-    {"say", [](Scenes& s, Words& w) { s.say(text(w)); }},
-    // what befalls the engine
-    {"run", [](Scenes& s, Words&) { s.postToMain(MsgVoiceField, 0, 0); }}, // the first field, after 100 ms
-    {"post",                                                               // to the main window
-     [](Scenes& s, Words& w) {
-         const auto message = MsgVoiceCommand + static_cast<std::uint32_t>(number(w));
-         const Point numbers = point(w);
-         s.postToMain(message, static_cast<std::uintptr_t>(numbers.x), numbers.y);
-     }},
-    {"wait", [](Scenes& s, Words& w) { s.desktop.advanceBy(static_cast<std::uint64_t>(number(w))); }},
-    {"now", [](Scenes& s, Words&) { s.now(); }},
-    {"lock", [](Scenes& s, Words&) { s.desktop.lockSession(true); }},
-    {"unlock", [](Scenes& s, Words&) { s.desktop.lockSession(false); }},
-    {"close", [](Scenes& s, Words&) { s.desktop.askToClose("wheel"); }},
-    {"destroy", [](Scenes& s, Words& w) { s.desktop.destroyOverlay(text(w)); }},
-    {"quit", [](Scenes& s, Words&) { s.desktop.destroyMainWindow(); }},
-    {"stall", [](Scenes& s, Words&) { s.desktop.captureWasSilent = true; }},
-    {"stop", [](Scenes&, Words&) { OverlayEngineStop(); }},
+    std::istringstream words;
+    const std::map<std::string, std::function<void()>> verbs = {
+        // settings and the machine
+        {"wheels", [this] { setWheels(); }},
+        {"steps", [this] { firstField().steps = stepsOf(text()); }},
+        {"delay", [this] { firstField().delay = number(); }},
+        {"sendDelay", [this] { engineConfig.sendDelay = number(); }},
+        {"keyHold", [this] { engineConfig.keyHold = number(); }},
+        {"takeFocus", [] { engineConfig.takeFocus = true; }},
+        {"local", [] { engineConfig.voiceGlobal = false; }},
+        {"gaze", [] { engineConfig.gazeEnabled = true; }},
+        {"dwell", [this] { engineConfig.gazeDwell = number(); }},
+        {"tracker", [this] { engineState.gazeStatus = number(); }},
+        {"swap", [this] { desktop.buttonsAreSwapped = number() != 0; }},
+        {"program", [this] { desktop.focusProgram(desktop.addProgram(text())); }},
+        {"exit", [this] { desktop.closeProgram(desktop.windowNamed(text())); }},
+        {"monitors", [this] { desktop.changeMonitors(std::vector(1, rect())); }},
+        {"monitor", [this] { desktop.monitors.push_back(rect()); }},
+        {"element", [this] { addElement(rect()); }},
+        {"label", [this] { play("element 10 20 111 61; scan"); }},
+        {"labels", [this] { play("element 10 20 111 61; element 500 500 700 540; scan"); }},
+        {"scan", [this] { play("say pokaż elementy; wait 500; now"); }},
+        {"twice", [this] { desktop.pressDelivery = PressDelivery::hookAndRaw; }},
+        // the person
+        {"toggle", [this] { pressToggleKey(); }},
+        {"shell", [] { OverlayToggleWheel(); }},
+        {"aim", [this] { aimAt(point()); }},
+        {"right", [this] { desktop.moveMouse(number(), 0); }},
+        {"down", [this] { desktop.moveMouse(0, number()); }},
+        {"press", [this] { clickMouse(); }},
+        {"inject", [] { injectMouseButton(0, InputMotion::downUntilReleased); }},
+        {"cursor", [this] { desktop.cursor = point(); }},
+        {"look", [this] { look(point()); }},
+        {"rest", [this] { rest(point()); }},
+        {"say", [this] { dispatchRecognisedText(text()), desktop.settle(); }},
+        // what befalls the engine
+        {"run", [this] { play("post 1 0 0"); }}, // the first field, after 100 ms
+        {"post", [this] { post(number()); }},
+        {"wait", [this] { desktop.advanceBy(static_cast<std::uint64_t>(number())); }},
+        {"now", [this] { desktop.clearJournal(), startMs = desktop.clock.now(); }},
+        {"lock", [this] { desktop.lockSession(true); }},
+        {"unlock", [this] { desktop.lockSession(false); }},
+        {"close", [this] { desktop.askToClose("wheel"); }},
+        {"destroy", [this] { desktop.destroyOverlay(text()); }},
+        {"quit", [this] { desktop.destroyMainWindow(); }},
+        {"stall", [this] { desktop.captureWasSilent = true; }},
+        {"stop", [] { OverlayEngineStop(); }},
+    };
 };
 
 void Scenes::play(const std::string& script) {
     std::istringstream parts(script);
+    std::string verb;
     for (std::string part; std::getline(parts, part, ';');) {
-        std::istringstream words(part);
-        std::string verb;
+        words = std::istringstream(part);
         words >> verb;
-        ASSERT_TRUE(verb.empty() || verbs.contains(verb)) << part;
-        if (!verb.empty())
-            verbs.at(verb)(*this, words);
+        ASSERT_TRUE(verbs.contains(verb)) << part;
+        verbs.at(verb)();
     }
 }
 
 /// Whatever happened, capture, timer and window go with the wheel.
 std::string Scenes::seen() {
     const bool isOpen = OverlayIsWheelVisible();
-    EXPECT_EQ(desktop.isCaptured(), isOpen);
-    EXPECT_EQ(desktop.timers.size(), isOpen ? 1U : 0U);
-    EXPECT_EQ(desktop.windowNamed("wheel")->isShown, isOpen);
+    EXPECT_TRUE(desktop.isCaptured() == isOpen && desktop.timers.size() == (isOpen ? 1U : 0U) &&
+                desktop.windowNamed("wheel")->isShown == isOpen);
     std::ostringstream text;
     const auto tell = [&text](bool isSo, const std::string& word, auto... numbers) {
         if (isSo)
@@ -179,9 +147,10 @@ std::string Scenes::seen() {
     };
     const bool hasGrid = engineState.gridVisible;
     const bool hasLabels = engineState.elementsVisible;
+    const Point aimed{engineState.cursorX, engineState.cursorY};
     const PlatformWindow& grid = *desktop.windowNamed("grid");
     text << (isOpen ? "open" : engineState.restorePending ? "gone" : "closed");
-    tell(isOpen && virtualCursor() != inHole, "", engineState.cursorX, engineState.cursorY);
+    tell(isOpen && aimed != Point{294, 230}, "", aimed.x, aimed.y);
     tell(isOpen && engineState.hoveredField >= 0, " field", engineState.hoveredField);
     tell(isOpen && engineState.hoveredArrow >= 0, " arrow", engineState.hoveredArrow);
     tell(engineState.activeWheel != 0, " wheel", engineState.activeWheel);
@@ -192,23 +161,23 @@ std::string Scenes::seen() {
     tell(desktop.searches.size() > 1, " searched", desktop.searches.size());
     tell(desktop.screenWakeUps > 0, " woken", desktop.screenWakeUps);
     tell(desktop.cursor != Point{960, 540}, " at", desktop.cursor.x, desktop.cursor.y);
-    tell(!isForeground("game"), " in " + desktop.foreground->name);
+    tell(desktop.foreground != desktop.windowNamed("game"), " in " + desktop.foreground->name);
     if (!isOpen)
         desktop.advanceBy(70'000);
-    std::string input = played(startMs);
-    for (const auto& [words, sign] : {Row{"key ", ""},
-                                      {"button ", "b"},
-                                      {"extended ", "x"},
-                                      {" down and left", "++"},
-                                      {" down", "+"},
-                                      {" up", "-"}})
-        for (auto at = input.find(words); at != input.npos; at = input.find(words))
-            input.replace(at, words.size(), sign);
-    return text.str() + (input.empty() ? "" : " | " + input);
+    std::string input;
+    for (const JournalEntry& entry : desktop.journal)
+        if (entry.kind == JournalKind::input || entry.kind == JournalKind::target)
+            input += (input.empty() ? " | " : ", ") + std::to_string(entry.atMs - startMs) + " " + entry.text;
+    return text.str() + replaced(input, {"key ", "", "button ", "b", "extended ", "x", " down and left", "++",
+                                         " down", "+", " up", "-"});
 }
 
 TEST_P(Scenes, EndAsTheyShould) {
     startWith({wheelOf(4)});
+    engineState.wheels[0].actions[0].voice = u"lampa";
+    engineState.wheels[0].actions[1].voice = u"kliknij";
+    engineState.voiceActions.push_back(field("d", u"", u"radio"));
+    rebuildPhraseTable();
     engineState.gazeStatus = gazeStatusActive;
     desktop.elements.area = desktop.monitors.front();
     desktop.elementSearchMs = 100;
@@ -216,21 +185,21 @@ TEST_P(Scenes, EndAsTheyShould) {
     EXPECT_EQ(seen(), GetParam().second);
 }
 
-constexpr char toggling[] = R"(
+constexpr char scenes[] = R"(
+    # toggling
     toggle -> open  shell -> open  say pokaż koło -> open  say schowaj koło -> closed  stop -> closed
     lock; toggle -> closed  lock; shell -> closed
     lock; toggle; shell; say pokaż koło; post 1 0 1; say kliknij; say pokaż siatkę -> closed woken 4
     lock; unlock; toggle -> open  close -> closed  destroy wheel -> closed  destroy wheel; toggle -> open
     toggle; toggle -> closed  toggle; shell -> closed
     toggle; aim 334 130; say pokaż koło -> open 334 130 field 0  toggle; say schowaj koło -> closed
-    toggle; stop -> gone  toggle; quit -> gone  toggle; lock -> closed  toggle; monitors -> closed
+    toggle; stop -> gone  toggle; quit -> gone  toggle; lock -> closed  toggle; monitors 0 0 1800 1000 -> closed
     toggle; close -> closed  toggle; destroy wheel -> closed  toggle; stall; wait 15 -> closed
     takeFocus; toggle -> open in wheel  takeFocus; program chat; toggle; toggle -> closed in chat
     takeFocus; program chat; toggle; exit chat; toggle -> closed
     program chat; toggle; program other; toggle -> closed in chat
-    wheels 4 4; toggle; aim 560 230; press; aim 334 130; toggle; toggle -> open wheel 1)";
-
-constexpr char choosing[] = R"(
+    wheels 4 4; toggle; aim 560 230; press; aim 334 130; toggle; toggle -> open wheel 1
+    # choosing
     toggle; aim 334 130; press -> closed | 265 65+, 325 65-
     toggle; aim 394 270; press; wheels 1 -> closed | 265 66+, 325 66-
     twice; toggle; aim 394 270; press -> closed | 265 66+, 325 66-
@@ -249,11 +218,16 @@ constexpr char choosing[] = R"(
     say dwuklik -> closed | 60 b0+, 120 b0-, 180 b0+, 240 b0-  say prawy klik -> closed | 60 b1+, 120 b1-
     toggle; aim 334 130; now; say kliknij -> closed | 250 65+, 310 65-  toggle; say kliknij; wait 500 -> open
     toggle; aim 334 130; now; say prawy klik; wait 500 -> open 334 130 field 0 | 60 b1+, 120 b1-
-    post 1 1 0; post 1 0 4; post 1 0 -1; post 1 -1 0; post 4 1 0; post 4 -1 0; wait 500 -> closed
+    post 1 1 0; post 1 0 4; post 1 0 -1; post 1 -1 0; post 4 2 0; post 4 -1 0; wait 500 -> closed
     toggle; post 1 0 4; post 1 9 99; post 4 -1 0; post 0 0 0; post 0 99 0; post 0 600 0; wait 500 -> open
-    toggle; post 3 0 0; post 3 0 4660; post 2 0 4660; post 5 0 0; post 5 0 4660; post -1 0 0; wait 500 -> open)";
+    toggle; post 3 0 0; post 3 0 4660; post 2 0 4660; post 5 0 0; post 5 0 4660; post -1 0 0; wait 500 -> open
+    say lampa -> closed | 100 65+, 160 65-  toggle; say lampa -> closed | 250 65+, 310 65-
+    local; say lampa -> closed  local; toggle; say lampa -> closed | 250 65+, 310 65-
+    local; say radio -> closed | 100 68+, 160 68-  toggle; say radio -> closed | 250 68+, 310 68-
+    local; say kliknij -> closed | 60 b0+, 120 b0-  toggle; say lampa [unk] -> open  toggle; say Lampa -> open
+    toggle; say dziewięć -> open  toggle; say nic -> open  toggle; say -> open
 
-constexpr char steps[] = R"(
+    # steps
     steps hold a 1500 release b 0; run -> closed | 100 65+, 1600 65-, 1630 66-
     steps hold shift 0 click b 1; run -> closed | 100 16++, 130 66+, 190 66-
     steps hold a -1; run -> closed | 100 65++
@@ -269,9 +243,8 @@ constexpr char steps[] = R"(
     swap 1; say dwuklik; wait 130; swap 0 -> closed | 60 b1+, 120 b1-, 180 b0+, 240 b0-
     steps hold a 1000 click b 1 hold lmb 0 open x.exe 1; run; wait 500; lock -> closed | 100 65+, 1100 65-, 1190 66-
     say dwuklik; wait 100; lock -> closed | 60 b0+, 120 b0-
-    steps hold shift 0 hold mmb 0 hold a 60000; toggle; aim 334 130; press; wait 400; stop -> closed | 265 16++, 295 b2++, 325 65+, 60325 65-)";
-
-constexpr char grid[] = R"(
+    steps hold shift 0 hold mmb 0 hold a 60000; toggle; aim 334 130; press; wait 400; stop -> closed | 265 16++, 295 b2++, 325 65+, 60325 65-
+    # grid
     say pokaż siatkę -> closed grid 0 0 1920 1080
     say pokaż siatkę; say siedemnaście; say kliknij dwa razy na jeden -> closed grid 0 0 1920 1080
     say pokaż siatkę; say szesnaście; say pięć -> closed grid 1440 810 480 270 at 1680 945
@@ -279,33 +252,31 @@ constexpr char grid[] = R"(
     say pokaż siatkę; say trzy; say pokaż siatkę; say trzy -> closed grid 960 0 480 270 at 1200 135
     say pokaż siatkę; say dwa; say kliknij -> closed at 720 135 | 60 b0+, 120 b0-
     say pokaż siatkę; say schowaj siatkę; say jeden -> closed
-    left monitor; say pokaż siatkę -> closed grid -1281 -50 1281 1024 at -640 462
-    left monitor; say pokaż siatkę; say dwa -> closed grid -961 -50 320 256 at -801 78
+    monitor -1281 -50 0 974; cursor -1 10; say pokaż siatkę -> closed grid -1281 -50 1281 1024 at -640 462
+    monitor -1281 -50 0 974; cursor -1 10; say pokaż siatkę; say dwa -> closed grid -961 -50 320 256 at -801 78
     cursor 5000 5000; say pokaż siatkę -> closed grid 0 0 1920 1080
     cursor 100 100; toggle; say pokaż siatkę; say kliknij -> open grid 0 0 1920 1080 at 100 100
     toggle; say pokaż siatkę; say prawy klik; wait 500 -> open | 60 b1+, 120 b1-
-    say pokaż siatkę; lock -> closed  say pokaż siatkę; monitors -> closed
-    say pokaż siatkę; destroy grid -> closed  say pokaż siatkę; destroy grid; say pokaż siatkę; stop -> closed)";
-
-constexpr char labels[] = R"(
-    label 2; say jeden; wait 200; say jeden -> closed at 60 40 | 60 b0+, 120 b0-
-    label 2; say kliknij dwa razy na dwa -> closed at 600 520 | 60 b0+, 120 b0-, 180 b0+, 240 b0-
-    label 2; say kliknij prawy na jeden -> closed at 60 40 | 60 b1+, 120 b1-
-    label 2; say trzy; say kliknij prawy na trzy; wait 500 -> closed labels 2
-    label 2; say kliknij -> closed labels 2 | 60 b0+, 120 b0-  label 1; say schowaj elementy -> closed
-    label 1; say pokaż siatkę; say dwa -> closed grid 480 0 480 270 at 720 135  label 1; lock -> closed
-    label 1; monitors -> closed  label 1; destroy grid -> closed  label 1; stop -> closed
-    label 1; say pokaż elementy; wait 50 -> closed labels 1 unseen searched 2
-    label 1; say pokaż elementy; wait 50; now; say jeden; wait 100 -> closed labels 1 searched 2 at 60 40 | 60 b0+, 120 b0-
-    large; say pokaż elementy; wait 500 -> closed  large; say elementy strony; wait 500 -> closed labels 1
-    small; say pokaż siatkę; say pokaż elementy; wait 50; say pokaż elementy -> closed
-    small; say pokaż elementy; wait 50; say ukryj elementy; wait 500 -> closed
-    small; say pokaż elementy; wait 50; lock; wait 500 -> closed
-    small; say pokaż elementy; wait 50; post 2 0 4660; wait 500 -> closed labels 1
-    small; say pokaż elementy; wait 50; post 2 0 0; wait 500 -> closed
-    small; say pokaż elementy; wait 60; say ukryj elementy; say pokaż elementy; wait 50 -> closed labels 1 searched 2)";
-
-constexpr char motion[] = R"(
+    say pokaż siatkę; lock -> closed  say pokaż siatkę; monitors 0 0 1800 1000 -> closed
+    say pokaż siatkę; destroy grid -> closed  say pokaż siatkę; destroy grid; say pokaż siatkę; stop -> closed
+    # labels
+    labels; say jeden; wait 200; say jeden -> closed at 60 40 | 60 b0+, 120 b0-
+    labels; say kliknij dwa razy na dwa -> closed at 600 520 | 60 b0+, 120 b0-, 180 b0+, 240 b0-
+    labels; say kliknij prawy na jeden -> closed at 60 40 | 60 b1+, 120 b1-
+    labels; say trzy; say kliknij prawy na trzy; wait 500 -> closed labels 2
+    labels; say kliknij -> closed labels 2 | 60 b0+, 120 b0-  label; say schowaj elementy -> closed
+    label; say pokaż siatkę; say dwa -> closed grid 480 0 480 270 at 720 135  label; lock -> closed
+    label; monitors 0 0 1800 1000 -> closed  label; destroy grid -> closed  label; stop -> closed
+    label; say pokaż elementy; wait 50 -> closed labels 1 unseen searched 2
+    label; say pokaż elementy; wait 50; now; say jeden; wait 100 -> closed labels 1 searched 2 at 60 40 | 60 b0+, 120 b0-
+    element 0 0 1000 800; say pokaż elementy; wait 500 -> closed  element 0 0 1000 800; say elementy strony; wait 500 -> closed labels 1
+    element 0 0 50 50; say pokaż siatkę; say pokaż elementy; wait 50; say pokaż elementy -> closed
+    element 0 0 50 50; say pokaż elementy; wait 50; say ukryj elementy; wait 500 -> closed
+    element 0 0 50 50; say pokaż elementy; wait 50; lock; wait 500 -> closed
+    element 0 0 50 50; say pokaż elementy; wait 50; post 2 0 4660; wait 500 -> closed labels 1
+    element 0 0 50 50; say pokaż elementy; wait 50; post 2 0 0; wait 500 -> closed
+    element 0 0 50 50; say pokaż elementy; wait 60; say ukryj elementy; say pokaż elementy; wait 50 -> closed labels 1 searched 2
+    # motion
     toggle; right 1; wait 14 -> open  toggle; right 1; wait 30 -> open 295 230
     toggle; right 1000; down 1000; right -990; down -995; wait 15 -> open 304 235
     toggle; right -200; down -200; right -95; down -31; wait 15 -> open 0 0
@@ -315,7 +286,7 @@ constexpr char motion[] = R"(
     gaze; toggle; look 594 530; wait 15 -> open 399 335 field 1
     gaze; toggle; look 297 227; wait 15 -> open 295 229  gaze; toggle; look 296 228; wait 15 -> open
     gaze; toggle; look 2000 -2000; wait 15 -> open 587 0
-    second monitor; gaze; toggle; look -706 230; wait 15 -> open 0 230 at 2420 500
+    monitor 1920 0 2920 1000; cursor 2420 500; gaze; toggle; look -706 230; wait 15 -> open 0 230 at 2420 500
     toggle; look 594 530; wait 15 -> open  gaze; tracker 1; toggle; look 594 530; wait 15 -> open
     gaze; tracker 5; toggle; look 594 530; wait 15 -> open
     gaze; toggle; toggle; look 594 530; wait 234; toggle; wait 15 -> open 399 335 field 1
@@ -333,29 +304,18 @@ constexpr char motion[] = R"(
     gaze; wheels 4 4 4; toggle; rest 560 230; wait 1829 -> open 560 230 arrow 1 wheel 1 ring
     gaze; wheels 4 4 4; toggle; rest 560 230; wait 1830 -> open 560 230 arrow 1 wheel 2)";
 
-INSTANTIATE_TEST_SUITE_P(Toggling, Scenes, testing::ValuesIn(rowsOf(toggling)));
-INSTANTIATE_TEST_SUITE_P(Choosing, Scenes, testing::ValuesIn(rowsOf(choosing)));
-INSTANTIATE_TEST_SUITE_P(Steps, Scenes, testing::ValuesIn(rowsOf(steps)));
-INSTANTIATE_TEST_SUITE_P(Grid, Scenes, testing::ValuesIn(rowsOf(grid)));
-INSTANTIATE_TEST_SUITE_P(Labels, Scenes, testing::ValuesIn(rowsOf(labels)));
-INSTANTIATE_TEST_SUITE_P(Motion, Scenes, testing::ValuesIn(rowsOf(motion)));
+INSTANTIATE_TEST_SUITE_P(All, Scenes, testing::ValuesIn(rowsOf(scenes)));
 
 TEST_F(Scenes, OpeningPaintsBeforeShowingClosingUndoesTheCaptureFirstAndAnIdleWheelPaintsNothing) {
     startWith({wheelOf(4)});
-    const auto whatHappened = [this] {
-        return journal({JournalKind::window, JournalKind::picture, JournalKind::focus, JournalKind::cursor,
-                        JournalKind::capture, JournalKind::timer});
-    };
     desktop.addProgram("chat"); // next in line when the wheel goes
     play("takeFocus; now; toggle");
-    EXPECT_EQ(whatHappened(),
-              "place wheel 666,310 588x460, paint wheel, show wheel, focus wheel, capture at 960,540, "
-              "timer of wheel 15");
-    play("now; gaze; wait 1500; right 0; look 294 230; wait 900");
-    EXPECT_EQ(wheelPaintCount(), paints);
-    play("now; toggle");
-    EXPECT_EQ(whatHappened(),
-              "timer of wheel stopped, capture ended, hide wheel, cursor 960,540, focus game");
+    EXPECT_EQ(journal(), "place wheel 666,310 588x460, paint wheel, show wheel, focus wheel, "
+                         "capture at 960,540, timer of wheel 15");
+    play("gaze; wait 1500; now; right 0; look 294 230; wait 900");
+    EXPECT_EQ(journal(), "");
+    play("toggle");
+    EXPECT_EQ(journal(), "timer of wheel stopped, capture ended, hide wheel, cursor 960,540, focus game");
 }
 
 } // namespace

@@ -59,8 +59,10 @@ TEST_F(LinuxDesktop, ACharactersKeyTypesThatCharacterOnEveryLayout) {
         ASSERT_EQ(std::system((std::string("setxkbmap -layout ") + layout).c_str()), 0);
         XkbLockGroup(ownerDisplay(), XkbUseCoreKbd, static_cast<unsigned>(group)); // as a layout switch would
         for (std::size_t i = 0; i < keysyms.size(); ++i)
-            EXPECT_TRUE(pumpUntil([&] { return pressedFor(characters[i], group) == keysyms[i]; }))
-                << layout << " " << i;
+            EXPECT_TRUE(pumpUntil([sign = characters[i], inGroup = group, &wanted = keysyms[i]] {
+                return pressedFor(sign, inGroup) == wanted;
+            })) << layout
+                << " " << i;
     }
 }
 

@@ -121,7 +121,8 @@ TEST_F(PixelsContract, EachCommandLeavesItsPixels) {
     };
     for (const auto& [commands, expected] : cases) {
         showLayer(wheelWindow(), commands);
-        EXPECT_TRUE(pumpUntil([&] { return samples() == expected; })) << expected << "\n" << samples();
+        EXPECT_TRUE(pumpUntil([&wanted = expected] { return samples() == wanted; })) << expected << "\n"
+                                                                                     << samples();
     }
 }
 

@@ -79,7 +79,7 @@ std::string SimulatedEditor::text(std::int32_t id) const {
 std::string SimulatedEditor::rows(std::int32_t id) const {
     std::string joined;
     for (const std::u16string& row : controls.at(id).rows)
-        joined.append(joined.empty() ? "" : "|").append(utf8FromUtf16(row));
+        joined += (joined.empty() ? "" : "|") + utf8FromUtf16(row);
     return joined;
 }
 

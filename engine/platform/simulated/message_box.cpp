@@ -7,7 +7,6 @@
 void showWarningBox(const std::u16string& title, const std::u16string& text) {
     SimulatedDesktop& desktop = simulatedDesktop();
     desktop.requireOwner("box shown by a worker");
-    desktop.note(JournalKind::box,
-                 std::string("[").append(utf8FromUtf16(title)).append("] ") + utf8FromUtf16(text));
+    desktop.note(JournalKind::box, "[" + utf8FromUtf16(title) + "] " + utf8FromUtf16(text));
     desktop.pumpMessages();
 }

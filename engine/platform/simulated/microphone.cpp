@@ -9,16 +9,16 @@ namespace {
 
 constexpr std::uint32_t bufferMs = 100;
 
+enum class BufferPlace { nowhere, device, listener };
+
+struct SoundBuffer {
+    BufferPlace place = BufferPlace::nowhere;
+    std::string bytes;
+};
+
 } // namespace
 
 struct Microphone {
-    enum class BufferPlace { nowhere, device, listener };
-
-    struct SoundBuffer {
-        BufferPlace place = BufferPlace::nowhere;
-        std::string bytes;
-    };
-
     std::array<SoundBuffer, soundBufferCount> buffers;
     std::deque<std::size_t> queue; // of buffers at the device, in the order of their filling
     std::uint64_t nextFullAt = 0;  // of the virtual clock
@@ -79,13 +79,13 @@ void waitForSound(Microphone& microphone, std::uint32_t limitMs) {
 }
 
 std::optional<std::string_view> recordedSound(const Microphone& microphone, std::size_t index) {
-    const Microphone::SoundBuffer& buffer = microphone.buffers[index];
-    if (buffer.place != Microphone::BufferPlace::listener)
+    const SoundBuffer& buffer = microphone.buffers[index];
+    if (buffer.place != BufferPlace::listener)
         return std::nullopt;
     return buffer.bytes;
 }
 
 void requeueSoundBuffer(Microphone& microphone, std::size_t index) {
-    microphone.buffers[index].place = Microphone::BufferPlace::device;
+    microphone.buffers[index].place = BufferPlace::device;
     microphone.queue.push_back(index);
 }

@@ -16,6 +16,10 @@ target_link_libraries(rotika_options INTERFACE Threads::Threads)
 if(ROTIKA_SANITIZE)
     target_compile_options(rotika_options INTERFACE -fsanitize=${ROTIKA_SANITIZE} -fno-sanitize-recover=all
                                                     -fno-omit-frame-pointer -g1)
+    # The types of functions out of a library that is loaded at run time are its own.
+    if(ROTIKA_SANITIZE MATCHES undefined AND NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(rotika_options INTERFACE -fno-sanitize=function)
+    endif()
     target_link_options(rotika_options INTERFACE -fsanitize=${ROTIKA_SANITIZE})
 endif()
 if(WIN32)

@@ -211,7 +211,7 @@ run_attack() {
 }
 
 attack() {
-    desk_python -m desk.attack "$root/build/$1/rotika" --seconds $(($2 / 2)) \
+    desk_python "$root/tools/attack.py" "$root/build/$1/rotika" --seconds $(($2 / 2)) \
         ${3:+--seed "$3"} --artefacts "$root/build/artefacts/attack"
 }
 

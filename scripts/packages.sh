@@ -17,7 +17,7 @@ packages_test="
     dbus at-spi2-core libatk-adaptor gtk-3-examples designer-qt6
     pulseaudio pulseaudio-utils espeak-ng
     hsetroot fonts-dejavu-core trayer
-    python3-pytest python3-pytest-xdist python3-numpy python3-gi gir1.2-atspi-2.0"
+    python3-pytest python3-pytest-xdist python3-numpy python3-gi"
 
 # Making the voice model that the tests of speech listen with.
 packages_speech="python3 python3-numpy libopenblas0-pthread libespeak-ng1"

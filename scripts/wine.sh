@@ -6,6 +6,8 @@ set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix} WINEDEBUG=${WINEDEBUG:--all}
+# In the C locale Wine can make no file whose name has other letters than English ones.
+export LC_ALL=C.UTF-8
 # No prompt for the two browser and .NET add-ons, and no menu entries on the host's desktop.
 export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=${WINEDLLOVERRIDES:+;$WINEDLLOVERRIDES}"
 

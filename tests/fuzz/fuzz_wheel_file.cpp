@@ -47,7 +47,11 @@ void requireLimits(const WheelAction& action) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::vector<Wheel> wheels = load({reinterpret_cast<const char*>(data), size});
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    // What comes out of the decoder is whole UTF-16, so it survives the way back unchanged.
+    const std::u16string text = utf16FromUtf8(bytes);
+    require(utf16FromUtf8(utf8FromUtf16(text)) == text);
+    const std::vector<Wheel> wheels = load(bytes);
     for (const Wheel& wheel : wheels) {
         require(!wheel.actions.empty() && wheel.actions.size() <= maxFieldCount);
         for (const WheelAction& action : wheel.actions)

@@ -53,14 +53,6 @@ TEST_F(EngineTest, TheWheelShowsFieldsThenLabelsThenItsNameAndTheCursorAndTheDwe
                "text 88.5,197.5 124x68 C8000000 2", "text 87,196 124x68 FFFFFFFF 2", "hole 248,184 92x92",
                "text 248,232 92x18 D7FFFFFF Gra", "polygon 149,230 to 154.5 FFFFFFFF",
                "polygon 149,230 to 154.5 FF000000", "arc 132,213 34x34 from -90 by 90 EBFFFFFF"}));
-    engineState.wheels = {wheelOf(1), wheelOf(1)};
-    engineState.hoveredArrow = 1;
-    engineState.dwellProgress = 0.03F; // not yet worth a ring
-    const Texts lines = linesOf(buildWheelPicture());
-    EXPECT_EQ(Texts(lines.begin() + 4, lines.end() - 2),
-              (Texts{"text 248,210 92x22 EBFFFFFF 1/2", "rectangle 10,186 44x88 873498DB",
-                     "polygon 40,214 to 22 DCFFFFFF", "rectangle 534,186 44x88 FF3498DB",
-                     "polygon 548,214 to 566 FFFFFFFF"}));
 }
 
 TEST_F(EngineTest, IconsAreReadOnceBesideTheOwnerThreadAndComeIntoTheOpenWheel) {
@@ -81,24 +73,6 @@ TEST_F(EngineTest, IconsAreReadOnceBesideTheOwnerThreadAndComeIntoTheOpenWheel) 
     ASSERT_TRUE(activateFile(file));
     desktop.settle();
     EXPECT_EQ(desktop.imageLoads, (std::vector{icon, u"/tmp/zły.png"s}));
-}
-
-TEST_F(EngineTest, GridAndLabelsLieOnTheirArea) {
-    startWith({wheelOf(1)});
-    engineState.gridRect = {100, 0, 2020, 1080};
-    engineState.gridLevel = 1;
-    const Texts cells = linesOf(gridPicture());
-    EXPECT_EQ(cells.at(18), "rectangle 960,270 480x270 1C3498DB");
-    EXPECT_EQ(cells.at(20), "text 960,270 480x270 EBFFFFFF 7");
-    showGrid();
-    for (int i = 0; i < 30; ++i)
-        narrowGrid(1); // to nothing
-    EXPECT_TRUE(engineState.gridRect.width() == 0 && desktop.windowNamed("grid")->place.width() == 1);
-    engineState.elementsOrigin = {-100, 50, 900, 650};
-    engineState.elementRects.assign(10, {-110, 60, -60, 80});
-    const Texts labels = linesOf(elementLabelsPicture());
-    EXPECT_EQ(labels.front(), "rectangle -10,10 50x20 163498DB");
-    EXPECT_EQ(labels.back(), "text -10,10 32x18 FFFFFFFF 10");
 }
 
 TEST(ElementFilter, KeepsWhatCanBeClickedAtEachLimitAndNoDuplicates) {

@@ -7,12 +7,7 @@
 
 #include <X11/extensions/XInput.h>
 #include <glib.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <string_view>
 
@@ -67,7 +62,8 @@ protected:
             XEvent event;
             XNextEvent(display, &event);
             if (event.type == KeyPress || event.type == KeyRelease)
-                tell("key " + std::to_string(virtualKeyOf(event.xkey)), event.type == KeyPress);
+                tell("key " + std::to_string(XLookupKeysym(&event.xkey, 1)),
+                     event.type == KeyPress); // capital letters
             for (std::size_t i = 0; i < std::size(xButtons); ++i)
                 if ((event.type == ButtonPress || event.type == ButtonRelease) &&
                     event.xbutton.button == xButtons[i])
@@ -76,13 +72,6 @@ protected:
     }
 
 private:
-    static KeySym virtualKeyOf(XKeyEvent& event) {
-        const KeySym symbol = XLookupKeysym(&event, 0);
-        if (symbol >= XK_a && symbol <= XK_z)
-            return symbol - XK_a + 'A';
-        return symbol == XK_Right ? 0x27 : symbol;
-    }
-
     Display* const display = XOpenDisplay(nullptr);
     const Window own;
 };
@@ -95,32 +84,8 @@ void pumpOnce() {
     g_main_context_iteration(nullptr, wake != 0);
 }
 
-std::uint64_t watchMs() {
-    return static_cast<std::uint64_t>(g_get_monotonic_time()) / 1000;
-}
-
 std::unique_ptr<Recorder> makeRecorder(const Rect& place) {
     return std::make_unique<XRecorder>(place);
-}
-
-std::shared_ptr<void> takeHotKeyElsewhere(std::uint16_t virtualKey) {
-    Display* const display = XOpenDisplay(nullptr);
-    XGrabKey(display, XKeysymToKeycode(display, virtualKey), 0, DefaultRootWindow(display), 0, GrabModeAsync,
-             GrabModeAsync);
-    XSync(display, 0);
-    return {display, XCloseDisplay};
-}
-
-std::shared_ptr<void> startHoldingInput() {
-    char name[] = "/proc/self/exe";
-    char role[] = "--hold-input";
-    char* const words[] = {name, role, nullptr};
-    pid_t process = 0;
-    EXPECT_EQ(posix_spawn(&process, name, nullptr, nullptr, words, environ), 0);
-    return {name, [process](void*) {
-                kill(process, SIGKILL);
-                waitpid(process, nullptr, 0);
-            }};
 }
 
 std::vector<PictureColor> screenPixels(const Rect& part) {

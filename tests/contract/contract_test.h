@@ -26,7 +26,11 @@ struct Heard {
 };
 extern Heard heard;
 
+/// Runs the owner thread's loop until the condition holds, for at most ten seconds; whether it does at last.
+bool pumpUntil(const std::function<bool()>& condition);
+
 using Events = std::vector<std::string>;
+bool contains(const Events& events, const std::string& event);
 
 /// A window of another program with the keyboard. Its destructor ends the program.
 class Recorder {
@@ -37,12 +41,13 @@ public:
     /// "button 0 down", "key 65 up": what it was told so far, in order, without motion and the Z key.
     Events events();
     /// Whether it is told this within the limit of pumpUntil.
-    bool hears(const std::string& event);
+    bool hears(const std::string& event) {
+        return pumpUntil([&] { return contains(events(), event); });
+    }
     bool hasHeardZ = false; // real keys reach it
 
 protected:
-    /// Tells what has come meanwhile.
-    virtual void poll() = 0;
+    virtual void poll() = 0;                         // tells what has come meanwhile
     void tell(const std::string& what, bool isDown); // any thread
 
 private:
@@ -51,9 +56,6 @@ private:
 };
 /// Returns when real keys reach it.
 std::unique_ptr<Recorder> openRecorder(const Rect& place);
-
-/// Runs the owner thread's loop until the condition holds, for at most ten seconds; whether it does at last.
-bool pumpUntil(const std::function<bool()>& condition);
 
 // Each platform's driver has the owner thread's loop, another program, and a person at the real mouse and
 // keyboard, whose functions return when the system has the event; it need not have arrived.
@@ -69,9 +71,7 @@ void playRealKey(std::uint16_t virtualKey, bool isDown); // letters, Control and
 
 void clickRealButton(std::uint32_t button);
 void tapRealKey(std::uint16_t virtualKey);
-void clickInjected(std::uint32_t button);
 void tapInjected(std::uint16_t virtualKey, bool extended = false);
-bool contains(const Events& events, const std::string& event);
 
 /// Every test works on the same three windows, as the engine does.
 class ContractTest : public testing::Test {

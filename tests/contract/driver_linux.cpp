@@ -13,8 +13,7 @@
 
 namespace {
 
-constexpr unsigned long now = 0;
-constexpr unsigned xButtons[] = {1, 3, 2, 4, 8}; // the last one is a side button
+constexpr unsigned xButtons[] = {1, 3, 2, 4};
 
 Display* personsDisplay() {
     static Display* const display = XOpenDisplay(nullptr);
@@ -49,7 +48,6 @@ public:
         size.flags = USPosition | USSize;
         XSetWMNormalHints(display, own, &size);
         XSelectInput(display, own, KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask);
-        XkbSetDetectableAutoRepeat(display, 1, nullptr);
         XMapRaised(display, own);
         XSync(display, 0);
     }
@@ -58,12 +56,11 @@ public:
 
 protected:
     void poll() override {
-        while (XPending(display) > 0) {
+        while (XPending(display) > 0) { // keys by their capital letters
             XEvent event;
             XNextEvent(display, &event);
             if (event.type == KeyPress || event.type == KeyRelease)
-                tell("key " + std::to_string(XLookupKeysym(&event.xkey, 1)),
-                     event.type == KeyPress); // capital letters
+                tell("key " + std::to_string(XLookupKeysym(&event.xkey, 1)), event.type == KeyPress);
             for (std::size_t i = 0; i < std::size(xButtons); ++i)
                 if ((event.type == ButtonPress || event.type == ButtonRelease) &&
                     event.xbutton.button == xButtons[i])
@@ -104,12 +101,13 @@ std::vector<PictureColor> screenPixels(const Rect& part) {
 
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {
     int delta[] = {dx, dy};
-    XTestFakeDeviceMotionEvent(personsDisplay(), mouse(), 1, 0, delta, 2, now);
+    XTestFakeDeviceMotionEvent(personsDisplay(), mouse(), 1, 0, delta, 2, CurrentTime);
     XSync(personsDisplay(), 0);
 }
 
 void playRealButton(std::uint32_t button, bool isDown) {
-    XTestFakeDeviceButtonEvent(personsDisplay(), mouse(), xButtons[button], isDown ? 1 : 0, nullptr, 0, now);
+    XTestFakeDeviceButtonEvent(personsDisplay(), mouse(), xButtons[button], isDown ? 1 : 0, nullptr, 0,
+                               CurrentTime);
     XSync(personsDisplay(), 0);
 }
 
@@ -117,6 +115,6 @@ void playRealKey(std::uint16_t virtualKey, bool isDown) {
     static XDevice* const keyboard = device("Xvfb keyboard");
     const KeySym symbol = virtualKey == 0x14 ? XK_Caps_Lock : KeySym{virtualKey}; // a letter is its capital
     XTestFakeDeviceKeyEvent(personsDisplay(), keyboard, XKeysymToKeycode(personsDisplay(), symbol),
-                            isDown ? 1 : 0, nullptr, 0, now);
+                            isDown ? 1 : 0, nullptr, 0, CurrentTime);
     XSync(personsDisplay(), 0);
 }

@@ -17,6 +17,11 @@ using InputContract = ContractTest;
 constexpr std::uint16_t capsLock = 0x14;
 const DrawCommand opaqueRed = FilledRectangle{{0, 0, 200, 100}, {255, 200, 30, 30}};
 
+void clickInjected(std::uint32_t button) {
+    injectMouseButton(button, InputMotion::downUntilReleased);
+    injectMouseButton(button, InputMotion::up);
+}
+
 TEST_F(InputContract, AHotKeyIsHeardOncePerPressAlsoUnderALitCapsLockAndByNobodyElse) {
     const auto recorder = openRecorder(recorderPlace);
     ASSERT_TRUE(registerHotKey(mainWindow(), 1, 'X'));
@@ -59,11 +64,9 @@ TEST_F(InputContract, ACaptureHearsTheRealMouseAloneHoldsTheCursorAndGivesAllBac
         moveRealMouse(2, 1);
         return cursorPosition() != overRecorder;
     }));
-    const int before = heard.capturePresses;
     clickRealButton(0);
     EXPECT_TRUE(recorder->hears("button 0 up"));
     EXPECT_EQ(recorder->events().size(), 6U);
-    EXPECT_EQ(heard.capturePresses, before);
 }
 
 /// Until what was asked of the window system has surely happened, clicks may land on what was there before.

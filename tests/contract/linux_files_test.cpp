@@ -5,10 +5,8 @@
 #include "platform/files.h"
 
 #include <fcntl.h>
-#include <grp.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -43,47 +41,37 @@ protected:
         fs::permissions(folder / name, static_cast<fs::perms>(mode));
     }
 
-    /// Runs `body` in a child process, as "nobody": the superuser knows no read-only file. A file cannot grow
-    /// beyond the limit there, as on a full disk.
-    bool asOrdinaryUser(const std::function<bool()>& body, rlim_t sizeLimit = RLIM_INFINITY) const {
-        constexpr uid_t nobody = 65534;
-        const bool isSuperuser = ::getuid() == 0;
-        EXPECT_TRUE(!isSuperuser || std::system(("chown -hR nobody: " + folder.string()).c_str()) == 0);
-        const pid_t child = ::fork();
-        if (child == 0) {
-            const rlimit limit{sizeLimit, RLIM_INFINITY};
-            std::signal(SIGXFSZ, SIG_IGN);
-            const bool isReady = ::setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
-                                 (!isSuperuser || (::setgroups(0, nullptr) == 0 && ::setgid(nobody) == 0 &&
-                                                   ::setuid(nobody) == 0));
-            ::_exit(isReady && body() ? 0 : 1);
-        }
-        int status = 0;
-        ::waitpid(child, &status, 0);
-        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    /// As "nobody" if need be: the superuser knows no read-only file. A file cannot grow beyond the limit
+    /// there, as on a full disk.
+    void asOrdinaryUser(const std::function<void()>& body, rlim_t sizeLimit = RLIM_INFINITY) const {
+        const uid_t own = ::getuid(), user = own == 0 ? 65534 : own;
+        EXPECT_TRUE(own != 0 || std::system(("chown -hR nobody: " + folder.string()).c_str()) == 0);
+        const rlimit limit{sizeLimit, RLIM_INFINITY}, none{RLIM_INFINITY, RLIM_INFINITY};
+        std::signal(SIGXFSZ, SIG_IGN);
+        EXPECT_TRUE(::setrlimit(RLIMIT_FSIZE, &limit) == 0 && ::setresuid(user, user, own) == 0);
+        body();
+        EXPECT_TRUE(::setresuid(own, own, own) == 0 && ::setrlimit(RLIMIT_FSIZE, &none) == 0);
     }
 
     const fs::path folder = temporaryFolder();
 };
 
 TEST_F(LinuxFiles, ALinkStaysALinkAndItsTargetGetsTheContentAndKeepsItsMode) {
-    fs::create_directory(folder / "real");
-    ASSERT_TRUE(write("real/file", "old"));
-    setMode("real/file", 0606);
-    fs::create_symlink("real/file", folder / "link");
+    ASSERT_TRUE(write("file", "old"));
+    setMode("file", 0606);
+    fs::create_symlink("file", folder / "link");
     fs::create_symlink(folder / "link", folder / "chain");
-    fs::create_symlink("circle", folder / "circle");
-    EXPECT_TRUE(write("chain", "new") && !write("circle", "x"));
-    EXPECT_EQ(read("real/file"), "new");
-    EXPECT_EQ(static_cast<int>(fs::status(folder / "real/file").permissions()), 0606);
-    for (const char* const link : {"link", "chain", "circle"})
-        EXPECT_TRUE(fs::is_symlink(folder / link)) << link;
+    EXPECT_TRUE(write("chain", "new"));
+    EXPECT_EQ(read("file"), "new");
+    EXPECT_EQ(static_cast<int>(fs::status(folder / "file").permissions()), 0606);
+    EXPECT_TRUE(fs::is_symlink(folder / "link") && fs::is_symlink(folder / "chain"));
 }
 
 TEST_F(LinuxFiles, WhatIsReadOnlyIsLeftAloneAndAPipeNeitherHoldsTheReaderNorIsReplaced) {
     ASSERT_TRUE(write("file", "old"));
     setMode("file", 0444);
-    EXPECT_TRUE(asOrdinaryUser([&] { return !write("file", "new") && read("file") == "old"; }));
+    asOrdinaryUser([&] { EXPECT_FALSE(write("file", "new")); });
+    EXPECT_EQ(read("file"), "old");
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(read("pipe"), "none");
     EXPECT_FALSE(write("pipe", "x"));
@@ -96,10 +84,10 @@ TEST_F(LinuxFiles, AFullDiskLeavesTheOldFileAndNothingBehind) {
     ASSERT_TRUE(write("file", old));
     for (const unsigned mode : {0755U, 0555U}) {
         setMode("", mode);
-        EXPECT_TRUE(asOrdinaryUser([&] { return !write("file", tooLong); }, 4096));
+        asOrdinaryUser([&] { EXPECT_FALSE(write("file", tooLong)); }, 4096);
         EXPECT_EQ(read("file"), old);
     }
-    EXPECT_TRUE(asOrdinaryUser([&] { return write("file", "shorter") && !write("other", "new"); }));
+    asOrdinaryUser([&] { EXPECT_TRUE(write("file", "shorter") && !write("other", "new")); });
     setMode("", 0755);
     renameError = ENOSPC;
     EXPECT_FALSE(write("file", "new"));
@@ -112,20 +100,18 @@ TEST_F(LinuxFiles, AFullDiskLeavesTheOldFileAndNothingBehind) {
 TEST_F(LinuxFiles, AProgramInAPackageTakesOverWhatItsAdministratorPreparedOnce) {
     const fs::path own = folder / "data/rotika";
     fs::create_directories(own);
-    ::setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
-    ASSERT_TRUE(write("config.json", "prepared") && write("default.json", "prepared") &&
-                write("work.json", "prepared"));
+    ::setenv("XDG_DATA_HOME", own.parent_path().c_str(), 1);
+    for (const char* const file : {"config.json", "default.json", "work.json"})
+        ASSERT_TRUE(write(file, "prepared"));
     ASSERT_TRUE(write("data/rotika/default.json", "mine"));
-    EXPECT_TRUE(asOrdinaryUser([&] { return chooseDataFolder(folder) == folder; }));
+    asOrdinaryUser([&] { EXPECT_EQ(chooseDataFolder(folder), folder); });
     setMode("", 0555);
     for (const char* const work : {"prepared", "none"}) {
-        EXPECT_TRUE(asOrdinaryUser([&] { return chooseDataFolder(folder) == own; }));
-        EXPECT_EQ(read("data/rotika/config.json"), "prepared");
-        EXPECT_EQ(read("data/rotika/default.json"), "mine");
+        asOrdinaryUser([&] { EXPECT_EQ(chooseDataFolder(folder), own); });
+        EXPECT_EQ(read("data/rotika/config.json") + read("data/rotika/default.json"), "preparedmine");
         EXPECT_EQ(read("data/rotika/work.json"), work);
         fs::remove(own / "work.json");
     }
-    ::unsetenv("XDG_DATA_HOME");
 }
 
 } // namespace

@@ -11,30 +11,26 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
-#include <tuple>
 #include <vector>
-
-using HeardMessage = std::tuple<std::uint32_t, std::uintptr_t, std::intptr_t>;
 
 /// What the platform has told us through the handlers since the test began.
 struct Heard {
-    std::vector<HeardMessage> byMain;
-    std::vector<HeardMessage> byWheel;
     std::vector<int> hotKeys;
     int windowPresses = 0; // ordinary left presses on the wheel's window
     int capturePresses = 0;
-    Point motion; // sum of the capture's raw motion
-    int ticks = 0;
+    Point motion;          // sum of the capture's raw motion
     int closeRequests = 0; // of the wheel's window
-    int editorRequests = 0;
-    int statusPages = 0;
     int monitorChanges = 0;
     std::vector<bool> lockChanges;
-    bool wasOnOwnerThread = true; // all of it
 };
 extern Heard heard;
+
+/// Runs the owner thread's loop until the condition holds, for at most ten seconds; whether it does at last.
+bool pumpUntil(const std::function<bool()>& condition);
+
+using Events = std::vector<std::string>;
+bool contains(const Events& events, const std::string& event);
 
 /// A window of another program with the keyboard. Its destructor ends the program.
 class Recorder {
@@ -42,49 +38,40 @@ public:
     virtual ~Recorder() = default;
     virtual WindowHandle window() const = 0;
 
-    /// "button 0 down", "key 65 up": what it was told so far, in order, without motion, auto-repeat and the Z
-    /// key. Button 3 is the wheel.
-    std::vector<std::string> events();
+    /// "button 0 down", "key 65 up": what it was told so far, in order, without motion and the Z key.
+    Events events();
     /// Whether it is told this within the limit of pumpUntil.
-    bool hears(const std::string& event);
+    bool hears(const std::string& event) {
+        return pumpUntil([&] { return contains(events(), event); });
+    }
     bool hasHeardZ = false; // real keys reach it
 
 protected:
-    /// Tells what has come meanwhile.
-    virtual void poll() = 0;
+    virtual void poll() = 0;                         // tells what has come meanwhile
     void tell(const std::string& what, bool isDown); // any thread
 
 private:
     std::mutex guard;
-    std::set<std::string> down;
-    std::vector<std::string> told;
+    Events told;
 };
 /// Returns when real keys reach it.
 std::unique_ptr<Recorder> openRecorder(const Rect& place);
 
-// Each platform's driver has the owner thread's loop, a person at the real mouse and keyboard, and other
-// programs. Owner thread.
+// Each platform's driver has the owner thread's loop, another program, and a person at the real mouse and
+// keyboard, whose functions return when the system has the event; it need not have arrived.
 
-/// Runs the owner thread's loop until the condition holds, for at most ten seconds; whether it does at last.
-bool pumpUntil(const std::function<bool()>& condition);
 /// Handles what has come, or waits for it a few milliseconds.
 void pumpOnce();
-std::uint64_t watchMs(); // a clock of the test's own; any thread
-
 std::unique_ptr<Recorder> makeRecorder(const Rect& place);
-/// Another program has the key as its hot key, for as long as the answer lives.
-std::shared_ptr<void> takeHotKeyElsewhere(std::uint16_t virtualKey);
-/// This program once more: a click and timed holds under way. Killed with the answer.
-std::shared_ptr<void> startHoldingInput();
 /// The pixels of a part of the screen as a person sees it, row by row; alpha is 255.
 std::vector<PictureColor> screenPixels(const Rect& part);
-
-// The person. Each returns when the system has the event; it need not have arrived.
 void moveRealMouse(std::int32_t dx, std::int32_t dy);
 void playRealButton(std::uint32_t button, bool isDown);  // 0 left, 1 right, 2 middle, 3 the wheel
 void playRealKey(std::uint16_t virtualKey, bool isDown); // letters, Control and Caps Lock
+
 void clickRealButton(std::uint32_t button);
 void tapRealKey(std::uint16_t virtualKey);
+void tapInjected(std::uint16_t virtualKey, bool extended = false);
 
 /// Every test works on the same three windows, as the engine does.
 class ContractTest : public testing::Test {
@@ -109,10 +96,3 @@ protected:
 private:
     std::vector<std::filesystem::path> folders;
 };
-
-/// A handler for startWindowTimer that counts in heard.ticks.
-void countTick() noexcept;
-
-bool contains(const std::vector<std::string>& events, const std::string& event);
-void tapInjected(std::uint16_t virtualKey, bool extended = false);
-void clickInjected(std::uint32_t button);

@@ -7,19 +7,13 @@
 
 #include <X11/extensions/XInput.h>
 #include <glib.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <string_view>
 
 namespace {
 
-constexpr unsigned long now = 0;
-constexpr unsigned xButtons[] = {1, 3, 2, 4, 8}; // the last one is a side button
+constexpr unsigned xButtons[] = {1, 3, 2, 4};
 
 Display* personsDisplay() {
     static Display* const display = XOpenDisplay(nullptr);
@@ -54,7 +48,6 @@ public:
         size.flags = USPosition | USSize;
         XSetWMNormalHints(display, own, &size);
         XSelectInput(display, own, KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask);
-        XkbSetDetectableAutoRepeat(display, 1, nullptr);
         XMapRaised(display, own);
         XSync(display, 0);
     }
@@ -63,11 +56,11 @@ public:
 
 protected:
     void poll() override {
-        while (XPending(display) > 0) {
+        while (XPending(display) > 0) { // keys by their capital letters
             XEvent event;
             XNextEvent(display, &event);
             if (event.type == KeyPress || event.type == KeyRelease)
-                tell("key " + std::to_string(virtualKeyOf(event.xkey)), event.type == KeyPress);
+                tell("key " + std::to_string(XLookupKeysym(&event.xkey, 1)), event.type == KeyPress);
             for (std::size_t i = 0; i < std::size(xButtons); ++i)
                 if ((event.type == ButtonPress || event.type == ButtonRelease) &&
                     event.xbutton.button == xButtons[i])
@@ -76,13 +69,6 @@ protected:
     }
 
 private:
-    static KeySym virtualKeyOf(XKeyEvent& event) {
-        const KeySym symbol = XLookupKeysym(&event, 0);
-        if (symbol >= XK_a && symbol <= XK_z)
-            return symbol - XK_a + 'A';
-        return symbol == XK_Right ? 0x27 : symbol;
-    }
-
     Display* const display = XOpenDisplay(nullptr);
     const Window own;
 };
@@ -95,32 +81,8 @@ void pumpOnce() {
     g_main_context_iteration(nullptr, wake != 0);
 }
 
-std::uint64_t watchMs() {
-    return static_cast<std::uint64_t>(g_get_monotonic_time()) / 1000;
-}
-
 std::unique_ptr<Recorder> makeRecorder(const Rect& place) {
     return std::make_unique<XRecorder>(place);
-}
-
-std::shared_ptr<void> takeHotKeyElsewhere(std::uint16_t virtualKey) {
-    Display* const display = XOpenDisplay(nullptr);
-    XGrabKey(display, XKeysymToKeycode(display, virtualKey), 0, DefaultRootWindow(display), 0, GrabModeAsync,
-             GrabModeAsync);
-    XSync(display, 0);
-    return {display, XCloseDisplay};
-}
-
-std::shared_ptr<void> startHoldingInput() {
-    char name[] = "/proc/self/exe";
-    char role[] = "--hold-input";
-    char* const words[] = {name, role, nullptr};
-    pid_t process = 0;
-    EXPECT_EQ(posix_spawn(&process, name, nullptr, nullptr, words, environ), 0);
-    return {name, [process](void*) {
-                kill(process, SIGKILL);
-                waitpid(process, nullptr, 0);
-            }};
 }
 
 std::vector<PictureColor> screenPixels(const Rect& part) {
@@ -139,12 +101,13 @@ std::vector<PictureColor> screenPixels(const Rect& part) {
 
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {
     int delta[] = {dx, dy};
-    XTestFakeDeviceMotionEvent(personsDisplay(), mouse(), 1, 0, delta, 2, now);
+    XTestFakeDeviceMotionEvent(personsDisplay(), mouse(), 1, 0, delta, 2, CurrentTime);
     XSync(personsDisplay(), 0);
 }
 
 void playRealButton(std::uint32_t button, bool isDown) {
-    XTestFakeDeviceButtonEvent(personsDisplay(), mouse(), xButtons[button], isDown ? 1 : 0, nullptr, 0, now);
+    XTestFakeDeviceButtonEvent(personsDisplay(), mouse(), xButtons[button], isDown ? 1 : 0, nullptr, 0,
+                               CurrentTime);
     XSync(personsDisplay(), 0);
 }
 
@@ -152,6 +115,6 @@ void playRealKey(std::uint16_t virtualKey, bool isDown) {
     static XDevice* const keyboard = device("Xvfb keyboard");
     const KeySym symbol = virtualKey == 0x14 ? XK_Caps_Lock : KeySym{virtualKey}; // a letter is its capital
     XTestFakeDeviceKeyEvent(personsDisplay(), keyboard, XKeysymToKeycode(personsDisplay(), symbol),
-                            isDown ? 1 : 0, nullptr, 0, now);
+                            isDown ? 1 : 0, nullptr, 0, CurrentTime);
     XSync(personsDisplay(), 0);
 }

@@ -94,34 +94,8 @@ void pumpOnce() {
     }
 }
 
-std::uint64_t watchMs() {
-    return GetTickCount64();
-}
-
 std::unique_ptr<Recorder> makeRecorder(const Rect& place) {
     return std::make_unique<WindowsRecorder>(place);
-}
-
-std::shared_ptr<void> takeHotKeyElsewhere(std::uint16_t virtualKey) {
-    EXPECT_NE(RegisterHotKey(nullptr, 1, 0, virtualKey), 0);
-    return {nullptr, [](void*) { UnregisterHotKey(nullptr, 1); }};
-}
-
-std::shared_ptr<void> startHoldingInput() {
-    wchar_t self[MAX_PATH]{};
-    GetModuleFileNameW(nullptr, self, MAX_PATH);
-    std::wstring line = L"\"" + std::wstring(self) + L"\" --hold-input";
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION started{};
-    EXPECT_NE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                             &started),
-              0);
-    CloseHandle(started.hThread);
-    return {started.hProcess, [](HANDLE process) {
-                TerminateProcess(process, 1);
-                CloseHandle(process);
-            }};
 }
 
 std::vector<PictureColor> screenPixels(const Rect& part) {

@@ -1,18 +1,21 @@
-// What the X server's other clients and the keyboard's layouts do around our windows.
+// What other programs of a Linux session do at the X server and say on the message buses.
 
 #include "contract_test.h"
-#include "platform/hot_key.h"
+#include "platform/elements.h"
 #include "platform/injection.h"
-#include "platform/keyboard_layout.h"
 #include "platform/pointer.h"
-#include "platform/threads.h"
 
+#include "platform/linux/bus_address.h"
 #include "platform/linux/connection.h"
 #include "platform/linux/key_positions.h"
 #include "platform/linux/raw_keys.h"
+#include "platform/linux/x11.h"
+
+#include <gio/gio.h>
+#include <unistd.h>
 
 #include <atomic>
-#include <cstdlib>
+#include <future>
 
 namespace {
 
@@ -28,87 +31,272 @@ TEST_F(LinuxDesktop, ACursorThatAnotherProgramMovesDuringACaptureComesBack) {
     EXPECT_TRUE(pumpUntil([] { return cursorPosition() == overRecorder; }));
 }
 
-/// The keysym that the key found for `character` gives, with the modifiers that were found for it.
-KeySym pressedFor(char16_t character, int group) {
-    const std::uint16_t found = virtualKeyOfCharacter(character);
-    const int level = (found >> 8 & 1) + ((found >> 8 & 6) == 6 ? 2 : 0);
-    const KeyCode code = keycodeOfVirtualKey(ownerDisplay(), found & 0xFF);
-    const KeySym keysym = XkbKeycodeToKeysym(ownerDisplay(), code, group, level);
-    return keysym != NoSymbol ? keysym : XkbKeycodeToKeysym(ownerDisplay(), code, 0, level);
-}
-
-TEST_F(LinuxDesktop, ASideButtonIsNotTheScrollWheel) {
-    const auto recorder = openRecorder(recorderPlace);
-    setCursorPosition(overRecorder);
-    clickInjected(3);
-    EXPECT_TRUE(recorder->hears("button 4 up"));
-}
-
-/// Xlib's copy of the layout follows when the loop has read of the change.
-TEST_F(LinuxDesktop, ACharactersKeyTypesThatCharacterOnEveryLayout) {
-    const std::tuple<const char*, int, std::u16string, std::vector<KeySym>> cases[] = {
-        {"fr", 0, u",?m!1", {XK_comma, XK_question, XK_m, XK_exclam, XK_1}},
-        {"us -variant dvorak", 0, u",q/", {XK_comma, XK_q, XK_slash}},
-        {"de", 0, u"^`\u00B4-", {XK_dead_circumflex, XK_dead_grave, XK_dead_acute, XK_minus}},
-        {"es", 0, u"`", {XK_dead_grave}},
-        {"pl -variant qwertz", 0, u"^", {XK_dead_circumflex}},
-        {"us,ru", 1, u"!7", {XK_exclam, XK_7}},
-        {"us", 0, u"x", {XK_x}},
-    };
-    for (const auto& [layout, group, characters, keysyms] : cases) {
-        ASSERT_EQ(std::system((std::string("setxkbmap -layout ") + layout).c_str()), 0);
-        XkbLockGroup(ownerDisplay(), XkbUseCoreKbd, static_cast<unsigned>(group)); // as a layout switch would
-        for (std::size_t i = 0; i < keysyms.size(); ++i)
-            EXPECT_TRUE(pumpUntil([sign = characters[i], inGroup = group, &wanted = keysyms[i]] {
-                return pressedFor(sign, inGroup) == wanted;
-            })) << layout
-                << " " << i;
-    }
-}
-
-TEST_F(LinuxDesktop, AHotKeyMayBeAPedalsAndDoesNotRepeatWhileItIsHeld) {
-    const auto recorder = openRecorder(recorderPlace);
-    constexpr KeyCode pedalF13 = 191; // FK13, whatever the layout puts on it
-    ASSERT_TRUE(registerHotKey(mainWindow(), 1, 0x7C));
-    XkbSetAutoRepeatRate(other.get(), XkbUseCoreKbd, 100, 30);
-    XTestFakeKeyEvent(other.get(), pedalF13, 1, CurrentTime);
-    XFlush(other.get());
-    ASSERT_TRUE(pumpUntil([] { return !heard.hotKeys.empty(); }));
-    tapRealKey('Q');
-    EXPECT_TRUE(recorder->hears("key 81 up")) << "the keyboard is given back at once";
-    const std::uint64_t pressedAt = watchMs(); // the time that the key is held is what is tested here
-    EXPECT_TRUE(pumpUntil([&] { return watchMs() - pressedAt >= 500; }));
-    XTestFakeKeyEvent(other.get(), pedalF13, 0, CurrentTime);
-    XSync(other.get(), 0);
-    EXPECT_EQ(heard.hotKeys, std::vector<int>{1});
-    unregisterHotKey(mainWindow(), 1);
-}
-
-bool repeats(std::uint16_t virtualKey) {
-    XKeyboardState keyboard{};
-    XGetKeyboardControl(other.get(), &keyboard);
-    const KeyCode code = keycodeOfVirtualKey(ownerDisplay(), virtualKey);
-    return (keyboard.auto_repeats[code / 8] >> code % 8 & 1) != 0;
-}
-
-TEST_F(LinuxDesktop, AKeyThatIsLeftDownStaysDownAndRepeatsNothing) {
-    injectKey('W', false, InputMotion::downAndLeft); // from now on the owner listens for taps
-    EXPECT_TRUE(pumpUntil([] { return !repeats('W'); }));
-    std::atomic<bool> isPressed;
+/// The owner, who listens for taps from now on, must not take our own press for one.
+TEST_F(LinuxDesktop, AKeyThatIsLeftDownStaysDown) {
+    constexpr std::uint16_t control = 0x11;
+    const KeyCode code = keycodeOfVirtualKey(ownerDisplay(), control);
     for (int round = 0; round < 150; ++round) {
-        isPressed = false;
-        ASSERT_TRUE(startDetachedThread([&] {
-            injectKey(0x11, false, InputMotion::downAndLeft);
-            isPressed = true;
-        }));
-        ASSERT_TRUE(pumpUntil([&] { return isPressed.load(); }));
-        const std::uint64_t pressedAt = watchMs();
-        ASSERT_TRUE(pumpUntil([&] { return watchMs() > pressedAt + 5; }));
-        ASSERT_TRUE(isKeyDown(ownerDisplay(), keycodeOfVirtualKey(ownerDisplay(), 0x11))) << round;
-        injectKey(0x11, false, InputMotion::up);
+        const auto press =
+            std::async(std::launch::async, injectKey, control, false, InputMotion::downAndLeft);
+        ASSERT_TRUE(pumpUntil(
+            [&] { return press.wait_for(std::chrono::milliseconds(0)) == std::future_status::ready; }));
+        for (int i = 0; i < 3; ++i)
+            pumpOnce();
+        ASSERT_TRUE(isKeyDown(ownerDisplay(), code)) << round;
+        injectKey(control, false, InputMotion::up);
     }
-    tapRealKey('W');
-    EXPECT_TRUE(pumpUntil([] { return repeats('W'); })) << "let go of by a tap of the person";
+}
+
+/// Another program on a bus.
+class BusProgram {
+public:
+    /// Called on a thread of GIO for each call to the program; without a value the caller waits in vain.
+    using Answer = std::function<GVariant*(const std::string& path, const std::string& member, GVariant*)>;
+
+    explicit BusProgram(Answer answer, const std::string& address = sessionBusAddress())
+        : answering(std::move(answer)) {
+        const auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                             G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+        bus = g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, nullptr);
+        g_dbus_connection_add_filter(bus, onMessage, this, nullptr);
+    }
+    ~BusProgram() {
+        g_dbus_connection_flush_sync(bus, nullptr, nullptr); // an answer under way still counts
+        g_dbus_connection_close_sync(bus, nullptr, nullptr);
+        g_object_unref(bus);
+    }
+
+    std::string name() const { return g_dbus_connection_get_unique_name(bus); }
+    void own(const char* wellKnown) {
+        call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
+             g_variant_new("(su)", wellKnown, 0U));
+    }
+    /// The answer, if it is a text.
+    std::string call(const char* to, const char* path, const char* interface, const char* method,
+                     GVariant* arguments) {
+        GVariant* values = g_dbus_connection_call_sync(bus, to, path, interface, method, arguments, nullptr,
+                                                       G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+        const char* text = "";
+        if (g_variant_is_of_type(values, G_VARIANT_TYPE("(s)")))
+            g_variant_get(values, "(&s)", &text);
+        const std::string answered = text;
+        g_variant_unref(values);
+        return answered;
+    }
+    void emit(const char* path, const char* interface, const char* signal, GVariant* values) {
+        g_dbus_connection_emit_signal(bus, nullptr, path, interface, signal, values, nullptr);
+    }
+
+private:
+    static GDBusMessage* onMessage(GDBusConnection* bus, GDBusMessage* message, gboolean isIncoming,
+                                   gpointer program) {
+        if (isIncoming == 0 || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)
+            return message;
+        GVariant* const values = static_cast<BusProgram*>(program)->answering(
+            g_dbus_message_get_path(message), g_dbus_message_get_member(message),
+            g_dbus_message_get_body(message));
+        if (values != nullptr) {
+            GDBusMessage* const reply = g_dbus_message_new_method_reply(message);
+            g_dbus_message_set_body(reply, values);
+            g_dbus_connection_send_message(bus, reply, G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
+            g_object_unref(reply);
+        }
+        g_object_unref(message);
+        return nullptr;
+    }
+
+    const Answer answering;
+    GDBusConnection* bus = nullptr;
+};
+
+bool lockChangesAre(const std::vector<bool>& expected) {
+    return pumpUntil([&] { return heard.lockChanges == expected; });
+}
+
+TEST_F(LinuxDesktop, ALockerIsBelievedFromItsComingToItsEnd) {
+    constexpr char name[] = "org.cinnamon.ScreenSaver";
+    auto saver = std::make_unique<BusProgram>([](auto&&...) { return g_variant_new("(b)", TRUE); });
+    saver->own(name);
+    ASSERT_TRUE(lockChangesAre({true})) << "asked whether it is locked already";
+    for (const int isLocked : {1, 0, 1})
+        saver->emit("/org/cinnamon/ScreenSaver", name, "ActiveChanged", g_variant_new("(b)", isLocked));
+    EXPECT_TRUE(lockChangesAre({true, false, true}));
+    saver.reset();
+    EXPECT_TRUE(lockChangesAre({true, false, true, false})) << "a locker that died";
+}
+
+TEST_F(LinuxDesktop, TheLoginManagersRequestsCountForAWhile) {
+    constexpr char session[] = "/org/freedesktop/login1/session/_31";
+    constexpr char interface[] = "org.freedesktop.login1.Session";
+    BusProgram logind([&](const std::string&, const std::string& member, GVariant*) {
+        return member == "GetSession" ? g_variant_new("(o)", session)
+                                      : g_variant_new("(v)", g_variant_new_boolean(FALSE));
+    });
+    logind.own("org.freedesktop.login1");
+    EXPECT_TRUE(pumpUntil([&] { // it has to ask first which session is ours
+        logind.emit(session, interface, "Lock", nullptr);
+        return !heard.lockChanges.empty();
+    }));
+    logind.emit(session, interface, "Unlock", nullptr);
+    logind.emit("/org/freedesktop/login1/session/_32", interface, "Lock", nullptr); // another person's
+    EXPECT_TRUE(lockChangesAre({true, false}));
+    logind.emit(session, interface, "Lock", nullptr); // and no locker obeys
+    EXPECT_TRUE(lockChangesAre({true, false, true, false}));
+}
+
+// Roles and states of the AT-SPI protocol.
+constexpr guint32 frame = 23, panel = 39, button = 43, application = 75;
+constexpr guint32 usualStates = 1U << 24 | 1U << 25 | 1U << 30; // sensitive, showing, visible
+
+struct Published {
+    guint32 role;
+    Rect place;
+    std::vector<int> children = {}; // numbers among the program's objects
+    const char* name = "";
+};
+
+class Publisher {
+public:
+    /// Number 0 is the application.
+    explicit Publisher(std::vector<Published> published, int answersBeforeItStops = 1 << 30)
+        : objects(std::move(published)), answersLeft(answersBeforeItStops) {
+        bus.call("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root", "org.a11y.atspi.Socket",
+                 "Embed", g_variant_new("(@(so))", reference(0)));
+    }
+
+    std::atomic<int> asked = 0;
+
+private:
+    GVariant* reference(int object) const {
+        return g_variant_new("(so)", bus.name().c_str(),
+                             ("/org/a11y/atspi/accessible/" + std::to_string(object)).c_str());
+    }
+
+    GVariant* answer(const Published& object, const std::string& member, GVariant* arguments) const {
+        const Rect& place = object.place;
+        if (member == "GetRole")
+            return g_variant_new("(u)", object.role);
+        if (member == "GetExtents")
+            return g_variant_new("((iiii))", place.left, place.top, place.width(), place.height());
+        if (member == "GetState")
+            return g_variant_new_parsed("([%u, 0],)", usualStates);
+        if (member == "GetChildren") {
+            GVariantBuilder list;
+            g_variant_builder_init(&list, G_VARIANT_TYPE("a(so)"));
+            for (const int child : object.children)
+                g_variant_builder_add_value(&list, reference(child));
+            return g_variant_new("(a(so))", &list);
+        }
+        if (member == "GetChildAtIndex") {
+            gint32 index = 0;
+            g_variant_get(arguments, "(i)", &index);
+            return g_variant_new("(@(so))", reference(object.children.at(static_cast<std::size_t>(index))));
+        }
+        const char* property = "";
+        g_variant_get_child(arguments, 1, "&s", &property);
+        return g_variant_new("(v)", std::string(property) == "Name"
+                                        ? g_variant_new_string(object.name)
+                                        : g_variant_new_int32(static_cast<gint32>(object.children.size())));
+    }
+
+    const std::vector<Published> objects;
+    std::atomic<int> answersLeft;
+    BusProgram bus{
+        [this](const std::string& path, const std::string& member, GVariant* arguments) {
+            ++asked;
+            const auto object = std::stoul(path.substr(path.rfind('/') + 1));
+            return answersLeft-- > 0 ? answer(objects.at(object), member, arguments) : nullptr;
+        },
+        BusProgram(nullptr).call("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", nullptr)};
+};
+
+/// The left edges of what was found below each root.
+using Lefts = std::vector<std::vector<int>>;
+
+class LinuxElements : public ContractTest {
+protected:
+    void openFront(long process) {
+        XStoreName(other.get(), windowOf(front->window()), "In front");
+        setFrontNumbers("_NET_WM_PID", {process});
+    }
+
+    void setFrontNumbers(const char* name, const std::vector<long>& values) {
+        XChangeProperty(other.get(), windowOf(front->window()), XInternAtom(other.get(), name, 0),
+                        XA_CARDINAL, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(values.data()),
+                        static_cast<int>(values.size()));
+        XSync(other.get(), 0);
+    }
+
+    static Lefts search(std::size_t enough = 1 << 20) {
+        const ElementSearch wanted{ElementScope::windowAndTaskbar, {}, [=](const FoundElements& beginning) {
+                                       return !beginning.roots.empty() && beginning.roots[0].size() >= enough;
+                                   }};
+        Lefts lefts;
+        for (const auto& root : std::async(std::launch::async, findElements, wanted).get().roots) {
+            lefts.emplace_back();
+            for (const ScreenElement& element : root)
+                if (element.isEnabled && !element.isOffscreen)
+                    lefts.back().push_back(element.rect.left);
+        }
+        return lefts;
+    }
+
+    static constexpr Rect place{200, 200, 800, 600};
+    const std::unique_ptr<Recorder> front = openRecorder(place);
+    const Published someProgram{application, {}, {1}}, something{button, {300, 300, 350, 320}};
+};
+
+/// What the program tells is the place of the frame, scaled.
+TEST_F(LinuxElements, ManySearchesOfATreeThatBitesItsTailLeaveNothingBehind) {
+    openFront(getpid());
+    setFrontNumbers("_NET_FRAME_EXTENTS", {2, 2, 40, 10});
+    const Publisher program({someProgram,
+                             {frame, {99, 80, 401, 305}, {2, 3}},
+                             {panel, {99, 80, 401, 305}, {1, 2, 3}},
+                             {button, {150, 160, 200, 180}}});
+    const auto descriptors = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    ASSERT_EQ(search(), (Lefts{{300}}));
+    const auto before = descriptors();
+    for (int i = 0; i < 100; ++i)
+        search();
+    EXPECT_LE(descriptors(), before + 2);
+}
+
+/// Windows that fill the screen have one place, and titles may be alike.
+TEST_F(LinuxElements, NoOtherWindowIsTakenForTheOneInFrontAndAStoppedProgramHoldsNothingUp) {
+    openFront(1); // a game's, a terminal's, one in a container: its process publishes nothing
+    const Publisher stopped({}, 0);
+    constexpr Rect elsewhere{0, 0, 200, 100};
+    const std::pair<Published, Lefts> cases[] = {
+        {{frame, place, {2}, "Other"}, {}},
+        {{frame, elsewhere, {2}, "In front"}, {}},
+        {{frame, place, {2}, "In front"}, {{300}}},
+    };
+    for (const auto& [window, expected] : cases) {
+        const Publisher program({someProgram, window, something});
+        EXPECT_EQ(search(), expected) << window.name; // nothing, too, if the stopped one were waited for
+    }
+}
+
+TEST_F(LinuxElements, OfAWindowOfThousandsTheFirstAreFoundWithoutTheRestAlsoIfItStops) {
+    openFront(getpid());
+    std::vector<Published> objects{someProgram, {frame, place}};
+    for (int i = 0; i < 5000; ++i) {
+        objects[1].children.push_back(i + 2);
+        objects.push_back({button, {i, 300, i + 20, 320}});
+    }
+    for (const int answers : {1 << 30, 300}) {
+        const Publisher program(objects, answers);
+        const Lefts lefts = search(99);
+        ASSERT_EQ(lefts.size(), 1U);
+        ASSERT_GE(lefts[0].size(), answers == 300 ? 20U : 99U);
+        for (std::size_t i = 0; i < 20; ++i)
+            EXPECT_EQ(lefts[0][i], static_cast<int>(i));
+        EXPECT_LT(program.asked, 4000);
+    }
 }
 
 } // namespace

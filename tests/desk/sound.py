@@ -22,20 +22,17 @@ class SoundServer:
     is started again, as a session does; the file that ROTIKA_SOUND_PID names holds the process id of now."""
 
     def __init__(self, screen, tone=False):
-        self.screen, self.has_tone = screen, tone
+        self.screen = screen
         self.modules = {name: words for name, words in MICROPHONE.items() if tone or name != "sine"}
         self.socket, self.pid_file = screen.folder / "sound", screen.folder / "sound.pid"
         screen.environment |= {"PULSE_SERVER": f"unix:{self.socket}", "ROTIKA_SOUND_PID": str(self.pid_file)}
-        self.start()
-        if tone:
-            threading.Thread(target=self._keep, daemon=True).start()
-
-    def start(self):
-        """Once more after kill(), with the microphone."""
         self._launch()
         # Its socket stands a moment before it listens.
-        wait_for("the sound server", lambda: self.screen.launch("pactl", "info").wait() == 0)
-        self._feed_silence()
+        wait_for("the sound server", lambda: screen.launch("pactl", "info").wait() == 0)
+        if tone:
+            threading.Thread(target=self._keep, daemon=True).start()
+        else:
+            self._feed_silence()
 
     def _launch(self):
         self.socket.unlink(missing_ok=True)
@@ -51,8 +48,7 @@ class SoundServer:
 
     def _feed_silence(self):
         """Without it an idle microphone's first sound comes seconds late."""
-        if not self.has_tone:
-            self.silence = self.screen.launch("pacat", "--latency-msec=30", *FORMAT, "--rate=16000", "/dev/zero")
+        self.silence = self.screen.launch("pacat", "--latency-msec=30", *FORMAT, "--rate=16000", "/dev/zero")
 
     def plug_in(self):
         for name, words in self.modules.items():
@@ -65,8 +61,7 @@ class SoundServer:
         self.screen.run("pactl", "unload-module", "module-null-sink")  # the microphone goes with it
 
     def say(self, text, voice="pl"):
-        """Says it in Polish by one of espeak-ng's voices, such as "pl" or "pl+f4", and waits until it has been
-        heard. The time at which its last sound was."""
+        """By one of espeak-ng's voices, such as "pl+f4", to its end. The time at which its last sound was."""
         said = self.screen.folder / "said"
         self.screen.run("espeak-ng", "-v", voice, "-w", str(said), text)
         with wave.open(str(said)) as file:
@@ -76,8 +71,3 @@ class SoundServer:
         # The whole of it lies with the server before it begins: a busy machine must not tear holes into it.
         self.screen.run("pacat", "--latency-msec=20000", *FORMAT, f"--rate={rate}", str(said))
         return time.monotonic()
-
-    def kill(self):
-        """Every client loses it at once."""
-        self.server.kill()
-        self.server.wait()

@@ -8,10 +8,7 @@ from desk.waiting import GENEROUS_S, wait_for
 ENABLED, FOCUSABLE, FOCUSED, SELECTED, SHOWING = 8, 11, 12, 23, 25  # bits of a state
 CLIENT_OF_BUS = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
 ROOT = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
-
-
-def open_bus(address):
-    return Gio.DBusConnection.new_for_address_sync(address, CLIENT_OF_BUS, None, None)
+open_bus = Gio.DBusConnection.new_for_address_sync
 
 
 def call(bus, name, path, interface, method, signature="()", *values):
@@ -56,9 +53,6 @@ class Widget:
         """Left, top, width and height on the screen."""
         return self._ask("Component", "GetExtents", "(u)", 0)
 
-    def text(self):
-        return self._ask("Text", "GetText", "(ii)", 0, -1)
-
     def children(self):
         return [Widget(self.bus, reference) for reference in self._ask("Accessible", "GetChildren")]
 
@@ -81,16 +75,14 @@ class Widget:
         return wait_for(f"the {role} {name}", lambda: self.look_for(
             lambda widget: name in (widget.name(), widget.description()) and widget.role() == role))
 
-    def wait_until(self, state):
-        wait_for(f"state {state} of {self.name()}", lambda: self.is_in(state))
-
 
 class Program(Widget):
     """The program on a desk whose title that is."""
 
     def __init__(self, screen, title):
-        session = open_bus(screen.environment["DBUS_SESSION_BUS_ADDRESS"])
-        bus = open_bus(call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress"))
+        session = open_bus(screen.environment["DBUS_SESSION_BUS_ADDRESS"], CLIENT_OF_BUS, None, None)
+        address = call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
+        bus = open_bus(address, CLIENT_OF_BUS, None, None)
         super().__init__(bus, wait_for(f"{title} among the accessible programs", lambda: first(
             Widget(bus, ROOT).children(), lambda each: each.name() == title)).reference)
 

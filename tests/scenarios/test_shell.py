@@ -38,15 +38,17 @@ class User:
     def press(self, name, within=None, role="push button"):
         self.click((within or self.window).find(name, role))
 
+    def wait_until_selected(self, name, role):
+        wait_for(f"{name} to be selected", lambda: self.window.find(name, role).is_in(SELECTED))
+
     def type_over(self, widget, text):
         if not widget.is_in(FOCUSED):
             self.click(widget)
-            widget.wait_until(FOCUSED)
+            wait_for("the field to have the keyboard", lambda: widget.is_in(FOCUSED))
         self.keyboard.press("Control_L")
         self.keyboard.tap("a")
         self.keyboard.release("Control_L")
         self.keyboard.type(text)
-        wait_for(f"{text} in the field", lambda: widget.text() == text)
 
     def fill(self, name, text, role="text"):
         self.type_over(self.window.find(name, role), text)
@@ -79,9 +81,10 @@ class User:
     def file(self, name):
         return json.loads(self.desk.read(name))
 
-    def close_window(self):
+    def leave_window(self):
         self.desk.display.close_window(self.desk.display.titled("Rotika")[0])
         wait_for("the window to go", lambda: "Rotika" not in self.desk.display.titles())
+        self.desk.work_in_recorder()
 
 
 @pytest.fixture
@@ -96,9 +99,9 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
     user.open_file("default.json")
     user.press("Dodaj koło")
     user.answer("Nowe koło", "Strzelanka")
-    user.window.find("Strzelanka", "tree item").wait_until(SELECTED)
+    user.wait_until_selected("Strzelanka", "tree item")
     user.press("Dodaj funkcję")
-    user.window.find("Nazwa", "text").wait_until(FOCUSED)
+    wait_for("its name to have the keyboard", lambda: user.window.focused().name() == "Nazwa")
     user.keyboard.type("Leczenie")  # in place of the name that it came with
     user.fill("Fraza głosowa", "leczenie")
     user.press("Ikona: Wybierz…")
@@ -117,7 +120,7 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
         user.press("Koło", role="tree item")
         user.press("Usuń koło lub funkcję")
         user.answer_box(answer)
-    user.window.find("Strzelanka", "tree item").wait_until(SELECTED)
+    user.wait_until_selected("Strzelanka", "tree item")
     user.press("Aktywuj")
     steps = [{"action": "hold", "key": "shift", "value": 0}, {"action": "click", "key": "F6", "value": 2},
              {"action": "release", "key": "shift"}, {"open": "handled:strzal"}]
@@ -159,8 +162,7 @@ def test_what_cannot_be_saved_is_rescued_at_nobodys_cost_and_settings_reach_the_
     user.press("Komendy głosowe włączone", role="check box")
     settings |= {"voiceEnabled": False, "voiceGlobal": True}
     wait_for("the settings", lambda: user.file("config.json") == settings)
-    user.close_window()  # without a tray, where the toggle key is left
-    desk.work_in_recorder()
+    user.leave_window()  # without a tray, where the toggle key is left
     desk.choose(0)
     desk.recorder.wait_for("key-up n")
 
@@ -173,7 +175,9 @@ def test_the_window_hides_in_the_tray_whose_icon_brings_it_back_and_whose_menu_e
     wait_for("the tray", lambda: xlib.XGetSelectionOwner(desk.display.handle, tray))
     user.start()
     wait_for("the icon at the panel's end", lambda: desk.display.pixel(1266, 780) != desk.display.pixel(1220, 780))
-    user.close_window()
+    user.leave_window()
+    desk.recorder = desk.recorder.close()  # it fills the screen
+    wait_for("the recorder to go", lambda: "recorder" not in desk.display.titles())
     place_cursor(desk.display, 1266, 780)
     desk.mouse.click()
     desk.mouse.click()
@@ -211,7 +215,7 @@ def test_a_remembered_theme_fits_on_the_screen_with_every_control_in_reach_of_ta
     wait_for("the same theme", lambda: (desk.display.picture() == colour).all(2).sum() > 10000)
     for page in [row.name() for row in user.window.find("Strony", "list").children()]:
         user.press(page, role="list item")
-        user.window.find(page, "list item").wait_until(SELECTED)
+        user.wait_until_selected(page, "list item")
         assert in_view(user.window.place(), (0, 0, *(side / scale for side in desk.screen.size)), enough=10000)
         unreached = {each.reference: each.name() for each in user.window.shown() if each.role() in CONTROLS and
                      each.name() != KEY and each.is_in(FOCUSABLE) and each.is_in(ENABLED)}

@@ -1,6 +1,5 @@
 // What a person waits for in the shell's window, measured inside the process on a real X server.
 
-#include "fake_overlay.h"
 #include "licence/licence_check.h"
 #include "shell/main_window.h"
 #include "shell/settings.h"

@@ -2,8 +2,6 @@
 
 import shutil
 
-from gi.repository import GLib
-
 from desk.accessible import Program
 from desk.waiting import wait_for
 
@@ -13,23 +11,15 @@ KINDS = {"speech": ("libvosk", "voice", "Komendy głosowe"), "adapter": ("libvos
          "automation": ("automation_double", "automation", None)}
 
 
-def wait_until_published(screen, name):
-    """Until a program has told assistive technology what it shows."""
-    published = Program(screen, name)
-    wait_for(f"the buttons of {name}", lambda: any(
-        window.look_for(lambda widget: widget.role() == "push button") for window in published.children()))
-
-
 class Device:
-    """One of the two devices of the program on a desk, with a double of its library; with none where that is
-    "nowhere"."""
+    """One of the two devices of the program on a desk, with a double of its library, or none for "nowhere"."""
 
     def __init__(self, desk, kind, variant="complete", script="", **settings):
         name, device, self.card = KINDS[kind]
         folder = desk.screen.folder / f"{kind}-{variant}"
         folder.mkdir(exist_ok=True)
         self.desk, self.script, self.log_file = desk, folder / f"{kind}_script.txt", folder / f"{kind}_log.txt"
-        self.log_file.unlink(missing_ok=True)
+        self.log_file.write_text("")
         self.library = folder / desk.target.library_file(name)
         if variant != "nowhere":
             shutil.copy(desk.doubles / variant / self.library.name, self.library)
@@ -41,7 +31,7 @@ class Device:
     def write(self, *lines):
         """In place of what the script held; all its lines at once."""
         made = self.script.with_suffix(".new")
-        made.write_text("".join(f"{line}\n" for line in lines), encoding="utf-8")
+        made.write_text("\n".join([*lines, ""]), encoding="utf-8")
         made.rename(self.script)
 
     def add(self, line):
@@ -49,7 +39,7 @@ class Device:
             script.write(f"{line}\n")
 
     def log(self):
-        return self.log_file.read_text(encoding="utf-8").splitlines() if self.log_file.exists() else []
+        return self.log_file.read_text(encoding="utf-8").splitlines()
 
     def count(self, call):
         """Lines of the log that begin with this text."""
@@ -59,16 +49,7 @@ class Device:
         wait_for(f"{times} x {call} of the library", lambda: self.count(call) >= times)
 
     def wait_for_status(self, text):
-        """The words of the device's card, where programs tell what they show."""
-        if not self.desk.target.is_accessible:
-            return
-
-        def shown():
-            try:
-                value = Program(self.desk.screen, "Rotika").look_for(  # described by the card's title
-                    lambda widget: widget.role() == "label" and widget.description() == self.card)
-                return value.name() if value else ""
-            except GLib.Error:  # of a program that has just ended
-                return ""
-
-        wait_for(f"the status {text}", lambda: shown().partition(" ·")[0] == text)
+        """The words of the device's card, described by its title, where programs tell what they show."""
+        wait_for(f"the status {text}", lambda: not self.desk.target.is_accessible or
+                 Program(self.desk.screen, "Rotika").look_for(lambda widget: widget.description() == self.card and
+                                                              widget.name().partition(" ·")[0] == text))

@@ -7,14 +7,12 @@ import wave
 
 import numpy
 
-from desk.screen import end
 from desk.waiting import wait_for
 
-SINK = "room"  # what it plays is nobody's microphone by itself
-MICROPHONE = {"null-sink": f"sink_name={SINK} rate=16000 channels=1", "sine": f"sink={SINK} frequency=1000",
-              "remap-source": f"master={SINK}.monitor source_name=microphone"}
+# What the sink plays is nobody's microphone by itself.
+MICROPHONE = {"null-sink": "sink_name=room rate=16000 channels=1", "sine": "sink=room frequency=1000",
+              "remap-source": "master=room.monitor source_name=microphone"}
 FORMAT = "--raw", "--format=s16le", "--channels=1"
-AUDIBLE = 200  # of 32767
 
 
 class SoundServer:
@@ -22,62 +20,46 @@ class SoundServer:
     is started again, as a session does; the file that ROTIKA_SOUND_PID names holds the process id of now."""
 
     def __init__(self, screen, tone=False):
-        self.screen, self.has_tone = screen, tone
+        self.screen = screen
         self.modules = {name: words for name, words in MICROPHONE.items() if tone or name != "sine"}
         self.socket, self.pid_file = screen.folder / "sound", screen.folder / "sound.pid"
         screen.environment |= {"PULSE_SERVER": f"unix:{self.socket}", "ROTIKA_SOUND_PID": str(self.pid_file)}
-        self.start()
+        self._launch()
         if tone:
             threading.Thread(target=self._keep, daemon=True).start()
 
-    def start(self):
-        """Once more after kill(), with the microphone."""
-        self._launch()
-        # Its socket stands a moment before it listens.
-        wait_for("the sound server", lambda: self.screen.launch("pactl", "info").wait() == 0)
-        self._feed_silence()
-
     def _launch(self):
         self.socket.unlink(missing_ok=True)
-        loads = [f"--load=module-{name} {words}" for name, words in self.modules.items()]
         self.server = self.screen.launch(
-            "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", *loads,
+            "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
             f"--load=module-native-protocol-unix auth-anonymous=1 socket={self.socket}")
         self.pid_file.write_text(f"{self.server.pid}\n")
+        # Its socket stands a moment before it listens.
+        wait_for("the sound server", lambda: self.screen.launch("pactl", "info").wait() == 0)
+        self.plug_in()
 
     def _keep(self):
         while self.server.wait() == -signal.SIGKILL and self.screen.folder.exists():
             self._launch()
 
-    def _feed_silence(self):
-        """Without it an idle microphone's first sound comes seconds late."""
-        if not self.has_tone:
-            self.silence = self.screen.launch("pacat", "--latency-msec=30", *FORMAT, "--rate=16000", "/dev/zero")
-
     def plug_in(self):
         for name, words in self.modules.items():
             self.screen.run("pactl", "load-module", f"module-{name}", *words.split())
-        self._feed_silence()
+        # An idle microphone's first sound comes seconds late.
+        self.screen.launch("pacat", "--latency-msec=30", *FORMAT, "--rate=16000", "/dev/zero")
 
     def unplug(self):
         """As when the microphone's plug is drawn, whoever may be listening."""
-        end(self.silence)
         self.screen.run("pactl", "unload-module", "module-null-sink")  # the microphone goes with it
 
     def say(self, text, voice="pl"):
-        """Says it in Polish by one of espeak-ng's voices, such as "pl" or "pl+f4", and waits until it has been
-        heard. The time at which its last sound was."""
+        """By one of espeak-ng's voices, such as "pl+f4", to its end. The time at which its last sound was."""
         said = self.screen.folder / "said"
         self.screen.run("espeak-ng", "-v", voice, "-w", str(said), text)
         with wave.open(str(said)) as file:
             rate, samples = file.getframerate(), numpy.frombuffer(file.readframes(file.getnframes()), "<i2")
-        last = numpy.flatnonzero(abs(samples.astype(int)) > AUDIBLE)[-1]
+        last = numpy.flatnonzero(abs(samples.astype(int)) > 200)[-1]  # the last that is audible
         said.write_bytes(samples[:last + 1].tobytes())
         # The whole of it lies with the server before it begins: a busy machine must not tear holes into it.
         self.screen.run("pacat", "--latency-msec=20000", *FORMAT, f"--rate={rate}", str(said))
         return time.monotonic()
-
-    def kill(self):
-        """Every client loses it at once."""
-        self.server.kill()
-        self.server.wait()

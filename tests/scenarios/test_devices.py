@@ -8,30 +8,23 @@ from desk.device import Device
 from desk.sound import SoundServer
 from desk.waiting import wait_for
 
-RIGHT_ARROW = (556, 230)
 FAILED = "błąd inicjalizacji"
-MODEL, RECOGNIZER, HEARING = ["model_new"], ["model_new", "recognizer_new_grm"], ["accept_waveform"]
+HEARING = ["model_new", "recognizer_new_grm", "accept_waveform"]
 CONNECTED = ["api_create", "enumerate_local_device_urls", "device_create", "gaze_point_subscribe"]
 # Variant of the library, its script, the status, the calls, and those of the end.
 VOICE_STARTS = [
     ("without_required", "", FAILED, [], []),
-    ("complete", "fails model_new", "brak katalogu modelu języka", MODEL, []),
-    ("complete", "fails recognizer_new_grm", FAILED, [*RECOGNIZER, "model_free"], []),
-    ("complete", "faults recognizer_new_grm", FAILED, [*RECOGNIZER, "model_free"], []),
-    ("without_optional", "", "aktywny", RECOGNIZER + HEARING, ["recognizer_free", "model_free"]),
-    ("complete", "", "aktywny", RECOGNIZER + HEARING, ["recognizer_free", "model_free"]),
-    ("complete", "hangs model_new", "ładowanie modelu…", MODEL, []),
-    ("complete", "hangs accept_waveform", "aktywny", RECOGNIZER + HEARING, []),
+    ("complete", "fails model_new", "brak katalogu modelu języka", HEARING[:1], []),
+    ("complete", "faults recognizer_new_grm", FAILED, [*HEARING[:2], "model_free"], []),
+    ("without_optional", "", "aktywny", HEARING, ["recognizer_free", "model_free"]),
+    ("complete", "hangs model_new", "ładowanie modelu…", HEARING[:1], []),
     ("nowhere", "", "brak {}", [], [])]
 GAZE_STARTS = [
     ("without_required", "", FAILED, [], []),
-    ("complete", "fails api_create", FAILED, CONNECTED[:1], []),
     ("complete", "fails enumerate_local_device_urls", "nie wykryto urządzenia", [*CONNECTED[:2], "api_destroy"], []),
-    ("complete", "fails device_create", FAILED, [*CONNECTED[:3], "api_destroy"], []),
     ("complete", "fails gaze_point_subscribe", FAILED, [*CONNECTED, "device_destroy", "api_destroy"], []),
     ("without_optional", "", "aktywny", CONNECTED, ["device_destroy", "api_destroy"]),
     ("complete", "hangs api_create", "szukanie urządzenia…", CONNECTED[:1], []),
-    ("complete", "hangs gaze_point_subscribe", "szukanie urządzenia…", CONNECTED, []),
     ("nowhere", "", "brak {} (zainstaluj oprogramowanie Tobii)", [], [])]
 
 
@@ -56,10 +49,9 @@ def test_each_failure_has_its_status_frees_what_was_made_and_lets_the_program_en
 
 
 def test_a_look_turns_the_wheel_and_chooses_by_its_dwell(desk):
-    def look_at(point):
+    def look_at(x, y):
         shown = desk.wheel()
-        x, y = shown.left + point[0], shown.top + point[1]
-        gaze.add(f"look {(x + .5) / desk.screen.size[0]} {(y + .5) / desk.screen.size[1]} 1")
+        gaze.add(f"look {(shown.left + x + .5) / desk.screen.size[0]} {(shown.top + y + .5) / desk.screen.size[1]} 1")
 
     gaze = Device(desk, "gaze", script="lost", gazeDwell=400)
     # The arrow turns again as long as the look rests there, so there are many of the second kind.
@@ -69,56 +61,36 @@ def test_a_look_turns_the_wheel_and_chooses_by_its_dwell(desk):
     gaze.write("rest")
     gaze.wait_for_status("aktywny")
     desk.open_wheel()
-    look_at(RIGHT_ARROW)
+    look_at(556, 230)  # the right arrow
     x, y = field_point(0, 2, 75)
-
-    def is_blue():
-        red, _, blue = desk.display.picture(desk.wheel().id)[y, x]
-        return blue > red
-
-    wait_for("another wheel", is_blue)
-    look_at(field_point(1, 2))
+    wait_for("a blue field", lambda: desk.display.picture(desk.wheel().id)[y, x].argmax() == 2)
+    look_at(*field_point(1, 2))
     desk.wait_until_closed()
-    desk.recorder.wait_for("key-up d")
-    assert desk.recorder.presses() == ["key-down d", "key-up d"]
+    desk.recorder.expect("d")
 
 
 def test_faults_and_odd_answers_cost_no_more_than_their_buffers(desk):
     SoundServer(desk.screen)
     odd = ["fault", "answer null", "answer {}", 'answer {"text" : ""}', "answer ", "say [unk]", "say pokaż", "fault"]
-    if desk.target.runtime_folder.startswith("linux"):
-        odd.insert(4, "abort")  # on Windows it ends the process past all handlers
-    voice = Device(desk, "speech", script="\n".join(odd))
+    voice = Device(desk, "speech", script="\n".join([*odd, "say pokaż koło"]))
     desk.start(field("a"), **voice.settings)
-    voice.wait_for_call("accept_waveform", len(odd) + 1)
-    assert voice.count("result") == len(odd) - odd.count("fault") - odd.count("abort")
-    voice.add("say pokaż koło")
     desk.wait_until_open()
+    assert voice.count("result") == len(odd) + 1 - odd.count("fault")
     assert {line for line in voice.log() if line.startswith("accept")} == {"accept_waveform 3200"}
     desk.close_wheel()
 
 
 def test_a_microphone_comes_later_is_lost_and_comes_back(desk):
-    def show_by_voice():
-        voice.add("say pokaż koło")
-        desk.wait_until_open()
-        desk.close_wheel()
-
     sound = SoundServer(desk.screen)
     sound.unplug()
     voice = Device(desk, "speech")
     desk.start(field("a"), **voice.settings)
     voice.wait_for_status("brak mikrofonu")
     assert not voice.count("accept_waveform")
-    sound.plug_in()
-    voice.wait_for_call("accept_waveform")
-    voice.wait_for_status("aktywny")
-    show_by_voice()
-    for lose, bring_back in ((sound.unplug, sound.plug_in), (sound.kill, sound.start)):
-        lose()
-        desk.choose(0)
-        bring_back()
-        show_by_voice()
-    sound.kill()
-    assert desk.target.ask_to_quit(desk.program) == 0
-    assert calls(voice)[-2:] == ["recognizer_free", "model_free"]
+    for _ in range(2):
+        sound.plug_in()
+        voice.wait_for_status("aktywny")
+        voice.add("say pokaż koło")
+        desk.wait_until_open()
+        desk.close_wheel()
+        sound.unplug()

@@ -1,4 +1,3 @@
-#include "fake_overlay.h"
 #include "shell/voice_page.h"
 #include "shell/wheel_document.h"
 #include "test_files.h"
@@ -11,7 +10,6 @@ class Files : public testing::Test {
 protected:
     void TearDown() override { QFile::remove(config); }
 
-    /// A document of the wheel file with this text.
     WheelDocument opened(const QByteArray& text) {
         writeFile(path, text);
         WheelDocument document;
@@ -26,9 +24,6 @@ protected:
 
 TEST_F(Files, AreSavedWithAllThatWasUnderstood) {
     const std::pair<QByteArray, QByteArray> cases[] = {
-        {R"({"wheels":[]})", R"({"wheels":[{"name":"Koło 1","actions":[]}]})"},
-        {R"({"wheels":[{"name":"x"},7]})",
-         R"({"wheels":[{"name":"x","actions":[]},{"name":"","actions":[]}]})"},
         {R"({"wheels":5,"actions":[{"name":"f","keys":["a",5,5.7,"",true],"mystery":1}]})",
          R"({"actions":[{"name":"f","steps":[{"action":"click","key":"a","value":1},
             {"action":"click","key":"5","value":1},{"action":"click","key":"0","value":1}]}]})"},
@@ -62,7 +57,6 @@ TEST_F(Files, OfAnotherProgramAreKeptBesideWhatIsSaved) {
         EXPECT_EQ(json(bytesOf(path)), json(R"({"actions":[]})"));
         EXPECT_TRUE(document.save(nullptr) && document.keptCopy.isEmpty());
     }
-    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 3);
     EXPECT_FALSE(document.saveAs(folder.filePath("nie ma/kola.json"), nullptr));
 }
 
@@ -80,14 +74,12 @@ TEST_F(Files, OfSettingsLoseNothingByASwitch) {
     const QString copy = QCoreApplication::applicationDirPath() + "/config-kopia-1.json";
     for (const auto& [text, kept] : cases) {
         writeFile(config, text);
-        fakeOverlay.reloads = 0;
         const VoicePage page({});
         page.findChild<QCheckBox*>()->click(); // that of the voice
         QJsonObject expected = json(kept);
         expected["voiceEnabled"] = false;
         expected["voiceGlobal"] = true;
         EXPECT_EQ(json(bytesOf(config)), expected) << text.toStdString();
-        EXPECT_EQ(fakeOverlay.reloads, 1);
         EXPECT_EQ(bytesOf(copy), json(text).isEmpty() ? text : QByteArray());
         QFile::remove(copy);
     }

@@ -15,6 +15,5 @@ int main(int argc, char** argv) {
     const QTemporaryDir settings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
     speakPolish();
-    QGuiApplication::setQuitOnLastWindowClosed(false);
     return RUN_ALL_TESTS();
 }

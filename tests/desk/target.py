@@ -3,7 +3,7 @@
 import signal
 from pathlib import Path
 
-from desk.hands import DEVICE, Keyboard, Mouse
+from desk.hands import DEVICE
 from desk.recorder import Recorder
 from desk.screen import end
 
@@ -29,10 +29,6 @@ class LinuxTarget:
         """File name of the library that the other system calls `name`.dll."""
         return (name if name.startswith("lib") else f"lib{name}") + ".so"
 
-    def hands(self):
-        display = self.screen.display
-        return Mouse(display), Keyboard(display)
-
     def recorder(self, **more):
         return Recorder(self.screen, **more)
 
@@ -54,9 +50,6 @@ class LinuxTarget:
         """What the system says to a program at the end of a session."""
         process.send_signal(signal.SIGCONT)
         return end(process, 15)  # a device's library may hold it up for some seconds
-
-    def save_theme(self, theme):
-        self._write(".config/Rotika/UI.conf", f"[General]\ntheme={theme}\n")
 
     def opener(self):
         """A program of the target's kind that adds its only argument, or "started", to the desk's notes."""

@@ -5,11 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
-#include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -52,29 +49,8 @@ bool isHeard(Microphone& microphone) {
     return hearBuffers(microphone, 10).size() >= 10;
 }
 
-/// How often the sound changes its sign.
-int turns(const std::string& sound) {
-    std::int16_t samples[soundBufferBytes / 2] = {};
-    std::memcpy(samples, sound.data(), std::min(sound.size(), sizeof(samples)));
-    int count = 0;
-    for (std::size_t i = 1; i < std::size(samples); ++i)
-        count += (samples[i - 1] < 0) != (samples[i] < 0) ? 1 : 0;
-    return count;
-}
-
-TEST(MicrophoneContract, TheToneComesInBuffersOf100Ms) {
+TEST(MicrophoneContract, AServerThatHangsOrDiesIsNotWaitedForAndHeardAgain) {
     const MicrophoneHandle microphone = (openMicrophone().reset(), openMicrophone()); // the first lets go
-    ASSERT_NE(microphone, nullptr);
-    startMicrophone(*microphone);
-    hearBuffers(*microphone, 8); // the first may be silent, and come all at once
-    const auto before = Clock::now();
-    for (const std::string& sound : hearBuffers(*microphone, 20))
-        EXPECT_NEAR(turns(sound), 200, 2);
-    EXPECT_NEAR(std::chrono::duration<double>(Clock::now() - before).count(), 2, 0.8);
-}
-
-TEST(MicrophoneContract, AServerThatHangsOrDiesIsNotWaitedForAndHeardAgainAndNothingIsLeftOpen) {
-    const MicrophoneHandle microphone = openMicrophone();
     ASSERT_NE(microphone, nullptr);
     startMicrophone(*microphone);
     EXPECT_TRUE(isHeard(*microphone));

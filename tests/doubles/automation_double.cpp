@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr PROPERTYID type = UIA_ControlTypePropertyId, enabled = UIA_IsEnabledPropertyId, unreadable = 0,
+constexpr PROPERTYID type = UIA_ControlTypePropertyId, enabled = UIA_IsEnabledPropertyId,
                      focusable = UIA_IsKeyboardFocusablePropertyId, offscreen = UIA_IsOffscreenPropertyId;
 
 struct Node {
@@ -24,22 +24,20 @@ struct Node {
     std::map<PROPERTYID, LONG> values;
 };
 
+// All of them meet every condition.
 const std::vector<Node> allNodes{
     {"RotikaFront", {10, 11, 12, 13}, {{type, UIA_ButtonControlTypeId}, {enabled, 1}}},
     {"RotikaFront", {20, 21, 22, 23}, {{type, UIA_GroupControlTypeId}, {enabled, 1}, {focusable, 1}}},
-    {"RotikaFront", {30, 31, 32, 33}, {{type, UIA_PaneControlTypeId}, {enabled, 1}}},
-    {"RotikaFront", {40, 41, 42, 43}, {{type, UIA_HyperlinkControlTypeId}, {offscreen, 1}}},
-    {"RotikaFront", {50, 51, 52, 53}, {{type, UIA_ButtonControlTypeId}, {unreadable, 1}}},
-    {"MozillaWindowClass", {60, 61, 62, 63}, {{type, UIA_EditControlTypeId}, {enabled, 1}}},
-    {"Shell_TrayWnd", {70, 71, 72, 73}, {{type, UIA_ButtonControlTypeId}, {enabled, 1}}},
+    {"RotikaFront", {30, 31, 32, 33}, {{type, UIA_HyperlinkControlTypeId}, {offscreen, 1}}},
+    {"MozillaWindowClass", {40, 41, 42, 43}, {{type, UIA_EditControlTypeId}, {enabled, 1}}},
+    {"Shell_TrayWnd", {50, 51, 52, 53}, {{type, UIA_ButtonControlTypeId}, {enabled, 1}}},
 };
 
 /// One of any interface. Nobody counts references: the product has no second ones.
 struct Object {
-    const void* functions = nullptr;                   // first, as callers expect
-    std::vector<Node> nodes{};                         // what is below an element, an array's, or itself
-    std::vector<PROPERTYID> fetched{};                 // with the elements that are found
-    std::vector<std::pair<PROPERTYID, LONG>> wanted{}; // of which one meets the condition
+    const void* functions = nullptr;   // first, as callers expect
+    std::vector<Node> nodes{};         // what is below an element, an array's, or itself
+    std::vector<PROPERTYID> fetched{}; // with the elements that are found
 };
 
 Object& as(void* face) {
@@ -70,7 +68,7 @@ HRESULT give(Face** out, const Object& object, auto fill) {
 template <PROPERTYID property, typename Value>
 HRESULT WINAPI cached(IUIAutomationElement* self, Value* out) {
     Node& node = as(self).nodes[0];
-    if (std::ranges::count(as(self).fetched, property) == 0 || node.values[unreadable] != 0)
+    if (std::ranges::count(as(self).fetched, property) == 0)
         return E_FAIL;
     if constexpr (property == UIA_BoundingRectanglePropertyId)
         *out = node.place;
@@ -79,21 +77,14 @@ HRESULT WINAPI cached(IUIAutomationElement* self, Value* out) {
     return S_OK;
 }
 
-bool meets(const Object& condition, Node node) {
-    return std::ranges::any_of(condition.wanted,
-                               [&](const auto& each) { return node.values[each.first] == each.second; });
-}
-
 void fillElement(IUIAutomationElementVtbl& table) {
     table.get_CachedIsEnabled = cached<enabled>;
     table.get_CachedIsOffscreen = cached<offscreen>;
     table.get_CachedIsKeyboardFocusable = cached<focusable>;
     table.get_CachedControlType = cached<type>;
     table.get_CachedBoundingRectangle = cached<UIA_BoundingRectanglePropertyId>;
-    table.FindAllBuildCache = [](auto* self, TreeScope, auto* condition, auto* request, auto** found) {
-        Object array{.nodes = as(self).nodes, .fetched = as(request).fetched};
-        std::erase_if(array.nodes, [&](const Node& node) { return !meets(as(condition), node); });
-        return give(found, array, [](auto& functions) {
+    table.FindAllBuildCache = [](auto* self, TreeScope, auto*, auto* request, auto** found) {
+        return give(found, {.nodes = as(self).nodes, .fetched = as(request).fetched}, [](auto& functions) {
             functions.get_Length = [](auto* that, int* length) {
                 *length = static_cast<int>(as(that).nodes.size());
                 return S_OK;
@@ -116,15 +107,11 @@ void fillAutomation(IUIAutomationVtbl& table) {
             };
         });
     };
-    table.CreatePropertyCondition = [](auto*, PROPERTYID property, VARIANT value, auto** out) {
-        const LONG wanted = value.vt == VT_BOOL ? value.boolVal != VARIANT_FALSE : value.lVal;
-        return give(out, {.wanted = {{property, wanted}}}, nothing);
+    table.CreatePropertyCondition = [](auto*, PROPERTYID, VARIANT, auto** out) {
+        return give(out, {}, nothing);
     };
-    table.CreateOrConditionFromNativeArray = [](auto*, auto** conditions, int count, auto** out) {
-        Object any;
-        for (int i = 0; i < count; ++i)
-            any.wanted.push_back(as(conditions[i]).wanted[0]);
-        return give(out, any, nothing);
+    table.CreateOrConditionFromNativeArray = [](auto*, auto**, int, auto** out) {
+        return give(out, {}, nothing);
     };
     // A window without elements refuses, as those of programs with more rights do.
     table.ElementFromHandle = [](auto*, UIA_HWND window, auto** out) -> HRESULT {

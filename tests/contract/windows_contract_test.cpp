@@ -14,7 +14,6 @@
 
 #include "platform/windows/handles.h"
 
-#include <chrono>
 #include <future>
 #include <type_traits>
 #include <utility>
@@ -189,12 +188,8 @@ protected:
     /// Searches as the engine does, from a thread of its own.
     static FoundElements search(ElementScope scope = ElementScope::windowAndTaskbar,
                                 WindowHandle ownWindow = mainWindow()) {
-        auto found = std::async(std::launch::async, [&] {
-            return findElements({scope, {gridWindow(), ownWindow}});
-        });
-        EXPECT_TRUE(
-            pumpUntil([&] { return found.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
-        return found.get();
+        const ElementSearch wanted{scope, {gridWindow(), ownWindow}};
+        return std::async(std::launch::async, findElements, wanted).get();
     }
 
     static Found leftEdges(const FoundElements& found) {

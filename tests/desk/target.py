@@ -3,9 +3,10 @@
 import signal
 from pathlib import Path
 
-from desk.hands import DEVICE
+from desk.hands import Mouse
 from desk.recorder import Recorder
 from desk.screen import end
+from desk.wine import WineTarget
 
 
 class LinuxTarget:
@@ -18,23 +19,19 @@ class LinuxTarget:
     def __init__(self, screen):
         self.screen = screen
 
-    def command(self, program, *words):
-        return program, *words
-
-    def path_text(self, path):
-        """A file's path as programs of this kind write it."""
-        return str(path)
+    command = staticmethod(lambda *words: words)  # that starts a program of this kind
+    path_text = staticmethod(str)  # a file's path as such programs write it
 
     def library_file(self, name):
         """File name of the library that the other system calls `name`.dll."""
         return (name if name.startswith("lib") else f"lib{name}") + ".so"
 
-    def recorder(self, **more):
-        return Recorder(self.screen, **more)
+    def recorder(self):
+        return Recorder(self.screen)
 
     def mouse_is_held(self, program=None):
         """A device that a program has grabbed is detached from the cursor: it floats."""
-        return DEVICE in self.screen.display.floating()
+        return Mouse.name in self.screen.display.floating()
 
     def keys_down(self):
         """For the programs, whoever presses them."""
@@ -76,7 +73,4 @@ class LinuxTarget:
 
 
 def make_target(name, screen):
-    if name == "linux":
-        return LinuxTarget(screen)
-    from desk.wine import WineTarget
-    return WineTarget(screen)
+    return LinuxTarget(screen) if name == "linux" else WineTarget(screen)

@@ -1,6 +1,5 @@
 """The Windows build of the program under Wine: the same screen, mouse and keyboard, a prefix of its own."""
 
-import os
 import shutil
 import subprocess
 from ctypes import c_ulong
@@ -36,7 +35,7 @@ class WineRecorder(Recording):
     """The window of a Windows program, read from the log that it writes."""
 
     def __init__(self, target):
-        self.screen, self.records, self.held, self.read = target.screen, [], set(), 0
+        self.screen = target.screen
         self.log = self.screen.folder / "recorder.txt"
         self.log.write_text("")
         width, height = self.screen.size  # one row less: below a program that fills the screen Wine puts large layers
@@ -49,11 +48,9 @@ class WineRecorder(Recording):
         end(self.process)
 
     def all(self):
-        with open(self.log, encoding="ascii") as log:
-            log.seek(self.read)
-            lines, end_of_line, _ = log.read().rpartition("\n")
-        self.read += len(lines + end_of_line)
-        for time, kind, keys, state, x, y in map(str.split, lines.splitlines()):
+        self.records, self.held = [], set()
+        for line in self.log.read_text(encoding="ascii").rpartition("\n")[0].splitlines():
+            time, kind, keys, state, x, y = line.split()
             names = [KEYS.get(int(key), "-") for key in keys.split(",")]
             if kind == "held":
                 self.held = set(names) - {"-"}

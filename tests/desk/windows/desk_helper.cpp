@@ -14,8 +14,8 @@
 #include <windows.h>
 #include <windowsx.h>
 
-#include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <map>
 #include <string>
 #include <utility>
@@ -26,16 +26,15 @@ constexpr int noEngine = 3;
 constexpr ULONG_PTR activateWheelFile = 1;
 constexpr UINT lookIntervalMs = 20;
 
-std::FILE* eventLog = nullptr;
+std::ofstream eventLog;
 
 void write(const char* kind, const std::string& keys = "0") {
     int state = 0;
     for (const auto& [key, bit] : {std::pair{VK_SHIFT, 1}, {VK_CONTROL, 4}, {VK_MENU, 8}})
         state += GetKeyState(key) < 0 ? bit : 0;
     const DWORD place = GetMessagePos();
-    std::fprintf(eventLog, "%ld %s %s %d %d %d\n", GetMessageTime(), kind, keys.c_str(), state,
-                 GET_X_LPARAM(place), GET_Y_LPARAM(place));
-    std::fflush(eventLog);
+    eventLog << GetMessageTime() << ' ' << kind << ' ' << keys << ' ' << state << ' ' << GET_X_LPARAM(place)
+             << ' ' << GET_Y_LPARAM(place) << std::endl;
 }
 
 void CALLBACK writeWhatIsHeld(HWND, UINT, UINT_PTR, DWORD) {
@@ -46,21 +45,6 @@ void CALLBACK writeWhatIsHeld(HWND, UINT, UINT_PTR, DWORD) {
     if (held != before)
         write("held", held);
     before = held;
-}
-
-/// As recorder.py tells.
-void paintPattern(HWND window) {
-    constexpr int cell = 16;
-    PAINTSTRUCT paint;
-    const HDC context = BeginPaint(window, &paint);
-    for (int y = 0; y * cell < paint.rcPaint.bottom; ++y) {
-        for (int x = 0; x * cell < paint.rcPaint.right; ++x) {
-            const RECT place{x * cell, y * cell, x * cell + cell, y * cell + cell};
-            SetDCBrushColor(context, RGB(40 + x * 37 % 160, 40 + y * 53 % 160, 40 + (x + y) * 29 % 160));
-            FillRect(context, &place, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-        }
-    }
-    EndPaint(window, &paint);
 }
 
 /// Each kind of button has the messages down, up and double click in a row.
@@ -86,8 +70,6 @@ LRESULT CALLBACK recordMessage(HWND window, UINT message, WPARAM wParam, LPARAM 
         write("motion");
     else if (message == WM_SETFOCUS || message == WM_KILLFOCUS)
         write(message == WM_SETFOCUS ? "focus-in" : "focus-out");
-    else if (message == WM_PAINT)
-        paintPattern(window);
     else if (message == WM_DESTROY)
         PostQuitMessage(0);
     else if (!writeButton(message, wParam))
@@ -97,14 +79,14 @@ LRESULT CALLBACK recordMessage(HWND window, UINT message, WPARAM wParam, LPARAM 
 
 int record(const char* log, int width, int height) {
     SetProcessDPIAware();
-    eventLog = std::fopen(log, "ab");
-    if (eventLog == nullptr)
-        return 2;
+    eventLog.open(log, std::ios::binary);
     WNDCLASSW description{};
     description.lpfnWndProc = recordMessage;
     description.hInstance = GetModuleHandleW(nullptr);
     description.lpszClassName = L"Recorder";
     description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    description.hbrBackground =
+        CreatePatternBrush(CreateBitmap(4, 4, 1, 1, "\x30\0\x30\0\xC0\0\xC0")); // chequered
     RegisterClassW(&description);
     const HWND window = CreateWindowExW(0, L"Recorder", L"recorder", WS_POPUP, 0, 0, width, height, nullptr,
                                         nullptr, description.hInstance, nullptr);
@@ -132,10 +114,9 @@ bool sendStrays(HWND engine) {
     return isSent;
 }
 
-int note(const char* word) {
-    const char* notes = std::getenv("DESK_NOTES");
-    std::FILE* stream = notes != nullptr ? std::fopen(notes, "ab") : nullptr;
-    return stream != nullptr && std::fprintf(stream, "%s\n", word) > 0 && std::fclose(stream) == 0 ? 0 : 2;
+int note(const std::string& word) {
+    std::ofstream notes(std::getenv("DESK_NOTES"), std::ios::binary | std::ios::app);
+    return notes << word << "\n" << std::flush ? 0 : 2;
 }
 
 } // namespace
@@ -153,5 +134,5 @@ int main(int argc, char** argv) {
         return sendStrays(engine) ? 0 : noEngine;
     if (word == "quit")
         return PostThreadMessageW(GetWindowThreadProcessId(engine, nullptr), WM_QUIT, 0, 0) ? 0 : noEngine;
-    return note(word.c_str());
+    return note(word);
 }

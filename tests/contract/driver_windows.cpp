@@ -16,9 +16,15 @@ void playOnHost(const std::string& xdotoolCommand) {
     static int serial = 0;
     const std::string done = "/tmp/rotika-person-" + std::to_string(GetCurrentProcessId()) + "-" +
                              std::to_string(GetTickCount64()) + "-" + std::to_string(++serial);
-    const std::string line = "Z:\\bin\\sh -c \"xdotool " + xdotoolCommand + " && : > " + done + "\"";
-    EXPECT_GT(WinExec(line.c_str(), SW_HIDE), 31U);
-    EXPECT_TRUE(pumpUntil([&] { return DeleteFileA(("Z:" + done).c_str()) != 0; })) << xdotoolCommand;
+    std::string line = "sh -c \"xdotool " + xdotoolCommand + " && : > " + done + "\"";
+    STARTUPINFOA startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION started{};
+    ASSERT_NE(CreateProcessA("Z:\\bin\\sh", line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                             &startup, &started),
+              0);
+    const std::string file = "Z:" + done;
+    EXPECT_TRUE(pumpUntil([&] { return DeleteFileA(file.c_str()) != 0; })) << xdotoolCommand;
 }
 
 class WindowsRecorder : public Recorder {

@@ -75,4 +75,13 @@ TEST(MicrophoneContract, AServerThatHangsOrDiesIsNotWaitedForAndHeardAgain) {
     EXPECT_TRUE(isHeard(*microphone));
 }
 
+#ifndef _WIN32 // the last one: it takes the microphone away
+TEST(MicrophoneContract, TheComputersOwnSoundIsNoneUnlessTheUserNamesIt) {
+    EXPECT_TRUE(onHost("pactl unload-module module-remap-source"));
+    EXPECT_EQ(openMicrophone(), nullptr);
+    ::setenv("PULSE_SOURCE", "room.monitor", 1);
+    EXPECT_NE(openMicrophone(), nullptr);
+}
+#endif
+
 } // namespace

@@ -1,13 +1,11 @@
-// What Windows alone asks for: a clip that belongs to everybody, a desktop that refuses input, deep folders,
-// faults in code that tells the system nothing of itself, and the search for elements, which a stand-in for
-// UI Automation serves.
+// What Windows alone asks for: a clip that belongs to everybody, a desktop that refuses input, faults in code
+// that tells the system nothing of itself, and the search for elements, which a stand-in for UI Automation
+// serves.
 
 #include "contract_test.h"
 #include "platform/elements.h"
 #include "platform/fault_guard.h"
-#include "platform/files.h"
 #include "platform/injection.h"
-#include "platform/paths.h"
 #include "platform/pointer.h"
 #include "platform/pointer_capture.h"
 #include "platform/timer.h"
@@ -119,23 +117,6 @@ TEST_F(WindowsContract, FaultsInCodeWithoutUnwindTablesLeaveOnlyTheInnermostGuar
     for (int round = 0; round < 1000; ++round)
         EXPECT_TRUE(runGuarded(faultInside, &survived));
     EXPECT_EQ(survived, 1000);
-}
-
-TEST_F(WindowsContract, FoldersMayBeDeep) {
-    std::u16string folder = temporaryFolder();
-    const std::size_t size = folder.size();
-    while (folder.size() < 320) {
-        folder += u"\\" + std::u16string(9, u'ż');
-        ASSERT_NE(CreateDirectoryW(wideText(u"\\\\?\\" + folder), nullptr), 0);
-    }
-    const std::u16string path = joinPath(folder, u"file");
-    EXPECT_TRUE(replaceFileBytes(path, "kept") && pathExists(path));
-    EXPECT_EQ(readFileBytes(path), "kept");
-    EXPECT_EQ(foldersIn(folder.substr(0, folder.rfind(u'\\'))).size(), 1U);
-    removeFile(path);
-    EXPECT_FALSE(pathExists(path));
-    for (; folder.size() > size; folder.resize(folder.rfind(u'\\')))
-        RemoveDirectoryW(wideText(u"\\\\?\\" + folder));
 }
 
 TEST_F(WindowsContract, OurWindowsStayWhenAskedToCloseAndTellWhatTheSystemSays) {

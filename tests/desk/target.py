@@ -57,19 +57,18 @@ class LinuxTarget:
 
     def set_handler(self, handler):
         """From now on it opens `.txt` files and addresses of the scheme `handled:`."""
-        self._write(".local/share/applications/handler.desktop",
-                    f'[Desktop Entry]\nType=Application\nName=Handler\nExec="{handler}" %u\n'
-                    "MimeType=x-scheme-handler/handled;text/plain;\n")
-        self._write(".config/mimeapps.list", "[Default Applications]\nx-scheme-handler/handled=handler.desktop\n"
-                                             "text/plain=handler.desktop\n")
+        for name, text in (
+                (".local/share/applications/handler.desktop",
+                 f'[Desktop Entry]\nType=Application\nName=Handler\nExec="{handler}" %u\n'
+                 "MimeType=x-scheme-handler/handled;text/plain;\n"),
+                (".config/mimeapps.list", "[Default Applications]\nx-scheme-handler/handled=handler.desktop\n"
+                                          "text/plain=handler.desktop\n")):
+            file = Path(self.screen.environment["HOME"]) / name
+            file.parent.mkdir(parents=True, exist_ok=True)
+            file.write_text(text)
 
     def finish(self):
         """Ends what has been started beside the program."""
-
-    def _write(self, name, text):
-        file = Path(self.screen.environment["HOME"]) / name
-        file.parent.mkdir(parents=True, exist_ok=True)
-        file.write_text(text)
 
 
 def make_target(name, screen):

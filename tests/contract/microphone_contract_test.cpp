@@ -1,62 +1,72 @@
-#include "listening.h"
+// The microphone of these tests hears a tone of 1000 Hz without end; one that was idle may begin seconds
+// late.
 
-#include <algorithm>
-#include <cstdint>
-#include <cstring>
+#include "platform/microphone.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
-/// How often the sound changes its sign.
-int turns(const std::string& sound) {
-    std::int16_t samples[soundBufferBytes / 2] = {};
-    std::memcpy(samples, sound.data(), std::min(sound.size(), sizeof(samples)));
-    int count = 0;
-    for (std::size_t i = 1; i < std::size(samples); ++i)
-        count += (samples[i - 1] < 0) != (samples[i] < 0) ? 1 : 0;
-    return count;
+using Clock = std::chrono::steady_clock;
+
+/// Whether the shell command has ended well within 20 s. Under Wine nobody tells when a program of the host
+/// ends.
+bool onHost(const std::string& command) {
+    const std::string done = std::string(std::getenv("ROTIKA_SOUND_PID")) + ".done";
+    std::filesystem::remove(done);
+    const std::string shell = ROTIKA_HOST_SHELL; // up to the quotation mark
+    EXPECT_EQ(std::system((shell + command + " && touch " + done + shell.back()).c_str()), 0) << command;
+    for (int i = 0; i < 200 && !std::filesystem::exists(done); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    return std::filesystem::exists(done);
 }
 
-TEST(MicrophoneContract, TheToneComesInBuffersOf100MsAndOnlyThoseHandedOutAreFilled) {
-    const MicrophoneHandle microphone = (openMicrophone().reset(), openMicrophone()); // the first lets go
-    ASSERT_NE(microphone, nullptr);
-    startMicrophone(*microphone);
-    hearBuffers(*microphone, 8); // the first may be silent, and come all at once
-    std::vector<double> gaps;
-    for (int i = 0; i < 15; ++i) {
-        const auto before = ListeningClock::now();
-        for (const std::string& sound : hearBuffers(*microphone, 1))
-            EXPECT_NEAR(turns(sound), 200, 2);
-        gaps.push_back(std::chrono::duration<double>(ListeningClock::now() - before).count());
+/// At least so many buffers, or what came within 20 s; each is handed out again at once.
+std::vector<std::string> hearBuffers(Microphone& microphone, std::size_t count) {
+    std::vector<std::string> heard;
+    for (const auto limit = Clock::now() + std::chrono::seconds(20); Clock::now() < limit;) {
+        for (std::size_t i = 0; i < soundBufferCount; ++i)
+            if (const auto sound = recordedSound(microphone, i)) {
+                heard.emplace_back(*sound);
+                requeueSoundBuffer(microphone, i);
+            }
+        if (heard.size() >= count)
+            break;
+        waitForSound(microphone, 250);
     }
-    std::ranges::nth_element(gaps, gaps.begin() + 7);
-    EXPECT_NEAR(gaps[7], 0.1, 0.04);
-
-    const auto sound = [&](std::size_t i) { return std::string(recordedSound(*microphone, i).value_or("")); };
-    EXPECT_TRUE(listenUntil(*microphone, [&] {
-        return !(sound(0).empty() || sound(1).empty() || sound(2).empty() || sound(3).empty());
-    }));
-    const std::string kept = sound(1) + sound(3);
-    requeueSoundBuffer(*microphone, 2);
-    requeueSoundBuffer(*microphone, 0);
-    EXPECT_TRUE(sound(2).empty());
-    EXPECT_TRUE(listenUntil(*microphone, [&] { return !(sound(0) + sound(2)).empty(); }));
-    EXPECT_FALSE(sound(2).empty()) << "handed out before the other";
-    EXPECT_TRUE(listenUntil(*microphone, [&] { return !sound(0).empty(); }));
-    waitForSound(*microphone, 500);
-    EXPECT_TRUE(sound(1) + sound(3) == kept) << "a buffer that is being read was written to";
+    return heard;
 }
 
-TEST(MicrophoneContract, AServerThatHangsOrDiesIsNotWaitedForAndHeardAgainAndNothingIsLeftOpen) {
-    const MicrophoneHandle microphone = openMicrophone();
+/// More than were on their way.
+bool isHeard(Microphone& microphone) {
+    return hearBuffers(microphone, 10).size() >= 10;
+}
+
+TEST(MicrophoneContract, AServerThatHangsOrDiesIsNotWaitedForAndHeardAgain) {
+    const MicrophoneHandle microphone = (openMicrophone().reset(), openMicrophone()); // the first lets go
     ASSERT_NE(microphone, nullptr);
     startMicrophone(*microphone);
     EXPECT_TRUE(isHeard(*microphone));
     EXPECT_TRUE(onHost("kill -STOP $(cat $ROTIKA_SOUND_PID)"));
-    const auto before = ListeningClock::now();
+    auto before = Clock::now();
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(openMicrophone(), nullptr);
-    EXPECT_LT(ListeningClock::now() - before, std::chrono::seconds(6));
-    expectQuiet(*microphone, 5); // on Windows the device is given up meanwhile, on Linux the server
+    EXPECT_LT(Clock::now() - before, std::chrono::seconds(6));
+    hearBuffers(*microphone, 0); // what was under way
+    waitForSound(*microphone, 250);
+    before =
+        Clock::now(); // every wait takes its time and no longer, while the device or the server is given up
+    for (int i = 0; i < 20; ++i)
+        waitForSound(*microphone, 250);
+    EXPECT_NEAR(std::chrono::duration<double>(Clock::now() - before).count(), 5, 1);
+    EXPECT_TRUE(hearBuffers(*microphone, 0).empty());
     EXPECT_TRUE(onHost("kill -CONT $(cat $ROTIKA_SOUND_PID)"));
     EXPECT_TRUE(isHeard(*microphone));
     // One recording is ours, one that of the microphone, which is itself one of the room.
@@ -64,5 +74,14 @@ TEST(MicrophoneContract, AServerThatHangsOrDiesIsNotWaitedForAndHeardAgainAndNot
     EXPECT_TRUE(onHost("kill -KILL $(cat $ROTIKA_SOUND_PID)"));
     EXPECT_TRUE(isHeard(*microphone));
 }
+
+#ifndef _WIN32 // the last one: it takes the microphone away
+TEST(MicrophoneContract, TheComputersOwnSoundIsNoneUnlessTheUserNamesIt) {
+    EXPECT_TRUE(onHost("pactl unload-module module-remap-source"));
+    EXPECT_EQ(openMicrophone(), nullptr);
+    ::setenv("PULSE_SOURCE", "room.monitor", 1);
+    EXPECT_NE(openMicrophone(), nullptr);
+}
+#endif
 
 } // namespace

@@ -10,7 +10,7 @@ from pathlib import Path
 
 import numpy
 
-from desk.hands import place_cursor
+from desk.hands import Keyboard, Mouse, place_cursor
 from desk.screen import Screen
 from desk.target import make_target
 from desk.waiting import GENEROUS_S, DeskError, holds_within, wait_for
@@ -45,7 +45,7 @@ class Desk:
         self.screen = Screen(size)
         self.display = self.screen.display
         self.target = make_target(target, self.screen)
-        self.mouse, self.keyboard = self.target.hands()
+        self.mouse, self.keyboard = Mouse(self.display), Keyboard(self.display)
         self.mouse_is_held = lambda: self.target.mouse_is_held(self.program)
         self.original, self.folder = Path(program), self.screen.folder / "program"
         self.program = self.recorder = None

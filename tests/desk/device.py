@@ -7,8 +7,7 @@ from desk.waiting import wait_for
 
 # Of each kind: the library, the device, and its card on the program's first page.
 KINDS = {"speech": ("libvosk", "voice", "Komendy głosowe"), "adapter": ("libvosk_adapter", "voice", "Komendy głosowe"),
-         "gaze": ("tobii_stream_engine", "gaze", "Tobii Eye Tracker"),
-         "automation": ("automation_double", "automation", None)}
+         "gaze": ("tobii_stream_engine", "gaze", "Tobii Eye Tracker")}
 
 
 class Device:
@@ -18,7 +17,8 @@ class Device:
         name, device, self.card = KINDS[kind]
         folder = desk.screen.folder / f"{kind}-{variant}"
         folder.mkdir(exist_ok=True)
-        self.desk, self.script, self.log_file = desk, folder / f"{kind}_script.txt", folder / f"{kind}_log.txt"
+        files = desk.screen.folder
+        self.desk, self.script, self.log_file = desk, files / f"{kind}_script.txt", files / f"{kind}_log.txt"
         self.log_file.write_text("")
         self.library = folder / desk.target.library_file(name)
         if variant != "nowhere":
@@ -26,6 +26,7 @@ class Device:
         path = desk.target.path_text(self.library)
         self.settings = {f"{device}Enabled": True, f"{device}DllPath": path} | settings
         self.write(script)
+        desk.variables["DOUBLES_FOLDER"] = desk.target.path_text(files)
         desk.variables["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
 
     def write(self, *lines):

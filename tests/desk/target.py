@@ -3,9 +3,10 @@
 import signal
 from pathlib import Path
 
-from desk.hands import DEVICE, Keyboard, Mouse
+from desk.hands import Mouse
 from desk.recorder import Recorder
 from desk.screen import end
+from desk.wine import WineTarget
 
 
 class LinuxTarget:
@@ -18,27 +19,19 @@ class LinuxTarget:
     def __init__(self, screen):
         self.screen = screen
 
-    def command(self, program, *words):
-        return program, *words
-
-    def path_text(self, path):
-        """A file's path as programs of this kind write it."""
-        return str(path)
+    command = staticmethod(lambda *words: words)  # that starts a program of this kind
+    path_text = staticmethod(str)  # a file's path as such programs write it
 
     def library_file(self, name):
         """File name of the library that the other system calls `name`.dll."""
         return (name if name.startswith("lib") else f"lib{name}") + ".so"
 
-    def hands(self):
-        display = self.screen.display
-        return Mouse(display), Keyboard(display)
-
-    def recorder(self, **more):
-        return Recorder(self.screen, **more)
+    def recorder(self):
+        return Recorder(self.screen)
 
     def mouse_is_held(self, program=None):
         """A device that a program has grabbed is detached from the cursor: it floats."""
-        return DEVICE in self.screen.display.floating()
+        return Mouse.name in self.screen.display.floating()
 
     def keys_down(self):
         """For the programs, whoever presses them."""
@@ -55,9 +48,6 @@ class LinuxTarget:
         process.send_signal(signal.SIGCONT)
         return end(process, 15)  # a device's library may hold it up for some seconds
 
-    def save_theme(self, theme):
-        self._write(".config/Rotika/UI.conf", f"[General]\ntheme={theme}\n")
-
     def opener(self):
         """A program of the target's kind that adds its only argument, or "started", to the desk's notes."""
         file = self.screen.folder / "opener"
@@ -67,23 +57,19 @@ class LinuxTarget:
 
     def set_handler(self, handler):
         """From now on it opens `.txt` files and addresses of the scheme `handled:`."""
-        self._write(".local/share/applications/handler.desktop",
-                    f'[Desktop Entry]\nType=Application\nName=Handler\nExec="{handler}" %u\n'
-                    "MimeType=x-scheme-handler/handled;text/plain;\n")
-        self._write(".config/mimeapps.list", "[Default Applications]\nx-scheme-handler/handled=handler.desktop\n"
-                                             "text/plain=handler.desktop\n")
+        for name, text in (
+                (".local/share/applications/handler.desktop",
+                 f'[Desktop Entry]\nType=Application\nName=Handler\nExec="{handler}" %u\n'
+                 "MimeType=x-scheme-handler/handled;text/plain;\n"),
+                (".config/mimeapps.list", "[Default Applications]\nx-scheme-handler/handled=handler.desktop\n"
+                                          "text/plain=handler.desktop\n")):
+            file = Path(self.screen.environment["HOME"]) / name
+            file.parent.mkdir(parents=True, exist_ok=True)
+            file.write_text(text)
 
     def finish(self):
         """Ends what has been started beside the program."""
 
-    def _write(self, name, text):
-        file = Path(self.screen.environment["HOME"]) / name
-        file.parent.mkdir(parents=True, exist_ok=True)
-        file.write_text(text)
-
 
 def make_target(name, screen):
-    if name == "linux":
-        return LinuxTarget(screen)
-    from desk.wine import WineTarget
-    return WineTarget(screen)
+    return LinuxTarget(screen) if name == "linux" else WineTarget(screen)

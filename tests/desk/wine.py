@@ -1,12 +1,10 @@
 """The Windows build of the program under Wine: the same screen, mouse and keyboard, a prefix of its own."""
 
-import os
 import shutil
 import subprocess
 from ctypes import c_ulong
 from pathlib import Path
 
-from desk.hands import Keyboard, Mouse
 from desk.recorder import BUTTONS, Record, Recording
 from desk.screen import end
 from desk.waiting import GENEROUS_S, DeskError, holds_within, wait_for
@@ -21,29 +19,27 @@ KEYS = {1: "left", 2: "right", 4: "middle", 5: "side1", 6: "side2", 8: "BackSpac
         34: "Next", 35: "End", 36: "Home", 37: "Left", 38: "Up", 39: "Right", 40: "Down", 45: "Insert", 46: "Delete",
         91: "Super_L", 175: "XF86AudioRaiseVolume", 179: "XF86AudioPlay"}
 KEYS |= {code: chr(code).lower() for code in (*range(48, 58), *range(65, 91))} | {111 + n: f"F{n}" for n in range(1, 25)}
-HOT_KEY_FLAGS = {1: 4, 4: 2, 8: 1}  # of shift, ctrl and alt by X11's bits
 SERVER = shutil.which("/usr/lib/wine/wineserver64") or "wineserver"
 
 
 def copy_prefix(made):
     """A prefix is large and nearly all of it is only read: what is not the registry is linked."""
-    made.mkdir()
-    for entry in PREFIX.iterdir():
-        if entry.is_dir() and not entry.is_symlink():
-            shutil.copytree(entry, made / entry.name, symlinks=True, copy_function=os.link)
-        else:
-            shutil.copy2(entry, made / entry.name, follow_symlinks=False)
+    subprocess.run(["cp", "-al", PREFIX, made], check=True)
+    for registry in PREFIX.glob("*.reg"):
+        (made / registry.name).unlink()
+        shutil.copy2(registry, made)
+    return made
 
 
 class WineRecorder(Recording):
     """The window of a Windows program, read from the log that it writes."""
 
     def __init__(self, target):
-        self.screen, self.records, self.held, self.read = target.screen, [], set(), 0
+        self.screen = target.screen
         self.log = self.screen.folder / "recorder.txt"
         self.log.write_text("")
         width, height = self.screen.size  # one row less: below a program that fills the screen Wine puts large layers
-        self.process = target.launch(HELPER, "record", target.path_text(self.log), width, height - 1)
+        self.process = self.screen.launch(SCRIPT, HELPER, "record", target.path_text(self.log), width, height - 1)
         display = self.screen.display
         wait_for("the recorder", lambda: display.active_title() == "recorder", 60)
         self.window = c_ulong(display.active_window())
@@ -52,11 +48,9 @@ class WineRecorder(Recording):
         end(self.process)
 
     def all(self):
-        with open(self.log, encoding="ascii") as log:
-            log.seek(self.read)
-            lines, end_of_line, _ = log.read().rpartition("\n")
-        self.read += len(lines + end_of_line)
-        for time, kind, keys, state, x, y in map(str.split, lines.splitlines()):
+        self.records, self.held = [], set()
+        for line in self.log.read_text(encoding="ascii").rpartition("\n")[0].splitlines():
+            time, kind, keys, state, x, y = line.split()
             names = [KEYS.get(int(key), "-") for key in keys.split(",")]
             if kind == "held":
                 self.held = set(names) - {"-"}
@@ -90,31 +84,24 @@ class WineTarget:
 
     def __init__(self, screen):
         self.screen, self.window = screen, None
-        self.run(SCRIPT, "--prepare", variables={"WINEPREFIX": str(PREFIX)})
-        copy_prefix(screen.folder / "prefix")
-        screen.environment |= {"WINEPREFIX": str(screen.folder / "prefix"),
+        screen.environment |= {"WINEPREFIX": str(PREFIX),
                                "DESK_NOTES": self.path_text(screen.folder / "notes.txt")}
+        self.run(SCRIPT, "--prepare")
+        screen.environment["WINEPREFIX"] = str(copy_prefix(screen.folder / "prefix"))
 
-    def run(self, *words, variables=()):
+    def run(self, *words):
         """To its end; the exit status."""
-        done = subprocess.run([str(word) for word in words], env=self.screen.environment | dict(variables),
-                              stdin=subprocess.DEVNULL, capture_output=True, timeout=6 * GENEROUS_S)
-        return done.returncode
+        return subprocess.run([str(word) for word in words], env=self.screen.environment, stdin=subprocess.DEVNULL,
+                              capture_output=True, timeout=6 * GENEROUS_S).returncode
 
     def command(self, program, *words):
         return SCRIPT, program, *words
-
-    def launch(self, program, *words):
-        return self.screen.launch(*self.command(program, *words))
 
     def path_text(self, path):
         return "Z:" + str(path).replace("/", "\\")
 
     def library_file(self, name):
         return f"{name}.dll"
-
-    def hands(self):
-        return Mouse(self.screen.display), Keyboard(self.screen.display)
 
     def recorder(self):
         self.window = WineRecorder(self)
@@ -135,36 +122,26 @@ class WineTarget:
         return {button for button, name in BUTTONS.items() if self.window and name in self.window.held_now()}
 
     def hot_key_is_taken(self, key, modifiers):
-        flags = sum(flag for bit, flag in HOT_KEY_FLAGS.items() if bit & modifiers)
+        flags = sum(flag for bit, flag in {1: 4, 4: 2, 8: 1}.items() if bit & modifiers)  # of shift, ctrl and alt
         return self.tell_engine("taken", ord(key.upper()), flags) == 1
 
     def tell_engine(self, *words):
-        return self.run(*self.command(HELPER, *words))
+        return self.run(SCRIPT, HELPER, *words)
 
     def ask_to_quit(self, process):
         self.tell_engine("quit")
         holds_within(2 * GENEROUS_S, lambda: process.poll() is not None)
         return end(process)
 
-    def add_to_registry(self, key, text, name=None):
-        """Without a name it is the key's own text."""
-        where = ("/v", name) if name else ("/ve",)
-        if self.run(*self.command("reg", "add", key, *where, "/d", text, "/f")):
-            raise DeskError(f"could not write {key} into the registry")
-
-    def save_theme(self, theme):
-        self.add_to_registry(r"HKCU\Software\Rotika\UI", theme, "theme")
-
     def opener(self):
         return HELPER
 
     def set_handler(self, handler):
         command = f'"{self.path_text(handler)}" "%1"'
-        self.add_to_registry(r"HKCR\.txt", "handledfile")
-        self.add_to_registry(r"HKCR\handledfile\shell\open\command", command)
-        self.add_to_registry(r"HKCR\handled", "", "URL Protocol")
-        self.add_to_registry(r"HKCR\handled\shell\open\command", command)
+        for key, name, text in ((".txt", "", "handledfile"), (r"handledfile\shell\open\command", "", command),
+                                ("handled", "URL Protocol", ""), (r"handled\shell\open\command", "", command)):
+            if self.run(SCRIPT, "reg", "add", rf"HKCR\{key}", *(("/v", name) if name else ("/ve",)), "/d", text, "/f"):
+                raise DeskError(f"could not write {key} into the registry")
 
     def finish(self):
-        if "WINEPREFIX" in self.screen.environment:
-            self.run(SERVER, "-k")
+        self.run(SERVER, "-k")

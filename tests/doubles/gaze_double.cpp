@@ -1,5 +1,4 @@
-// Stands in for the eye tracker's library. What "gaze_script.txt" beside it may say besides what holds for
-// every call:
+// Stands in for the eye tracker's library. What "gaze_script.txt" may say besides what holds for every call:
 //
 //   look X Y VALIDITY   each wait ends with this sample, X and Y from 0 to 1 across the screen, valid if
 //                       VALIDITY is 1; the last line holds, and without one each wait is in vain
@@ -27,7 +26,7 @@ using PointReceiver = void (*)(const Point* point, void* user);
 constexpr int failed = 1;
 constexpr int timedOut = 6;
 
-DoubleScript& script = *new DoubleScript("gaze");
+const DoubleScript& script = *new DoubleScript("gaze");
 PointReceiver receiver = nullptr;
 void* const handle = &receiver; // of everything: nobody looks behind it
 
@@ -37,58 +36,58 @@ int outcome(const char* call, const std::string& details = {}) {
 
 } // namespace
 
-DOUBLE_EXPORT int tobii_api_create(void** api, const void* /*allocator*/, const void* /*log*/) {
+extern "C" int tobii_api_create(void** api, const void* /*allocator*/, const void* /*log*/) {
     *api = handle;
     return outcome("api_create");
 }
 
-DOUBLE_EXPORT int tobii_api_destroy(void* /*api*/) {
+extern "C" int tobii_api_destroy(void* /*api*/) {
     return outcome("api_destroy");
 }
 
-DOUBLE_EXPORT int tobii_enumerate_local_device_urls(void* /*api*/, UrlReceiver urlReceiver, void* user) {
+extern "C" int tobii_enumerate_local_device_urls(void* /*api*/, UrlReceiver urlReceiver, void* user) {
     if (outcome("enumerate_local_device_urls") == 0)
         urlReceiver("double://only", user);
     return 0;
 }
 
-DOUBLE_EXPORT int tobii_device_create(void* /*api*/, const char* url, int fieldOfUse, void** device) {
+extern "C" int tobii_device_create(void* /*api*/, const char* url, int fieldOfUse, void** device) {
     *device = handle;
     return outcome("device_create", url + (" " + std::to_string(fieldOfUse)));
 }
 
-DOUBLE_EXPORT int tobii_device_destroy(void* /*device*/) {
+extern "C" int tobii_device_destroy(void* /*device*/) {
     return outcome("device_destroy");
 }
 
-DOUBLE_EXPORT int tobii_gaze_point_subscribe(void* /*device*/, PointReceiver pointReceiver, void* /*user*/) {
+extern "C" int tobii_gaze_point_subscribe(void* /*device*/, PointReceiver pointReceiver, void* /*user*/) {
     receiver = pointReceiver;
     return outcome("gaze_point_subscribe");
 }
 
-DOUBLE_EXPORT int tobii_wait_for_callbacks(int deviceCount, void* const* devices) {
-    const std::vector<std::string> periods = script.allOf("period");
-    std::this_thread::sleep_for(std::chrono::milliseconds(periods.empty() ? 10 : std::stoi(periods.back())));
+extern "C" int tobii_wait_for_callbacks(int deviceCount, void* const* devices) {
+    const std::vector<DoubleScript::Line> periods = script.lines({"period"});
+    std::this_thread::sleep_for(std::chrono::milliseconds(periods.empty() ? 10 : std::stoi(periods[0].rest)));
     if (deviceCount != 1 || *devices != handle || script.says("lost", ""))
         return failed;
-    return script.allOf("look").empty() ? timedOut : 0;
+    return script.lines({"look"}).empty() ? timedOut : 0;
 }
 
 #ifndef WITHOUT_REQUIRED
-DOUBLE_EXPORT int tobii_device_process_callbacks(void* /*device*/) {
+extern "C" int tobii_device_process_callbacks(void* /*device*/) {
     Point point;
-    std::istringstream(script.allOf("look").back()) >> point.x >> point.y >> point.validity;
+    std::istringstream(script.lines({"look"}).back().rest) >> point.x >> point.y >> point.validity;
     receiver(&point, nullptr);
     return 0;
 }
 #endif
 
 #ifndef WITHOUT_OPTIONAL
-DOUBLE_EXPORT int tobii_device_reconnect(void* /*device*/) {
+extern "C" int tobii_device_reconnect(void* /*device*/) {
     return outcome("device_reconnect");
 }
 
-DOUBLE_EXPORT int tobii_gaze_point_unsubscribe(void* /*device*/) {
+extern "C" int tobii_gaze_point_unsubscribe(void* /*device*/) {
     return outcome("gaze_point_unsubscribe");
 }
 #endif

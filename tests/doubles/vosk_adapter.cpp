@@ -1,23 +1,27 @@
 // The speech recogniser's real library with the one name that its version 0.3.39 lacks: a change of grammar
-// makes a new recogniser inside. "adapter_script.txt" beside the adapter names the real one: "library PATH".
-// "adapter_log.txt" gets "listening" with the first sound, "grammar" with each change of grammar, and "heard"
-// with each answer.
+// makes a new recogniser inside. "adapter_script.txt" names the real one: "library PATH". "adapter_log.txt"
+// gets "listening" with the first sound, and "heard" with each answer.
 
 #include "double_script.h"
 
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
 namespace {
 
-DoubleScript& script = *new DoubleScript("adapter");
+const DoubleScript& script = *new DoubleScript("adapter");
 
 void* find(const char* name) {
-    static const std::string path = script.allOf("library").at(0);
-    static const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+    static const std::string path = script.lines({"library"}).at(0).rest;
 #ifdef _WIN32
-    static HMODULE library = LoadLibraryExW(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    return library == nullptr ? nullptr : reinterpret_cast<void*>(GetProcAddress(library, name));
+    static HMODULE library = LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    return reinterpret_cast<void*>(GetProcAddress(library, name));
 #else
-    static void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-    return library == nullptr ? nullptr : dlsym(library, name);
+    static void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    return dlsym(library, name);
 #endif
 }
 
@@ -34,36 +38,34 @@ void* inner = nullptr;
 
 } // namespace
 
-DOUBLE_EXPORT void* vosk_model_new(const char* path) {
-    return real<void*>("vosk_model_new", path);
+extern "C" void* vosk_model_new(const char* path) {
+    return modelInUse = real<void*>("vosk_model_new", path);
 }
 
-DOUBLE_EXPORT void vosk_model_free(void* model) {
+extern "C" void vosk_model_free(void* model) {
     real<void>("vosk_model_free", model);
 }
 
-DOUBLE_EXPORT int vosk_model_find_word(void* model, const char* word) {
+extern "C" int vosk_model_find_word(void* model, const char* word) {
     return real<int>("vosk_model_find_word", model, word);
 }
 
-DOUBLE_EXPORT void* vosk_recognizer_new_grm(void* model, float rate, const char* grammar) {
-    modelInUse = model;
+extern "C" void* vosk_recognizer_new_grm(void* model, float rate, const char* grammar) {
     rateInUse = rate;
     return inner = real<void*>("vosk_recognizer_new_grm", model, rate, grammar);
 }
 
-DOUBLE_EXPORT void vosk_recognizer_set_grm(void* /*recognizer*/, const char* grammar) {
+extern "C" void vosk_recognizer_set_grm(void* /*recognizer*/, const char* grammar) {
     real<void>("vosk_recognizer_free", inner);
     inner = real<void*>("vosk_recognizer_new_grm", modelInUse, rateInUse, grammar);
-    script.note("grammar");
 }
 
-DOUBLE_EXPORT int vosk_recognizer_accept_waveform(void* /*recognizer*/, const char* sound, int size) {
+extern "C" int vosk_recognizer_accept_waveform(void* /*recognizer*/, const char* sound, int size) {
     [[maybe_unused]] static const bool isNoted = script.begins("listening");
     return real<int>("vosk_recognizer_accept_waveform", inner, sound, size);
 }
 
-DOUBLE_EXPORT const char* vosk_recognizer_result(void* /*recognizer*/) {
+extern "C" const char* vosk_recognizer_result(void* /*recognizer*/) {
     const char* answer = real<const char*>("vosk_recognizer_result", inner);
     std::string line = answer == nullptr ? "" : answer; // of several lines
     std::ranges::replace(line, '\n', ' ');
@@ -71,6 +73,6 @@ DOUBLE_EXPORT const char* vosk_recognizer_result(void* /*recognizer*/) {
     return answer;
 }
 
-DOUBLE_EXPORT void vosk_recognizer_free(void* /*recognizer*/) {
+extern "C" void vosk_recognizer_free(void* /*recognizer*/) {
     real<void>("vosk_recognizer_free", inner);
 }

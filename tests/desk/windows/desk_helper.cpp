@@ -1,8 +1,7 @@
 // The desk's hand among Windows programs:
 //   desk_helper record LOG WIDTH HEIGHT  the window in front, which writes down the input that it gets
 //   desk_helper activate FILE            the engine is to take the wheels of this file; exit status 1 for yes
-//   desk_helper close                    asks all its windows to close, as whoever ends a program by them
-//   does desk_helper stray                    sends it private messages that no worker of its has posted
+//   desk_helper stray                    sends it private messages that no worker of its has posted
 //   desk_helper quit                     ends it in good order
 //   desk_helper taken KEY FLAGS          whether this hot key has an owner; exit status 1 for yes
 //   desk_helper [WORD]                   as the program that a step opens: adds WORD or "started" to the
@@ -15,9 +14,9 @@
 #include <windows.h>
 #include <windowsx.h>
 
-#include <cstdio>
 #include <cstdlib>
-#include <initializer_list>
+#include <fstream>
+#include <map>
 #include <string>
 #include <utility>
 
@@ -27,16 +26,15 @@ constexpr int noEngine = 3;
 constexpr ULONG_PTR activateWheelFile = 1;
 constexpr UINT lookIntervalMs = 20;
 
-std::FILE* eventLog = nullptr;
+std::ofstream eventLog;
 
 void write(const char* kind, const std::string& keys = "0") {
     int state = 0;
     for (const auto& [key, bit] : {std::pair{VK_SHIFT, 1}, {VK_CONTROL, 4}, {VK_MENU, 8}})
         state += GetKeyState(key) < 0 ? bit : 0;
     const DWORD place = GetMessagePos();
-    std::fprintf(eventLog, "%lu %s %s %d %d %d\n", static_cast<unsigned long>(GetMessageTime()), kind,
-                 keys.c_str(), state, GET_X_LPARAM(place), GET_Y_LPARAM(place));
-    std::fflush(eventLog);
+    eventLog << GetMessageTime() << ' ' << kind << ' ' << keys << ' ' << state << ' ' << GET_X_LPARAM(place)
+             << ' ' << GET_Y_LPARAM(place) << std::endl;
 }
 
 void CALLBACK writeWhatIsHeld(HWND, UINT, UINT_PTR, DWORD) {
@@ -49,34 +47,18 @@ void CALLBACK writeWhatIsHeld(HWND, UINT, UINT_PTR, DWORD) {
     before = held;
 }
 
-/// As recorder.py tells.
-void paintPattern(HWND window) {
-    constexpr int cell = 16;
-    PAINTSTRUCT paint;
-    const HDC context = BeginPaint(window, &paint);
-    for (int y = 0; y * cell < paint.rcPaint.bottom; ++y) {
-        for (int x = 0; x * cell < paint.rcPaint.right; ++x) {
-            const RECT place{x * cell, y * cell, x * cell + cell, y * cell + cell};
-            SetDCBrushColor(context, RGB(40 + x * 37 % 160, 40 + y * 53 % 160, 40 + (x + y) * 29 % 160));
-            FillRect(context, &place, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-        }
-    }
-    EndPaint(window, &paint);
-}
-
 /// Each kind of button has the messages down, up and double click in a row.
 bool writeButton(UINT message, WPARAM details) {
     const int extra = GET_XBUTTON_WPARAM(details) == XBUTTON1 ? VK_XBUTTON1 : VK_XBUTTON2;
-    for (const auto& [down, key] : std::initializer_list<std::pair<UINT, int>>{{WM_LBUTTONDOWN, VK_LBUTTON},
-                                                                               {WM_MBUTTONDOWN, VK_MBUTTON},
-                                                                               {WM_RBUTTONDOWN, VK_RBUTTON},
-                                                                               {WM_XBUTTONDOWN, extra}}) {
-        if (message == down || message == down + 1) {
-            write(message == down ? "button-down" : "button-up", std::to_string(key));
-            return true;
-        }
-    }
-    return false;
+    const std::map<UINT, int> keys{{WM_LBUTTONDOWN, VK_LBUTTON},
+                                   {WM_MBUTTONDOWN, VK_MBUTTON},
+                                   {WM_RBUTTONDOWN, VK_RBUTTON},
+                                   {WM_XBUTTONDOWN, extra}};
+    const bool isDown = keys.contains(message);
+    if (!isDown && !keys.contains(message - 1))
+        return false;
+    write(isDown ? "button-down" : "button-up", std::to_string(keys.at(isDown ? message : message - 1)));
+    return true;
 }
 
 LRESULT CALLBACK recordMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -88,8 +70,6 @@ LRESULT CALLBACK recordMessage(HWND window, UINT message, WPARAM wParam, LPARAM 
         write("motion");
     else if (message == WM_SETFOCUS || message == WM_KILLFOCUS)
         write(message == WM_SETFOCUS ? "focus-in" : "focus-out");
-    else if (message == WM_PAINT)
-        paintPattern(window);
     else if (message == WM_DESTROY)
         PostQuitMessage(0);
     else if (!writeButton(message, wParam))
@@ -99,14 +79,14 @@ LRESULT CALLBACK recordMessage(HWND window, UINT message, WPARAM wParam, LPARAM 
 
 int record(const char* log, int width, int height) {
     SetProcessDPIAware();
-    eventLog = std::fopen(log, "ab");
-    if (eventLog == nullptr)
-        return 2;
+    eventLog.open(log, std::ios::binary);
     WNDCLASSW description{};
     description.lpfnWndProc = recordMessage;
     description.hInstance = GetModuleHandleW(nullptr);
     description.lpszClassName = L"Recorder";
     description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    description.hbrBackground =
+        CreatePatternBrush(CreateBitmap(4, 4, 1, 1, "\x30\0\x30\0\xC0\0\xC0")); // chequered
     RegisterClassW(&description);
     const HWND window = CreateWindowExW(0, L"Recorder", L"recorder", WS_POPUP, 0, 0, width, height, nullptr,
                                         nullptr, description.hInstance, nullptr);
@@ -126,22 +106,17 @@ int activate(HWND engine, const std::string& file) {
     return static_cast<int>(SendMessageW(engine, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)));
 }
 
-BOOL CALLBACK closeWindow(HWND window, LPARAM) {
-    return PostMessageW(window, WM_CLOSE, 0, 0);
-}
-
-BOOL sendStrays(HWND engine) {
-    BOOL isSent = TRUE;
+bool sendStrays(HWND engine) {
+    bool isSent = true;
     for (const UINT message : {WM_APP + 5U, WM_APP + 6U, WM_APP + 8U})
-        for (const LPARAM made : {LPARAM{0}, LPARAM{0x1234}, static_cast<LPARAM>(0x7FFF12345678)})
-            isSent = isSent && PostMessageW(engine, message, 0, made);
+        for (const LPARAM made : {0LL, 0x7FFF12345678LL})
+            isSent = isSent && PostMessageW(engine, message, 0, made) != 0;
     return isSent;
 }
 
-int note(const char* word) {
-    const char* notes = std::getenv("DESK_NOTES");
-    std::FILE* stream = notes != nullptr ? std::fopen(notes, "ab") : nullptr;
-    return stream != nullptr && std::fprintf(stream, "%s\n", word) > 0 && std::fclose(stream) == 0 ? 0 : 2;
+int note(const std::string& word) {
+    std::ofstream notes(std::getenv("DESK_NOTES"), std::ios::binary | std::ios::app);
+    return notes << word << "\n" << std::flush ? 0 : 2;
 }
 
 } // namespace
@@ -150,20 +125,14 @@ int main(int argc, char** argv) {
     const std::string word = argc > 1 ? argv[1] : "started";
     if (word == "record" && argc == 5)
         return record(argv[2], std::atoi(argv[3]), std::atoi(argv[4]));
-    if (word == "taken" && argc == 4) {
-        const auto [key, modifiers] = std::pair{std::atoi(argv[2]), std::atoi(argv[3])};
-        return RegisterHotKey(nullptr, 1, static_cast<UINT>(modifiers), static_cast<UINT>(key)) == 0;
-    }
-    if (word != "activate" && word != "close" && word != "stray" && word != "quit")
-        return note(word.c_str());
+    if (word == "taken" && argc == 4)
+        return RegisterHotKey(nullptr, 1, std::stoul(argv[3]), std::stoul(argv[2])) == 0;
     const HWND engine = FindWindowW(L"RadialOverlayMain", nullptr);
-    if (engine == nullptr)
-        return noEngine;
     if (word == "activate" && argc == 3)
         return activate(engine, argv[2]);
-    const DWORD thread = GetWindowThreadProcessId(engine, nullptr);
-    const BOOL isDone = word == "stray"   ? sendStrays(engine)
-                        : word == "close" ? EnumThreadWindows(thread, closeWindow, 0)
-                                          : PostThreadMessageW(thread, WM_QUIT, 0, 0);
-    return isDone != 0 ? 0 : noEngine;
+    if (word == "stray")
+        return sendStrays(engine) ? 0 : noEngine;
+    if (word == "quit")
+        return PostThreadMessageW(GetWindowThreadProcessId(engine, nullptr), WM_QUIT, 0, 0) ? 0 : noEngine;
+    return note(word);
 }

@@ -74,16 +74,16 @@ def desk(request):
     made.speech = Path(request.config.getoption("speech"))
     try:
         yield made
-        has_failed, left = request.node.has_failed, []
-        if has_failed:
-            made.keep(Path(request.config.getoption("artefacts")) / target, request.node.name)
-        if made.screen.server.poll() is None:
+        artefacts, left = Path(request.config.getoption("artefacts")) / target, []
+        if request.node.has_failed:
+            made.keep(artefacts, request.node.name)
+        elif made.screen.server.poll() is None:
             if not made.wheel():  # with the wheel open the mouse is rightly held
                 left += made.leftovers(but=("silent",))
             made.end_program()
             left += made.leftovers()
-        if left and not has_failed:
-            made.keep(Path(request.config.getoption("artefacts")) / target, request.node.name)
+        if left:
+            made.keep(artefacts, request.node.name)
         assert not left, f"left behind: {left}"
     finally:
         made.close()

@@ -3,7 +3,7 @@
 import signal
 from pathlib import Path
 
-from desk.hands import DEVICE, Keyboard, Mouse
+from desk.hands import Keyboard, Mouse
 from desk.recorder import Recorder
 from desk.screen import end
 
@@ -38,7 +38,7 @@ class LinuxTarget:
 
     def mouse_is_held(self, program=None):
         """A device that a program has grabbed is detached from the cursor: it floats."""
-        return DEVICE in self.screen.display.floating()
+        return Mouse.name in self.screen.display.floating()
 
     def keys_down(self):
         """For the programs, whoever presses them."""

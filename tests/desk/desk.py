@@ -18,17 +18,14 @@ from desk.x11 import save_png
 
 LAYER, CENTRE = (588, 460), (294, 230)
 TOGGLE_KEY = "x"
-# Where input may be lost or doubled: how long one attempt is given, and how many there are.
-PATIENCE_S, ATTEMPTS = 3.0, 8
+ATTEMPTS = 8  # where input may be lost or doubled
 SHIFT, CONTROL, ALT = 1, 4, 8  # the modifiers' bits in an event's state
 
 
 def field(*steps, **more):
     """A field whose steps are key names, or (key, action, value) with the last two left out at will."""
-    made = []
-    for step in steps:
-        words = (step,) if isinstance(step, (str, dict)) else step
-        made.append(words[0] if isinstance(words[0], dict) else dict(zip(("key", "action", "value"), words)))
+    made = [step if isinstance(step, dict) else
+            dict(zip(("key", "action", "value"), (step,) if isinstance(step, str) else step)) for step in steps]
     return {"name": str(steps[0] if steps else ""), "steps": made} | more
 
 
@@ -45,6 +42,7 @@ class Desk:
         self.display = self.screen.display
         self.target = make_target(target, self.screen)
         self.mouse, self.keyboard = self.target.hands()
+        self.patience = GENEROUS_S if self.target.input_is_exact else 3.0
         self.original, self.folder = Path(program), self.screen.folder / "program"
         self.program = self.recorder = None
         self.variables = {}
@@ -66,7 +64,6 @@ class Desk:
         self.field_count = len(fields)
 
     def launch_program(self, **more):
-        """Starts it and waits for nothing."""
         return self.screen.launch(*self.target.command(self.folder / self.target.executable),
                                   variables=self.variables, **more)
 
@@ -107,8 +104,6 @@ class Desk:
         file = self.screen.folder / "notes.txt"
         return file.read_text().splitlines() if file.exists() else []
 
-    # The wheel
-
     def wheel(self):
         return self.display.shown_layer(*LAYER)
 
@@ -140,23 +135,18 @@ class Desk:
         return tuple(int(place) for place in tips[len(tips) // 2][::-1]) if len(tips) else None
 
     def wait_until_open(self):
-        def opens_well():
-            return self.wheel_cursor_is_at(*CENTRE) and self.mouse_is_held()
-
         wait_for("the wheel", self.wheel)
-        # As a person would where an opening may fail: closed and opened again.
-        for _ in range(0 if self.target.input_is_exact else ATTEMPTS):
-            if holds_within(PATIENCE_S, opens_well):
-                break
-            for is_open in (False, True):
+        self.virtual = CENTRE
+        for _ in range(1 if self.target.input_is_exact else ATTEMPTS):
+            if holds_within(self.patience, lambda: self.wheel_cursor_is_at(*CENTRE) and self.mouse_is_held()):
+                return
+            for is_open in (False, True):  # as a person would where an opening may fail
                 self.keyboard.tap(TOGGLE_KEY)
                 wait_for("another attempt", lambda: bool(self.wheel()) == is_open)
-        wait_for("the wheel's cursor in the middle and the mouse held back", opens_well)
-        self.virtual = CENTRE
+        raise DeskError("the wheel's cursor is not in the middle or the mouse not held back")
 
     def wait_until_closed(self):
-        wait_for("the wheel to close and the mouse to be given back",
-                 lambda: not self.wheel() and not self.mouse_is_held())
+        wait_for("the wheel to close and give the mouse back", lambda: not self.wheel() and not self.mouse_is_held())
 
     def open_wheel(self):
         self.keyboard.tap(TOGGLE_KEY)
@@ -169,12 +159,11 @@ class Desk:
     def aim(self, where):
         """The virtual cursor onto a field, or a point of the layer."""
         x, y = field_point(where, self.field_count) if isinstance(where, int) else where
-        is_exact = self.target.input_is_exact
-        for attempt in range(1 if is_exact else ATTEMPTS):
+        for attempt in range(1 if self.target.input_is_exact else ATTEMPTS):
             part = 1 + attempt % 2  # half the way every other time: where movements count twice, that leads there
             self.mouse.move(int((x - self.virtual[0]) / part), int((y - self.virtual[1]) / part))
             self.virtual = (x, y)
-            if holds_within(GENEROUS_S if is_exact else PATIENCE_S, lambda: self.wheel_cursor_is_at(x, y)):
+            if holds_within(self.patience, lambda: self.wheel_cursor_is_at(x, y)):
                 return
             # As a person would: look where it is, or else begin in the corner, and correct.
             if not (found := self.find_wheel_cursor()):
@@ -183,7 +172,6 @@ class Desk:
         raise DeskError(f"waited in vain for the virtual cursor at {x}, {y}")
 
     def pick(self, where):
-        """In the open wheel."""
         self.aim(where)
         self.mouse.click()
         self.wait_until_closed()
@@ -194,10 +182,7 @@ class Desk:
 
     def wait_for_hot_key_with(self, *modifiers):
         """Until the toggle key works beside modifiers that a function holds: a moment after they are down."""
-        wait_for("the toggle key with the modifiers to be the program's",
-                 lambda: self.target.hot_key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
-
-    # The program's processes and the session
+        wait_for("the hot key", lambda: self.target.hot_key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
 
     def guard(self):
         """The process id of the living guard, or None. A dead one has no command line."""
@@ -213,12 +198,10 @@ class Desk:
         self.program.wait()
 
     def kill_guard(self):
-        """Its process id; another one is started."""
         os.kill(guard := wait_for("a guard", self.guard), signal.SIGKILL)
         return guard
 
     def end_program(self):
-        """Its exit status."""
         if self.program and self.program.poll() is None:
             self.target.ask_to_quit(self.program)
         return self.program and self.program.poll()
@@ -228,8 +211,6 @@ class Desk:
         state = self.display.atom("LOCK").value if is_locked else 0
         self.screen.run("xprop", "-root", "-f", "_SCREENSAVER_STATUS", "32i", "-set", "_SCREENSAVER_STATUS",
                         f"{state},1700000000,1")
-
-    # What must not be left behind
 
     def state(self):
         return {"floating": self.display.floating(), "keys": self.target.keys_down(),

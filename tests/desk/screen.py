@@ -16,22 +16,17 @@ from pathlib import Path
 from desk.waiting import GENEROUS_S, DeskError, wait_for
 from desk.x11 import Display, xlib
 
-PR_SET_PDEATHSIG = 1
-die_with_parent = functools.partial(ctypes.CDLL(None).prctl, PR_SET_PDEATHSIG, signal.SIGKILL)
+die_with_parent = functools.partial(ctypes.CDLL(None).prctl, 1, signal.SIGKILL)  # PR_SET_PDEATHSIG
 FOREIGN = ("XDG_", "WAYLAND_", "XAUTHORITY", "QT_QPA_PLATFORM", "DISPLAY")
 COMPOSITORS = {"picom": ["picom", "--backend", "xrender", "--config", "/dev/null"], "xcompmgr": ["xcompmgr"], "none": []}
 
 
 def end(process, seconds=5):
     """Asked to end, then made to; the exit status."""
-    if process is None:
-        return None
-    process.terminate()
     try:
-        return process.wait(seconds)
+        return process and (process.terminate() or process.wait(seconds))
     except subprocess.TimeoutExpired:
-        process.kill()
-        return process.wait(GENEROUS_S)
+        return process.kill() or process.wait(GENEROUS_S)
 
 
 class Screen:
@@ -61,7 +56,6 @@ class Screen:
         wait_for("the session bus", (run / "bus").exists)
 
     def set_compositor(self, name):
-        """picom, xcompmgr or none, instead of what there is."""
         end(self.compositor)
         self.compositor = self.launch(*COMPOSITORS[name]) if COMPOSITORS[name] else None
         wait_for("the compositor to come or go", lambda: bool(self.compositor) == bool(xlib.XGetSelectionOwner(
@@ -77,7 +71,6 @@ class Screen:
         return process
 
     def run(self, *words):
-        """A command on this screen, to its end."""
         done = subprocess.run(words, env=self.environment, capture_output=True, text=True, timeout=GENEROUS_S)
         if done.returncode:
             raise DeskError(f"{' '.join(words)}: {done.stderr.strip()}")

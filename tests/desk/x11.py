@@ -14,9 +14,8 @@ KINDS = {"i": c_int, "u": c_uint, "L": c_ulong, "p": c_void_p, "s": c_char_p, "w
 
 
 def structure(fields):
-    """A ctypes structure of fields such as "width:i"."""
-    return type("Made", (ctypes.Structure,), {"_fields_": [(name, KINDS[kind]) for name, kind in
-                                                           (field.split(":") for field in fields.split())]})
+    named = [field.split(":") for field in fields.split()]
+    return type("Made", (ctypes.Structure,), {"_fields_": [(name, KINDS[kind]) for name, kind in named]})
 
 
 # Of keys, buttons and motion; `detail` is keycode or button.
@@ -76,8 +75,6 @@ class Display:
     def atom(self, name):
         return c_ulong(xlib.XInternAtom(self.handle, name.encode(), 0))
 
-    # Windows
-
     def property(self, window, name):
         """The value of a property: bytes, or the list of its 32-bit numbers."""
         _, form, count, _, data = ask(xlib.XGetWindowProperty, self.handle, c_ulong(window), self.atom(name), c_long(0),
@@ -98,8 +95,8 @@ class Display:
 
     def place_of(self, title):
         """Left and top of the inside of the first such window."""
-        return ask(xlib.XTranslateCoordinates, self.handle, c_ulong(self.titled(title)[0]), self.root, 0, 0,
-                   answers="iiL")[:2]
+        window = c_ulong(self.titled(title)[0])
+        return ask(xlib.XTranslateCoordinates, self.handle, window, self.root, 0, 0, answers="iiL")[:2]
 
     def active_window(self):
         return (self.property(self.root.value, "_NET_ACTIVE_WINDOW") or [0])[0]
@@ -119,7 +116,6 @@ class Display:
         self.sync()
 
     def activate(self, window):
-        """As a person's task bar does."""
         self._ask_window_manager("_NET_ACTIVE_WINDOW", window, 2)
 
     def close_window(self, window):
@@ -143,8 +139,6 @@ class Display:
         """The window of that size, and at that place if told, that is shown without a frame, or None."""
         return next((shown for shown in self.shown_windows() if (shown.width, shown.height) == (width, height) and
                      place in (None, (shown.left, shown.top))), None)
-
-    # Mouse and keyboard
 
     def pointer(self):
         """Place of the cursor, and the buttons that are down."""
@@ -203,18 +197,15 @@ class Display:
         self.sync()
         return len(errors) > before
 
-    # Pictures; numpy is not there for those who only start a command on a screen.
-
     def picture(self, window=None):
         """The screen, or a window as it has drawn itself, as height x width x 3 numbers: red, green, blue."""
-        import numpy
+        import numpy  # which those who only start a command on a screen need not have
         drawn, seen = c_ulong(window or self.root.value), WindowAttributes()
         xlib.XGetWindowAttributes(self.handle, drawn, byref(seen))
         octets = numpy.frombuffer(self._octets(drawn, 0, 0, seen.width, seen.height), numpy.uint8)
         return octets.reshape(seen.height, -1, 4)[:, :seen.width, 2::-1]
 
     def pixel(self, x, y):
-        """Red, green and blue of a spot of the screen; quick enough to look without a pause."""
         return tuple(self._octets(self.root, x, y, 1, 1)[2::-1])
 
     def _octets(self, drawn, x, y, width, height):

@@ -7,11 +7,6 @@ from desk.hands import LEFT, RIGHT
 from desk.waiting import holds_within, wait_for
 
 
-def pressed_letters(desk):
-    """What was typed; the mere release of the toggle key may reach the window, its letter not."""
-    return {record.name for record in desk.recorder.since_mark("key-down", "key-repeat")}
-
-
 def wait_for_no_key(desk):
     wait_for("all keys to be up", lambda: not desk.target.keys_down(), 3)
 
@@ -34,21 +29,6 @@ def test_keys_let_go_and_pressed_while_the_toggle_key_is_down_reach_the_window(d
         desk.recorder.expect("w", "e", "q")
 
 
-@pytest.mark.only("linux", "Wine repeats a hot key")
-def test_a_held_toggle_key_toggles_once_and_types_nothing(desk):
-    desk.start(field("a"), sendDelay=0)
-    desk.screen.run("xset", "r", "rate", "150", "33")
-    desk.keyboard.press(TOGGLE_KEY)
-    desk.wait_until_open()
-    assert not holds_within(0.5, lambda: not desk.wheel()), "the wheel closed by a repeat"
-    desk.pick(0)
-    assert not holds_within(0.5, desk.wheel), "the wheel opened again by a repeat"
-    desk.keyboard.release(TOGGLE_KEY)
-    desk.open_wheel()
-    desk.close_wheel()
-    assert TOGGLE_KEY not in pressed_letters(desk)
-
-
 @pytest.mark.only("linux", "keyboards and keycodes are X's")
 def test_the_toggle_key_works_after_its_keyboard_changed_while_it_was_down(desk):
     desk.start(field("a"))
@@ -66,7 +46,7 @@ def test_the_toggle_key_works_after_its_keyboard_changed_while_it_was_down(desk)
     desk.wait_for_hot_key_with(0)
     desk.keyboard.release(pressed)
     desk.close_wheel()
-    assert not pressed_letters(desk)
+    assert not desk.recorder.since_mark("key-down", "key-repeat")
 
 
 def test_a_modifier_that_the_person_holds_goes_to_the_program_with_the_key(desk):

@@ -1,15 +1,11 @@
-"""How the program starts, whatever it finds, and how it ends; and what the session around it does."""
+"""How the program starts, whatever it finds, and what the session around it does."""
 
 import shutil
-import time
 
 import pytest
 
 from desk.desk import TOGGLE_KEY, field
 from desk.waiting import holds_within, wait_for
-from desk.x11 import xlib
-
-END_LIMIT_S = 2
 
 
 def expect_wheel(desk):
@@ -17,13 +13,6 @@ def expect_wheel(desk):
     desk.open_wheel()
     desk.close_wheel()
     assert desk.program.poll() is None
-
-
-def ends_in_time(process):
-    started = time.monotonic()
-    process.terminate()
-    status = process.wait(20)
-    return status == 0 and time.monotonic() - started < END_LIMIT_S
 
 
 def test_a_second_copy_says_so_and_ends_without_disturbing_the_first(desk):
@@ -68,27 +57,3 @@ def test_nothing_opens_or_runs_behind_a_locked_screen(desk):
     wait_for("the wheel to open again", lambda: desk.keyboard.tap(TOGGLE_KEY) or holds_within(0.3, desk.wheel))
     desk.wait_until_open()
     desk.close_wheel()
-
-
-@pytest.mark.only("linux")
-def test_a_toggle_key_that_another_program_has_is_told_of_and_the_message_holds_up_no_end(desk):
-    key = desk.display.handle, desk.display.keycode(TOGGLE_KEY), 1 << 15, desk.display.root
-    xlib.XGrabKey(*key, 0, 1, 1)
-    desk.display.sync()
-    desk.prepare(field("a"))
-    desk.program = desk.launch_program()
-    wait_for("a message", lambda: any(title.startswith("Rotika: ") for title in desk.display.titles()))
-    assert ends_in_time(desk.program)
-
-
-@pytest.mark.only("linux")
-def test_a_start_can_be_ended_at_any_moment(desk):
-    """From the lock of the only copy on. What comes before it takes nothing that would have to be given back."""
-    desk.prepare(field("a"))
-    lock = desk.screen.folder / "run" / "RotikaEngineRunning.lock"
-    for delay_ms in range(0, 600, 100):
-        desk.program = desk.launch_program()
-        wait_for("the first step of the start", lock.exists)
-        time.sleep(delay_ms / 1000)  # the moments are the test's rows, not a wait
-        assert ends_in_time(desk.program), f"after {delay_ms} ms"
-        lock.unlink()

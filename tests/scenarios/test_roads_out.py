@@ -7,6 +7,7 @@ import pytest
 from desk.desk import LAYER, TOGGLE_KEY, field
 from desk.hands import place_cursor
 from desk.waiting import holds_within, wait_for
+from desk.x11 import xlib
 
 STALL_LIMIT_S = 3.0
 BESIDE = (200, 200)  # the wheel
@@ -33,6 +34,23 @@ def test_an_end_with_the_wheel_open_gives_the_mouse_back_and_it_starts_again(des
     desk.start(field("a"))
     desk.choose(0)
     desk.recorder.expect("a")
+
+
+@pytest.mark.only("linux")
+@pytest.mark.parametrize("way", ["kill", "quit"])
+def test_an_end_does_not_double_a_click_that_a_window_manager_still_holds_back(desk, way):
+    desk.start(field("a"), cursor=BESIDE)
+    button, synchronous, replay = (desk.display.handle, 1, 1 << 15, desk.display.root), 0, 2
+    xlib.XGrabButton(*button, 0, 4, synchronous, 1, 0, 0)
+    desk.display.sync()
+    desk.mouse.click()
+    desk.open_wheel()
+    desk.kill_program() if way == "kill" else desk.end_program()
+    wait_for("the guard to have done its work", lambda: not desk.guard())
+    xlib.XUngrabButton(*button)
+    xlib.XAllowEvents(desk.display.handle, replay, 0)
+    desk.display.sync()
+    desk.recorder.expect("left")
 
 
 @pytest.mark.parametrize("way, step, press", [

@@ -218,10 +218,10 @@ class Desk:
 
     def next_motion(self):
         """How far the real mouse's next motion of 3, 3, away from the nearer edges, moves the cursor that way."""
-        x, y = self.display.cursor()
-        way = [1 if place < whole / 2 else -1 for place, whole in zip((x, y), self.screen.size)]
-        self.mouse.move(3 * way[0], 3 * way[1])
-        return (self.display.cursor()[0] - x) * way[0], (self.display.cursor()[1] - y) * way[1]
+        before = self.display.cursor()
+        ways = [1 if place < whole / 2 else -1 for place, whole in zip(before, self.screen.size)]
+        self.mouse.move(*(3 * way for way in ways))
+        return tuple((now - then) * way for now, then, way in zip(self.display.cursor(), before, ways))
 
     def leftovers(self, but=(), seconds=2):
         """What is floating, down or silent that was not before and does not go within the time, and a cursor that

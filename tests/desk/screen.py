@@ -23,10 +23,14 @@ COMPOSITORS = {"picom": ["picom", "--backend", "xrender", "--config", "/dev/null
 
 def end(process, seconds=5):
     """Asked to end, then made to; the exit status."""
+    if process is None:
+        return None
+    process.terminate()
     try:
-        return process and (process.terminate() or process.wait(seconds))
+        return process.wait(seconds)
     except subprocess.TimeoutExpired:
-        return process.kill() or process.wait(GENEROUS_S)
+        process.kill()
+        return process.wait(GENEROUS_S)
 
 
 class Screen:

@@ -111,8 +111,8 @@ class Desk:
         return self.target.mouse_is_held(self.program)
 
     def _arrow_tips(self):
-        """Rows of points: whether the virtual cursor may be there, an arrow in white with a black edge on its left. Some
-        points above and below its tip look the same. The layer itself is asked: under many openings in a row a
+        """Rows of points: whether the virtual cursor may be there, an arrow in white with a black edge on its left.
+        Some points above and below its tip look the same. The layer itself is asked: under many openings in a row a
         compositor now and then misses one."""
         (width, height), whole = LAYER, numpy.zeros((*LAYER[::-1], 3))
         with suppress(AttributeError, OSError):  # closed meanwhile

@@ -18,7 +18,8 @@ from desk.x11 import Display, xlib
 
 die_with_parent = functools.partial(ctypes.CDLL(None).prctl, 1, signal.SIGKILL)  # PR_SET_PDEATHSIG
 FOREIGN = ("XDG_", "WAYLAND_", "XAUTHORITY", "QT_QPA_PLATFORM", "DISPLAY")
-COMPOSITORS = {"picom": ["picom", "--backend", "xrender", "--config", "/dev/null"], "xcompmgr": ["xcompmgr"], "none": []}
+COMPOSITORS = {"picom": ("picom", "--backend", "xrender", "--config", "/dev/null"),
+               "xcompmgr": ("xcompmgr",), "none": ()}
 
 
 def end(process, seconds=5):
@@ -56,7 +57,8 @@ class Screen:
         self.launch("openbox", "--sm-disable")
         self.launch("hsetroot", "-solid", "#404850")  # a compositor clears no screen that has no background
         self.set_compositor(compositor)
-        wait_for("the window manager", lambda: self.display.property(self.display.root.value, "_NET_SUPPORTING_WM_CHECK"))
+        root = self.display.root.value
+        wait_for("the window manager", lambda: self.display.property(root, "_NET_SUPPORTING_WM_CHECK"))
         wait_for("the session bus", (run / "bus").exists)
 
     def set_compositor(self, name):

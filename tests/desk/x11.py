@@ -79,7 +79,8 @@ class Display:
         """The value of a property: bytes, or the list of its 32-bit numbers."""
         _, form, count, _, data = ask(xlib.XGetWindowProperty, self.handle, c_ulong(window), self.atom(name), c_long(0),
                                       c_long(1024), 0, c_ulong(0), answers="LiLLp")
-        value = (c_ulong * count).from_address(data)[:] if form == 32 else ctypes.string_at(data, count) if data else b""
+        words = (c_ulong * count).from_address(data)[:] if form == 32 else None
+        value = words or (ctypes.string_at(data, count) if data else b"")
         xlib.XFree(c_void_p(data))
         return value
 

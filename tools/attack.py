@@ -227,7 +227,7 @@ class Rounds(Desk):
     def guard_dies(self, meanwhile=lambda: None):
         dead = self.kill_guard()
         meanwhile()
-        wait_for("a new guard", lambda: self.new_guard_is_ready(dead), 3)
+        wait_for("a new guard", lambda: self.guard() not in (None, dead), 3)
 
     def guard_deaths(self):
         self.guard_dies(self.choose_any)

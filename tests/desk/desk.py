@@ -5,7 +5,7 @@ import math
 import os
 import shutil
 import signal
-from ctypes import c_ulong
+from contextlib import suppress
 from pathlib import Path
 
 import numpy
@@ -14,22 +14,18 @@ from desk.hands import Keyboard, Mouse, place_cursor
 from desk.screen import Screen
 from desk.target import make_target
 from desk.waiting import GENEROUS_S, DeskError, holds_within, wait_for
-from desk.x11 import XA_INTEGER, save_png
+from desk.x11 import save_png
 
-LAYER = (588, 460)
-CENTRE = (294, 230)
+LAYER, CENTRE = (588, 460), (294, 230)
 TOGGLE_KEY = "x"
-# Where input may be lost or doubled: how long one attempt is given, and how many there are.
-PATIENCE_S, ATTEMPTS = 3.0, 8
+ATTEMPTS = 8  # where input may be lost or doubled
 SHIFT, CONTROL, ALT = 1, 4, 8  # the modifiers' bits in an event's state
 
 
 def field(*steps, **more):
     """A field whose steps are key names, or (key, action, value) with the last two left out at will."""
-    made = []
-    for step in steps:
-        words = (step,) if isinstance(step, (str, dict)) else step
-        made.append(words[0] if isinstance(words[0], dict) else dict(zip(("key", "action", "value"), words)))
+    made = [step if isinstance(step, dict) else
+            dict(zip(("key", "action", "value"), (step,) if isinstance(step, str) else step)) for step in steps]
     return {"name": str(steps[0] if steps else ""), "steps": made} | more
 
 
@@ -41,12 +37,12 @@ def field_point(index, count, radius=150):
 class Desk:
     """`program` is the folder of the program under test, `target` what it was built for: linux or windows."""
 
-    def __init__(self, program, target="linux", size=(1280, 800)):
-        self.screen = Screen(size)
+    def __init__(self, program, target="linux"):
+        self.screen = Screen()
         self.display = self.screen.display
         self.target = make_target(target, self.screen)
         self.mouse, self.keyboard = Mouse(self.display), Keyboard(self.display)
-        self.mouse_is_held = lambda: self.target.mouse_is_held(self.program)
+        self.patience = GENEROUS_S if self.target.input_is_exact else 3.0
         self.original, self.folder = Path(program), self.screen.folder / "program"
         self.program = self.recorder = None
         self.variables = {}
@@ -63,24 +59,17 @@ class Desk:
         if not self.folder.exists() or not any(self.folder.iterdir()):
             shutil.copytree(self.original, self.folder, dirs_exist_ok=True,
                             ignore=shutil.ignore_patterns("config.json", "default.json", "voice.json"))
-        settings = {"toggleKey": TOGGLE_KEY, "gazeEnabled": False, "voiceEnabled": False} | settings
-        self.write("config.json", settings)
+        self.write("config.json", {"toggleKey": TOGGLE_KEY, "gazeEnabled": False, "voiceEnabled": False} | settings)
         self.write("default.json", {"wheels": [{"name": name, "actions": list(fields)}, *more]})
         self.field_count = len(fields)
+
+    def launch_program(self, **more):
+        return self.screen.launch(*self.target.command(self.folder / self.target.executable),
+                                  variables=self.variables, **more)
 
     def start_program(self, **more):
         self.program = self.launch_program(**more)
         wait_for("the program's window in front", lambda: self.is_in_front("Rotika"), 60)
-
-    def launch_program(self, **more):
-        """Starts it and waits for nothing."""
-        return self.screen.launch(*self.target.command(self.folder / self.target.executable),
-                                  variables=self.variables, **more)
-
-    def notes(self):
-        """What the target's opener has been given so far."""
-        file = self.screen.folder / "notes.txt"
-        return file.read_text().splitlines() if file.exists() else []
 
     def start(self, *fields, cursor=(450, 350), **settings):
         """Program running, recorder in front, cursor in place, nothing recorded yet."""
@@ -89,8 +78,7 @@ class Desk:
         self.work_in_recorder(cursor)
 
     def work_in_recorder(self, cursor=(450, 350)):
-        if not self.recorder:
-            self.recorder = self.target.recorder()
+        self.recorder = self.recorder or self.target.recorder()
         self.display.activate(self.recorder.window.value)
         wait_for("the recorder in front", lambda: self.is_in_front("recorder"))
         self.recorder.mark()
@@ -111,21 +99,26 @@ class Desk:
             raise DeskError(f"the program ended by itself with {self.program.returncode}")
         return self.display.focused_title() == self.display.active_title() == title
 
-    # The wheel
+    def notes(self):
+        """What the target's opener has been given so far."""
+        file = self.screen.folder / "notes.txt"
+        return file.read_text().splitlines() if file.exists() else []
 
     def wheel(self):
         return self.display.shown_layer(*LAYER)
 
-    def _arrow_tips(self, x=0, y=0, width=LAYER[0], height=LAYER[1]):
-        """Where in a part of the layer the virtual cursor may be, in rows: an arrow in white with a black edge on its
-        left. Some points above and below its tip look the same. The layer itself is asked: under many openings in a
-        row a compositor now and then misses one."""
-        try:
+    def mouse_is_held(self):
+        return self.target.mouse_is_held(self.program)
+
+    def _arrow_tips(self):
+        """Rows of points: whether the virtual cursor may be there, an arrow in white with a black edge on its left.
+        Some points above and below its tip look the same. The layer itself is asked: under many openings in a row a
+        compositor now and then misses one."""
+        (width, height), whole = LAYER, numpy.zeros((*LAYER[::-1], 3))
+        with suppress(AttributeError, OSError):  # closed meanwhile
             whole = self.display.picture(self.wheel().id)
-        except (AttributeError, OSError):  # closed meanwhile
-            return numpy.zeros((0, 0))
         # With a margin where the arrow may hang over, and one column left of it.
-        seen = numpy.pad(whole, ((0, 20), (1, 9), (0, 0)), constant_values=200)[y:y + height + 19, x:x + width + 9]
+        seen = numpy.pad(whole, ((0, 20), (1, 9), (0, 0)), constant_values=200)
         white, dark = seen.min(2) > 247, seen.max(2) < 140
 
         def at(points, dx, dy):
@@ -135,30 +128,25 @@ class Desk:
                                         [at(dark, 0, dy) | at(dark, -1, dy) for dy in (6, 12, 17)])
 
     def wheel_cursor_is_at(self, x, y):
-        return self._arrow_tips(x, y, 1, 1).any()
+        return self._arrow_tips()[y, x]
 
     def find_wheel_cursor(self):
         tips = numpy.argwhere(self._arrow_tips())
         return tuple(int(place) for place in tips[len(tips) // 2][::-1]) if len(tips) else None
 
-    def _opens_well(self):
-        return self.wheel_cursor_is_at(*CENTRE) and self.mouse_is_held()
-
     def wait_until_open(self):
         wait_for("the wheel", self.wheel)
-        # As a person would where an opening may fail: closed and opened again.
-        for _ in range(0 if self.target.input_is_exact else ATTEMPTS):
-            if holds_within(PATIENCE_S, self._opens_well):
-                break
-            for is_open in (False, True):
+        self.virtual = CENTRE
+        for _ in range(1 if self.target.input_is_exact else ATTEMPTS):
+            if holds_within(self.patience, lambda: self.wheel_cursor_is_at(*CENTRE) and self.mouse_is_held()):
+                return
+            for is_open in (False, True):  # as a person would where an opening may fail
                 self.keyboard.tap(TOGGLE_KEY)
                 wait_for("another attempt", lambda: bool(self.wheel()) == is_open)
-        wait_for("the wheel's cursor in the middle and the mouse held back", self._opens_well)
-        self.virtual = CENTRE
+        raise DeskError("the wheel's cursor is not in the middle or the mouse not held back")
 
     def wait_until_closed(self):
-        wait_for("the wheel to close and the mouse to be given back",
-                 lambda: not self.wheel() and not self.mouse_is_held())
+        wait_for("the wheel to close and give the mouse back", lambda: not self.wheel() and not self.mouse_is_held())
 
     def open_wheel(self):
         self.keyboard.tap(TOGGLE_KEY)
@@ -168,15 +156,14 @@ class Desk:
         self.keyboard.tap(TOGGLE_KEY)
         self.wait_until_closed()
 
-    def aim(self, where, radius=150):
+    def aim(self, where):
         """The virtual cursor onto a field, or a point of the layer."""
-        x, y = field_point(where, self.field_count, radius) if isinstance(where, int) else where
-        is_exact = self.target.input_is_exact
-        for attempt in range(1 if is_exact else ATTEMPTS):
+        x, y = field_point(where, self.field_count) if isinstance(where, int) else where
+        for attempt in range(1 if self.target.input_is_exact else ATTEMPTS):
             part = 1 + attempt % 2  # half the way every other time: where movements count twice, that leads there
             self.mouse.move(int((x - self.virtual[0]) / part), int((y - self.virtual[1]) / part))
             self.virtual = (x, y)
-            if holds_within(GENEROUS_S if is_exact else PATIENCE_S, lambda: self.wheel_cursor_is_at(x, y)):
+            if holds_within(self.patience, lambda: self.wheel_cursor_is_at(x, y)):
                 return
             # As a person would: look where it is, or else begin in the corner, and correct.
             if not (found := self.find_wheel_cursor()):
@@ -184,74 +171,46 @@ class Desk:
             self.virtual = found or (0, 0)
         raise DeskError(f"waited in vain for the virtual cursor at {x}, {y}")
 
-    def wait_for_hot_key_with(self, *modifiers):
-        """Until the toggle key works beside modifiers that a function holds: a moment after they are down."""
-        wait_for("the toggle key with the modifiers to be the program's",
-                 lambda: self.target.hot_key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
+    def pick(self, where):
+        self.aim(where)
+        self.mouse.click()
+        self.wait_until_closed()
 
     def choose(self, where):
         self.open_wheel()
         self.pick(where)
 
-    def pick(self, where):
-        """In the open wheel."""
-        self.aim(where)
-        self.mouse.click()
-        self.wait_until_closed()
-
-    # The program's processes
+    def wait_for_hot_key_with(self, *modifiers):
+        """Until the toggle key works beside modifiers that a function holds: a moment after they are down."""
+        wait_for("the hot key", lambda: self.target.hot_key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
 
     def guard(self):
-        """The process id of the living guard, or None."""
-        for process in Path("/proc").glob("[0-9]*"):
-            try:  # under Wine nobody is its parent, but its variables tell whose it is; a dead one has none
-                if (process / "comm").read_text().startswith("rotika-guard") and \
-                        str(self.screen.folder).encode() in (process / "environ").read_bytes():
-                    return int(process.name)
-            except OSError:
-                continue  # gone meanwhile, or another user's
+        """The process id of the living guard, or None. A dead one has no command line."""
+        for file in Path("/proc").glob("[0-9]*/cmdline"):
+            with suppress(OSError):  # gone meanwhile
+                line = file.read_bytes()
+                if b"rotika-guard" in line and self.screen.folder.name.encode() in line:
+                    return int(file.parent.name)
         return None
-
-    def new_guard_is_ready(self, dead):
-        """It has been started, told what is held, and has the screen."""
-        guard = self.guard()
-        try:
-            return guard not in (None, dead) and 2 <= sum(
-                "socket" in os.readlink(link) for link in Path(f"/proc/{guard}/fd").iterdir())
-        except OSError:
-            return False
 
     def kill_program(self):
         self.program.kill()
         self.program.wait()
 
     def kill_guard(self):
-        guard = wait_for("a guard", self.guard)
-        os.kill(guard, signal.SIGKILL)
+        os.kill(guard := wait_for("a guard", self.guard), signal.SIGKILL)
         return guard
 
     def end_program(self):
-        """Its exit status."""
         if self.program and self.program.poll() is None:
             self.target.ask_to_quit(self.program)
         return self.program and self.program.poll()
 
-    # The session
-
     def lock_screen(self, is_locked):
-        """As XScreenSaver tells it."""
-        since, manually = 1_700_000_000, 1
-        status = (c_ulong * 3)(self.display.atom("LOCK").value if is_locked else 0, since, manually)
-        self.display.set_property(self.display.root.value, "_SCREENSAVER_STATUS", XA_INTEGER, status)
-
-    def lose_display(self):
-        """As when the X server dies."""
-        self.recorder = self.recorder.close()
-        self.display.close()
-        self.screen.server.kill()
-        self.screen.server.wait()
-
-    # What must not be left behind
+        """As XScreenSaver tells it: the state, since when, and whether by hand."""
+        state = self.display.atom("LOCK").value if is_locked else 0
+        self.screen.run("xprop", "-root", "-f", "_SCREENSAVER_STATUS", "32i", "-set", "_SCREENSAVER_STATUS",
+                        f"{state},1700000000,1")
 
     def state(self):
         return {"floating": self.display.floating(), "keys": self.target.keys_down(),
@@ -259,33 +218,30 @@ class Desk:
 
     def next_motion(self):
         """How far the real mouse's next motion of 3, 3, away from the nearer edges, moves the cursor that way."""
-        x, y = self.display.cursor()
-        way = [1 if place < whole / 2 else -1 for place, whole in zip((x, y), self.screen.size)]
-        self.mouse.move(3 * way[0], 3 * way[1])
-        return (self.display.cursor()[0] - x) * way[0], (self.display.cursor()[1] - y) * way[1]
+        before = self.display.cursor()
+        ways = [1 if place < whole / 2 else -1 for place, whole in zip(before, self.screen.size)]
+        self.mouse.move(*(3 * way for way in ways))
+        return tuple((now - then) * way for now, then, way in zip(self.display.cursor(), before, ways))
 
     def leftovers(self, but=(), seconds=2):
         """What is floating, down or silent that was not before and does not go within the time, and a cursor that
         is not free, as texts. A function that is still running may press and release in between."""
         def new():
-            now = self.state()
-            return [f"{what}: {sorted(now[what] - self.before[what])}"
-                    for what in now if what not in but and now[what] - self.before[what]]
+            return [f"{what}: {sorted(now - self.before[what])}" for what, now in self.state().items()
+                    if what not in but and now - self.before[what]]
 
         found = [] if holds_within(seconds, lambda: not new()) else new()
         moved = self.next_motion()  # asked once, since every motion settles it
         return found + ([] if moved == (3, 3) else [f"a motion of 3, 3 moved the cursor by {moved}"])
 
     def keep(self, folder, name):
-        """Screenshot, records and the program's log, for a failure."""
+        """Screenshot, records and the programs' logs, for a failure."""
         folder.mkdir(parents=True, exist_ok=True)
         save_png(self.display.picture(), folder / f"{name}.png")
-        lines = [f"wheel: {self.wheel()}", f"now: {self.state()}",
-                 f"keyboard: {self.display.focused_title()}"]
-        lines += map(repr, self.recorder.all() if self.recorder else ())
-        for log in self.screen.folder.glob("*.log"):
-            lines += [f"\n{log.name}:", log.read_text(errors="replace")]
-        (folder / f"{name}.txt").write_text("\n".join(lines))
+        (folder / f"{name}.txt").write_text("\n".join(
+            [f"wheel: {self.wheel()}", f"now: {self.state()}", f"keyboard: {self.display.focused_title()}",
+             *map(repr, self.recorder.all() if self.recorder else ()),
+             *(f"\n{log.name}:\n{log.read_text(errors='replace')}" for log in self.screen.folder.glob("*.log"))]))
 
     def close(self):
         self.end_program()

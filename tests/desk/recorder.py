@@ -1,28 +1,15 @@
 """The window in front that a person works in while the wheel lies over it: it keeps every event it gets."""
 
-import functools
-import itertools
 from collections import namedtuple
-from ctypes import byref, c_char, c_long, c_ulong, c_void_p
+from ctypes import byref, c_long, c_ulong
 
 from desk.waiting import GENEROUS_S, holds_within, wait_for
-from desk.x11 import (BUTTON_PRESS, BUTTON_RELEASE, KEY_PRESS, KEY_RELEASE, MAPPING_NOTIFY, MOTION, XA_WM_SIZE_HINTS,
-                      Display, InputEvent, xlib)
+from desk.x11 import MAPPING_NOTIFY, Display, InputEvent, xlib
 
-KEYS_BUTTONS_MOTION_AND_FOCUS = 0x0F | 0x40 | 0x200000  # the core protocol's masks
-KINDS = {KEY_PRESS: "key-down", KEY_RELEASE: "key-up", BUTTON_PRESS: "button-down", BUTTON_RELEASE: "button-up",
-         MOTION: "motion", 9: "focus-in", 10: "focus-out"}
+KEYS_BUTTONS_MOTION_AND_FOCUS = c_long(0x0F | 0x40 | 0x200000)  # the core protocol's masks
+KINDS = {2: "key-down", 3: "key-up", 4: "button-down", 5: "button-up", 6: "motion", 9: "focus-in", 10: "focus-out"}
 BUTTONS = {1: "left", 2: "middle", 3: "right", 8: "side1", 9: "side2"}
-CELL = 16
-
-
-@functools.cache
-def pattern(width, height):
-    """The recorders' background, height x width x 3: cells of one plain colour, each unlike its neighbours, so that
-    a picture laid over it can be told apart from it at every point."""
-    import numpy
-    row, column = (index // CELL for index in numpy.indices((height, width)))
-    return numpy.stack((40 + column * 37 % 160, 40 + row * 53 % 160, 40 + (column + row) * 29 % 160), 2).astype("uint8")
+CHEQUERED = b"\xff\0" * 8 + b"\0\xff" * 8  # bits of 16 x 16 points
 
 
 class Record(namedtuple("Record", "kind name code state time place")):
@@ -44,7 +31,6 @@ class Recording:
         self.marked = len(self.all())
 
     def since_mark(self, *kinds):
-        """All records since the mark, or those of the kinds told."""
         return [record for record in self.all()[self.marked:] if not kinds or record.kind in kinds]
 
     def presses(self):
@@ -85,31 +71,21 @@ class Recorder(Recording):
 
     def __init__(self, screen):
         self.display = Display(screen.environment["DISPLAY"])
+        self.settle = self.display.sync
+        self.close = self.display.close
         self.records = []
         self.down = set()  # keycodes, and names of buttons, as the window must believe
-        handle, (width, height) = self.display.handle, screen.size
+        handle, colours = self.display.handle, (c_ulong(0x406080), c_ulong(0x805030))
         xlib.XkbSetDetectableAutoRepeat(handle, 1, None)
-        self.window = c_ulong(xlib.XCreateSimpleWindow(handle, self.display.root, 0, 0, width, height, 0, 0, 0))
-        background = c_ulong(xlib.XCreatePixmap(handle, self.window, width, height, 24))
-        gc, colours = c_void_p(xlib.XDefaultGC(handle, 0)), pattern(width, height)
-        for y, x in itertools.product(range(0, height, CELL), range(0, width, CELL)):
-            xlib.XSetForeground(handle, gc, c_ulong(int.from_bytes(colours[y, x].tobytes(), "big")))
-            xlib.XFillRectangle(handle, background, gc, x, y, CELL, CELL)
-        xlib.XSetWindowBackgroundPixmap(handle, self.window, background)
-        for name, kind, values in (
-                ("_NET_WM_NAME", "UTF8_STRING", (c_char * 8)(*b"recorder")),
-                ("_MOTIF_WM_HINTS", "_MOTIF_WM_HINTS", (c_long * 5)(2)),  # without a frame
-                ("WM_NORMAL_HINTS", XA_WM_SIZE_HINTS, (c_long * 18)(3, 0, 0, width, height))):
-            self.display.set_property(self.window.value, name, kind, values)
-        xlib.XSelectInput(handle, self.window, c_long(KEYS_BUTTONS_MOTION_AND_FOCUS))
+        self.window = c_ulong(xlib.XCreateSimpleWindow(handle, self.display.root, 0, 0, *screen.size, 0, 0, 0))
+        xlib.XSetWindowBackgroundPixmap(handle, self.window, c_ulong(xlib.XCreatePixmapFromBitmapData(
+            handle, self.window, CHEQUERED, 16, 16, *colours, 24)))
+        xlib.XStoreName(handle, self.window, b"recorder")
+        hints = self.display.atom("_MOTIF_WM_HINTS")
+        xlib.XChangeProperty(handle, self.window, hints, hints, 32, 0, (c_long * 5)(2), 5)  # without a frame
+        xlib.XSelectInput(handle, self.window, KEYS_BUTTONS_MOTION_AND_FOCUS)
         xlib.XMapRaised(handle, self.window)
         self.settle()
-
-    def close(self):
-        self.display.close()
-
-    def settle(self):
-        self.display.sync()
 
     def all(self):
         event = InputEvent()

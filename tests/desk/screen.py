@@ -3,6 +3,7 @@
 
 import argparse
 import ctypes
+import functools
 import itertools
 import os
 import shutil
@@ -13,74 +14,58 @@ import tempfile
 from pathlib import Path
 
 from desk.waiting import GENEROUS_S, DeskError, wait_for
-from desk.x11 import Display
+from desk.x11 import Display, xlib
 
-libc = ctypes.CDLL(None)
-PR_SET_PDEATHSIG = 1
-FOREIGN = ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_CURRENT_DESKTOP",
-           "WAYLAND_DISPLAY", "XAUTHORITY", "QT_QPA_PLATFORM", "DISPLAY")
-COMPOSITORS = {"picom": ("picom", "--backend", "xrender", "--config", "/dev/null"), "xcompmgr": ("xcompmgr",),
-               "none": None}
+die_with_parent = functools.partial(ctypes.CDLL(None).prctl, 1, signal.SIGKILL)  # PR_SET_PDEATHSIG
+FOREIGN = ("XDG_", "WAYLAND_", "XAUTHORITY", "QT_QPA_PLATFORM", "DISPLAY")
+COMPOSITORS = {"picom": ("picom", "--backend", "xrender", "--config", "/dev/null"),
+               "xcompmgr": ("xcompmgr",), "none": ()}
 
 
 def end(process, seconds=5):
     """Asked to end, then made to; the exit status."""
     if process is None:
         return None
-    if process.poll() is None:
-        process.terminate()
-        try:
-            process.wait(seconds)
-        except subprocess.TimeoutExpired:
-            process.kill()
-    return process.wait(GENEROUS_S)
-
-
-def die_with_parent():
-    libc.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+    process.terminate()
+    try:
+        return process.wait(seconds)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        return process.wait(GENEROUS_S)
 
 
 class Screen:
     def __init__(self, size=(1280, 800), compositor="picom"):
-        self.folder = Path(tempfile.mkdtemp(prefix="rotika-desk."))
-        self.size = size
-        self.helpers, self.parts, self.numbers = [], [], itertools.count()
-        self.display = self.compositor = None
+        self.folder, self.size = Path(tempfile.mkdtemp(prefix="rotika-desk.")), size
+        self.helpers, self.parts, self.numbers, self.compositor = [], [], itertools.count(), None
         home, run = self.folder / "home", self.folder / "run"
         home.mkdir()
         run.mkdir(mode=0o700)
         bus = f"unix:path={run}/bus"
-        self.environment = {k: v for k, v in os.environ.items() if k not in FOREIGN}
+        self.environment = {name: value for name, value in os.environ.items() if not name.startswith(FOREIGN)}
         self.environment |= {"HOME": str(home), "XDG_RUNTIME_DIR": str(run), "XDG_SESSION_TYPE": "x11",
                              "DBUS_SESSION_BUS_ADDRESS": bus,
                              "DBUS_SYSTEM_BUS_ADDRESS": bus}  # or the lock of the machine's own session would count
         reading, writing = os.pipe()
-        try:
-            self.server = self.launch("Xvfb", "-displayfd", str(writing), "-screen", "0", "%dx%dx24" % size,
-                                      "-nolisten", "tcp", "-noreset", pass_fds=(writing,))
-            os.close(writing)
-            self.launch("dbus-daemon", "--session", "--nofork", f"--address={bus}")
-            with os.fdopen(reading) as answer:  # its number once it listens, nothing if it fails
-                number = answer.readline().strip()
-            if not number:
-                raise DeskError("the X server did not start")
-            self.environment["DISPLAY"] = f":{number}"
-            self.display = Display(f":{number}")
-            self.launch("openbox", "--sm-disable")
-            self.launch("hsetroot", "-solid", "#404850")  # a compositor clears no screen that has no background
-            self.set_compositor(compositor)
-            wait_for("the window manager", lambda: self.display.property(self.display.root.value,
-                                                                         "_NET_SUPPORTING_WM_CHECK"))
-            wait_for("the session bus", (run / "bus").exists)
-        except BaseException:
-            self.close()
-            raise
+        self.server = self.launch("Xvfb", "-displayfd", str(writing), "-screen", "0", "%dx%dx24" % size,
+                                  "-nolisten", "tcp", "-noreset", pass_fds=(writing,))
+        os.close(writing)
+        self.launch("dbus-daemon", "--session", "--nofork", f"--address={bus}")
+        with os.fdopen(reading) as answer:  # its number once it listens, nothing if it fails
+            self.environment["DISPLAY"] = f":{answer.readline().strip()}"
+        self.display = Display(self.environment["DISPLAY"])
+        self.launch("openbox", "--sm-disable")
+        self.launch("hsetroot", "-solid", "#404850")  # a compositor clears no screen that has no background
+        self.set_compositor(compositor)
+        root = self.display.root.value
+        wait_for("the window manager", lambda: self.display.property(root, "_NET_SUPPORTING_WM_CHECK"))
+        wait_for("the session bus", (run / "bus").exists)
 
     def set_compositor(self, name):
-        """picom, xcompmgr or none, instead of what there is."""
         end(self.compositor)
         self.compositor = self.launch(*COMPOSITORS[name]) if COMPOSITORS[name] else None
-        wait_for("the compositor to come or go", lambda: self.display.is_composited() == bool(self.compositor))
+        wait_for("the compositor to come or go", lambda: bool(self.compositor) == bool(xlib.XGetSelectionOwner(
+            self.display.handle, self.display.atom("_NET_WM_CM_S0"))))
 
     def launch(self, *words, **more):
         """A process that ends with us, its output in a log of its name."""
@@ -92,7 +77,6 @@ class Screen:
         return process
 
     def run(self, *words):
-        """A command on this screen, to its end."""
         done = subprocess.run(words, env=self.environment, capture_output=True, text=True, timeout=GENEROUS_S)
         if done.returncode:
             raise DeskError(f"{' '.join(words)}: {done.stderr.strip()}")
@@ -102,8 +86,8 @@ class Screen:
         """The monitor gets another size, at most that of the beginning."""
         mode = f"{width}x{height}"
         if mode not in self.run("xrandr"):
-            self.run("xrandr", "--newmode", mode, "40", *map(str, (width, width + 8, width + 16, width + 24)),
-                     *map(str, (height, height + 1, height + 2, height + 3)))
+            self.run("xrandr", "--newmode", mode, "40", *(str(side + more) for side, step in ((width, 8), (height, 1))
+                                                          for more in (0, step, 2 * step, 3 * step)))
             self.run("xrandr", "--addmode", "screen", mode)
         self.run("xrandr", "--output", "screen", "--mode", mode)
 
@@ -119,28 +103,17 @@ class Screen:
             self.run("xrandr", *words)
 
     def close(self):
-        clients = self.helpers[1:]
-        for client in clients:
-            if client.poll() is None:
-                client.terminate()
-        for client in clients:
-            end(client)
-        if self.display:
-            self.display.close()
-        if self.helpers:
-            end(self.helpers[0])
+        self.display.close()
+        for helper in reversed(self.helpers):  # the server last
+            end(helper)
         # A program that is on its way out may still write into it.
         wait_for("the folder to go", lambda: shutil.rmtree(self.folder, ignore_errors=True) or
                  not self.folder.exists())
 
 
 def main():
-    def size(text):
-        width, height = map(int, text.split("x"))
-        return width, height
-
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--size", type=size, default=(1280, 800))
+    parser.add_argument("--size", type=lambda text: tuple(map(int, text.split("x"))), default=(1280, 800))
     parser.add_argument("--compositor", choices=COMPOSITORS, default="picom")
     parser.add_argument("--sound", action="store_true", help="with a sound server whose microphone hears a tone")
     parser.add_argument("command", nargs=argparse.REMAINDER)

@@ -18,7 +18,6 @@ def holds_within(seconds, condition, pause=0.005):
 
 
 def wait_for(what, condition, seconds=GENEROUS_S):
-    value = holds_within(seconds, condition)
-    if not value:
+    if not (value := holds_within(seconds, condition)):
         raise DeskError(f"waited {seconds:g} s in vain for {what}")
     return value

@@ -1,23 +1,21 @@
 """The little of Xlib that the desk needs, by ctypes."""
 
 import ctypes
-import zlib
+import subprocess
 from collections import namedtuple
 from ctypes import POINTER, byref, c_char_p, c_int, c_long, c_ubyte, c_uint, c_ulong, c_void_p
 
 xlib, xinput, xtest = (ctypes.CDLL(name) for name in ("libX11.so.6", "libXi.so.6", "libXtst.so.6"))
 
-KEY_PRESS, KEY_RELEASE, BUTTON_PRESS, BUTTON_RELEASE, MOTION, CLIENT_MESSAGE, MAPPING_NOTIFY = 2, 3, 4, 5, 6, 33, 34
-XA_INTEGER, XA_WM_SIZE_HINTS, IS_VIEWABLE, FLOATING_SLAVE, Z_PIXMAP = 19, 41, 2, 5, 2
-SUBSTRUCTURE_NOTIFY_AND_REDIRECT, ALL_PLANES = 0x180000, c_ulong(0xFFFFFFFF)
-KINDS = {"i": c_int, "L": c_ulong, "p": c_void_p, "s": c_char_p, "words": c_long * 5, "pad": c_long * 24,
+XA_INTEGER, IS_VIEWABLE, FLOATING_SLAVE, Z_PIXMAP, CLIENT_MESSAGE, MAPPING_NOTIFY = 19, 2, 5, 2, 33, 34
+SUBSTRUCTURE_NOTIFY_AND_REDIRECT, ALL_PLANES = c_long(0x180000), c_ulong(0xFFFFFFFF)
+KINDS = {"i": c_int, "u": c_uint, "L": c_ulong, "p": c_void_p, "s": c_char_p, "words": c_long * 5, "pad": c_long * 24,
          "octets": c_ubyte * 32, "skipped": c_int * 19}
 
 
 def structure(fields):
-    """A ctypes structure of fields such as "width:i"."""
-    return type("Made", (ctypes.Structure,), {"_fields_": [(name, KINDS[kind]) for name, kind in
-                                                           (field.split(":") for field in fields.split())]})
+    named = [field.split(":") for field in fields.split()]
+    return type("Made", (ctypes.Structure,), {"_fields_": [(name, KINDS[kind]) for name, kind in named]})
 
 
 # Of keys, buttons and motion; `detail` is keycode or button.
@@ -32,19 +30,25 @@ KeyboardState = structure("click:i bell:i pitch:i duration:i leds:L global_auto_
 Shown = namedtuple("Shown", "id left top width height")
 
 for library, result, names in (
-        (xlib, c_void_p, "XOpenDisplay XDefaultGC"), (xlib, c_char_p, "XKeysymToString"),
-        (xlib, POINTER(ImageHead), "XGetImage"), (xlib, c_ubyte, "XKeysymToKeycode"),
+        (xlib, c_void_p, "XOpenDisplay"), (xlib, c_char_p, "XKeysymToString"), (xlib, c_ubyte, "XKeysymToKeycode"),
         (xlib, c_ulong, "XDefaultRootWindow XInternAtom XStringToKeysym XLookupKeysym XCreateSimpleWindow "
-                        "XCreatePixmap XGetSelectionOwner"),
-        (xinput, POINTER(DeviceInfo), "XIQueryDevice"), (xinput, c_void_p, "XOpenDevice")):
+                        "XCreatePixmapFromBitmapData XGetSelectionOwner"),
+        (xlib, POINTER(ImageHead), "XGetImage"), (xinput, POINTER(DeviceInfo), "XIQueryDevice"),
+        (xinput, c_void_p, "XOpenDevice")):
     for name in names.split():
         getattr(library, name).restype = result
-xtest.XTestFakeDeviceMotionEvent.argtypes = [c_void_p, c_void_p, c_int, c_int, POINTER(c_int), c_int, c_ulong]
 
 # A window may go between being listed and being asked about: such errors are nobody's fault.
 errors = []
 note_error = ctypes.CFUNCTYPE(c_int, c_void_p, c_void_p)(lambda display, error: errors.append(error) or 0)
 xlib.XSetErrorHandler(note_error)
+
+
+def ask(question, *words, answers):
+    """What the function writes to the pointers behind its words, each to one of KINDS."""
+    values = [KINDS[kind]() for kind in answers]
+    question(*words, *map(byref, values))
+    return [value.value for value in values]
 
 
 def bits_set(octets):
@@ -55,7 +59,7 @@ class Display:
     """A connection to the private screen, for looking and asking."""
 
     def __init__(self, name):
-        self.handle = c_void_p(xlib.XOpenDisplay(name.encode()))
+        self.name, self.handle = name, c_void_p(xlib.XOpenDisplay(name.encode()))
         if not self.handle:
             raise OSError(f"no X server at {name}")
         self.root = c_ulong(xlib.XDefaultRootWindow(self.handle))
@@ -71,44 +75,29 @@ class Display:
     def atom(self, name):
         return c_ulong(xlib.XInternAtom(self.handle, name.encode(), 0))
 
-    # Windows
-
     def property(self, window, name):
         """The value of a property: bytes, or the list of its 32-bit numbers."""
-        kind, form, count, left, data = c_ulong(), c_int(), c_ulong(), c_ulong(), c_void_p()
-        xlib.XGetWindowProperty(self.handle, c_ulong(window), self.atom(name), c_long(0), c_long(1024), 0,
-                                c_ulong(0), byref(kind), byref(form), byref(count), byref(left), byref(data))
-        if not data:
-            return b""
-        words = ctypes.cast(data, POINTER(c_ulong))
-        value = words[:count.value] if form.value == 32 else ctypes.string_at(data, count.value)
-        xlib.XFree(data)
+        _, form, count, _, data = ask(xlib.XGetWindowProperty, self.handle, c_ulong(window), self.atom(name), c_long(0),
+                                      c_long(1024), 0, c_ulong(0), answers="LiLLp")
+        words = (c_ulong * count).from_address(data)[:] if form == 32 else None
+        value = words or (ctypes.string_at(data, count) if data else b"")
+        xlib.XFree(c_void_p(data))
         return value
-
-    def set_property(self, window, name, kind, values):
-        """`values` is an array of long, or of char; `kind` an atom or its name."""
-        kind = self.atom(kind) if isinstance(kind, str) else c_ulong(kind)
-        form = 32 if values._type_ in (c_long, c_ulong) else 8
-        xlib.XChangeProperty(self.handle, c_ulong(window), self.atom(name), kind, form, 0, byref(values), len(values))
-        self.sync()
 
     def title(self, window):
         return bytes(self.property(window, "_NET_WM_NAME") or self.property(window, "WM_NAME")).decode()
 
+    def titles(self):
+        return list(map(self.title, self.property(self.root.value, "_NET_CLIENT_LIST")))
+
     def titled(self, title):
         """The window manager's windows of that title, in the order in which they came."""
-        return [window for window in self.property(self.root.value, "_NET_CLIENT_LIST") or ()
-                if self.title(window) == title]
+        return [window for window in self.property(self.root.value, "_NET_CLIENT_LIST") if self.title(window) == title]
 
     def place_of(self, title):
         """Left and top of the inside of the first such window."""
-        x, y, child = c_int(), c_int(), c_ulong()
-        xlib.XTranslateCoordinates(self.handle, c_ulong(self.titled(title)[0]), self.root, 0, 0, byref(x), byref(y),
-                                   byref(child))
-        return x.value, y.value
-
-    def titles(self):
-        return [self.title(window) for window in self.property(self.root.value, "_NET_CLIENT_LIST") or ()]
+        window = c_ulong(self.titled(title)[0])
+        return ask(xlib.XTranslateCoordinates, self.handle, window, self.root, 0, 0, answers="iiL")[:2]
 
     def active_window(self):
         return (self.property(self.root.value, "_NET_ACTIVE_WINDOW") or [0])[0]
@@ -117,35 +106,28 @@ class Display:
         return self.title(self.active_window())
 
     def focused_title(self):
-        window, revert, title = c_ulong(), c_int(), ""
-        xlib.XGetInputFocus(self.handle, byref(window), byref(revert))
-        while window.value > 1 and not (title := self.title(window.value)):
-            window.value = self.tree(window.value)[0]
+        (window, _), title = ask(xlib.XGetInputFocus, self.handle, answers="Li"), ""
+        while window > 1 and not (title := self.title(window)):
+            window = self.tree(window)[0]
         return title
 
     def _ask_window_manager(self, message, window, *words):
         event = ClientMessage(CLIENT_MESSAGE, window=window, format=32, words=words, message=self.atom(message).value)
-        xlib.XSendEvent(self.handle, self.root, 0, c_long(SUBSTRUCTURE_NOTIFY_AND_REDIRECT), byref(event))
+        xlib.XSendEvent(self.handle, self.root, 0, SUBSTRUCTURE_NOTIFY_AND_REDIRECT, byref(event))
         self.sync()
 
     def activate(self, window):
-        """As a person's task bar does."""
         self._ask_window_manager("_NET_ACTIVE_WINDOW", window, 2)
 
     def close_window(self, window):
         self._ask_window_manager("_NET_CLOSE_WINDOW", window, 0, 2)
 
-    def is_composited(self):
-        return bool(xlib.XGetSelectionOwner(self.handle, self.atom("_NET_WM_CM_S0")))
-
     def tree(self, window):
         """Parent and children of a window, the lowest first."""
-        root, parent, children, count = c_ulong(), c_ulong(), POINTER(c_ulong)(), c_uint()
-        xlib.XQueryTree(self.handle, c_ulong(window), byref(root), byref(parent), byref(children), byref(count))
-        found = children[:count.value]
-        if children:
-            xlib.XFree(children)
-        return parent.value, found
+        _, parent, children, count = ask(xlib.XQueryTree, self.handle, c_ulong(window), answers="LLpu")
+        found = (c_ulong * count).from_address(children)[:] if children else []
+        xlib.XFree(c_void_p(children))
+        return parent, found
 
     def shown_windows(self):
         """Those straight on the screen, the uppermost first."""
@@ -159,27 +141,16 @@ class Display:
         return next((shown for shown in self.shown_windows() if (shown.width, shown.height) == (width, height) and
                      place in (None, (shown.left, shown.top))), None)
 
-    # Mouse and keyboard
-
     def pointer(self):
-        """Place of the cursor and the mask of buttons and modifiers."""
-        root, child, x, y, wx, wy, mask = c_ulong(), c_ulong(), c_int(), c_int(), c_int(), c_int(), c_uint()
-        xlib.XQueryPointer(self.handle, self.root, byref(root), byref(child), byref(x), byref(y), byref(wx),
-                           byref(wy), byref(mask))
-        return (x.value, y.value), mask.value
+        """Place of the cursor, and the buttons that are down."""
+        _, _, x, y, _, _, mask = ask(xlib.XQueryPointer, self.handle, self.root, answers="LLiiiiu")
+        return (x, y), {button for button in range(1, 6) if mask >> 7 + button & 1}
 
     def cursor(self):
         return self.pointer()[0]
 
     def buttons_down(self):
-        return {button for button in range(1, 6) if self.pointer()[1] >> 7 + button & 1}
-
-    def map_buttons(self, *first):
-        """The logical numbers of the first physical buttons."""
-        mapping = (c_ubyte * 32)()
-        count = xlib.XGetPointerMapping(self.handle, mapping, 32)
-        mapping[:len(first)] = first
-        xlib.XSetPointerMapping(self.handle, mapping, count)
+        return self.pointer()[1]
 
     def keys_down(self):
         bits = (c_ubyte * 32)()
@@ -192,40 +163,33 @@ class Display:
         return bits_set(state.auto_repeats)
 
     def devices(self):
-        """Name, id and use of every input device."""
+        """Id and use of every input device, by its name."""
         count = c_int()
         infos = xinput.XIQueryDevice(self.handle, 0, byref(count))
-        found = [(info.name.decode(), info.id, info.use) for info in infos[:count.value]]
+        found = {info.name.decode(): (info.id, info.use) for info in infos[:count.value]}
         xinput.XIFreeDeviceInfo(infos)
         return found
 
     def floating(self):
-        return {name for name, _, use in self.devices() if use == FLOATING_SLAVE}
-
-    def device_id(self, wanted):
-        return next(number for name, number, _ in self.devices() if name == wanted)
+        return {name for name, (_, use) in self.devices().items() if use == FLOATING_SLAVE}
 
     def enable(self, name, is_on):
         """As when a device is plugged in or out."""
-        xinput.XIChangeProperty(self.handle, self.device_id(name), self.atom("Device Enabled"),
+        xinput.XIChangeProperty(self.handle, self.devices()[name][0], self.atom("Device Enabled"),
                                 c_ulong(XA_INTEGER), 8, 0, byref(c_ubyte(is_on)), 1)
         self.sync()
 
     def keycode(self, keysym):
-        """Of the key with that keysym: its name or its number."""
+        """Of the key with the keysym of that name, in the layout of now."""
         self.sync()
         event = InputEvent()
         while xlib.XCheckTypedEvent(self.handle, MAPPING_NOTIFY, byref(event)):
             xlib.XRefreshKeyboardMapping(byref(event))
-        number = keysym if isinstance(keysym, int) else xlib.XStringToKeysym(keysym.encode())
-        code = xlib.XKeysymToKeycode(self.handle, c_ulong(number))
-        if not code:
-            raise ValueError(f"the keyboard has no key {keysym}")
-        return code
+        return xlib.XKeysymToKeycode(self.handle, c_ulong(xlib.XStringToKeysym(keysym.encode())))
 
-    def key_is_taken(self, keysym_name, modifiers):
+    def key_is_taken(self, keysym, modifiers):
         """Whether a program has this key, with these modifiers' bits, as its hot key."""
-        key = self.handle, self.keycode(keysym_name), modifiers, self.root
+        key = self.handle, self.keycode(keysym), modifiers, self.root
         before = len(errors)
         xlib.XGrabServer(self.handle)  # or the question itself might come before the program's own grab
         xlib.XGrabKey(*key, 0, 1, 1)
@@ -234,18 +198,15 @@ class Display:
         self.sync()
         return len(errors) > before
 
-    # Pictures; numpy is not there for those who only start a command on a screen.
-
     def picture(self, window=None):
         """The screen, or a window as it has drawn itself, as height x width x 3 numbers: red, green, blue."""
-        import numpy
+        import numpy  # which those who only start a command on a screen need not have
         drawn, seen = c_ulong(window or self.root.value), WindowAttributes()
         xlib.XGetWindowAttributes(self.handle, drawn, byref(seen))
         octets = numpy.frombuffer(self._octets(drawn, 0, 0, seen.width, seen.height), numpy.uint8)
         return octets.reshape(seen.height, -1, 4)[:, :seen.width, 2::-1]
 
     def pixel(self, x, y):
-        """Red, green and blue of a spot of the screen; quick enough to look without a pause."""
         return tuple(self._octets(self.root, x, y, 1, 1)[2::-1])
 
     def _octets(self, drawn, x, y, width, height):
@@ -261,8 +222,5 @@ class Display:
 def save_png(picture, file):
     """Of three numbers a point, or of four with the opacity."""
     height, width, channels = picture.shape
-    head = width.to_bytes(4, "big") + height.to_bytes(4, "big") + bytes([8, {3: 2, 4: 6}[channels], 0, 0, 0])
-    rows = b"".join(b"\0" + row.tobytes() for row in picture)
-    file.write_bytes(b"\x89PNG\r\n\x1a\n" + b"".join(
-        len(data).to_bytes(4, "big") + kind + data + zlib.crc32(kind + data).to_bytes(4, "big")
-        for kind, data in ((b"IHDR", head), (b"IDAT", zlib.compress(rows)), (b"IEND", b""))))
+    subprocess.run(["convert", "-size", f"{width}x{height}", "-depth", "8", f"{'rgba'[:channels]}:-", f"png:{file}"],
+                   input=picture.tobytes(), check=True)

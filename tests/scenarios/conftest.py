@@ -1,4 +1,3 @@
-import os
 import sys
 from pathlib import Path
 
@@ -16,10 +15,7 @@ WINE_TRIES = 3  # Wine loses input now and then
 def pytest_addoption(parser):
     parser.addoption("--target", choices=("linux", "windows"), default="linux",
                      help="what the program was built for; Windows' runs under Wine")
-    parser.addoption("--program", default=os.environ.get("ROTIKA_PROGRAM"),
-                     help="folder of the program under test")
-    parser.addoption("--doubles", help="folder of the libraries that stand in for devices'")
-    parser.addoption("--speech", default=ROOT / "build/speech", help="folder of the real speech library and its model")
+    parser.addoption("--program", help="folder of the program under test, within its build folder")
     parser.addoption("--artefacts", default=ROOT / "build/artefacts/scenarios",
                      help="folder for what a failure leaves")
 
@@ -70,19 +66,16 @@ def desk(request):
     """A desk of its own. After every scenario nothing may be left floating, down or silent."""
     target = request.config.getoption("target")
     made = Desk(request.config.getoption("program") or ROOT / "build" / target / "rotika", target)
-    made.doubles = Path(request.config.getoption("doubles") or ROOT / "build" / target / "tests/doubles")
-    made.speech = Path(request.config.getoption("speech"))
+    made.doubles, made.speech = made.original.parent / "tests/doubles", ROOT / "build/speech"
     try:
         yield made
         has_failed, left = request.node.has_failed, []
-        if has_failed:
-            made.keep(Path(request.config.getoption("artefacts")) / target, request.node.name)
-        if made.screen.server.poll() is None:
+        if not has_failed and made.screen.server.poll() is None:
             if not made.wheel():  # with the wheel open the mouse is rightly held
                 left += made.leftovers(but=("silent",))
             made.end_program()
             left += made.leftovers()
-        if left and not has_failed:
+        if has_failed or left:
             made.keep(Path(request.config.getoption("artefacts")) / target, request.node.name)
         assert not left, f"left behind: {left}"
     finally:

@@ -70,7 +70,14 @@ void releaseDeviceButtons(Display* display, int device, const std::vector<unsign
             XTestFakeDeviceButtonEvent(display, opened.get(), button, 0, nullptr, 0, CurrentTime);
 }
 
-void releaseForgottenButtons(Display* display) {
+void noteHeldButtons(const XIDeviceInfo& mouse, std::set<std::size_t>& held) {
+    const ButtonStates states = buttonStates(mouse);
+    for (std::size_t button = 1; button < states.size(); ++button)
+        if (states[button])
+            held.insert(button);
+}
+
+void releaseForgottenButtons(Display* display, const std::set<std::size_t>& heldBefore) {
     int count = 0;
     const DeviceInfos infos = queryDevices(display, XIAllDevices, count);
     ButtonStates forMaster;
@@ -82,11 +89,11 @@ void releaseForgottenButtons(Display* display) {
         else if (info.use == XISlavePointer)
             forSlaves.push_back(buttonStates(info));
     }
-    for (std::size_t button = 1; button < forMaster.size(); ++button) {
+    for (const std::size_t button : heldBefore) {
         const bool isReallyDown =
             std::any_of(forSlaves.begin(), forSlaves.end(),
                         [button](const ButtonStates& slave) { return isDownIn(slave, button); });
-        if (!forMaster[button] || isReallyDown)
+        if (!isDownIn(forMaster, button) || isReallyDown)
             continue;
         XTestFakeButtonEvent(display, static_cast<unsigned int>(button), 1, CurrentTime);
         XTestFakeButtonEvent(display, static_cast<unsigned int>(button), 0, CurrentTime);

@@ -2,7 +2,9 @@
 
 #include "platform/linux/x11.h"
 
+#include <cstddef>
 #include <memory>
+#include <set>
 #include <vector>
 
 // Devices of the server, as the program and its guard need them, above all slave pointers that were taken
@@ -33,6 +35,10 @@ bool isDownIn(const ButtonStates& states, std::size_t button);
 /// Lets go of buttons that are down on the device itself. Their later releases by the person then do nothing.
 void releaseDeviceButtons(Display* display, int device, const std::vector<unsigned int>& buttons);
 
+/// Adds the buttons that are down on the mouse.
+void noteHeldButtons(const XIDeviceInfo& mouse, std::set<std::size_t>& held);
+
 /// Buttons that were let go while their device was detached are still down for the programs, since the
-/// release reached nobody. A press and release by XTest delivers it.
-void releaseForgottenButtons(Display* display);
+/// release reached nobody. A press and release by XTest delivers it. Of those alone that were held before: a
+/// click that a window manager still holds back looks the same, and would be doubled.
+void releaseForgottenButtons(Display* display, const std::set<std::size_t>& heldBefore);

@@ -94,10 +94,12 @@ private:
     }
     int waitMs() const;
     void note(const GuardRecord& record);
+    void noteButtons(std::uint32_t pin);
     void giveBackMice();
 
     Display* display;
     std::set<GuardedItem> down;
+    std::set<std::size_t> heldBefore;           // buttons that were down on a mouse when it was taken
     Clock::time_point lastHeard = Clock::now(); // of the thread that holds the mice
     bool hasGivenBack = false;                  // since lastHeard
 };
@@ -118,17 +120,29 @@ void Guard::note(const GuardRecord& record) {
     }
     if (record.kind == GuardedThing::heartbeat)
         return;
+    if (record.kind == GuardedThing::pointerPin && record.down != 0)
+        noteButtons(record.code);
     if (record.down != 0)
         down.insert({record.kind, record.code});
     else
         down.erase({record.kind, record.code});
 }
 
+/// Asked while it is being taken; what is pressed on it afterwards nobody else hears of.
+void Guard::noteButtons(std::uint32_t pin) {
+    if (!isPinned())
+        heldBefore.clear();
+    int count = 0;
+    const DeviceInfos info = queryDevices(display, static_cast<int>(pin & 0xFFFF), count);
+    if (count > 0)
+        noteHeldButtons(*info, heldBefore);
+}
+
 void Guard::giveBackMice() {
     for (const GuardedItem& item : down)
         if (item.first == GuardedThing::pointerPin)
             letGo(display, item);
-    releaseForgottenButtons(display);
+    releaseForgottenButtons(display, heldBefore);
     XSync(display, 0);
     hasGivenBack = true;
 }
@@ -159,7 +173,7 @@ void Guard::letGoOfEverything() {
     for (const GuardedItem& item : down)
         letGo(display, item);
     if (wasPinned)
-        releaseForgottenButtons(display);
+        releaseForgottenButtons(display, heldBefore);
 }
 
 } // namespace

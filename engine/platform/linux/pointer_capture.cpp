@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <map>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -38,6 +39,7 @@ struct Capture {
     bool isActive = false;
     PointerCaptureHandlers handlers{};
     std::map<int, GrabbedMouse> mice; // by device id
+    std::set<std::size_t> heldBefore; // buttons that were down on a mouse when it was taken
     int primaryButton = 1;            // of the device, before the user's mapping
     Clock::time_point lastRenewal;
     Clock::time_point lastHeartbeat;
@@ -77,6 +79,7 @@ void grabMouse(const XIDeviceInfo& info) {
     XISetMask(bits, XI_RawMotion);
     XISetMask(bits, XI_RawButtonPress);
     XIEventMask mask{info.deviceid, sizeof bits, bits};
+    noteHeldButtons(info, capture.heldBefore);
     const ErrorTrap trap;
     const int refused = XIGrabDevice(ownerDisplay(), info.deviceid, rootWindow(), CurrentTime, noXid,
                                      GrabModeAsync, GrabModeAsync, 0, &mask);
@@ -198,7 +201,7 @@ void giveBackMice(bool all) {
     // A mouse that is still detached may hold a button from before the capture: down in truth, though no
     // attached slave says so.
     if (capture.mice.empty())
-        releaseForgottenButtons(ownerDisplay());
+        releaseForgottenButtons(ownerDisplay(), std::exchange(capture.heldBefore, {}));
 }
 
 gboolean giveBackReleasedMice(gpointer) {

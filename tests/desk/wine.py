@@ -24,7 +24,7 @@ SERVER = shutil.which("/usr/lib/wine/wineserver64") or "wineserver"
 
 def copy_prefix(made):
     """A prefix is large and nearly all of it is only read: what is not the registry is linked."""
-    subprocess.run(["cp", "-al", PREFIX, made], check=True)
+    subprocess.run(["cp", "-al", PREFIX.resolve(), made], check=True)
     for registry in PREFIX.glob("*.reg"):
         (made / registry.name).unlink()
         shutil.copy2(registry, made)

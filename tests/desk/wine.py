@@ -23,8 +23,9 @@ SERVER = shutil.which("/usr/lib/wine/wineserver64") or "wineserver"
 
 
 def copy_prefix(made):
-    """A prefix is large and nearly all of it is only read: what is not the registry is linked."""
-    subprocess.run(["cp", "-al", PREFIX.resolve(), made], check=True)
+    """A prefix is large and nearly all of it is only read: what is not the registry is linked, where it can be."""
+    if subprocess.run(["cp", "-alT", PREFIX.resolve(), made], stderr=subprocess.DEVNULL).returncode != 0:
+        subprocess.run(["cp", "-aT", PREFIX.resolve(), made], check=True)
     for registry in PREFIX.glob("*.reg"):
         (made / registry.name).unlink()
         shutil.copy2(registry, made)

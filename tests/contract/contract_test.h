@@ -54,7 +54,6 @@ private:
     std::mutex guard;
     Events told;
 };
-/// Returns when real keys reach it.
 std::unique_ptr<Recorder> openRecorder(const Rect& place);
 
 // Each platform's driver has the owner thread's loop, another program, and a person at the real mouse and

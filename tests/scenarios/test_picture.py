@@ -67,7 +67,7 @@ def test_pages_turn_both_ways_and_their_fields_shine_through_until_hovered(desk)
 def test_with_or_without_a_compositor_the_wheel_is_on_top_and_all_around_it_in_sight(desk):
     desk.start(field("a", color="#E03030"), field("b", color="#E03030"), name="", sendDelay=0)
     desk.screen.set_compositor("none")
-    frame, _ = desk.display.tree(desk.recorder.window.value)
+    frame = desk.display.shown_layer(*desk.screen.size).id
     below = desk.display.picture()
     for index, compositor in enumerate(("picom", "none", "picom")):
         if not desk.wheel():

@@ -78,7 +78,6 @@ def test_faults_and_odd_answers_cost_no_more_than_their_buffers(desk):
     desk.wait_until_open()
     assert voice.count("result") == len(odd) + 1 - odd.count("fault")
     assert {line for line in voice.log() if line.startswith("accept")} == {"accept_waveform 3200"}
-    desk.close_wheel()
 
 
 def test_a_microphone_comes_later_is_lost_and_comes_back(desk):

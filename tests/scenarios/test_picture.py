@@ -67,15 +67,18 @@ def test_pages_turn_both_ways_and_their_fields_shine_through_until_hovered(desk)
 def test_with_or_without_a_compositor_the_wheel_is_on_top_and_all_around_it_in_sight(desk):
     desk.start(field("a", color="#E03030"), field("b", color="#E03030"), name="", sendDelay=0)
     desk.screen.set_compositor("none")
-    frame, _ = desk.display.tree(desk.recorder.window.value)
+    over = c_ulong(xlib.XCreateSimpleWindow(desk.display.handle, desk.display.root, 300, 200, 600, 400, 0, 0, 0))
+    past_the_window_manager = (c_ulong * 14)(*[0] * 11, 1)
+    xlib.XChangeWindowAttributes(desk.display.handle, over, c_ulong(1 << 9), past_the_window_manager)
     below = desk.display.picture()
     for index, compositor in enumerate(("picom", "none", "picom")):
         if not desk.wheel():
             desk.open_wheel()
         desk.aim(index % 2)
         wait_for_colours(desk, below, {field_point(index % 2, 2, 75): ((0xE0, 0x30, 0x30), 1)})
-        xlib.XRaiseWindow(desk.display.handle, c_ulong(frame))  # past the window manager
+        xlib.XMapRaised(desk.display.handle, over)
         wait_for("the wheel on top", lambda: next(desk.display.shown_windows()) == desk.wheel())
+        xlib.XUnmapWindow(desk.display.handle, over)
         desk.screen.set_compositor(compositor)
     desk.mouse.click()
     desk.recorder.expect("a")

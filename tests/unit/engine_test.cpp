@@ -11,26 +11,6 @@ namespace {
 
 const std::string kinds[] = {"click", "hold", "release", "open"};
 
-template <typename Command>
-std::string lineOf(const Command& c) {
-    std::ostringstream line;
-    if constexpr (requires { c.points; })
-        line << c.points[0].x << "," << c.points[0].y << " to " << c.points[2].x;
-    else
-        line << c.box.x << "," << c.box.y << " " << c.box.width << "x" << c.box.height;
-    if constexpr (requires { c.startAngle; })
-        line << " from " << c.startAngle << " by " << c.sweepAngle;
-    if constexpr (requires { c.color; }) {
-        const auto rest = c.color.red << 16 | c.color.green << 8 | c.color.blue;
-        line << " " << std::hex << std::uppercase << c.color.alpha * 0x1000000LL + rest;
-    }
-    if constexpr (requires { c.text; })
-        line << " " << utf8FromUtf16(c.text);
-    if constexpr (requires { c.image; })
-        line << " " << utf8FromUtf16(c.image->path);
-    return line.str();
-}
-
 std::string describe(const WheelAction& action) {
     std::ostringstream text;
     text << utf8FromUtf16(action.name) << "{";
@@ -71,18 +51,6 @@ std::string replaced(std::string text, const Texts& pairs) {
         for (auto at = text.find(pairs[i]); at != text.npos; at = text.find(pairs[i]))
             text.replace(at, pairs[i].size(), pairs[i + 1]);
     return text;
-}
-
-Texts linesOf(const Picture& picture, const std::string& name) {
-    // By the order of the commands in the variant; what has no name is a mere outline.
-    static const Texts names{"pie", "", "arc", "hole", "", "rectangle", "", "polygon", "text", "image"};
-    Texts lines;
-    for (const DrawCommand& command : picture.commands) {
-        const std::string& its = names[command.index()];
-        if (!its.empty() && (name.empty() || its == name))
-            lines.push_back(its + " " + std::visit([](const auto& each) { return lineOf(each); }, command));
-    }
-    return lines;
 }
 
 std::string describe(const std::vector<Wheel>& wheels) {

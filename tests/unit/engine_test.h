@@ -30,10 +30,6 @@ std::vector<Row> rowsOf(const std::string& table);
 std::string replaced(std::string text, const Texts& pairs);
 std::string repeated(const std::string& piece, std::size_t count);
 
-/// The draw commands of that name, or all, but for outlines, with place, turn, colour (ARGB) and content:
-/// "pie 70,6 448x448 from -90 by 180 873498DB", "text 248,232 92x18 D7FFFFFF Gra".
-Texts linesOf(const Picture& picture, const std::string& name = "");
-
 /// With everything that differs from a default shown:
 /// "name[field{click a 2, hold b 0, open c 1} delay=5 bgr=ABCDEF icon=i voice=v; field{}]".
 std::string describe(const std::vector<Wheel>& wheels);
@@ -106,11 +102,15 @@ public:
 
     /// What the engine did since the journal was last cleared, joined by ", ": all, or of one kind.
     std::string journal(std::optional<JournalKind> kind = {}) const;
-    /// What is on show in that window, as linesOf tells it.
-    Texts shown(const std::string& window, const std::string& word) {
-        return linesOf(desktop.windowNamed(window)->picture.value(), word);
+    /// The draw commands of that kind in the wheel's picture.
+    template <typename Command>
+    std::vector<Command> shown() {
+        std::vector<Command> found;
+        for (const DrawCommand& each : desktop.windowNamed("wheel")->picture.value().commands)
+            if (const auto* command = std::get_if<Command>(&each))
+                found.push_back(*command);
+        return found;
     }
-    int wheelPaintCount() { return desktop.windowNamed("wheel")->paintCount; }
 
     TemporaryFolder folder;
     SimulatedDesktop& desktop;

@@ -67,17 +67,12 @@ TEST(FilesJson, WholeDocumentsAreReadLenientlyAndOthersRefused) {
     EXPECT_EQ(read(u""), "!");
 }
 
-TEST(FilesJson, MembersAreFoundIntegersTruncatedAndAnyNestingForgotten) {
-    const std::u16string members = uR"({"b":1,"a":"x","a":2,"A":3})";
-    JsonCursor cursor{members};
-    JsonValue root;
-    ASSERT_TRUE(parseValue(cursor, root));
-    EXPECT_EQ(findMember(root, u"a"), &root.members.at(1).value) << "the first of two";
-    EXPECT_TRUE(!findMember(root, u"a", JsonType::Number) && !findMember(root, u"c"));
+TEST(FilesJson, AnyNestingIsForgottenAndNumbersAreTruncated) {
     for (const auto& [number, integer] : rowsOf(R"(
         99.9 -> 99  -99.9 -> -99  2147483647.9 -> 2147483647  2147483648 -> -2147483648  -3e9 -> -2147483648
         inf -> -2147483648  nan -> -2147483648)"))
         EXPECT_EQ(std::to_string(integerOf(std::stod(number))), integer) << number;
+    JsonValue root;
     constexpr std::size_t depth = 300'000;
     EXPECT_EQ(read(std::u16string(depth, u'[')), "!");
     const std::u16string nested = std::u16string(depth, u'[') + std::u16string(depth, u']');

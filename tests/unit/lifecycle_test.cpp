@@ -71,7 +71,7 @@ TEST_F(Lifecycle, ReloadReadsTheFilesAgainAndKeepsTheWheelOpenOnANewField) {
     engineState.activeWheel = 1;
     reload(R"("segmentColor": "#010203", "toggleKey": "F9",)");
     EXPECT_EQ(engineState.activeWheel, 0);
-    EXPECT_EQ(shown("wheel", "pie"), (Texts{"pie 70,6 448x448 from -90 by 360 87010203"}));
+    EXPECT_TRUE(shown<FilledPie>().size() == 1 && shown<FilledPie>()[0].color.blue == 3);
     EXPECT_EQ(desktop.registeredKeys(), (std::set<std::uint16_t>{0x58})) << "until the next start";
     clickMouse(); // on the field that took the place of the vanished one
     desktop.advanceBy(1000);
@@ -105,27 +105,11 @@ TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothingAlsoFromAnotherProc
         EXPECT_TRUE(isSent ? send(1, good + std::u16string(3, u'\0'), size + 5) : activateFile(good));
         EXPECT_EQ(describe(engineState.wheels), "b[{click a 1}; {}] c[{click c 1}]");
         EXPECT_TRUE(engineState.activeWheel == 0 && engineState.hoveredField == -1);
-        EXPECT_EQ(shown("wheel", "pie").size(), 2U);
+        EXPECT_EQ(shown<FilledPie>().size(), 2U);
     }
     EXPECT_EQ(journal(JournalKind::tray), "info [Rotika] Aktywowano konfigurację: " + utf8FromUtf16(good));
     desktop.destroyMainWindow();
     EXPECT_TRUE(desktop.registeredKeys().empty());
-}
-
-TEST_F(Lifecycle, TheGazeLibraryIsLookedForInFourPlacesTheLastDownToTheThirdLevel) {
-    for (const char* place : {"z/a/b/c", "z/a/b/c/d", "z/.ukryty", "m"}) {
-        std::filesystem::create_directories(folder.at(place));
-        folder.write(place + "/simulated-gaze"s, "x");
-    }
-    const auto library = [this](const char* place) {
-        return (folder.at(place) / "simulated-gaze").make_preferred().u16string();
-    };
-    desktop.gazeRoots = {folder.path("brak"), folder.path("z"), folder.path("m")};
-    configure(R"("gazeEnabled": true, "gazeDllPath": "/brak/lib.so",)");
-    EXPECT_TRUE(OverlayEngineStart());
-    desktop.settle();
-    EXPECT_EQ(desktop.libraryAttempts, (std::vector{u"/brak/lib.so"s, folder.path("simulated-gaze"),
-                                                    u"simulated-gaze"s, library("z/a/b/c"), library("m")}));
 }
 
 TEST_F(Lifecycle, ValidPointsBecomeTheSampleInForce) {

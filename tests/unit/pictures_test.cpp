@@ -38,23 +38,6 @@ TEST_F(EngineTest, RingAndArrowsHaveExactBorders) {
     EXPECT_EQ(wheelPlaceOn({-1921, -541, 0, 0}), (Rect{-1254, -500, -666, -40})) << "halves go toward zero";
 }
 
-TEST_F(EngineTest, TheWheelShowsFieldsThenLabelsThenItsNameAndTheCursorAndTheDwellOverAll) {
-    engineState.wheels = {{u"Gra", {field("a", u"Skok"), field("b")}}};
-    engineState.wheels[0].actions[0].color = 0xFFFFFF; // without hasColor it does not count
-    engineState.wheels[0].actions[1].color = 0x030201;
-    engineState.wheels[0].actions[1].hasColor = true;
-    engineState.hoveredField = 1;
-    std::tie(engineState.cursorX, engineState.cursorY) = std::tuple(149, 230);
-    engineState.dwellProgress = 0.25F;
-    EXPECT_EQ(
-        linesOf(buildWheelPicture()),
-        (Texts{"pie 70,6 448x448 from -90 by 180 873498DB", "pie 70,6 448x448 from 90 by 180 FF010203",
-               "text 378.5,197.5 124x68 78000000 Skok", "text 377,196 124x68 D7FFFFFF Skok",
-               "text 88.5,197.5 124x68 C8000000 2", "text 87,196 124x68 FFFFFFFF 2", "hole 248,184 92x92",
-               "text 248,232 92x18 D7FFFFFF Gra", "polygon 149,230 to 154.5 FFFFFFFF",
-               "polygon 149,230 to 154.5 FF000000", "arc 132,213 34x34 from -90 by 90 EBFFFFFF"}));
-}
-
 TEST_F(EngineTest, IconsAreReadOnceBesideTheOwnerThreadAndComeIntoTheOpenWheel) {
     startWith({wheelOf(2)});
     const std::u16string icon = joinPath(programFolder(), u"icons/ok.png");
@@ -65,11 +48,8 @@ TEST_F(EngineTest, IconsAreReadOnceBesideTheOwnerThreadAndComeIntoTheOpenWheel) 
     ASSERT_TRUE(activateFile(file));
     EXPECT_TRUE(desktop.imageLoads.empty()) << "a slow file would hold up the owner thread";
     desktop.settle();
-    const Texts images = shown("wheel", "image");
-    ASSERT_EQ(images.size(), 2U);
-    EXPECT_EQ(images[1], "image 273,354 42x42 " + utf8FromUtf16(icon));
-    EXPECT_EQ(shown("wheel", "text").size(), 4U)
-        << "a name under its icon; the number of the field without one";
+    EXPECT_EQ(shown<ImageInBox>().size(), 2U);
+    EXPECT_EQ(shown<TextInBox>().size(), 4U) << "a name under its icon; the number of the field without one";
     ASSERT_TRUE(activateFile(file));
     desktop.settle();
     EXPECT_EQ(desktop.imageLoads, (std::vector{icon, u"/tmp/zły.png"s}));

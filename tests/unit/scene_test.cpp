@@ -154,7 +154,7 @@ std::string Scenes::seen() {
     tell(isOpen && engineState.hoveredField >= 0, " field", engineState.hoveredField);
     tell(isOpen && engineState.hoveredArrow >= 0, " arrow", engineState.hoveredArrow);
     tell(engineState.activeWheel != 0, " wheel", engineState.activeWheel);
-    tell(isOpen && !shown("wheel", "arc").empty(), " ring");
+    tell(isOpen && !shown<OutlinedArc>().empty(), " ring");
     tell(hasGrid, " grid", grid.place.left, grid.place.top, grid.place.width(), grid.place.height());
     tell(hasLabels, " labels", engineState.elementRects.size());
     tell(grid.isShown != (hasGrid || hasLabels), grid.isShown ? " left over" : " unseen");

@@ -14,6 +14,16 @@ LEFT_ARROW, RIGHT_ARROW = (32, 230), (556, 230)
 BARE = [(5, 5), (582, 5), (5, 454), (582, 454), (294, 198), (294, 262)]  # corners of the layer, and the ring's hole
 
 
+def background(desk):
+    """The screen, once the recorder is painted on it."""
+    def is_in_sight():
+        own = desk.display.picture(desk.recorder.window.value)
+        return own.all() and (own == desk.display.picture()[:len(own)]).all()
+
+    wait_for("the recorder in sight", is_in_sight)
+    return desk.display.picture()
+
+
 def wait_for_colours(desk, below, wanted):
     """Colour by point of the layer and its opacity over the picture from below. What is bare shows that picture. Two
     systems and a compositor round each in its own way."""
@@ -39,7 +49,7 @@ def test_pages_turn_both_ways_and_their_fields_shine_through_until_hovered(desk)
     wheels = [{"name": "", "actions": [field(key, color="#%02X%02X%02X" % colour, name="", icon=file)] * count}
               for count, colour, key, file in pages]
     desk.start(*wheels[0]["actions"], name="", more=wheels[1:], sendDelay=0)
-    below, page = desk.display.picture(), 0
+    below, page = background(desk), 0
 
     def check():
         count, colour, _, file = pages[page]
@@ -70,7 +80,7 @@ def test_with_or_without_a_compositor_the_wheel_is_on_top_and_all_around_it_in_s
     over = c_ulong(xlib.XCreateSimpleWindow(desk.display.handle, desk.display.root, 300, 200, 600, 400, 0, 0, 0))
     past_the_window_manager = (c_ulong * 14)(*[0] * 11, 1)
     xlib.XChangeWindowAttributes(desk.display.handle, over, c_ulong(1 << 9), past_the_window_manager)
-    below = desk.display.picture()
+    below = background(desk)
     for index, compositor in enumerate(("picom", "none", "picom")):
         if not desk.wheel():
             desk.open_wheel()

@@ -62,8 +62,6 @@ std::unique_ptr<Recorder> openRecorder(const Rect& place);
 /// Handles what has come, or waits for it a few milliseconds.
 void pumpOnce();
 std::unique_ptr<Recorder> makeRecorder(const Rect& place);
-/// The pixels of a part of the screen as a person sees it, row by row; alpha is 255.
-std::vector<PictureColor> screenPixels(const Rect& part);
 void moveRealMouse(std::int32_t dx, std::int32_t dy);
 void playRealButton(std::uint32_t button, bool isDown);  // 0 left, 1 right, 2 middle, 3 the wheel
 void playRealKey(std::uint16_t virtualKey, bool isDown); // letters, Control and Caps Lock

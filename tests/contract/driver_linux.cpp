@@ -85,20 +85,6 @@ std::unique_ptr<Recorder> makeRecorder(const Rect& place) {
     return std::make_unique<XRecorder>(place);
 }
 
-std::vector<PictureColor> screenPixels(const Rect& part) {
-    XImage* const image = XGetImage(personsDisplay(), DefaultRootWindow(personsDisplay()), part.left,
-                                    part.top, static_cast<unsigned>(part.width()),
-                                    static_cast<unsigned>(part.height()), AllPlanes, ZPixmap);
-    std::vector<PictureColor> colors;
-    for (int i = 0; i < part.width() * part.height(); ++i) {
-        const unsigned long pixel = XGetPixel(image, i % part.width(), i / part.width());
-        colors.push_back({255, static_cast<std::uint8_t>(pixel >> 16U),
-                          static_cast<std::uint8_t>(pixel >> 8U), static_cast<std::uint8_t>(pixel)});
-    }
-    XDestroyImage(image);
-    return colors;
-}
-
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {
     int delta[] = {dx, dy};
     XTestFakeDeviceMotionEvent(personsDisplay(), mouse(), 1, 0, delta, 2, CurrentTime);

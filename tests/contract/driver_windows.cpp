@@ -98,23 +98,6 @@ std::unique_ptr<Recorder> makeRecorder(const Rect& place) {
     return std::make_unique<WindowsRecorder>(place);
 }
 
-std::vector<PictureColor> screenPixels(const Rect& part) {
-    const ScreenDc screen(GetDC(nullptr));
-    const MemoryDc memory(CreateCompatibleDC(screen.get()));
-    BITMAPINFO info{};
-    info.bmiHeader = {sizeof(info.bmiHeader), part.width(), -part.height(), 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    void* bits = nullptr;
-    const BitmapHandle bitmap(CreateDIBSection(screen.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
-    const SelectedObject selected(memory.get(), bitmap.get());
-    BitBlt(memory.get(), 0, 0, part.width(), part.height(), screen.get(), part.left, part.top, SRCCOPY);
-    GdiFlush();
-    std::vector<PictureColor> colors;
-    for (const auto* pixel = static_cast<const RGBQUAD*>(bits);
-         colors.size() < static_cast<std::size_t>(part.width() * part.height()); ++pixel)
-        colors.push_back({255, pixel->rgbRed, pixel->rgbGreen, pixel->rgbBlue});
-    return colors;
-}
-
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {
     playOnHost("mousemove_relative -- " + std::to_string(dx) + " " + std::to_string(dy));
 }

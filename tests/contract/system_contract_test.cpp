@@ -1,11 +1,9 @@
-// Files, libraries and pixels.
+// Files and libraries.
 
 #include "contract_test.h"
 #include "platform/dynamic_library.h"
 #include "platform/files.h"
 #include "platform/paths.h"
-
-#include <algorithm>
 
 namespace {
 
@@ -42,53 +40,6 @@ TEST_F(SystemContract, ALibraryIsFoundAndOneThatWasCutShortIsRefused) {
         ASSERT_TRUE(replaceFileBytes(cut, whole.substr(0, whole.size() * percent / 100)));
         EXPECT_EQ(loadLibrary(cut, LibrarySearch::besideItself), nullptr) << percent;
     }
-}
-
-constexpr PictureColor red{255, 220, 20, 20}, blue{255, 20, 20, 220};
-
-/// . white, r red, b blue.
-char letterOf(PictureColor seen) {
-    if (seen.green > 128)
-        return '.';
-    return seen.red > seen.blue ? 'r' : 'b';
-}
-
-/// Every 25th pixel of every 25th row of a layer's place, from 12, 12.
-std::string samples(const Rect& place) {
-    const std::vector<PictureColor> pixels = screenPixels(place);
-    std::string letters;
-    for (std::size_t y = 12; y < 100; y += 25, letters += ' ')
-        for (std::size_t x = 12; x < 200; x += 25)
-            letters += letterOf(pixels[y * 200 + x]);
-    return letters;
-}
-
-std::ptrdiff_t inkIn(const Rect& place) {
-    return std::ranges::count_if(screenPixels(place),
-                                 [](PictureColor seen) { return letterOf(seen) != '.'; });
-}
-
-TEST_F(SystemContract, EachDrawCommandLeavesItsPixels) {
-    const auto background = openRecorder(recorderPlace); // white
-    constexpr PictureBox round{53, 3, 94, 94}, wide{-32, -36, 140, 140};
-    const FilledRectangle everything{{0, 0, 200, 100}, blue};
-    const std::pair<std::vector<DrawCommand>, std::string> cases[] = {
-        {{OutlinedPie{wide, 0, 90, red, 12}}, "........ .rrrr... .r...... .r.r.... "},
-        {{OutlinedArc{wide, 0, 90, red, 12}}, "........ ....r... ........ ...r.... "},
-        {{OutlinedEllipse{{60, 10, 80, 80}, red, 12}}, "...rr... ..r..r.. ..r..r.. ...rr... "},
-        {{OutlinedRectangle{{38, 13, 125, 75}, red, 12}}, ".rrrrrr. .r....r. .r....r. .rrrrrr. "},
-        {{Polygon{{{{38, 13}, {188, 13}, {38, 63}}}, 3, red, 8}}, ".rrrrrrr .r..r... .r...... ........ "},
-        {{everything, CutOutEllipse{round}, FilledRectangle{{0, 25, 50, 50}, red}},
-         "bbb..bbb rr....bb rr....bb bbb..bbb "},
-    };
-    for (const auto& [commands, expected] : cases) {
-        showLayer(wheelWindow(), commands);
-        EXPECT_TRUE(pumpUntil([&wanted = expected] { return samples(layerPlace) == wanted; })) << expected;
-    }
-    showLayer(wheelWindow(), {TextInBox{u"Łąka", {40, 10, 120, 80}, 20, true, red}});
-    constexpr Rect middle{layerPlace.left + 70, layerPlace.top + 32, layerPlace.left + 130,
-                          layerPlace.top + 68};
-    EXPECT_TRUE(pumpUntil([&] { return inkIn(middle) > 100 && inkIn(middle) == inkIn(layerPlace); }));
 }
 
 } // namespace

@@ -18,8 +18,7 @@ from desk.x11 import Display, xlib
 
 die_with_parent = functools.partial(ctypes.CDLL(None).prctl, 1, signal.SIGKILL)  # PR_SET_PDEATHSIG
 FOREIGN = ("XDG_", "WAYLAND_", "XAUTHORITY", "QT_QPA_PLATFORM", "DISPLAY")
-COMPOSITORS = {"picom": ("picom", "--backend", "xrender", "--config", "/dev/null"),
-               "xcompmgr": ("xcompmgr",), "none": ()}
+COMPOSITORS = {"picom": ("picom", "--backend", "xrender", "--config", "/dev/null"), "none": ()}
 
 
 def end(process, seconds=5):

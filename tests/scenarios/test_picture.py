@@ -60,6 +60,8 @@ def test_pages_turn_both_ways_and_their_fields_shine_through_until_hovered(desk)
 
     desk.open_wheel()
     check()
+    hub = desk.display.picture(desk.wheel().id)[210:232, 248:340]
+    assert hub.min(2).max() > 200, "the number of the page is missing"
     for way in (1, 1, 1, -1, -1, -1, -1):
         desk.aim(LEFT_ARROW if way < 0 else RIGHT_ARROW)
         desk.mouse.click()

@@ -143,24 +143,6 @@ constexpr char cases[] = R"(
 
 INSTANTIATE_TEST_SUITE_P(Cases, Editor, testing::ValuesIn(rowsOf(cases)));
 
-TEST_F(Editor, OnlySavingOverTheEnginesOwnFilesPutsThemIntoForce) {
-    open();
-    play("add-wheel");
-    for (const char* file : {"inne.json", "DEFAULT.json", "Voice.JSON"}) {
-        engineState.wheels = {wheelOf(4)};
-        const std::uint32_t phrases = engineState.phraseGeneration;
-        play("pick="s + file + "; save-as");
-        EXPECT_TRUE(boxes().find("inform Uwaga: któreś koło nie ma żadnych funkcji") != std::string::npos);
-        EXPECT_EQ(editor.controls.at(pathLabel).text, folder.path(file));
-        EXPECT_EQ(engineState.phraseGeneration != phrases, file != "inne.json"s) << file;
-        EXPECT_EQ(OverlayWheelCount(), file == "inne.json"s ? 1 : 2) << file;
-        EXPECT_NE(folder.read(file).find("\"name\": \"Koło 3\""), std::string::npos);
-    }
-    editor.whileBoxWaits = [this] { desktop.destroyMainWindow(); }; // the program ends while a box is open
-    play("pick=ostatni.json; save-as");
-    EXPECT_EQ(editorState.editorWindow, nullptr);
-}
-
 /// A save that fails looks like one that did not, but the next opening shows what was to be saved.
 TEST_F(Editor, WhatCouldNotBeWrittenIsKeptAndOpenedNextTime) {
     open();

@@ -125,11 +125,6 @@ TEST_F(Lifecycle, ValidPointsBecomeTheSampleInForce) {
     }
     EXPECT_EQ(samples,
               "5000 2500, 12000 -3333, 12000 -3333, 12000 -3333, 2147483647 -2147483648, -2147483648 0, ");
-    GazeDeviceUrl url{};
-    const std::string tooLong(400, 'u');
-    for (const char* each : {static_cast<const char*>(nullptr), "", tooLong.c_str(), "other"})
-        firstDeviceUrl(each, &url);
-    EXPECT_EQ(url.data(), tooLong.substr(0, 255));
 }
 
 /// For the sanitizer of threads.

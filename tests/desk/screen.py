@@ -117,8 +117,6 @@ def main():
     parser.add_argument("--sound", action="store_true", help="with a sound server whose microphone hears a tone")
     parser.add_argument("command", nargs=argparse.REMAINDER)
     options = parser.parse_args()
-    if "--gtest_list_tests" in options.command:  # needs no screen
-        os.execvp(options.command[0], options.command)
     for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
         signal.signal(number, lambda number, _: sys.exit(128 + number))
     screen, process = Screen(options.size, options.compositor), None

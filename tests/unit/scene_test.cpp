@@ -11,10 +11,9 @@
 
 // A scene is what a person and the desktop do, and behind the arrow what can be seen at its end. The engine
 // is started with an eye tracker that is connected but not enabled, and one wheel, whose four fields click
-// the keys 65 to 68. "lampa" names the first, "radio" a voice function of
-// key 68. Behind "|" stands what is played in the end, each at its ms since the beginning or
-// "now": "65+" is key 65 going down, "x37" an extended key, "b0-" the left button going up, "16++" a key that
-// is left down.
+// the keys 65 to 68. "lampa" names the first, "radio" a voice function of key 68. Behind "|" stands what is
+// played in the end, each at its ms since the beginning or "now": "65+" is key 65 going down, "b0-" the left
+// button going up, "16++" a key that is left down.
 
 namespace {
 
@@ -190,7 +189,6 @@ constexpr char scenes[] = R"(
     toggle -> open  shell -> open  say pokaż koło -> open  say schowaj koło -> closed  stop -> closed
     lock; toggle; shell; say pokaż koło; post 1 0 1; say kliknij; say pokaż siatkę -> closed woken 4
     lock; unlock; toggle -> open  close -> closed  destroy wheel -> closed  destroy wheel; toggle -> open
-    toggle; toggle -> closed  toggle; shell -> closed
     toggle; aim 334 130; say pokaż koło -> open 334 130 field 0  toggle; say schowaj koło -> closed
     toggle; stop -> gone  toggle; quit -> gone  toggle; lock -> closed  toggle; monitors 0 0 1800 1000 -> closed
     toggle; close -> closed  toggle; destroy wheel -> closed  toggle; stall; wait 15 -> closed
@@ -202,7 +200,6 @@ constexpr char scenes[] = R"(
     toggle; aim 394 270; press; wheels 1 -> closed | 265 66+, 325 66-
     toggle; aim 334 130; inject; wait 0; now -> closed | 250 65+, 310 65-  steps; toggle; aim 334 130; press -> closed
     toggle; press -> open  toggle; aim 80 20; press -> open 80 20
-    wheels 4 4; toggle; aim 20 230; press -> open 20 230 arrow 0 wheel 1
     wheels 4 4 4; toggle; aim 20 230; press -> open 20 230 arrow 0 wheel 2
     twice; wheels 4 4 4; toggle; aim 560 230; press -> open 560 230 arrow 1 wheel 2
     post 1 0 1 -> closed | 100 66+, 160 66-
@@ -210,7 +207,6 @@ constexpr char scenes[] = R"(
     post 4 0 0 -> closed | 100 18++, 130 9+, 190 9-, 220 18-
     wheels 4 1 24; toggle; aim 194 190; say następne koło -> open 194 190 field 0 wheel 1
     wheels 4 1 24; toggle; aim 194 190; say poprzednie koło -> open 194 190 field 19 wheel 2
-    wheels 4 4; say następne koło -> closed  toggle; say następne koło -> open
     cursor 100 100; say kliknij -> closed at 100 100 | 60 b0+, 120 b0-
     say dwuklik -> closed | 60 b0+, 120 b0-, 180 b0+, 240 b0-  say prawy klik -> closed | 60 b1+, 120 b1-
     toggle; aim 334 130; now; say kliknij -> closed | 250 65+, 310 65-  toggle; say kliknij; wait 500 -> open
@@ -225,13 +221,10 @@ constexpr char scenes[] = R"(
     # steps
     steps hold a 1500 release b 0; run -> closed | 100 65+, 1600 65-, 1630 66-
     steps hold shift 0 click b 1; run -> closed | 100 16++, 130 66+, 190 66-
-    steps hold a -1; run -> closed | 100 65++
-    steps click a 1 release b 0; delay 0; run -> closed | 100 65+, 160 65-, 160 66-
     steps click nieznany 2 release b 0; run -> closed | 310 66-
     steps click a 2 open https://a.org/ą 1; run -> closed | 100 65+, 160 65-, 220 65+, 280 65-, 310 open https://a.org/ą
     steps click a 2; run; wait 170; keyHold 200 -> closed | 100 65+, 160 65-, 220 65+, 420 65-
     steps click lmb 1 click rmb 1 click mb4 1; swap 1; run -> closed | 100 b1+, 160 b1-, 190 b0+, 250 b0-, 280 b3+, 340 b3-
-    swap 1; say dwuklik; wait 130; swap 0 -> closed | 60 b1+, 120 b1-, 180 b0+, 240 b0-
     steps hold a 1000 click b 1 hold lmb 0 open x.exe 1; run; wait 500; lock -> closed | 100 65+, 1100 65-, 1190 66-
     say dwuklik; wait 100; lock -> closed | 60 b0+, 120 b0-
     steps hold shift 0 hold mmb 0 hold a 60000; toggle; aim 334 130; press; wait 400; stop -> closed | 265 16++, 295 b2++, 325 65+, 60325 65-
@@ -251,7 +244,6 @@ constexpr char scenes[] = R"(
     # labels
     labels; say jeden; wait 200; say jeden -> closed at 60 40 | 60 b0+, 120 b0-
     labels; say kliknij dwa razy na dwa -> closed at 600 520 | 60 b0+, 120 b0-, 180 b0+, 240 b0-
-    labels; say kliknij prawy na jeden -> closed at 60 40 | 60 b1+, 120 b1-
     labels; say trzy; say kliknij prawy na trzy; wait 500 -> closed labels 2
     labels; say kliknij -> closed labels 2 | 60 b0+, 120 b0-  label; say schowaj elementy -> closed
     label; say pokaż siatkę; say dwa -> closed grid 480 0 480 270 at 720 135  label; lock -> closed
@@ -286,7 +278,6 @@ constexpr char scenes[] = R"(
     gaze; toggle; rest 334 130; wait 615; rest 294 230; wait 15; rest 334 130; wait 600 -> open 334 130 field 0 ring
     gaze; toggle; rest 334 130; wait 900; right 1; wait 1000 -> open 335 130 field 0
     gaze; dwell 0; toggle; rest 334 130; wait 1500 -> open 334 130 field 0
-    gaze; wheels 4 4 4; toggle; rest 560 230; wait 914 -> open 560 230 arrow 1 ring
     gaze; wheels 4 4 4; toggle; rest 560 230; wait 915 -> open 560 230 arrow 1 wheel 1
     gaze; wheels 4 4 4; toggle; rest 560 230; wait 1830 -> open 560 230 arrow 1 wheel 2)";
 

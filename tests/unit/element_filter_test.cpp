@@ -1,11 +1,5 @@
-#include "core/lifecycle.h"
 #include "engine_test.h"
-#include "platform/paths.h"
 #include "pointing/element_filter.h"
-#include "pointing/element_labels.h"
-#include "pointing/grid.h"
-#include "wheel/geometry.h"
-#include "wheel/painter.h"
 
 #include <iterator>
 #include <sstream>
@@ -15,38 +9,6 @@ namespace {
 std::vector<std::int32_t> numbersOf(const std::string& text) {
     std::istringstream words(text);
     return {std::istream_iterator<std::int32_t>(words), {}};
-}
-
-TEST_F(EngineTest, TheRingHasExactBordersAndLiesInTheMiddle) {
-    // The fields and a point. Both limits of the ring belong to it, a border to the next field clockwise.
-    for (const auto& [where, expected] : rowsOf(R"(
-        4 294 185 -> -1  4 294 184 -> 0  4 294 4 -> 0  4 294 3 -> -1  4 294 230 -> -1  4 339 230 -> -1
-        4 340 230 -> 1  4 520 230 -> 1  4 521 230 -> -1  4 394 229 -> 0  4 394 230 -> 1  4 294 330 -> 2
-        4 194 230 -> 3  4 293 130 -> 3  4 294 130 -> 0  1 293 130 -> 0  1 394 231 -> 0  1 294 230 -> -1
-        24 294 130 -> 0  24 293 130 -> 23  24 394 230 -> 6  24 394 229 -> 5)")) {
-        const std::vector<std::int32_t> n = numbersOf(where);
-        engineState.wheels = {wheelOf(n[0])};
-        EXPECT_EQ(std::to_string(hitTestField(n[1], n[2])), expected) << where;
-    }
-    EXPECT_EQ(wheelPlaceOn({0, 0, 1919, 1079}), (Rect{665, 309, 1253, 769}));
-    EXPECT_EQ(wheelPlaceOn({-1921, -541, 0, 0}), (Rect{-1254, -500, -666, -40})) << "halves go toward zero";
-}
-
-TEST_F(EngineTest, IconsAreReadOnceBesideTheOwnerThreadAndComeIntoTheOpenWheel) {
-    startWith({wheelOf(2)});
-    const std::u16string icon = joinPath(programFolder(), u"icons/ok.png");
-    desktop.loadableImages = {icon};
-    const std::u16string file = folder.write("koła.json", R"({"wheels": [{"actions": [
-        {"name": "Bieg", "icon": "icons/ok.png"}, {"icon": "icons/ok.png"}, {"icon": "/tmp/zły.png"}]}]})");
-    pressToggleKey();
-    ASSERT_TRUE(activateFile(file));
-    EXPECT_TRUE(desktop.imageLoads.empty()) << "a slow file would hold up the owner thread";
-    desktop.settle();
-    EXPECT_EQ(shown<ImageInBox>().size(), 2U);
-    EXPECT_EQ(shown<TextInBox>().size(), 4U) << "a name under its icon; the number of the field without one";
-    ASSERT_TRUE(activateFile(file));
-    desktop.settle();
-    EXPECT_EQ(desktop.imageLoads, (std::vector{icon, u"/tmp/zły.png"s}));
 }
 
 TEST(ElementFilter, KeepsWhatCanBeClickedAtEachLimitAndNoDuplicates) {

@@ -50,7 +50,7 @@ struct TemporaryFolder {
     TemporaryFolder() { std::filesystem::create_directory(folder); }
     ~TemporaryFolder() { std::filesystem::remove_all(folder); }
 
-    std::filesystem::path at(const std::string& name) const { return folder / name; }
+    std::filesystem::path at(const std::string& name) const { return folder / utf16FromUtf8(name); }
     std::u16string path() const { return folder.u16string(); }
     std::u16string path(const std::string& name) const { return at(name).u16string(); }
     std::u16string write(const std::string& name, const std::string& bytes) const;

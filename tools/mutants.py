@@ -40,7 +40,7 @@ groups = {name: ("linux", [f"tests_{name}"], [ctest(name)]) for name in ("unit",
     "windows": ("windows", ["tests_contract", "tests_scenarios"], [ctest("contract", "windows"), scenarios("windows")]),
 }
 # Of a test of GoogleTest, of one of ctest, of a scenario.
-failure = re.compile(r"^\[  FAILED  \] (\w+\.[\w/]+)|^\s+\d+ - (\S+) \(|"
+failure = re.compile(r"^\[  FAILED  \] ([\w/]+\.[\w/]+)|^\s+\d+ - (\S+) \(|"
                      r"^(?:FAILED|ERROR) (\S+?\.py::.+?)(?: - .*)?$", re.M)
 longest_run_s = 1200
 

@@ -187,6 +187,7 @@ TEST_P(Scenes, EndAsTheyShould) {
 constexpr char scenes[] = R"(
     # toggling
     toggle -> open  shell -> open  say pokaż koło -> open  say schowaj koło -> closed  stop -> closed
+    lock; toggle -> closed
     lock; toggle; shell; say pokaż koło; post 1 0 1; say kliknij; say pokaż siatkę -> closed woken 4
     lock; unlock; toggle -> open  close -> closed  destroy wheel -> closed  destroy wheel; toggle -> open
     toggle; aim 334 130; say pokaż koło -> open 334 130 field 0  toggle; say schowaj koło -> closed
@@ -199,7 +200,7 @@ constexpr char scenes[] = R"(
     toggle; aim 334 130; press -> closed | 265 65+, 325 65-
     toggle; aim 394 270; press; wheels 1 -> closed | 265 66+, 325 66-
     toggle; aim 334 130; inject; wait 0; now -> closed | 250 65+, 310 65-  steps; toggle; aim 334 130; press -> closed
-    toggle; press -> open  toggle; aim 80 20; press -> open 80 20
+    toggle; aim 80 20; press -> open 80 20
     wheels 4 4 4; toggle; aim 20 230; press -> open 20 230 arrow 0 wheel 2
     twice; wheels 4 4 4; toggle; aim 560 230; press -> open 560 230 arrow 1 wheel 2
     post 1 0 1 -> closed | 100 66+, 160 66-

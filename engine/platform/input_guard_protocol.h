@@ -14,6 +14,7 @@ enum class GuardedThing : std::uint8_t {
     autoRepeat = 3,      // X11: this keycode's auto-repeat is switched off
     borrowedKeycode = 4, // X11: this keycode, unused before, carries a key that the layout lacks
     heartbeat = 5,       // the thread that holds the pointer is alive; nothing is down or up
+    heldButton = 6,      // X11: this X button was down on a mouse when the mouse was pinned
 };
 
 struct GuardRecord {

@@ -125,6 +125,25 @@ TEST_F(LinuxDesktop, ALockerIsBelievedFromItsComingToItsEnd) {
     EXPECT_TRUE(lockChangesAre({true, false, true, false})) << "a locker that died";
 }
 
+TEST_F(LinuxDesktop, TheLoginManagersRequestsCountForAWhile) {
+    constexpr char session[] = "/org/freedesktop/login1/session/_31";
+    constexpr char interface[] = "org.freedesktop.login1.Session";
+    BusProgram logind([&](const std::string&, const std::string& member, GVariant*) {
+        return member == "GetSession" ? g_variant_new("(o)", session)
+                                      : g_variant_new("(v)", g_variant_new_boolean(FALSE));
+    });
+    logind.own("org.freedesktop.login1");
+    EXPECT_TRUE(pumpUntil([&] { // it has to ask first which session is ours
+        logind.emit(session, interface, "Lock", nullptr);
+        return !heard.lockChanges.empty();
+    }));
+    logind.emit(session, interface, "Unlock", nullptr);
+    logind.emit("/org/freedesktop/login1/session/_32", interface, "Lock", nullptr); // another person's
+    EXPECT_TRUE(lockChangesAre({true, false}));
+    logind.emit(session, interface, "Lock", nullptr); // and no locker obeys
+    EXPECT_TRUE(lockChangesAre({true, false, true, false}));
+}
+
 // Roles and states of the AT-SPI protocol.
 constexpr guint32 frame = 23, panel = 39, button = 43, application = 75;
 constexpr guint32 usualStates = 1U << 24 | 1U << 25 | 1U << 30; // sensitive, showing, visible

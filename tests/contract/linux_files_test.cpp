@@ -112,6 +112,8 @@ TEST_F(LinuxFiles, AProgramInAPackageTakesOverWhatItsAdministratorPreparedOnce) 
         EXPECT_EQ(read("data/rotika/work.json"), work);
         fs::remove(own / "work.json");
     }
+    ::unsetenv("XDG_DATA_HOME");
+    setMode("", 0755);
 }
 
 } // namespace

@@ -137,7 +137,7 @@ def test_the_choosing_press_neither_stops_nor_ends_presses_of_functions(desk):
     choose_and_hold_on(0, "button-up left")
     desk.recorder.expect("left", "e")
     desk.choose(1)
-    wait_for("the button to be down", desk.target.buttons_down)
+    desk.recorder.wait_for("button-down left", 2)
     choose_and_hold_on(2, "key-up q")
     desk.recorder.expect("q", "e")
     assert desk.target.buttons_down() == {LEFT}

@@ -50,6 +50,24 @@ def test_an_end_does_not_double_a_click_that_a_window_manager_still_holds_back(d
     xlib.XUngrabButton(*button)
     xlib.XAllowEvents(desk.display.handle, replay, 0)
     desk.display.sync()
+    for _ in range(2):  # a doubled one would come before the next
+        desk.recorder.expect("left")
+        desk.recorder.mark()
+        desk.mouse.click()
+
+
+@pytest.mark.only("linux")
+@pytest.mark.parametrize("guard_dies", [False, True])
+def test_a_button_let_go_in_the_wheel_is_let_go_for_the_programs_after_a_death(desk, guard_dies):
+    desk.start(field("a"), cursor=BESIDE)
+    desk.mouse.press()
+    desk.recorder.wait_for("button-down left")
+    desk.open_wheel()
+    if guard_dies:
+        dead = desk.kill_guard()
+    desk.mouse.release()
+    wait_for("a guard", lambda: desk.guard() and not (guard_dies and desk.guard() == dead))
+    desk.kill_program()
     desk.recorder.expect("left")
 
 

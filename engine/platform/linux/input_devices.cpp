@@ -70,13 +70,6 @@ void releaseDeviceButtons(Display* display, int device, const std::vector<unsign
             XTestFakeDeviceButtonEvent(display, opened.get(), button, 0, nullptr, 0, CurrentTime);
 }
 
-void noteHeldButtons(const XIDeviceInfo& mouse, std::set<std::size_t>& held) {
-    const ButtonStates states = buttonStates(mouse);
-    for (std::size_t button = 1; button < states.size(); ++button)
-        if (states[button])
-            held.insert(button);
-}
-
 void releaseForgottenButtons(Display* display, const std::set<std::size_t>& heldBefore) {
     int count = 0;
     const DeviceInfos infos = queryDevices(display, XIAllDevices, count);

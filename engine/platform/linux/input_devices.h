@@ -35,9 +35,6 @@ bool isDownIn(const ButtonStates& states, std::size_t button);
 /// Lets go of buttons that are down on the device itself. Their later releases by the person then do nothing.
 void releaseDeviceButtons(Display* display, int device, const std::vector<unsigned int>& buttons);
 
-/// Adds the buttons that are down on the mouse.
-void noteHeldButtons(const XIDeviceInfo& mouse, std::set<std::size_t>& held);
-
 /// Buttons that were let go while their device was detached are still down for the programs, since the
 /// release reached nobody. A press and release by XTest delivers it. Of those alone that were held before: a
 /// click that a window manager still holds back looks the same, and would be doubled.

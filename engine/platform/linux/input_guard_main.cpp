@@ -74,6 +74,7 @@ void letGo(Display* display, const GuardedItem& item) {
         XChangeKeyboardMapping(display, static_cast<int>(code), 1, &nothing, 1);
         break;
     }
+    case GuardedThing::heldButton: // after all mice are back
     case GuardedThing::heartbeat:
         break;
     }
@@ -94,12 +95,11 @@ private:
     }
     int waitMs() const;
     void note(const GuardRecord& record);
-    void noteButtons(std::uint32_t pin);
+    void releaseHeldButtons();
     void giveBackMice();
 
     Display* display;
     std::set<GuardedItem> down;
-    std::set<std::size_t> heldBefore;           // buttons that were down on a mouse when it was taken
     Clock::time_point lastHeard = Clock::now(); // of the thread that holds the mice
     bool hasGivenBack = false;                  // since lastHeard
 };
@@ -120,29 +120,30 @@ void Guard::note(const GuardRecord& record) {
     }
     if (record.kind == GuardedThing::heartbeat)
         return;
-    if (record.kind == GuardedThing::pointerPin && record.down != 0)
-        noteButtons(record.code);
     if (record.down != 0)
         down.insert({record.kind, record.code});
     else
         down.erase({record.kind, record.code});
 }
 
-/// Asked while it is being taken; what is pressed on it afterwards nobody else hears of.
-void Guard::noteButtons(std::uint32_t pin) {
-    if (!isPinned())
-        heldBefore.clear();
-    int count = 0;
-    const DeviceInfos info = queryDevices(display, static_cast<int>(pin & 0xFFFF), count);
-    if (count > 0)
-        noteHeldButtons(*info, heldBefore);
+/// Those alone: a click that a window manager still holds back looks the same, and would be doubled.
+void Guard::releaseHeldButtons() {
+    std::set<std::size_t> held;
+    std::erase_if(down, [&held](const GuardedItem& item) {
+        const bool isHeld = item.first == GuardedThing::heldButton;
+        if (isHeld)
+            held.insert(item.second);
+        return isHeld;
+    });
+    if (!held.empty())
+        releaseForgottenButtons(display, held);
 }
 
 void Guard::giveBackMice() {
     for (const GuardedItem& item : down)
         if (item.first == GuardedThing::pointerPin)
             letGo(display, item);
-    releaseForgottenButtons(display, heldBefore);
+    releaseHeldButtons();
     XSync(display, 0);
     hasGivenBack = true;
 }
@@ -169,11 +170,9 @@ void Guard::followProgram() {
 
 void Guard::letGoOfEverything() {
     XTestGrabControl(display, 1);
-    const bool wasPinned = isPinned();
     for (const GuardedItem& item : down)
         letGo(display, item);
-    if (wasPinned)
-        releaseForgottenButtons(display, heldBefore);
+    releaseHeldButtons();
 }
 
 } // namespace

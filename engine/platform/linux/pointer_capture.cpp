@@ -69,8 +69,34 @@ GrabbedMouse describe(const XIDeviceInfo& info) {
     return mouse;
 }
 
+/// The guard hears of them as long as they may have to be let go of, and so does one that takes its place.
+void noteHeldButtons(const ButtonStates& states) {
+    for (std::size_t button = 1; button < states.size(); ++button)
+        if (states[button] && capture.heldBefore.insert(button).second)
+            tellInputGuard(GuardedThing::heldButton, true, static_cast<std::uint32_t>(button));
+}
+
+void releaseHeldButtons() {
+    releaseForgottenButtons(ownerDisplay(), capture.heldBefore);
+    XFlush(ownerDisplay()); // before the guard forgets them
+    for (const std::size_t button : std::exchange(capture.heldBefore, {}))
+        tellInputGuard(GuardedThing::heldButton, false, static_cast<std::uint32_t>(button));
+}
+
+/// A press between the first question and the grab has reached the programs, too.
+GrabbedMouse describeGrabbed(const XIDeviceInfo& before) {
+    GrabbedMouse mouse = describe(before);
+    int count = 0;
+    const DeviceInfos now = queryDevices(ownerDisplay(), before.deviceid, count);
+    if (count > 0)
+        mouse.downBefore = buttonStates(*now);
+    noteHeldButtons(mouse.downBefore);
+    return mouse;
+}
+
 void grabMouse(const XIDeviceInfo& info) {
     const bool isNew = !capture.mice.contains(info.deviceid);
+    noteHeldButtons(buttonStates(info));
     // The guard hears of it first: killed in between, it gives back once too often rather than once too
     // seldom.
     if (isNew)
@@ -79,12 +105,11 @@ void grabMouse(const XIDeviceInfo& info) {
     XISetMask(bits, XI_RawMotion);
     XISetMask(bits, XI_RawButtonPress);
     XIEventMask mask{info.deviceid, sizeof bits, bits};
-    noteHeldButtons(info, capture.heldBefore);
     const ErrorTrap trap;
     const int refused = XIGrabDevice(ownerDisplay(), info.deviceid, rootWindow(), CurrentTime, noXid,
                                      GrabModeAsync, GrabModeAsync, 0, &mask);
     if (isNew && refused == 0)
-        capture.mice[info.deviceid] = describe(info);
+        capture.mice[info.deviceid] = describeGrabbed(info);
     else if (isNew)
         tellInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(info.deviceid, info.attachment));
 }
@@ -201,7 +226,7 @@ void giveBackMice(bool all) {
     // A mouse that is still detached may hold a button from before the capture: down in truth, though no
     // attached slave says so.
     if (capture.mice.empty())
-        releaseForgottenButtons(ownerDisplay(), std::exchange(capture.heldBefore, {}));
+        releaseHeldButtons();
 }
 
 gboolean giveBackReleasedMice(gpointer) {

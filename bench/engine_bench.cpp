@@ -1,10 +1,10 @@
 // What the engine does on the owner thread, measured inside the process on a real X server.
 
-#include "core/engine_config.h"
-#include "core/engine_state.h"
 #include "files/key_names.h"
 #include "files/wheel_files.h"
 #include "files/wheel_writer.h"
+#include "model/engine_config.h"
+#include "model/engine_state.h"
 #include "platform/overlay_window.h"
 #include "platform/paths.h"
 #include "platform/platform.h"
@@ -19,6 +19,8 @@
 #include <filesystem>
 #include <fstream>
 #include <thread>
+
+using namespace rotika;
 
 namespace {
 

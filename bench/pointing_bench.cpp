@@ -1,6 +1,6 @@
 // Grid and element labels on large screens: from the numbers to the picture on show.
 
-#include "core/engine_state.h"
+#include "model/engine_state.h"
 #include "platform/overlay_window.h"
 #include "platform/platform.h"
 #include "platform/pointer.h"
@@ -13,6 +13,8 @@
 #include <cstdio>
 #include <functional>
 #include <thread>
+
+using namespace rotika;
 
 namespace {
 

@@ -1,13 +1,15 @@
 // What voice and gaze cost the engine beside the recogniser and the tracker themselves.
 
 #include "core/dispatch.h"
-#include "core/engine_state.h"
 #include "gaze/gaze_thread.h"
+#include "model/engine_state.h"
 #include "target_reporter.h"
 #include "voice/phrase_table.h"
 #include "voice/voice_dispatch.h"
 
 #include <string>
+
+using namespace rotika;
 
 namespace {
 
@@ -27,7 +29,7 @@ void fillTable(std::size_t wheelCount) {
 void finalTextToPostedMessage(benchmark::State& state) {
     fillTable(29); // 311 fixed phrases and 696 of fields: a thousand rows
     if (engineState.mainWindow == nullptr)
-        engineState.mainWindow = createMainWindow(mainWindowHandlers());
+        engineState.mainWindow = createMainWindow(mainWindowHandlers(nullptr));
     const std::string last = engineState.phraseTable.back().phrase;
     for (auto _ : state)
         dispatchRecognisedText(last);

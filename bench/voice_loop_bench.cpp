@@ -1,10 +1,11 @@
 // What the voice thread does with each buffer of sound beside the recogniser: on the simulated desktop, with
 // a recogniser that costs nothing, so that nothing but the loop is measured.
 
-#include "core/engine_state.h"
+#include "model/engine_state.h"
 #include "target_reporter.h"
 #include "voice/phrase_table.h"
 #include "voice/voice_thread.h"
+#include "workers/worker_thread.h"
 
 #include "platform/simulated/simulated_desktop.h"
 
@@ -12,6 +13,8 @@
 #include <chrono>
 #include <cstdlib>
 #include <new>
+
+using namespace rotika;
 
 namespace {
 

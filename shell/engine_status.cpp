@@ -1,6 +1,6 @@
 #include "shell/engine_status.h"
 
-#include "engine/overlay.h"
+#include "engine/core/overlay.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
 #include "shell/gaze_page.h"
 
-#include "engine/overlay.h"
+#include "engine/core/overlay.h"
 #include "shell/cards.h"
 #include "shell/engine_status.h"
 #include "shell/json_file.h"

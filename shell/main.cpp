@@ -1,4 +1,4 @@
-#include "engine/overlay.h"
+#include "engine/core/overlay.h"
 #include "licence/licence_check.h"
 #include "shell/data_folder.h"
 #include "shell/event_loop_support.h"

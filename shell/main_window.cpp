@@ -1,6 +1,6 @@
 #include "shell/main_window.h"
 
-#include "engine/overlay.h"
+#include "engine/core/overlay.h"
 #include "shell/cards.h"
 #include "shell/engine_status.h"
 #include "shell/gaze_page.h"

@@ -1,6 +1,6 @@
 #include "shell/voice_page.h"
 
-#include "engine/overlay.h"
+#include "engine/core/overlay.h"
 #include "shell/cards.h"
 #include "shell/data_folder.h"
 #include "shell/engine_status.h"

@@ -1,6 +1,6 @@
 #include "shell/wheel_editor_page.h"
 
-#include "engine/overlay.h"
+#include "engine/core/overlay.h"
 #include "shell/field_icons.h"
 #include "shell/file_dialogs.h"
 #include "shell/icon_picker_dialog.h"

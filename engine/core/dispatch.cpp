@@ -1,32 +1,27 @@
 #include "core/dispatch.h"
 
-#include "core/engine_config.h"
-#include "core/engine_state.h"
-#include "core/handed_over.h"
-#include "core/lifecycle.h"
-#include "core/private_messages.h"
+#include "base/text.h"
+#include "core/activation.h"
+#include "core/engine_workers.h"
+#include "core/spoken_commands.h"
 #include "core/status_texts.h"
-#include "core/text.h"
-#include "core/voice_commands.h"
-#include "editor/editor_form.h"
+#include "layers/grid_window.h"
+#include "model/engine_state.h"
+#include "model/private_messages.h"
 #include "platform/hot_key.h"
-#include "platform/screen_saver.h"
 #include "platform/tray.h"
 #include "pointing/element_labels.h"
-#include "pointing/grid.h"
-#include "run/function_run.h"
 #include "wheel/capture.h"
-#include "wheel/geometry.h"
 #include "wheel/icons.h"
-#include "wheel/tick.h"
+#include "wheel/painter.h"
+#include "workers/posted_record.h"
 
 #include <cstring>
-#include <memory>
+
+namespace rotika {
 
 namespace {
 
-constexpr std::uint32_t closedWheelDelayMs =
-    100; // before a function that is run by voice with the wheel closed
 constexpr std::uintptr_t activationDataKind = 1;
 constexpr std::size_t balloonTextLength = 255;
 
@@ -35,130 +30,12 @@ void onHotKey(int id) noexcept {
         toggleWheel();
 }
 
-/// The road of a function chosen by voice. An open wheel closes even if the function has no steps.
-void runByVoice(const WheelAction& chosen) {
-    const WheelAction action = chosen; // closing may let in a message that replaces the wheels
-    const bool wasOpen = engineState.wheelVisible;
-    closeWheel();
-    if (action.steps.empty())
-        return;
-    runFunction(action,
-                wasOpen ? static_cast<std::uint32_t>(engineConfig.sendDelay.load()) : closedWheelDelayMs);
-}
-
-void onVoiceField(std::uintptr_t wheelIndex, std::uintptr_t fieldIndex) {
-    // The table that the phrase came from may be older than the wheels.
-    if (wheelIndex >= engineState.wheels.size())
-        return;
-    const std::vector<WheelAction>& actions = engineState.wheels[wheelIndex].actions;
-    if (fieldIndex < actions.size())
-        runByVoice(actions[fieldIndex]);
-}
-
-void onVoiceFunction(std::uintptr_t index) {
-    if (index < engineState.voiceActions.size())
-        runByVoice(engineState.voiceActions[index]);
-}
-
-void clickByVoice() {
-    if (engineState.wheelVisible)
-        postWindowMessage(engineState.wheelWindow, MsgSelectUnderCursor);
-    else
-        startMouseClick(0, 1);
-}
-
-void turnPageByVoice(std::int32_t arrow) {
-    if (engineState.wheelVisible && engineState.wheels.size() >= 2)
-        turnPage(arrow);
-}
-
-/// A number means a label if there are any on show, else a cell of the grid.
-void numberByVoice(std::int32_t number) {
-    if (engineState.elementsVisible)
-        clickElement(number, 0, 1);
-    else if (engineState.gridVisible)
-        narrowGrid(number);
-}
-
-bool isNumbered(std::int32_t command, std::int32_t base) {
-    return command > base && command <= base + largestSpokenNumber;
-}
-
-void onNumberedCommand(std::int32_t command) {
-    if (isNumbered(command, commandNumber))
-        numberByVoice(command - commandNumber);
-    else if (isNumbered(command, commandDoubleClickNumber))
-        clickElement(command - commandDoubleClickNumber, 0, 2);
-    else if (isNumbered(command, commandRightClickNumber))
-        clickElement(command - commandRightClickNumber, 1, 1);
-}
-
-void onVoiceCommand(std::int32_t command) {
-    switch (command) {
-    case commandShowWheel:
-        if (!engineState.wheelVisible)
-            showWheel();
-        break;
-    case commandHideWheel:
-        closeWheel();
-        break;
-    case commandNextWheel:
-        turnPageByVoice(1);
-        break;
-    case commandPreviousWheel:
-        turnPageByVoice(0);
-        break;
-    case commandShowGrid:
-        showGrid();
-        break;
-    case commandHideGrid:
-        hideGrid();
-        break;
-    case commandClick:
-        clickByVoice();
-        break;
-    case commandDoubleClick:
-        startMouseClick(0, 2);
-        break;
-    case commandRightClick:
-        startMouseClick(1, 1);
-        break;
-    case commandLabelElements:
-        startElementScan(ElementScope::windowAndTaskbar);
-        break;
-    case commandLabelPage:
-        startElementScan(ElementScope::page);
-        break;
-    case commandHideElements:
-        cancelElementLabels();
-        break;
-    default:
-        onNumberedCommand(command);
-        break;
-    }
-}
-
 void onVoiceSkipped(std::intptr_t payload) {
     const auto phrases = takeRecord<std::u16string>(MsgVoiceSkipped, payload);
     if (phrases == nullptr)
         return;
     const std::u16string text = u"Pominięto frazy ze słowami spoza słownika modelu: " + *phrases;
     showTrayBalloon(u"Rotika — komendy głosowe", cutTo(text, balloonTextLength), BalloonIcon::warning);
-}
-
-/// What was said. Behind a locked screen nobody can see what a word would do. A screen saver counts as a lock
-/// too, and somebody who has only words must be able to end it.
-void onSpoken(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) {
-    if (engineState.sessionLocked) {
-        wakeScreen();
-        return;
-    }
-    if (message == MsgVoiceCommand)
-        onVoiceCommand(static_cast<std::int32_t>(wParam));
-    else if (message == MsgVoiceField)
-        onVoiceField(wParam, static_cast<std::uintptr_t>(lParam));
-    else
-        onVoiceFunction(wParam);
 }
 
 void onMainMessage(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) noexcept {
@@ -175,7 +52,8 @@ void onMainMessage(std::uint32_t message, std::uintptr_t wParam, std::intptr_t l
         onVoiceSkipped(lParam);
         break;
     case MsgIconLoaded:
-        takeIcon(lParam);
+        if (takeIcon(lParam))
+            repaintOpenWheel();
         break;
     default:
         break;
@@ -226,49 +104,19 @@ void onSessionLockChanged(bool isLocked) noexcept {
     cancelElementLabels();
 }
 
-/// The capture must end with the window that shows it.
-void onWheelWindowDestroyed() noexcept {
-    closeWheel();
-    engineState.wheelWindow = nullptr;
-    createMissingOverlays();
-}
-
-void onGridWindowDestroyed() noexcept {
-    engineState.gridVisible = false;
-    engineState.elementsVisible = false;
-    engineState.gridWindow = nullptr;
-    createMissingOverlays();
-}
-
-void onWheelMessage(std::uint32_t message, std::uintptr_t, std::intptr_t) noexcept {
-    if (message == MsgSelectUnderCursor)
-        selectUnderCursor();
-}
-
 } // namespace
 
-MainWindowHandlers mainWindowHandlers() {
+MainWindowHandlers mainWindowHandlers(void (*openEditor)() noexcept) {
     return {
         .hotKeyPressed = onHotKey,
         .messageArrived = onMainMessage,
         .dataArrived = onData,
         .statusText = statusPageText,
-        .editorRequested = []() noexcept { openEditor(); },
+        .editorRequested = openEditor,
         .destroyed = onDestroyed,
         .monitorsChanged = onMonitorsChanged,
         .sessionLockChanged = onSessionLockChanged,
     };
 }
 
-OverlayWindowHandlers wheelWindowHandlers() {
-    return {
-        .messageArrived = onWheelMessage,
-        .leftPressed = []() noexcept { postWindowMessage(engineState.wheelWindow, MsgSelectUnderCursor); },
-        .closeRequested = []() noexcept { closeWheel(); },
-        .destroyed = onWheelWindowDestroyed,
-    };
-}
-
-OverlayWindowHandlers gridWindowHandlers() {
-    return {.destroyed = onGridWindowDestroyed};
-}
+} // namespace rotika

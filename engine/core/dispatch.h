@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/main_window.h"
-#include "platform/overlay_window.h"
 
-// The engine's switchboard: what arrives at its two windows, always on the owner thread.
+namespace rotika {
 
-MainWindowHandlers mainWindowHandlers();
-OverlayWindowHandlers wheelWindowHandlers();
-OverlayWindowHandlers gridWindowHandlers();
+/// What the engine does with what arrives at its main window. `openEditor` may be null. Owner thread.
+MainWindowHandlers mainWindowHandlers(void (*openEditor)() noexcept);
+
+} // namespace rotika

@@ -1,28 +1,17 @@
 #pragma once
 
-#include "core/wheel_records.h"
+namespace rotika {
 
-#include <string>
-#include <vector>
+// From start to stop. Owner thread.
 
 /// The start sequence. With `standalone` the engine is alone in the process: it shows the problems of its
-/// files and has a tray icon of its own. Owner thread.
-bool startEngine(bool standalone);
+/// files and has a tray icon and a status page of its own, whose button calls `openEditor`.
+bool startEngine(bool standalone, void (*openEditor)() noexcept = nullptr);
 
-/// Makes the wheel's and the grid's window where they are null: at the start, and after somebody else has
-/// destroyed one. Owner thread, like all below.
-void createMissingOverlays();
-
+/// Ends everything that goes on. The engine cannot be started again afterwards.
 void stopEngine();
 
-/// Ends the gaze and the voice thread, or leaves them to themselves after 1.5 and 2 s. Their status stays.
-void stopWorkers();
-
+/// Reads the files again, and starts or ends the workers as the settings now want.
 void reloadEngine();
 
-/// Puts those of `wheels` in force that have at least one field; false and nothing changed if there is none.
-bool activateWheels(std::vector<Wheel> wheels);
-
-/// Puts the wheels of `path` in force, those with at least one field; false and nothing changed if there is
-/// none.
-bool activateWheelFile(const std::u16string& path);
+} // namespace rotika

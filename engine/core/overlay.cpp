@@ -1,10 +1,13 @@
-#include "overlay.h"
+#include "core/overlay.h"
 
-#include "core/engine_state.h"
+#include "core/activation.h"
 #include "core/lifecycle.h"
 #include "core/status_texts.h"
+#include "model/engine_state.h"
 #include "voice/phrase_table.h"
 #include "wheel/capture.h"
+
+using namespace rotika;
 
 static_assert(sizeof(OverlayChar) == sizeof(char16_t));
 

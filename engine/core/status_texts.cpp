@@ -1,12 +1,15 @@
 #include "core/status_texts.h"
 
-#include "core/engine_config.h"
-#include "core/engine_state.h"
-#include "core/text.h"
-#include "platform/dynamic_library.h"
+#include "base/text.h"
+#include "model/engine_config.h"
+#include "model/engine_state.h"
+#include "model/status_codes.h"
+#include "platform/device_libraries.h"
 
 #include <array>
 #include <cstddef>
+
+namespace rotika {
 
 namespace {
 
@@ -77,3 +80,5 @@ std::u16string statusPageText() {
            decimalText(static_cast<std::int64_t>(fieldCount)) + u"\nTobii Eye Tracker: " + gazeStatusText() +
            u"\nKomendy głosowe: " + voiceStatusText() + closingBlock;
 }
+
+} // namespace rotika

@@ -3,6 +3,8 @@
 #include "editor/editor_state.h"
 #include "platform/editor_window.h"
 
+namespace rotika {
+
 namespace {
 constexpr char16_t boxTitle[] = u"Edytor funkcji";
 }
@@ -18,3 +20,5 @@ void warnInEditor(const std::u16string& text) {
 void informInEditor(const std::u16string& text) {
     tellInBox(editorState.editorWindow, boxTitle, text, EditorBoxIcon::information);
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace rotika {
+
 // The function editor's modal boxes. Owner thread.
 
 /// What is missing for a step, and for writing the form back.
@@ -11,3 +13,5 @@ inline constexpr char16_t noFieldText[] = u"Najpierw wybierz lub dodaj funkcję.
 bool askInEditor(const std::u16string& text);
 void warnInEditor(const std::u16string& text);
 void informInEditor(const std::u16string& text);
+
+} // namespace rotika

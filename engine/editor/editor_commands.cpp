@@ -1,21 +1,23 @@
 #include "editor/editor_commands.h"
 
-#include "core/engine_state.h"
-#include "core/lifecycle.h"
-#include "core/text.h"
+#include "base/text.h"
+#include "core/activation.h"
 #include "editor/editor_boxes.h"
 #include "editor/editor_controls.h"
 #include "editor/editor_documents.h"
 #include "editor/editor_form.h"
 #include "editor/editor_state.h"
 #include "editor/editor_steps.h"
-#include "files/settings_file.h"
+#include "files/color_text.h"
 #include "files/wheel_files.h"
+#include "model/engine_state.h"
 #include "platform/main_window.h"
 #include "platform/tray.h"
 
 #include <algorithm>
 #include <array>
+
+namespace rotika {
 
 namespace {
 
@@ -213,3 +215,5 @@ EditorWindowHandlers editorWindowHandlers() {
         .destroyed = []() noexcept { editorState.editorWindow = nullptr; },
     };
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include <array>
 
+namespace rotika {
+
 namespace {
 
 using enum EditorControlKind;
@@ -85,3 +87,5 @@ void createEditorControls(WindowHandle window) {
     setListSelection(window, stepKindList, 0);
     setInterfaceFont(window);
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace rotika {
+
 enum EditorControlId : std::int32_t {
     newButton = 2001,
     openButton = 2002,
@@ -40,3 +42,5 @@ enum EditorControlId : std::int32_t {
 
 /// Makes all controls of the window, with the rows of the list of actions.
 void createEditorControls(WindowHandle window);
+
+} // namespace rotika

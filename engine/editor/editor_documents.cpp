@@ -1,26 +1,26 @@
 #include "editor/editor_documents.h"
 
-#include "core/engine_state.h"
-#include "core/text.h"
+#include "base/text.h"
+#include "core/activation.h"
 #include "editor/editor_boxes.h"
-#include "editor/editor_commands.h"
 #include "editor/editor_controls.h"
 #include "editor/editor_form.h"
 #include "editor/editor_state.h"
 #include "editor/kept_edits.h"
-#include "files/settings_file.h"
+#include "files/first_run_files.h"
 #include "files/wheel_files.h"
 #include "files/wheel_writer.h"
+#include "model/engine_state.h"
 #include "platform/editor_window.h"
 #include "platform/files.h"
 #include "platform/main_window.h"
 #include "platform/paths.h"
-#include "voice/phrase_table.h"
-#include "wheel/icons.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
+
+namespace rotika {
 
 namespace {
 
@@ -51,10 +51,8 @@ bool isFileOfEngine(const std::u16string& path) {
 }
 
 void takeSavedFilesIntoForce() {
-    std::u16string problems; // shown to nobody on this road
-    loadConfiguration(problems);
-    loadNewIcons();
-    rebuildPhraseTable();
+    std::u16string problems; // not shown here
+    reloadFiles(problems);
     repaintMainWindow(engineState.mainWindow);
 }
 
@@ -64,6 +62,31 @@ std::u16string shortenedPath(const std::u16string& path) {
     const bool isInside =
         path.size() > prefix.size() && asciiLowered(path.substr(0, prefix.size())) == asciiLowered(prefix);
     return isInside ? path.substr(prefix.size()) : path;
+}
+
+/// Writes the document; under a name that the user picks if `saveAs` is set or it has none yet. What stands
+/// in the form alone is not written. A write that fails leaves the old file whole and is not reported; what
+/// it was to write is kept elsewhere.
+void saveWheels(bool saveAs) {
+    if (editorState.editorPath.empty() || saveAs) {
+        const std::optional<std::u16string> path = pickFileToSave(
+            editorState.editorWindow, wheelFilters, programFolder(), defaultWheelsFileName, u"json");
+        if (!path)
+            return;
+        editorState.editorPath = *path;
+    }
+    if (std::ranges::any_of(editorState.editorWheels,
+                            [](const Wheel& wheel) { return wheel.actions.empty(); }))
+        informInEditor(u"Uwaga: któreś koło nie ma żadnych funkcji — przy\nwczytywaniu zostanie pominięte.");
+    const std::string bytes = serializeWheels(editorState.editorWheels);
+    if (replaceFileBytes(editorState.editorPath, bytes))
+        dropKeptEdits();
+    else
+        keepEdits(bytes);
+    editorState.editorDirty = false;
+    refreshPathLabel();
+    if (isFileOfEngine(editorState.editorPath))
+        takeSavedFilesIntoForce();
 }
 
 } // namespace
@@ -88,28 +111,6 @@ void openDocument() {
     replaceDocument(wheels.empty() ? newEditorWheels() : std::move(wheels), *path);
 }
 
-void saveWheels(bool saveAs) {
-    if (editorState.editorPath.empty() || saveAs) {
-        const std::optional<std::u16string> path = pickFileToSave(
-            editorState.editorWindow, wheelFilters, programFolder(), defaultWheelsFileName, u"json");
-        if (!path)
-            return;
-        editorState.editorPath = *path;
-    }
-    if (std::ranges::any_of(editorState.editorWheels,
-                            [](const Wheel& wheel) { return wheel.actions.empty(); }))
-        informInEditor(u"Uwaga: któreś koło nie ma żadnych funkcji — przy\nwczytywaniu zostanie pominięte.");
-    const std::string bytes = serializeWheels(editorState.editorWheels);
-    if (replaceFileBytes(editorState.editorPath, bytes))
-        dropKeptEdits();
-    else
-        keepEdits(bytes);
-    editorState.editorDirty = false;
-    refreshPathLabel();
-    if (isFileOfEngine(editorState.editorPath))
-        takeSavedFilesIntoForce();
-}
-
 void saveDocument() {
     saveWheels(false);
 }
@@ -124,3 +125,5 @@ void chooseIcon() {
     if (path)
         setControlText(editorState.editorWindow, fieldIconEdit, shortenedPath(*path));
 }
+
+} // namespace rotika

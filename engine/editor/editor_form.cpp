@@ -1,18 +1,14 @@
 #include "editor/editor_form.h"
 
-#include "core/engine_state.h"
-#include "core/text.h"
-#include "editor/editor_commands.h"
+#include "base/text.h"
 #include "editor/editor_controls.h"
 #include "editor/editor_state.h"
-#include "editor/kept_edits.h"
-#include "files/settings_file.h"
-#include "files/wheel_files.h"
-#include "files/wheel_writer.h"
+#include "files/color_text.h"
 #include "platform/editor_window.h"
-#include "platform/paths.h"
 
 #include <algorithm>
+
+namespace rotika {
 
 namespace {
 
@@ -24,23 +20,6 @@ std::u16string nameOrPlaceholder(const std::u16string& name) {
 
 void setText(std::int32_t id, const std::u16string& text) {
     setControlText(editorState.editorWindow, id, text);
-}
-
-/// Whatever the window held when it was last open is gone here, but for what a failed save could not write.
-void loadEditorWheels() {
-    if (!editorState.isKeptInMemory) {
-        const std::u16string defaultPath = joinPath(programFolder(), defaultWheelsFileName);
-        editorState.keptFile = findKeptEdits();
-        // Without a path a save asks where to, since a file may have changed after its save has failed.
-        editorState.editorPath = editorState.keptFile.empty() ? defaultPath : u"";
-        std::u16string problems; // shown to nobody on this road
-        loadWheelFile(editorState.keptFile.empty() ? defaultPath : editorState.keptFile,
-                      editorState.editorWheels, problems);
-    }
-    if (editorState.editorWheels.empty())
-        editorState.editorWheels = newEditorWheels();
-    editorState.editorWheelIndex = 0;
-    editorState.editorDirty = false;
 }
 
 std::u16string stepAction(const ActionStep& step) {
@@ -58,18 +37,6 @@ std::u16string stepAction(const ActionStep& step) {
 }
 
 } // namespace
-
-void openEditor() {
-    if (editorState.editorWindow != nullptr) {
-        restoreEditorWindow(editorState.editorWindow);
-        return;
-    }
-    loadEditorWheels();
-    editorState.editorWindow = createEditorWindow(engineState.mainWindow, editorWindowHandlers());
-    createEditorControls(editorState.editorWindow);
-    showNewDocument();
-    showEditorWindow(editorState.editorWindow);
-}
 
 void clearFieldForm() {
     editorState.editorFieldIndex = -1;
@@ -148,3 +115,5 @@ std::u16string stepRowText(const ActionStep& step) {
 std::u16string readControlText(WindowHandle window, std::int32_t id) {
     return controlText(window, id, longestControlText);
 }
+
+} // namespace rotika

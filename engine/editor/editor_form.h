@@ -1,16 +1,14 @@
 #pragma once
 
-#include "core/wheel_records.h"
-#include "platform/window_handle.h"
+#include "base/window_handle.h"
+#include "model/wheel_records.h"
 
 #include <cstdint>
 #include <string>
 
-// The function editor's window: opening it, and what its form and lists show. Owner thread.
+namespace rotika {
 
-/// Opens the editor on default.json, or on edits that could not be saved, or brings an open one to the front
-/// with all that it holds.
-void openEditor();
+// What the form and the lists of the function editor show. Owner thread.
 
 /// The form then belongs to no field.
 void clearFieldForm();
@@ -35,3 +33,5 @@ std::u16string stepRowText(const ActionStep& step);
 
 /// Text of a control, cut to 511 code units without a word.
 std::u16string readControlText(WindowHandle window, std::int32_t id);
+
+} // namespace rotika

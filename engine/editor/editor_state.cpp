@@ -1,5 +1,7 @@
 #include "editor/editor_state.h"
 
+namespace rotika {
+
 EditorState editorState;
 
 Wheel* currentEditorWheel() {
@@ -10,3 +12,5 @@ Wheel* currentEditorWheel() {
 std::vector<Wheel> newEditorWheels() {
     return {Wheel{u"Koło 1", {}}};
 }
+
+} // namespace rotika

@@ -1,11 +1,13 @@
 #pragma once
 
-#include "core/wheel_records.h"
-#include "platform/window_handle.h"
+#include "base/window_handle.h"
+#include "model/wheel_records.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
+
+namespace rotika {
 
 /// State of the engine's function editor. It outlives the window, but each opening starts anew. Owner thread.
 struct EditorState {
@@ -27,3 +29,5 @@ Wheel* currentEditorWheel();
 
 /// A document of one empty wheel.
 std::vector<Wheel> newEditorWheels();
+
+} // namespace rotika

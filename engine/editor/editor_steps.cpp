@@ -1,8 +1,7 @@
 #include "editor/editor_steps.h"
 
-#include "core/text.h"
+#include "base/text.h"
 #include "editor/editor_boxes.h"
-#include "editor/editor_commands.h"
 #include "editor/editor_controls.h"
 #include "editor/editor_form.h"
 #include "editor/editor_state.h"
@@ -11,6 +10,8 @@
 #include "platform/editor_window.h"
 
 #include <utility>
+
+namespace rotika {
 
 namespace {
 
@@ -71,6 +72,15 @@ bool readKeyStep(const std::u16string& entry, StepKind kind, ActionStep& step) {
     return true;
 }
 
+/// Fills `step` from the controls for entering one; false if they make none and the user was told so.
+bool readStepForm(ActionStep& step) {
+    const std::u16string entry = readControlText(editorState.editorWindow, stepKeyEdit);
+    const std::int32_t row = listSelection(editorState.editorWindow, stepKindList);
+    if (row == static_cast<std::int32_t>(StepKind::open))
+        return readOpenStep(entry, step);
+    return readKeyStep(entry, kindOfRow(row), step);
+}
+
 void moveStep(std::int32_t distance) {
     const std::int32_t from = selectedStep();
     const std::int32_t to = from + distance;
@@ -81,14 +91,6 @@ void moveStep(std::int32_t distance) {
 }
 
 } // namespace
-
-bool readStepForm(ActionStep& step) {
-    const std::u16string entry = readControlText(editorState.editorWindow, stepKeyEdit);
-    const std::int32_t row = listSelection(editorState.editorWindow, stepKindList);
-    if (row == static_cast<std::int32_t>(StepKind::open))
-        return readOpenStep(entry, step);
-    return readKeyStep(entry, kindOfRow(row), step);
-}
 
 void showSelectedStep() {
     const std::int32_t index = selectedStep();
@@ -138,3 +140,5 @@ void moveStepUp() {
 void moveStepDown() {
     moveStep(1);
 }
+
+} // namespace rotika

@@ -1,11 +1,13 @@
 #include "editor/kept_edits.h"
 
-#include "core/text.h"
+#include "base/text.h"
 #include "editor/editor_state.h"
 #include "platform/files.h"
 #include "platform/paths.h"
 
 #include <utility>
+
+namespace rotika {
 
 namespace {
 
@@ -51,3 +53,5 @@ std::u16string findKeptEdits() {
     const std::u16string beside = firstKeptFile(programFolder(), true);
     return beside.empty() ? firstKeptFile(folderOfTemporaryFiles(), true) : beside;
 }
+
+} // namespace rotika

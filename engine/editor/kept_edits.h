@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace rotika {
+
 // A save that fails says nothing, so what it could not write is kept in a file of its own: in the folder of
 // the program, or else in that of temporary files. The next opening of the editor begins on it. Owner thread.
 
@@ -13,3 +15,5 @@ void dropKeptEdits();
 
 /// The file that the editor is to begin on; empty if all was saved.
 std::u16string findKeptEdits();
+
+} // namespace rotika

@@ -1,9 +1,10 @@
 #include "files/first_run_files.h"
 
-#include "files/settings_file.h"
 #include "files/wheel_writer.h"
 #include "platform/files.h"
 #include "platform/paths.h"
+
+namespace rotika {
 
 namespace {
 
@@ -47,3 +48,5 @@ void ensureDefaultFiles(const std::u16string& folder) {
     writeIfMissing(joinPath(folder, defaultWheelsFileName), firstWheels());
     writeIfMissing(joinPath(folder, voiceFunctionsFileName), firstVoiceFunctions);
 }
+
+} // namespace rotika

@@ -1,6 +1,6 @@
 #include "files/json_reader.h"
 
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/files.h"
 
 #include <algorithm>
@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <limits>
 #include <optional>
+
+namespace rotika {
 
 namespace {
 
@@ -352,3 +354,5 @@ std::int32_t integerOf(double number) {
     const double whole = std::trunc(number);
     return whole >= lowest && whole <= highest ? static_cast<std::int32_t>(whole) : lowest;
 }
+
+} // namespace rotika

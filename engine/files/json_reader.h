@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace rotika {
+
 // The engine's own JSON reader. Looser than the standard in a few exact ways (numbers, raw control characters
 // in strings, \u escapes) and silent about the place of an error.
 
@@ -60,3 +62,5 @@ const JsonValue* findMember(const JsonValue& value, std::u16string_view key, Jso
 
 /// Truncated toward zero; what does not fit, infinity included, becomes the most negative number.
 std::int32_t integerOf(double number);
+
+} // namespace rotika

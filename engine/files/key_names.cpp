@@ -1,11 +1,13 @@
 #include "files/key_names.h"
 
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/keyboard_layout.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
+
+namespace rotika {
 
 namespace {
 
@@ -118,3 +120,5 @@ KeyCode parseKeyCode(std::u16string text) {
     }
     return key;
 }
+
+} // namespace rotika

@@ -1,9 +1,13 @@
 #pragma once
 
-#include "core/wheel_records.h"
+#include "model/wheel_records.h"
 
 #include <string>
+
+namespace rotika {
 
 /// Reads a token such as "x", "F5", "spacja" or "lmb". An unknown token gives a KeyCode that is not valid,
 /// with `text` set. A single character is looked up on the active keyboard layout. Owner thread.
 KeyCode parseKeyCode(std::u16string text);
+
+} // namespace rotika

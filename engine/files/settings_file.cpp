@@ -1,16 +1,19 @@
 #include "files/settings_file.h"
 
-#include "core/engine_config.h"
-#include "core/engine_state.h"
-#include "core/text.h"
+#include "base/text.h"
+#include "files/color_text.h"
 #include "files/first_run_files.h"
 #include "files/json_reader.h"
 #include "files/key_names.h"
 #include "files/wheel_files.h"
+#include "model/engine_config.h"
+#include "model/engine_state.h"
 #include "platform/files.h"
 #include "platform/paths.h"
 
 #include <algorithm>
+
+namespace rotika {
 
 namespace {
 
@@ -135,15 +138,4 @@ void loadConfiguration(std::u16string& problems) {
     readVoiceFunctions(joinPath(folder, voiceFunctionsFileName), problems);
 }
 
-bool parseHexColor(std::u16string_view text, RgbColor& color) {
-    if (text.size() != 7 || text[0] != u'#' || !std::all_of(text.begin() + 1, text.end(), isAsciiHexDigit)) {
-        return false;
-    }
-    RgbColor number = 0; // 0xRRGGBB
-    for (const char16_t unit : text.substr(1)) {
-        const char16_t digit = asciiLower(unit);
-        number = number << 4 | static_cast<RgbColor>(isAsciiDigit(digit) ? digit - u'0' : digit - u'a' + 10);
-    }
-    color = (number & 0xFF) << 16 | (number & 0xFF00) | number >> 16;
-    return true;
-}
+} // namespace rotika

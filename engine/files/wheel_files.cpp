@@ -1,15 +1,17 @@
 #include "files/wheel_files.h"
 
-#include "core/text.h"
+#include "base/text.h"
+#include "files/color_text.h"
 #include "files/json_reader.h"
 #include "files/key_names.h"
-#include "files/settings_file.h"
 
 #include <algorithm>
 #include <array>
 #include <initializer_list>
 #include <string_view>
 #include <utility>
+
+namespace rotika {
 
 namespace {
 
@@ -230,3 +232,5 @@ std::int32_t clampedStepValue(StepKind kind, std::int32_t value) {
 std::int32_t clampedDelay(std::int32_t delayMs) {
     return std::clamp(delayMs, 0, longestDelayMs);
 }
+
+} // namespace rotika

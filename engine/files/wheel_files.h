@@ -1,10 +1,12 @@
 #pragma once
 
-#include "core/wheel_records.h"
+#include "model/wheel_records.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
+
+namespace rotika {
 
 /// Fills `wheels` (emptied first) with all that can be rescued from a wheel file; each loss that is noticed
 /// appends one line to `problems`. True if nothing was reported, which says nothing about how many wheels
@@ -20,3 +22,5 @@ std::int32_t clampedStepValue(StepKind kind, std::int32_t value);
 
 /// 0 to 2000.
 std::int32_t clampedDelay(std::int32_t delayMs);
+
+} // namespace rotika

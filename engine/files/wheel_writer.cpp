@@ -1,14 +1,16 @@
 #include "files/wheel_writer.h"
 
-#include "core/text.h"
+#include "base/text.h"
+#include "files/color_text.h"
 #include "platform/files.h"
 
 #include <array>
 
+namespace rotika {
+
 namespace {
 
 constexpr char lowerDigits[] = "0123456789abcdef";
-constexpr char upperDigits[] = "0123456789ABCDEF";
 
 void appendMember(std::string& out, const char* key, const std::u16string& text) {
     out += ", \"";
@@ -89,15 +91,6 @@ std::string serializeWheels(const std::vector<Wheel>& wheels) {
     return out + "  ]\n}\n";
 }
 
-std::string colorText(RgbColor color) {
-    std::string text = "#";
-    for (const unsigned shift : {0u, 8u, 16u}) {
-        text += upperDigits[color >> shift >> 4 & 0xF];
-        text += upperDigits[color >> shift & 0xF];
-    }
-    return text;
-}
-
 std::string escapeJsonString(const std::u16string& text) {
     std::u16string escaped;
     escaped.reserve(text.size());
@@ -124,3 +117,5 @@ std::string escapeJsonString(const std::u16string& text) {
 void writeTextFile(const std::u16string& path, const std::string& bytes) {
     replaceFileBytes(path, bytes);
 }
+
+} // namespace rotika

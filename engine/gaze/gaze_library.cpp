@@ -1,8 +1,11 @@
 #include "gaze/gaze_library.h"
 
-#include "core/library_binding.h"
+#include "platform/device_libraries.h"
 #include "platform/files.h"
 #include "platform/paths.h"
+#include "workers/library_binding.h"
+
+namespace rotika {
 
 namespace {
 
@@ -52,3 +55,5 @@ void findFileRecursive(const std::u16string& folder, const std::u16string& name,
             findFileRecursive(joinPath(folder, subfolder), name, depth - 1, found);
     }
 }
+
+} // namespace rotika

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace rotika {
+
 /// A gaze point as the library hands it over.
 struct GazePoint {
     std::int64_t timestampUs = 0; // the library's own clock
@@ -44,3 +46,5 @@ bool bindGazeLibrary(LibraryHandle library, GazeLibrary& functions);
 /// own before those of its subfolders. Folders whose names begin with a full stop are passed over.
 void findFileRecursive(const std::u16string& folder, const std::u16string& name, int depth,
                        std::vector<std::u16string>& found);
+
+} // namespace rotika

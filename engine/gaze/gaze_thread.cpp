@@ -1,6 +1,7 @@
 #include "gaze/gaze_thread.h"
 
-#include "core/engine_state.h"
+#include "model/engine_state.h"
+#include "model/status_codes.h"
 #include "platform/clock.h"
 #include "platform/main_window.h"
 
@@ -8,6 +9,8 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+
+namespace rotika {
 
 namespace {
 
@@ -129,3 +132,5 @@ void onGazePoint(const GazePoint* point, void*) noexcept {
     engineState.gazeY = screenShare(point->y);
     engineState.gazeSampleTick = tickCount();
 }
+
+} // namespace rotika

@@ -6,15 +6,7 @@
 #include <atomic>
 #include <string>
 
-/// What the gaze thread says of itself, in gazeStatus.
-enum GazeStatusCode : std::int32_t {
-    gazeStatusOff = 0,
-    gazeStatusSearching = 1,
-    gazeStatusNoLibrary = 2,
-    gazeStatusNoDevice = 3,
-    gazeStatusActive = 4,
-    gazeStatusFailed = 5,
-};
+namespace rotika {
 
 /// Stores each valid gaze point of the first tracker in engineState until `gazeStop`, or ends when something
 /// it needs is missing, and says in gazeStatus how it fares. A tracker that is unplugged and plugged in again
@@ -29,3 +21,5 @@ void firstDeviceUrl(const char* url, void* buffer) noexcept;
 
 /// A valid point becomes the sample in force. Called by the library on the gaze thread.
 void onGazePoint(const GazePoint* point, void* user) noexcept;
+
+} // namespace rotika

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
+
+namespace rotika {
 
 // Libraries that may be absent, bound at run time and never released. Any thread.
 
@@ -23,11 +24,4 @@ void* findLibraryFunction(LibraryHandle library, const char* name);
 /// `path` in the bytes under which a library opens it that knows no wide names.
 std::string pathForLibrary(const std::u16string& path);
 
-/// File name of the speech recogniser's library on this system.
-std::u16string speechLibraryName();
-
-/// File name of the eye tracker's library on this system.
-std::u16string gazeLibraryName();
-
-/// Folders below which the eye tracker's maker installs its library, in the order of the search.
-std::vector<std::u16string> gazeLibraryRoots();
+} // namespace rotika

@@ -1,13 +1,15 @@
 #pragma once
 
-#include "platform/geometry_types.h"
-#include "platform/window_handle.h"
+#include "base/geometry.h"
+#include "base/window_handle.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
+
+namespace rotika {
 
 // The window of the engine's own function editor, with its controls and boxes. It exists on Windows only:
 // elsewhere the engine never starts without the shell, which has an editor of its own, so there no window is
@@ -88,3 +90,5 @@ std::optional<std::u16string> pickFileToOpen(WindowHandle window, std::span<cons
 std::optional<std::u16string> pickFileToSave(WindowHandle window, std::span<const FileFilter> filters,
                                              const std::u16string& folder, const std::u16string& name,
                                              const std::u16string& extension);
+
+} // namespace rotika

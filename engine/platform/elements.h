@@ -1,11 +1,13 @@
 #pragma once
 
-#include "platform/geometry_types.h"
-#include "platform/window_handle.h"
+#include "base/geometry.h"
+#include "base/window_handle.h"
 
 #include <cstdint>
 #include <functional>
 #include <vector>
+
+namespace rotika {
 
 /// What kind of control an element of another program's window is, numbered as UI Automation does.
 enum class ControlType : std::int32_t {
@@ -72,3 +74,5 @@ void prepareElementSearches();
 /// program that does not answer costs a bounded time, and what was found until then counts. Any thread but
 /// the owner's.
 FoundElements findElements(const ElementSearch& search);
+
+} // namespace rotika

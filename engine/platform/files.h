@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace rotika {
+
 // A file of more than longestFileBytes is neither read nor written.
 
 /// As readWholeFile.
@@ -23,3 +25,5 @@ bool pathExists(const std::u16string& path);
 /// Names of the folders in `folder`, in the order of the system's listing, without "." and "..". None when it
 /// cannot be listed. Links to folders count, as the system follows them. Any thread.
 std::vector<std::u16string> foldersIn(const std::u16string& folder);
+
+} // namespace rotika

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "platform/window_handle.h"
+#include "base/window_handle.h"
+
+namespace rotika {
 
 // Owner thread.
 
@@ -10,3 +12,5 @@ bool windowExists(WindowHandle window);
 
 /// Gives `window` the keyboard, past the system's lock against focus theft where it has one.
 void bringToForeground(WindowHandle window);
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace rotika {
+
 // Input for other programs, which cannot tell it from a device's. Failures are silent. Any thread.
 
 enum class InputMotion {
@@ -17,3 +19,5 @@ void injectKey(std::uint16_t virtualKey, bool extended, InputMotion motion);
 
 /// 0 left, 1 right, 2 middle, 3 and 4 the side buttons: of the device, before any swap. Where the cursor is.
 void injectMouseButton(std::uint32_t button, InputMotion motion);
+
+} // namespace rotika

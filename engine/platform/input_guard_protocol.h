@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace rotika {
+
 // What the program tells the guard process through a pipe: one record for each change. The end of the pipe
 // means that the program has died, in whatever way; the guard then lets go of all that is still recorded as
 // down. While a pointer is pinned the program sends heartbeats, and captureSilenceLimitMs after the last one
@@ -31,3 +33,5 @@ static_assert(sizeof(GuardRecord) == 8, "both processes read whole records of ei
 constexpr std::uint32_t codeOfPinnedDevice(int device, int master) {
     return static_cast<std::uint32_t>(master) << 16 | (static_cast<std::uint32_t>(device) & 0xFFFF);
 }
+
+} // namespace rotika

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "base/window_handle.h"
 #include "platform/messages.h"
-#include "platform/window_handle.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
+
+namespace rotika {
 
 /// What the hidden main window tells the engine, always on the owner thread. All members are set
 /// but where said.
@@ -33,3 +35,5 @@ WindowHandle createMainWindow(const MainWindowHandlers& handlers);
 /// Has the status page painted anew if it is on show. Windows only; elsewhere the main window is never shown.
 /// Any thread.
 void repaintMainWindow(WindowHandle mainWindow);
+
+} // namespace rotika

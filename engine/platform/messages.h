@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/window_handle.h"
+#include "base/window_handle.h"
 
 #include <cstdint>
+
+namespace rotika {
 
 /// Receives one message posted to a window, on the owner thread.
 using MessageHandler = void (*)(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) noexcept;
@@ -12,3 +14,5 @@ using MessageHandler = void (*)(std::uint32_t message, std::uintptr_t wParam, st
 /// thread.
 bool postWindowMessage(WindowHandle window, std::uint32_t message, std::uintptr_t wParam = 0,
                        std::intptr_t lParam = 0);
+
+} // namespace rotika

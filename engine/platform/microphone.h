@@ -6,6 +6,8 @@
 #include <optional>
 #include <string_view>
 
+namespace rotika {
+
 // Sound from the system's default recording device: 16,000 samples a second, one channel, signed 16-bit, in
 // four buffers that go round between the device and the listener. All calls for one microphone come from one
 // thread, any but the owner's.
@@ -39,3 +41,5 @@ std::optional<std::string_view> recordedSound(const Microphone& microphone, std:
 
 /// Hands a buffer that came back to the device again.
 void requeueSoundBuffer(Microphone& microphone, std::size_t index);
+
+} // namespace rotika

@@ -1,9 +1,11 @@
 #pragma once
 
-#include "platform/geometry_types.h"
+#include "base/geometry.h"
+#include "base/picture.h"
+#include "base/window_handle.h"
 #include "platform/messages.h"
-#include "platform/picture.h"
-#include "platform/window_handle.h"
+
+namespace rotika {
 
 /// The wheel's layer stops the pointer, the grid's lets it through.
 enum class OverlayKind { wheel, grid };
@@ -38,3 +40,5 @@ void presentPictureAt(WindowHandle window, Point corner, const Picture& picture)
 
 /// Draws `picture` and makes it the window's whole content, shown or hidden.
 void presentPicture(WindowHandle window, const Picture& picture);
+
+} // namespace rotika

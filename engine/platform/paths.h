@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace rotika {
+
 /// Folder of the engine's files, without a trailing separator: the folder of the running executable, "."
 /// where its path has no separator. On Linux, where that folder cannot be written (a system package), the
 /// user's data folder "rotika", as decided at the first call, which also takes over what files an
@@ -21,3 +23,5 @@ std::u16string joinPath(const std::u16string& folder, const std::u16string& name
 /// Whether `path` is to be used as it stands, and not from the folder of the program: on Windows it holds a
 /// colon, on Linux it begins with a slash. Any thread.
 bool isFullPath(const std::u16string& path);
+
+} // namespace rotika

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "platform/geometry_types.h"
+#include "base/geometry.h"
+
+namespace rotika {
 
 /// The real cursor. Owner thread.
 Point cursorPosition();
@@ -13,3 +15,5 @@ Rect primaryMonitor();
 
 /// Whether the user has swapped the left and right buttons. Any thread.
 bool mouseButtonsAreSwapped();
+
+} // namespace rotika

@@ -1,9 +1,11 @@
 #pragma once
 
-#include "platform/geometry_types.h"
-#include "platform/window_handle.h"
+#include "base/geometry.h"
+#include "base/window_handle.h"
 
 #include <cstdint>
+
+namespace rotika {
 
 /// Called on the owner thread while the capture stands. All members are set.
 struct PointerCaptureHandlers {
@@ -35,3 +37,5 @@ bool renewPointerCapture();
 /// whose button was pressed during the capture and is still down comes back with its release, 3 s later at
 /// the most.
 void endPointerCapture();
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace rotika {
+
 namespace {
 
 constexpr std::int32_t leastSidePx = 8;
@@ -91,3 +93,5 @@ ElementScanResult filterElements(const FoundElements& found, ElementScope scope)
     }
     return result;
 }
+
+} // namespace rotika

@@ -1,20 +1,23 @@
 #include "pointing/element_labels.h"
 
-#include "core/colors.h"
-#include "core/engine_config.h"
-#include "core/engine_state.h"
-#include "core/handed_over.h"
-#include "core/private_messages.h"
-#include "core/text.h"
+#include "base/color.h"
+#include "base/text.h"
+#include "layers/drawing.h"
+#include "layers/grid_window.h"
+#include "model/engine_config.h"
+#include "model/engine_state.h"
+#include "model/private_messages.h"
 #include "platform/overlay_window.h"
 #include "platform/pointer.h"
 #include "platform/threads.h"
 #include "pointing/element_filter.h"
-#include "pointing/grid.h"
 #include "run/function_run.h"
+#include "workers/posted_record.h"
 
 #include <memory>
 #include <utility>
+
+namespace rotika {
 
 namespace {
 
@@ -23,7 +26,7 @@ constexpr std::uint8_t outlineAlpha = 0xD7;
 constexpr float outlineWidthPx = 2;
 constexpr std::uint8_t badgeAlpha = 0xEB;
 constexpr float badgeHeightPx = 18;
-constexpr PictureColor numberColor{0xFF, 0xFF, 0xFF, 0xFF};
+constexpr PictureColor numberColor = white(0xFF);
 constexpr float numberSizePx = 13;
 
 /// Body of the scan's thread.
@@ -35,21 +38,14 @@ void scanElements(const ElementSearch& search, WindowHandle mainWindow) noexcept
 void addLabel(Picture& picture, const Rect& rect, std::size_t number) {
     const RgbColor color = engineConfig.segmentColor;
     const Rect& origin = engineState.elementsOrigin;
-    const PictureBox box{static_cast<float>(rect.left - origin.left),
-                         static_cast<float>(rect.top - origin.top), static_cast<float>(rect.width()),
-                         static_cast<float>(rect.height())};
+    const PictureBox box = pictureBox(
+        {rect.left - origin.left, rect.top - origin.top, rect.right - origin.left, rect.bottom - origin.top});
     const std::u16string text = decimalText(static_cast<std::int64_t>(number));
     const PictureBox badge{box.x, box.y, static_cast<float>(text.size()) * 9 + 14, badgeHeightPx};
     picture.commands.push_back(FilledRectangle{box, withAlpha(color, elementAlpha)});
     picture.commands.push_back(OutlinedRectangle{box, withAlpha(color, outlineAlpha), outlineWidthPx});
     picture.commands.push_back(FilledRectangle{badge, withAlpha(color, badgeAlpha)});
     picture.commands.push_back(TextInBox{text, badge, numberSizePx, true, numberColor});
-}
-
-void paintElementLabels() {
-    const Rect& origin = engineState.elementsOrigin;
-    if (origin.width() > 0 && origin.height() > 0)
-        presentPictureAt(engineState.gridWindow, {origin.left, origin.top}, elementLabelsPicture());
 }
 
 } // namespace
@@ -77,13 +73,6 @@ void startElementScan(ElementScope scope) {
         startDetachedThread([search, main = engineState.mainWindow] { scanElements(search, main); }));
 }
 
-void hideElementLabels() {
-    if (!engineState.elementsVisible)
-        return;
-    hideOverlayWindow(engineState.gridWindow);
-    engineState.elementsVisible = false;
-}
-
 void cancelElementLabels() {
     engineState.elementScanBusy.exchange(0);
     hideElementLabels();
@@ -103,7 +92,7 @@ void takeScanResult(std::intptr_t payload) {
     if (engineState.elementRects.empty())
         return;
     hideGrid();
-    paintElementLabels();
+    paintGridWindow(engineState.elementsOrigin, elementLabelsPicture());
     showOverlayWindow(engineState.gridWindow);
     engineState.elementsVisible = true;
 }
@@ -117,3 +106,5 @@ void clickElement(std::int32_t number, std::uint32_t button, std::int32_t count)
     setCursorPosition({(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2});
     startMouseClick(button, count);
 }
+
+} // namespace rotika

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "base/picture.h"
 #include "platform/elements.h"
-#include "platform/picture.h"
 
 #include <cstdint>
+
+namespace rotika {
 
 // Numbered labels on what can be clicked in the window in front. All on the owner thread.
 
@@ -17,12 +19,11 @@ void cancelElementLabels();
 /// MsgElementsReady: shows the result, which is owned and may be null, unless the scan has been cancelled.
 void takeScanResult(std::intptr_t payload);
 
-/// Takes the labels off the screen, if there are any; their list stays.
-void hideElementLabels();
-
 /// Ends the labels with a click on the middle of element `number`, counted from 1. Nothing without labels on
 /// show or without that one.
 void clickElement(std::int32_t number, std::uint32_t button, std::int32_t count);
 
 /// The picture of engineState's labels, as large as elementsOrigin.
 Picture elementLabelsPicture();
+
+} // namespace rotika

@@ -1,22 +1,25 @@
 #include "pointing/grid.h"
 
-#include "core/colors.h"
-#include "core/engine_config.h"
-#include "core/engine_state.h"
-#include "core/text.h"
+#include "base/color.h"
+#include "base/text.h"
+#include "layers/drawing.h"
+#include "layers/grid_window.h"
+#include "model/engine_config.h"
+#include "model/engine_state.h"
 #include "platform/overlay_window.h"
 #include "platform/pointer.h"
-#include "pointing/element_labels.h"
 
 #include <algorithm>
+
+namespace rotika {
 
 namespace {
 
 constexpr std::uint8_t cellAlpha = 0x1C;
-constexpr PictureColor outlineColor{0xBE, 0xFF, 0xFF, 0xFF};
+constexpr PictureColor outlineColor = white(0xBE);
 constexpr float outlineWidthPx = 2;
-constexpr PictureColor numberColor{0xEB, 0xFF, 0xFF, 0xFF};
-constexpr PictureColor shadowColor{0x82, 0, 0, 0};
+constexpr PictureColor numberColor = white(0xEB);
+constexpr PictureColor shadowColor = black(0x82);
 constexpr float shadowOffsetPx = 2;
 
 /// Cells a side.
@@ -26,19 +29,14 @@ std::int32_t division() {
 
 void addCell(Picture& picture, const PictureBox& cell, std::int32_t number) {
     const float sizePx = std::clamp(0.3F * std::min(cell.width, cell.height), 12.0F, 64.0F);
-    const PictureBox shadow{cell.x + shadowOffsetPx, cell.y + shadowOffsetPx, cell.width, cell.height};
-    const std::u16string text = decimalText(number);
     picture.commands.push_back(FilledRectangle{cell, withAlpha(engineConfig.segmentColor, cellAlpha)});
     picture.commands.push_back(OutlinedRectangle{cell, outlineColor, outlineWidthPx});
-    picture.commands.push_back(TextInBox{text, shadow, sizePx, true, shadowColor});
-    picture.commands.push_back(TextInBox{text, cell, sizePx, true, numberColor});
+    addShadowedText(picture, decimalText(number), cell, {sizePx, numberColor, shadowColor, shadowOffsetPx});
 }
 
 /// An area narrowed down to nothing leaves the last picture standing.
 void paintGrid() {
-    const Rect& area = engineState.gridRect;
-    if (area.width() > 0 && area.height() > 0)
-        presentPictureAt(engineState.gridWindow, {area.left, area.top}, gridPicture());
+    paintGridWindow(engineState.gridRect, gridPicture());
 }
 
 void putCursorAtCentre(const Rect& area) {
@@ -73,11 +71,6 @@ void showGrid() {
     putCursorAtCentre(engineState.gridRect);
 }
 
-void hideGrid() {
-    hideOverlayWindow(engineState.gridWindow);
-    engineState.gridVisible = false;
-}
-
 void narrowGrid(std::int32_t number) {
     const std::int32_t side = division();
     if (number < 1 || number > side * side)
@@ -93,3 +86,5 @@ void narrowGrid(std::int32_t number) {
     paintGrid();
     putCursorAtCentre(engineState.gridRect);
 }
+
+} // namespace rotika

@@ -1,11 +1,11 @@
 #include "run/function_run.h"
 
-#include "core/engine_config.h"
-#include "core/engine_state.h"
+#include "layers/grid_window.h"
+#include "model/engine_config.h"
+#include "model/engine_state.h"
 #include "platform/clock.h"
 #include "platform/injection.h"
 #include "platform/launcher.h"
-#include "platform/overlay_window.h"
 #include "platform/pointer.h"
 #include "platform/threads.h"
 
@@ -13,6 +13,8 @@
 #include <exception>
 #include <functional>
 #include <utility>
+
+namespace rotika {
 
 namespace {
 
@@ -117,10 +119,8 @@ void runFunction(const WheelAction& action, std::uint32_t initialDelay) {
 }
 
 void startMouseClick(std::uint32_t button, std::int32_t count) {
-    if (engineState.gridVisible) {
-        hideOverlayWindow(engineState.gridWindow);
-        engineState.gridVisible = false;
-    }
+    if (engineState.gridVisible)
+        hideGrid();
     startRun([click = PointerClick{button, count}] { playPointerClick(click); });
 }
 
@@ -135,3 +135,5 @@ void injectStep(const ActionStep& step, bool down) {
     else
         injectKey(step.key.vk, step.key.extended, motion);
 }
+
+} // namespace rotika

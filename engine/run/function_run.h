@@ -1,8 +1,10 @@
 #pragma once
 
-#include "core/wheel_records.h"
+#include "model/wheel_records.h"
 
 #include <cstdint>
+
+namespace rotika {
 
 /// Plays a copy of `action` on a thread of its own, `initialDelay` ms from now; returns at once. There is no
 /// queue and no cancel: two runs play side by side. Owner thread.
@@ -14,3 +16,5 @@ void startMouseClick(std::uint32_t button, std::int32_t count);
 
 /// One press or release of the step's key; nothing if it is not valid. Any thread.
 void injectStep(const ActionStep& step, bool down);
+
+} // namespace rotika

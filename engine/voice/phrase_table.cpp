@@ -1,13 +1,15 @@
 #include "voice/phrase_table.h"
 
-#include "core/engine_state.h"
-#include "core/text.h"
-#include "core/voice_commands.h"
+#include "base/text.h"
+#include "model/engine_state.h"
+#include "model/voice_commands.h"
 #include "platform/fault_guard.h"
 
 #include <algorithm>
 #include <array>
 #include <mutex>
+
+namespace rotika {
 
 namespace {
 
@@ -185,3 +187,5 @@ bool findPhrase(std::string_view text, PhraseEntry& found) {
     found.actionIndex = row->actionIndex;
     return true;
 }
+
+} // namespace rotika

@@ -1,8 +1,11 @@
 #include "voice/speech_library.h"
 
-#include "core/library_binding.h"
+#include "platform/device_libraries.h"
 #include "platform/fault_guard.h"
 #include "platform/microphone.h"
+#include "workers/library_binding.h"
+
+namespace rotika {
 
 namespace {
 
@@ -88,3 +91,5 @@ std::string_view recognisedText(const char* answer) {
         return {};
     return json.substr(opening + 1, closing - opening - 1);
 }
+
+} // namespace rotika

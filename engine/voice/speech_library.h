@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+namespace rotika {
+
 /// The recogniser's functions, bound by name. Models and recognisers are the library's own and opaque.
 struct SpeechLibrary {
     void (*setLogLevel)(std::int32_t level) = nullptr; // optional
@@ -45,3 +47,5 @@ void guardedRecognizerFree(const SpeechLibrary& functions, void* recognizer);
 /// The text in the recogniser's answer, {"text" : "..."}: a view into it, empty when the answer is null or of
 /// another shape.
 std::string_view recognisedText(const char* answer);
+
+} // namespace rotika

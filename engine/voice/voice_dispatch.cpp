@@ -1,10 +1,12 @@
 #include "voice/voice_dispatch.h"
 
-#include "core/engine_config.h"
-#include "core/engine_state.h"
-#include "core/private_messages.h"
+#include "model/engine_config.h"
+#include "model/engine_state.h"
+#include "model/private_messages.h"
 #include "platform/messages.h"
 #include "voice/phrase_table.h"
+
+namespace rotika {
 
 void dispatchRecognisedText(std::string_view text) {
     PhraseEntry row;
@@ -20,3 +22,5 @@ void dispatchRecognisedText(std::string_view text) {
         postWindowMessage(main, MsgVoiceField, static_cast<std::uintptr_t>(row.wheelIndex), row.actionIndex);
     }
 }
+
+} // namespace rotika

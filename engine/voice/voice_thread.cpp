@@ -1,8 +1,8 @@
 #include "voice/voice_thread.h"
 
-#include "core/engine_state.h"
-#include "core/handed_over.h"
-#include "core/private_messages.h"
+#include "model/engine_state.h"
+#include "model/private_messages.h"
+#include "model/status_codes.h"
 #include "platform/clock.h"
 #include "platform/dynamic_library.h"
 #include "platform/main_window.h"
@@ -11,9 +11,12 @@
 #include "voice/phrase_table.h"
 #include "voice/speech_library.h"
 #include "voice/voice_dispatch.h"
+#include "workers/posted_record.h"
 
 #include <memory>
 #include <optional>
+
+namespace rotika {
 
 namespace {
 
@@ -191,3 +194,5 @@ void voiceThreadMain(const VoiceSettings& settings, const std::atomic<bool>& voi
     if (listener.prepare() && listener.awaitMicrophone())
         listener.listen();
 }
+
+} // namespace rotika

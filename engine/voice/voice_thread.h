@@ -1,19 +1,9 @@
 #pragma once
 
 #include <atomic>
-#include <cstdint>
 #include <string>
 
-/// What the voice thread says of itself, in voiceStatus.
-enum VoiceStatusCode : std::int32_t {
-    voiceStatusOff = 0,
-    voiceStatusLoading = 1,
-    voiceStatusNoLibrary = 2,
-    voiceStatusNoModel = 3,
-    voiceStatusNoMicrophone = 4,
-    voiceStatusListening = 5,
-    voiceStatusFailed = 6,
-};
+namespace rotika {
 
 /// A copy of the settings, since the thread outlives a reload.
 struct VoiceSettings {
@@ -24,3 +14,5 @@ struct VoiceSettings {
 /// Listens until `voiceStop`, or until something it needs is missing, and says in voiceStatus how it fares. A
 /// microphone that is missing is tried again every 3 s. The body of the voice thread.
 void voiceThreadMain(const VoiceSettings& settings, const std::atomic<bool>& voiceStop) noexcept;
+
+} // namespace rotika

@@ -1,8 +1,8 @@
 #include "wheel/capture.h"
 
-#include "core/engine_config.h"
-#include "core/engine_state.h"
-#include "core/private_messages.h"
+#include "model/engine_config.h"
+#include "model/engine_state.h"
+#include "model/private_messages.h"
 #include "platform/focus.h"
 #include "platform/overlay_window.h"
 #include "platform/pointer.h"
@@ -11,6 +11,8 @@
 #include "wheel/geometry.h"
 #include "wheel/painter.h"
 #include "wheel/tick.h"
+
+namespace rotika {
 
 namespace {
 
@@ -33,6 +35,15 @@ PointerCaptureHandlers captureHandlers() {
         .leftPressed = []() noexcept { postWindowMessage(engineState.wheelWindow, MsgSelectUnderCursor); },
         .moved = addRawMotion,
     };
+}
+
+void tickOpenWheel() noexcept {
+    if (!engineState.wheelVisible)
+        return;
+    if (renewPointerCapture())
+        tickWheel();
+    else
+        closeWheel();
 }
 
 } // namespace
@@ -58,7 +69,7 @@ void showWheel() {
     if (engineConfig.takeFocus && engineState.savedForeground != nullptr)
         bringToForeground(engineState.wheelWindow);
     beginPointerCapture(engineState.wheelWindow, engineState.savedCursor, captureHandlers());
-    startWindowTimer(engineState.wheelWindow, wheelTickPeriodMs, tickWheel);
+    startWindowTimer(engineState.wheelWindow, wheelTickPeriodMs, tickOpenWheel);
 }
 
 void hideWheel() {
@@ -96,3 +107,5 @@ void toggleWheel() {
     else
         showWheel();
 }
+
+} // namespace rotika

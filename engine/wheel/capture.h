@@ -1,5 +1,7 @@
 #pragma once
 
+namespace rotika {
+
 // Opening and closing the wheel. Owner thread.
 
 /// Paints the closed wheel as the next opening will show it: fonts, shapes and the layer's memory are then
@@ -22,3 +24,5 @@ void closeWheel();
 
 /// What the toggle key does.
 void toggleWheel();
+
+} // namespace rotika

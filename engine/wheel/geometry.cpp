@@ -1,9 +1,11 @@
 #include "wheel/geometry.h"
 
-#include "core/engine_state.h"
-#include "wheel/painter.h"
+#include "model/engine_state.h"
 
 #include <cmath>
+#include <numbers>
+
+namespace rotika {
 
 std::int32_t hitTestField(std::int32_t x, std::int32_t y) {
     const double dx = x - wheelCentre.x;
@@ -13,7 +15,7 @@ std::int32_t hitTestField(std::int32_t x, std::int32_t y) {
         return -1;
     const auto fieldCount = static_cast<std::int32_t>(activeWheelRecord().actions.size());
     const double span = 360.0 / fieldCount;
-    double angle = std::atan2(dy, dx) * 180 / 3.141592653589793 + 90;
+    double angle = std::atan2(dy, dx) * 180 / std::numbers::pi + 90;
     if (angle < 0)
         angle += 360;
     // The modulo catches a division rounded up at the very end of the last field.
@@ -28,17 +30,10 @@ std::int32_t hitTestArrow(std::int32_t x, std::int32_t y) {
     return arrowBoxes[1].contains({x, y}) ? 1 : -1;
 }
 
-void turnPage(std::int32_t arrow) {
-    const auto wheelCount = static_cast<std::int32_t>(engineState.wheels.size());
-    const std::int32_t stride = arrow == 0 ? wheelCount - 1 : 1;
-    engineState.activeWheel = (engineState.activeWheel + stride) % wheelCount;
-    // The new wheel may divide the ring differently under a cursor that has not moved.
-    engineState.hoveredField = hitTestField(engineState.cursorX, engineState.cursorY);
-    paintWheel();
-}
-
 Rect wheelPlaceOn(const Rect& monitor) {
     const std::int32_t left = (monitor.left + monitor.right - layerWidthPx) / 2;
     const std::int32_t top = (monitor.top + monitor.bottom - layerHeightPx) / 2;
     return {left, top, left + layerWidthPx, top + layerHeightPx};
 }
+
+} // namespace rotika

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/geometry_types.h"
+#include "base/geometry.h"
 
 #include <cstdint>
+
+namespace rotika {
 
 // One fixed layout for every wheel and monitor, in pixels of the wheel's layer: origin top left, y downward.
 
@@ -22,8 +24,7 @@ std::int32_t hitTestField(std::int32_t x, std::int32_t y);
 /// 0 left, 1 right, -1 none; always -1 with fewer than two wheels.
 std::int32_t hitTestArrow(std::int32_t x, std::int32_t y);
 
-/// Turns to the previous (0) or next (1) wheel, wrapping, recomputes the hovered field and repaints.
-void turnPage(std::int32_t arrow);
-
 /// Where the wheel's window stands on a monitor.
 Rect wheelPlaceOn(const Rect& monitor);
+
+} // namespace rotika

@@ -1,11 +1,11 @@
 #include "wheel/icons.h"
 
-#include "core/engine_state.h"
-#include "core/handed_over.h"
-#include "core/private_messages.h"
+#include "model/engine_state.h"
+#include "model/private_messages.h"
 #include "platform/paths.h"
+#include "platform/picture_image.h"
 #include "platform/threads.h"
-#include "wheel/painter.h"
+#include "workers/posted_record.h"
 
 #include <algorithm>
 #include <memory>
@@ -13,6 +13,8 @@
 #include <unordered_set>
 #include <utility>
 #include <vector>
+
+namespace rotika {
 
 namespace {
 
@@ -62,17 +64,18 @@ void loadNewIcons() {
         [paths = std::move(paths), main = engineState.mainWindow] { readIcons(paths, main); }));
 }
 
-void takeIcon(std::intptr_t payload) {
+bool takeIcon(std::intptr_t payload) {
     const auto loaded = takeRecord<IconCacheEntry>(MsgIconLoaded, payload);
     IconCacheEntry* const entry = loaded == nullptr ? nullptr : cachedIcon(loaded->path);
     if (entry == nullptr || loaded->image == nullptr)
-        return;
+        return false;
     entry->image = loaded->image;
-    if (engineState.wheelVisible)
-        paintWheel();
+    return true;
 }
 
 const PictureImage* iconFor(const WheelAction& action) {
     const IconCacheEntry* const entry = action.icon.empty() ? nullptr : cachedIcon(action.icon);
     return entry == nullptr ? nullptr : entry->image;
 }
+
+} // namespace rotika

@@ -1,15 +1,19 @@
 #include "wheel/painter.h"
 
-#include "core/colors.h"
-#include "core/engine_config.h"
-#include "core/engine_state.h"
-#include "core/text.h"
+#include "base/color.h"
+#include "base/text.h"
+#include "layers/drawing.h"
+#include "model/engine_config.h"
+#include "model/engine_state.h"
 #include "platform/overlay_window.h"
 #include "wheel/geometry.h"
 #include "wheel/icons.h"
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
+
+namespace rotika {
 
 namespace {
 
@@ -20,13 +24,6 @@ constexpr PictureBox wheelNameBox{248, 232, 92, 18};
 constexpr std::uint8_t restingAlpha = 0x87; // 53 percent: the hovered field alone is solid
 constexpr float shadowOffsetPx = 1.5F;
 constexpr float dwellRingThreshold = 0.03F;
-
-PictureColor white(std::uint8_t alpha) {
-    return {alpha, 0xFF, 0xFF, 0xFF};
-}
-PictureColor black(std::uint8_t alpha) {
-    return {alpha, 0, 0, 0};
-}
 
 void addPies(Picture& picture, const Wheel& wheel, float span) {
     for (std::size_t i = 0; i < wheel.actions.size(); ++i) {
@@ -40,18 +37,17 @@ void addPies(Picture& picture, const Wheel& wheel, float span) {
     }
 }
 
-void addShadowedText(Picture& picture, const std::u16string& text, const PictureBox& box, float sizePx,
-                     bool isHovered) {
-    const PictureBox shadowBox{box.x + shadowOffsetPx, box.y + shadowOffsetPx, box.width, box.height};
-    picture.commands.push_back(TextInBox{text, shadowBox, sizePx, true, black(isHovered ? 0xC8 : 0x78)});
-    picture.commands.push_back(TextInBox{text, box, sizePx, true, white(isHovered ? 0xFF : 0xD7)});
+void addFieldText(Picture& picture, const std::u16string& text, const PictureBox& box, float sizePx,
+                  bool isHovered) {
+    addShadowedText(picture, text, box,
+                    {sizePx, white(isHovered ? 0xFF : 0xD7), black(isHovered ? 0xC8 : 0x78), shadowOffsetPx});
 }
 
 /// Where a field's label stands: the middle of its span, on the label radius.
 PicturePoint labelCentre(std::size_t field, float span) {
     const double spanDegrees = span;
     const double middle = static_cast<double>(field) * spanDegrees - 90 + spanDegrees / 2;
-    const double radians = middle * 3.141592653589793 / 180;
+    const double radians = middle * std::numbers::pi / 180;
     return {static_cast<float>(std::cos(radians)) * labelRadiusPx + wheelCentre.x,
             static_cast<float>(std::sin(radians)) * labelRadiusPx + wheelCentre.y};
 }
@@ -65,7 +61,7 @@ void addLabel(Picture& picture, const WheelAction& action, std::size_t field, st
         const std::u16string& text =
             action.name.empty() ? decimalText(static_cast<std::int64_t>(field) + 1) : action.name;
         const PictureBox box{centre.x - 62, centre.y - 34, 124, 68};
-        addShadowedText(picture, text, box, fieldCount <= 8 ? 19.0F : 16.0F, isHovered);
+        addFieldText(picture, text, box, fieldCount <= 8 ? 19.0F : 16.0F, isHovered);
         return;
     }
     const float iconY = action.name.empty() ? centre.y : centre.y - 11;
@@ -73,7 +69,7 @@ void addLabel(Picture& picture, const WheelAction& action, std::size_t field, st
     const PictureBox iconBox{centre.x - side / 2, iconY - side / 2, side, side};
     picture.commands.push_back(ImageInBox{image, iconBox, isHovered ? 1.0F : 135.0F / 255.0F});
     if (!action.name.empty())
-        addShadowedText(picture, action.name, {centre.x - 62, centre.y + 11, 124, 34}, 14, isHovered);
+        addFieldText(picture, action.name, {centre.x - 62, centre.y + 11, 124, 34}, 14, isHovered);
 }
 
 void addPageIndicator(Picture& picture) {
@@ -84,9 +80,7 @@ void addPageIndicator(Picture& picture) {
 
 void addArrow(Picture& picture, std::int32_t arrow) {
     const bool isHovered = arrow == engineState.hoveredArrow;
-    const Rect& rect = arrowBoxes[arrow];
-    const PictureBox box{static_cast<float>(rect.left), static_cast<float>(rect.top),
-                         static_cast<float>(rect.width()), static_cast<float>(rect.height())};
+    const PictureBox box = pictureBox(arrowBoxes[arrow]);
     picture.commands.push_back(
         FilledRectangle{box, withAlpha(engineConfig.segmentColor, isHovered ? 0xFF : restingAlpha)});
     picture.commands.push_back(OutlinedRectangle{box, white(isHovered ? 0xFF : 0xB4), 2});
@@ -153,3 +147,10 @@ Picture buildWheelPicture() {
 void paintWheel() {
     presentPicture(engineState.wheelWindow, buildWheelPicture());
 }
+
+void repaintOpenWheel() {
+    if (engineState.wheelVisible)
+        paintWheel();
+}
+
+} // namespace rotika

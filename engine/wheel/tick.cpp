@@ -1,19 +1,18 @@
 #include "wheel/tick.h"
 
-#include "core/engine_config.h"
-#include "core/engine_state.h"
-#include "core/private_messages.h"
-#include "gaze/gaze_thread.h"
+#include "model/engine_config.h"
+#include "model/engine_state.h"
+#include "model/private_messages.h"
+#include "model/status_codes.h"
 #include "platform/clock.h"
 #include "platform/overlay_window.h"
 #include "platform/pointer.h"
-#include "platform/pointer_capture.h"
-#include "run/function_run.h"
-#include "wheel/capture.h"
 #include "wheel/geometry.h"
 #include "wheel/painter.h"
 
 #include <algorithm>
+
+namespace rotika {
 
 namespace {
 
@@ -118,12 +117,6 @@ void addRawMotion(std::int32_t dx, std::int32_t dy) noexcept {
 }
 
 void tickWheel() noexcept {
-    if (!engineState.wheelVisible)
-        return;
-    if (!renewPointerCapture()) {
-        closeWheel();
-        return;
-    }
     const std::uint64_t now = tickCount();
     bool hasChanged = applyMotion(now);
     clampCursor();
@@ -143,20 +136,4 @@ void tickWheel() noexcept {
         paintWheel();
 }
 
-void selectUnderCursor() {
-    if (!engineState.wheelVisible)
-        return;
-    const std::int32_t arrow = hitTestArrow(engineState.cursorX, engineState.cursorY);
-    if (arrow >= 0) {
-        turnPage(arrow);
-        return;
-    }
-    const std::int32_t field = hitTestField(engineState.cursorX, engineState.cursorY);
-    if (field < 0)
-        return;
-    // A copy: giving the focus back may let another program's message in, and that may replace the wheels.
-    const WheelAction action = activeWheelRecord().actions[static_cast<std::size_t>(field)];
-    closeWheel();
-    if (!action.steps.empty())
-        runFunction(action, static_cast<std::uint32_t>(engineConfig.sendDelay.load()));
-}
+} // namespace rotika

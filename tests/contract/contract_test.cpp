@@ -13,6 +13,8 @@
 #include <chrono>
 #include <random>
 
+using namespace rotika;
+
 Heard heard;
 
 WindowHandle ContractTest::mainWindow() {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/geometry_types.h"
-#include "platform/picture.h"
-#include "platform/window_handle.h"
+#include "base/geometry.h"
+#include "base/picture.h"
+#include "base/window_handle.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +13,11 @@
 #include <mutex>
 #include <string>
 #include <vector>
+
+using rotika::DrawCommand;
+using rotika::Point;
+using rotika::Rect;
+using rotika::WindowHandle;
 
 /// What the platform has told us through the handlers since the test began.
 struct Heard {

@@ -11,6 +11,8 @@
 #include <cstdlib>
 #include <string_view>
 
+using namespace rotika;
+
 namespace {
 
 constexpr unsigned xButtons[] = {1, 3, 2, 4};

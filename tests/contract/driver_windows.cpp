@@ -9,6 +9,8 @@
 #include <map>
 #include <thread>
 
+using namespace rotika;
+
 namespace {
 
 /// Programs of the host run at their own pace, so each leaves a file behind when it has ended.

@@ -13,6 +13,8 @@
 #include <unistd.h>
 #endif
 
+using namespace rotika;
+
 namespace {
 
 // Faults as a library would make them, hidden from sanitizers, which would report them first.

@@ -17,6 +17,8 @@
 #include <atomic>
 #include <future>
 
+using namespace rotika;
+
 namespace {
 
 using LinuxDesktop = ContractTest;

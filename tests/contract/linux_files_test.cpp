@@ -13,6 +13,8 @@
 #include <csignal>
 #include <cstdlib>
 
+using namespace rotika;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+using namespace rotika;
+
 namespace {
 
 using Clock = std::chrono::steady_clock;

@@ -5,6 +5,8 @@
 #include "platform/files.h"
 #include "platform/paths.h"
 
+using namespace rotika;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -16,6 +16,8 @@
 #include <type_traits>
 #include <utility>
 
+using namespace rotika;
+
 extern "C" decltype(&SendInput) __imp_SendInput;
 extern "C" decltype(&MapVirtualKeyW) __imp_MapVirtualKeyW;
 

@@ -1,4 +1,4 @@
-#include "core/text.h"
+#include "base/text.h"
 #include "files/wheel_files.h"
 #include "files/wheel_writer.h"
 
@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <string_view>
+
+using namespace rotika;
 
 namespace {
 

@@ -1,10 +1,13 @@
 #include "core/lifecycle.h"
+#include "editor/editor.h"
 #include "editor/editor_controls.h"
 #include "editor/editor_state.h"
 #include "engine_test.h"
 #include "platform/paths.h"
 
 #include <sstream>
+
+using namespace rotika;
 
 namespace {
 
@@ -25,7 +28,7 @@ protected:
         configure();
         folder.write("default.json", wheels);
         editorState = {};
-        ASSERT_TRUE(startEngine(true));
+        ASSERT_TRUE(startEngine(true, []() noexcept { openEditor(); }));
         play("again");
         desktop.clearJournal();
     }

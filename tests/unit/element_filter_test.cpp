@@ -4,6 +4,8 @@
 #include <iterator>
 #include <sstream>
 
+using namespace rotika;
+
 namespace {
 
 std::vector<std::int32_t> numbersOf(const std::string& text) {

@@ -1,11 +1,13 @@
 #include "engine_test.h"
 
-#include "core/lifecycle.h"
+#include "core/engine_workers.h"
 #include "files/key_names.h"
 
 #include <fstream>
 #include <iterator>
 #include <sstream>
+
+using namespace rotika;
 
 namespace {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "core/engine_config.h"
-#include "core/engine_state.h"
-#include "core/private_messages.h"
-#include "core/text.h"
-#include "overlay.h"
+#include "base/text.h"
+#include "core/overlay.h"
+#include "model/engine_config.h"
+#include "model/engine_state.h"
+#include "model/private_messages.h"
 
 #include "platform/simulated/simulated_desktop.h"
 #include "platform/simulated/simulated_files.h"
@@ -19,6 +19,8 @@
 #include <tuple>
 #include <utility>
 #include <vector>
+
+using namespace rotika;
 
 using namespace std::string_literals;
 using Texts = std::vector<std::string>;

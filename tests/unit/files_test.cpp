@@ -8,6 +8,8 @@
 
 #include <sstream>
 
+using namespace rotika;
+
 namespace {
 
 std::string shown(const JsonValue& value) {

@@ -7,6 +7,8 @@
 
 #include <cmath>
 
+using namespace rotika;
+
 namespace {
 
 using Lifecycle = EngineTest;

@@ -1,5 +1,6 @@
 #include "engine_test.h"
 #include "gaze/gaze_thread.h"
+#include "model/status_codes.h"
 #include "platform/clock.h"
 #include "platform/injection.h"
 #include "voice/phrase_table.h"
@@ -8,6 +9,8 @@
 #include <functional>
 #include <map>
 #include <sstream>
+
+using namespace rotika;
 
 // A scene is what a person and the desktop do, and behind the arrow what can be seen at its end. The engine
 // is started with an eye tracker that is connected but not enabled, and one wheel, whose four fields click

@@ -7,6 +7,8 @@
 #include <deque>
 #include <set>
 
+using namespace rotika;
+
 namespace {
 
 /// What the recogniser of the test does, and what was asked of it.

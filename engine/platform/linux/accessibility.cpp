@@ -6,6 +6,8 @@
 #include "platform/linux/accessible_questions.h"
 #include "platform/linux/bus_address.h"
 
+namespace rotika {
+
 namespace {
 
 // The service may have to be started first, on a machine busy with logging in.
@@ -55,3 +57,5 @@ void prepareElementSearches() {
     // Without a thread only programs that publish unasked get labels.
     static_cast<void>(startDetachedThread(turnOn));
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace rotika {
+
 namespace {
 
 constexpr const char* accessible = "org.a11y.atspi.Accessible";
@@ -133,3 +135,5 @@ void askForProcess(BusConnection& bus, const std::string& program, std::function
                 taker(static_cast<pid_t>(process));
             });
 }
+
+} // namespace rotika

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/geometry_types.h"
+#include "base/geometry.h"
 
 #include "platform/linux/bus_connection.h"
 
@@ -9,6 +9,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+namespace rotika {
 
 // What can be asked about an object of the accessibility tree. The takers get the least telling value when
 // the program gives none.
@@ -44,3 +46,5 @@ void askForChildAtIndex(BusConnection& bus, const BusObject& object, std::int32_
 
 /// The process of each program on the bus; 0 if that is unknown.
 void askForProcess(BusConnection& bus, const std::string& program, std::function<void(pid_t process)> taker);
+
+} // namespace rotika

@@ -3,6 +3,8 @@
 #include <atspi/atspi-constants.h>
 #include <glib.h>
 
+namespace rotika {
+
 namespace {
 
 bool hasState(std::uint64_t states, AtspiStateType state) {
@@ -156,3 +158,5 @@ bool AccessibleTraits::opensMenu() const {
 bool AccessibleTraits::isPopupMenu() const {
     return role == ATSPI_ROLE_POPUP_MENU || role == ATSPI_ROLE_MENU;
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace rotika {
+
 /// Role as AtspiRole, states as bits numbered by AtspiStateType.
 struct AccessibleTraits {
     std::uint32_t role = 0;
@@ -30,3 +32,5 @@ struct AccessibleTraits {
     /// A menu by itself, as against one that hangs on an entry.
     bool isPopupMenu() const;
 };
+
+} // namespace rotika

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace rotika {
+
 namespace {
 
 // A program with a fault may publish a tree without an end.
@@ -280,3 +282,5 @@ WindowElements elementsBelow(const AccessibleNode& root, const WindowView& view,
                        Sorter(view, extent, elements).sortBelow(root, std::nullopt, view.isMenu);
     return elements;
 }
+
+} // namespace rotika

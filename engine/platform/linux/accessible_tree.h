@@ -15,6 +15,8 @@
 #include <utility>
 #include <vector>
 
+namespace rotika {
+
 /// An object of the accessibility tree, as far as it is known.
 struct AccessibleNode {
     BusObject object; // without a path as long as only its number among its parent's children is known
@@ -111,3 +113,5 @@ const AccessibleNode* bestBelow(const AccessibleNode& root, const Value& value) 
                 best = node;
     return best;
 }
+
+} // namespace rotika

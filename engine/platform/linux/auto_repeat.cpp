@@ -5,6 +5,8 @@
 #include <map>
 #include <mutex>
 
+namespace rotika {
+
 namespace {
 
 struct Silence {
@@ -62,3 +64,5 @@ void restoreAutoRepeat(Display* display, KeyCode code) {
     XSync(display, 0);
     tellInputGuard(GuardedThing::autoRepeat, false, code);
 }
+
+} // namespace rotika

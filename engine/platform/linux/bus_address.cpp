@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace rotika {
+
 std::string sessionBusAddress() {
     const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
     if (address != nullptr && *address != '\0')
@@ -21,3 +23,5 @@ std::string sessionBusAddress() {
     const GPointer<char> escaped(g_dbus_address_escape_value(path.c_str()));
     return std::string("unix:path=") + escaped.get();
 }
+
+} // namespace rotika

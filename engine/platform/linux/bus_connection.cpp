@@ -3,6 +3,8 @@
 #include <atomic>
 #include <utility>
 
+namespace rotika {
+
 namespace {
 
 // A program that was stopped must not find more than this many questions when it goes on.
@@ -189,3 +191,5 @@ bool BusConnection::pause(std::chrono::milliseconds time) {
     runUntil([&] { return isTimeUp || std::chrono::steady_clock::now() >= end; });
     return !isTimeUp;
 }
+
+} // namespace rotika

@@ -10,6 +10,8 @@
 #include <memory>
 #include <string>
 
+namespace rotika {
+
 /// An object of a program on a D-Bus bus.
 struct BusObject {
     std::string program; // the name of its connection
@@ -80,3 +82,5 @@ private:
     bool isOpening = false;
     bool isTimeUp = false;
 };
+
+} // namespace rotika

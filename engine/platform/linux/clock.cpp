@@ -3,6 +3,8 @@
 #include <chrono>
 #include <thread>
 
+namespace rotika {
+
 std::uint64_t tickCount() {
     // CLOCK_MONOTONIC counts from the boot, as the engine's rules about rest and freshness expect.
     const auto sinceBoot = std::chrono::steady_clock::now().time_since_epoch();
@@ -13,3 +15,5 @@ std::uint64_t tickCount() {
 void sleepMs(std::uint32_t durationMs) {
     std::this_thread::sleep_for(std::chrono::milliseconds(durationMs));
 }
+
+} // namespace rotika

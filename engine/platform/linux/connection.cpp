@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <vector>
 
+namespace rotika {
+
 namespace {
 
 struct Connection {
@@ -188,3 +190,5 @@ unsigned long windowProperty(Window window, Atom property, Atom type, unsigned l
         return missing;
     return *reinterpret_cast<unsigned long*>(data);
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/linux/x11.h"
 
+namespace rotika {
+
 // The owner thread's connection to the X server and the road of its events. Other threads have connections of
 // their own. Owner thread, except where said.
 
@@ -41,3 +43,5 @@ private:
 
 /// A 32-bit property of a window, or `missing`.
 unsigned long windowProperty(Window window, Atom property, Atom type, unsigned long missing);
+
+} // namespace rotika

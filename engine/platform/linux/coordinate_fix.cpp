@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdlib>
 
+namespace rotika {
+
 namespace {
 
 // Scales are known to be of at least a quarter; what is nearer to one is a shadow around the window.
@@ -66,3 +68,5 @@ bool isPlaceOf(const Rect& said, const WindowFacts& window, std::int32_t toleran
         return isNear(said, real) || isNear(scaled(said, scalingOf(said, real).scale), real);
     });
 }
+
+} // namespace rotika

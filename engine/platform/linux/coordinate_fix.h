@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/geometry_types.h"
+#include "base/geometry.h"
 
 #include "platform/linux/front_window.h"
+
+namespace rotika {
 
 /// How a program's coordinates become the screen's: some leave out the scale of the screen. Where it is 1
 /// they are taken as they are.
@@ -19,3 +21,5 @@ CoordinateFix coordinateFix(const Rect& said, const WindowFacts& window);
 
 /// Whether that can be this window: each edge may be off by about `tolerancePx`.
 bool isPlaceOf(const Rect& said, const WindowFacts& window, std::int32_t tolerancePx);
+
+} // namespace rotika

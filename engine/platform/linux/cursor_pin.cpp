@@ -7,6 +7,8 @@
 #include <chrono>
 #include <optional>
 
+namespace rotika {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -48,3 +50,5 @@ void keepCursorPinned() {
     XWarpPointer(ownerDisplay(), noXid, rootWindow(), 0, 0, 0, 0, pin->position.x, pin->position.y);
     XFlush(ownerDisplay());
 }
+
+} // namespace rotika

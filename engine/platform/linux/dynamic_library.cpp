@@ -1,6 +1,6 @@
 #include "platform/dynamic_library.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 #include <dlfcn.h>
 #include <link.h>
@@ -11,6 +11,9 @@
 #include <filesystem>
 #include <fstream>
 #include <system_error>
+#include <vector>
+
+namespace rotika {
 
 namespace {
 
@@ -74,14 +77,4 @@ std::string pathForLibrary(const std::u16string& path) {
     return utf8FromUtf16(path);
 }
 
-std::u16string speechLibraryName() {
-    return u"libvosk.so";
-}
-
-std::u16string gazeLibraryName() {
-    return u"libtobii_stream_engine.so";
-}
-
-std::vector<std::u16string> gazeLibraryRoots() {
-    return {u"/usr/lib/tobii", u"/opt/tobii"};
-}
+} // namespace rotika

@@ -9,6 +9,8 @@
 #include <chrono>
 #include <deque>
 
+namespace rotika {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -143,3 +145,5 @@ FoundElements findElements(const ElementSearch& search) {
             break;
     return elements.found;
 }
+
+} // namespace rotika

@@ -8,6 +8,8 @@
 #include <csignal>
 #include <cstddef>
 
+namespace rotika {
+
 namespace {
 
 struct GuardFrame {
@@ -142,3 +144,5 @@ bool runGuarded(void (*body)(void* context), void* context) {
     innermostFrame = frame.outer;
     return isDone;
 }
+
+} // namespace rotika

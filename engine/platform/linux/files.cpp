@@ -1,6 +1,6 @@
 #include "platform/files.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -9,6 +9,8 @@
 
 #include <memory>
 #include <string_view>
+
+namespace rotika {
 
 std::optional<std::string> readFileBytes(const std::u16string& path) {
     return readWholeFile(utf8FromUtf16(path));
@@ -43,3 +45,5 @@ std::vector<std::u16string> foldersIn(const std::u16string& folder) {
     }
     return names;
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/linux/connection.h"
 
+namespace rotika {
+
 namespace {
 
 bool isViewable(Window window) {
@@ -73,3 +75,5 @@ void bringToForeground(WindowHandle window) {
     if (isViewable(windowOf(window)))
         XSetInputFocus(ownerDisplay(), windowOf(window), RevertToParent, CurrentTime);
 }
+
+} // namespace rotika

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+namespace rotika {
+
 namespace {
 
 struct DisplayDeleter {
@@ -200,3 +202,5 @@ ScreenFacts lookAtScreen(const std::vector<WindowHandle>& ownWindows) {
     facts.menus = menusOn(display.get(), facts, active, ownWindows);
     return facts;
 }
+
+} // namespace rotika

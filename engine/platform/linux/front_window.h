@@ -1,13 +1,15 @@
 #pragma once
 
-#include "platform/geometry_types.h"
-#include "platform/window_handle.h"
+#include "base/geometry.h"
+#include "base/window_handle.h"
 
 #include <sys/types.h>
 
 #include <optional>
 #include <string>
 #include <vector>
+
+namespace rotika {
 
 /// What the X server and the window manager know about a window of another program.
 struct WindowFacts {
@@ -28,3 +30,5 @@ struct ScreenFacts {
 /// The window in front, unless it is one of `ownWindows`, the panels on show, and open menus. Any thread,
 /// over a connection of its own.
 ScreenFacts lookAtScreen(const std::vector<WindowHandle>& ownWindows);
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <memory>
 
+namespace rotika {
+
 struct GObjectDeleter {
     void operator()(gpointer object) const noexcept {
         if (object != nullptr)
@@ -28,3 +30,5 @@ void callOwnerSoon(GSourceFunc function, gpointer data);
 
 /// The same after `delayMs`, and again as long as `function` answers G_SOURCE_CONTINUE.
 void callOwnerAfter(guint delayMs, GSourceFunc function, gpointer data);
+
+} // namespace rotika

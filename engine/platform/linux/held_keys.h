@@ -4,5 +4,9 @@
 
 #include <vector>
 
+namespace rotika {
+
 /// The keys that this process holds down by injection. Any thread.
 std::vector<KeyCode> heldKeycodes();
+
+} // namespace rotika

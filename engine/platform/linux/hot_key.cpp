@@ -20,6 +20,8 @@
 #include <set>
 #include <vector>
 
+namespace rotika {
+
 // The server gives the whole keyboard to us while a grabbed key goes down, until we give it back. What other
 // keys do meanwhile never reaches the program in front, so the time must be short: hot keys have a connection
 // and a thread of their own, which no painting holds up. The thread only passes presses on to the owner
@@ -326,3 +328,5 @@ void unregisterHotKey(WindowHandle, int id) {
     selectRawKeys(all.display, std::ranges::any_of(all.keys, &HotKey::hasFired));
     XSync(all.display, 0);
 }
+
+} // namespace rotika

@@ -17,6 +17,8 @@
 #include <utility>
 #include <vector>
 
+namespace rotika {
+
 namespace {
 
 struct Injection {
@@ -247,3 +249,5 @@ void injectMouseButton(std::uint32_t button, InputMotion motion) {
     if (!isPress)
         tellInputGuard(GuardedThing::button, false, xButtons[button]);
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <mutex>
 
+namespace rotika {
+
 /// The connection of the threads that inject input, held locked: keys of two runs must not mix with each
 /// other's look-ups. `display` is null without a display.
 struct InjectionConnection {
@@ -13,3 +15,5 @@ struct InjectionConnection {
 
 /// Any thread. Opened on first use.
 InjectionConnection lockInjectionConnection();
+
+} // namespace rotika

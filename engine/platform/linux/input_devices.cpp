@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace rotika {
+
 namespace {
 
 /// XTest speaks to devices by the first version of the input extension.
@@ -92,3 +94,5 @@ void releaseForgottenButtons(Display* display, const std::set<std::size_t>& held
         XTestFakeButtonEvent(display, static_cast<unsigned int>(button), 0, CurrentTime);
     }
 }
+
+} // namespace rotika

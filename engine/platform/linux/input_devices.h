@@ -7,6 +7,8 @@
 #include <set>
 #include <vector>
 
+namespace rotika {
+
 // Devices of the server, as the program and its guard need them, above all slave pointers that were taken
 // from their master. Each on its own connection; a device that is gone is passed over.
 
@@ -39,3 +41,5 @@ void releaseDeviceButtons(Display* display, int device, const std::vector<unsign
 /// release reached nobody. A press and release by XTest delivers it. Of those alone that were held before: a
 /// click that a window manager still holds back looks the same, and would be doubled.
 void releaseForgottenButtons(Display* display, const std::set<std::size_t>& heldBefore);
+
+} // namespace rotika

@@ -15,6 +15,8 @@
 #include <string>
 #include <utility>
 
+namespace rotika {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -149,3 +151,5 @@ void tellInputGuard(GuardedThing kind, bool down, std::uint32_t code) {
     }
     sendRecord(kind, down, code);
 }
+
+} // namespace rotika

@@ -20,6 +20,8 @@
 #include <set>
 #include <utility>
 
+using namespace rotika;
+
 namespace {
 
 using Clock = std::chrono::steady_clock;

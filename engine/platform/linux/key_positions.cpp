@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+namespace rotika {
+
 namespace {
 
 struct Position {
@@ -229,3 +231,5 @@ std::uint16_t virtualKeyOfKeycode(Display* display, KeyCode keycode) {
                                      [&](const NamedKey& key) { return key.keysym == keysym; });
     return named != std::end(namedKeys) ? named->virtualKey : virtualKeyPassedOnTo(display, names, name);
 }
+
+} // namespace rotika

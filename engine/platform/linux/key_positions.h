@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace rotika {
+
 // Win32 virtual keys on the X keyboard. Letters follow the layout; digits and punctuation are positions on
 // the keyboard, as their virtual keys are on Windows; all other keys go by keysym. Where a layout puts a
 // letter on a punctuation position (M on French keyboards), the punctuation has the position that the letter
@@ -21,3 +23,5 @@ KeySym keysymOfVirtualKey(std::uint16_t virtualKey);
 
 /// The virtual key of a keycode on the active layout, 0 if it has none.
 std::uint16_t virtualKeyOfKeycode(Display* display, KeyCode keycode);
+
+} // namespace rotika

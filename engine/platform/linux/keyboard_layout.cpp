@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+namespace rotika {
+
 namespace {
 
 // Win32's shift states of the four levels of a key: none, Shift, AltGr (which is Ctrl and Alt), AltGr and
@@ -85,3 +87,5 @@ std::uint16_t virtualKeyOfCharacter(char16_t character) {
     }
     return noVirtualKey;
 }
+
+} // namespace rotika

@@ -1,12 +1,14 @@
 #include "platform/launcher.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 #include "platform/linux/glib_handles.h"
 
 #include <unistd.h>
 
 #include <string>
+
+namespace rotika {
 
 namespace {
 
@@ -51,3 +53,5 @@ void openTarget(const std::u16string& target) {
     if (isFile)
         openFile(text);
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+namespace rotika {
+
 LayerImage::LayerImage(Visual* visual, int depth, int width, int height) {
     isShared = attachSharedMemory(visual, depth, width, height);
     if (!isShared) {
@@ -79,3 +81,5 @@ void LayerImage::putTo(Drawable target, GC gc, int x, int y, int partWidth, int 
     XShmPutImage(ownerDisplay(), target, gc, image, x, y, x, y, width, height, 0);
     hasUnreadPuts = true;
 }
+
+} // namespace rotika

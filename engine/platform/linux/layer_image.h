@@ -8,6 +8,8 @@
 
 #include <cstdint>
 
+namespace rotika {
+
 /// A 32-bit picture that Cairo draws on and that the X server can take over without copying it through the
 /// wire, where the two share memory. Owner thread.
 class LayerImage {
@@ -40,3 +42,5 @@ private:
     bool hasUnreadPuts = false;
     cairo_surface_t* cairoSurface = nullptr;
 };
+
+} // namespace rotika

@@ -6,6 +6,8 @@
 #include "platform/linux/session_lock.h"
 #include "platform/linux/window_registry.h"
 
+namespace rotika {
+
 // The main window only receives: it is never mapped, so its status page's handlers are never called.
 
 WindowHandle createMainWindow(const MainWindowHandlers& handlers) {
@@ -23,3 +25,5 @@ WindowHandle createMainWindow(const MainWindowHandlers& handlers) {
 }
 
 void repaintMainWindow(WindowHandle) {}
+
+} // namespace rotika

@@ -1,6 +1,6 @@
 #include "platform/message_box.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 #include "platform/linux/bus_address.h"
 #include "platform/linux/connection.h"
@@ -10,6 +10,8 @@
 
 #include <memory>
 #include <utility>
+
+namespace rotika {
 
 // The desktop's notifications are read out by screen readers and cover nothing; a window of our own says it
 // where no notification server answers.
@@ -102,3 +104,5 @@ void showWarningBox(const std::u16string& title, const std::u16string& text) {
     limitAnswerTime(warning);
     openOwnerBus(address, [warning](GDBusConnection* bus) { tellByNotification(bus, warning); });
 }
+
+} // namespace rotika

@@ -8,6 +8,8 @@
 #include <mutex>
 #include <optional>
 
+namespace rotika {
+
 namespace {
 
 struct PostedMessage {
@@ -70,3 +72,5 @@ bool postWindowMessage(WindowHandle window, std::uint32_t message, std::uintptr_
     callOwnerSoon(deliverOne, nullptr);
     return true;
 }
+
+} // namespace rotika

@@ -10,6 +10,8 @@
 #include <string>
 #include <thread>
 
+namespace rotika {
+
 // The server's asynchronous interface, turned by the listening thread itself while it waits: no thread and no
 // lock of ours. Losing and finding the device again goes on inside these waits.
 //
@@ -362,3 +364,5 @@ void requeueSoundBuffer(Microphone& microphone, std::size_t index) {
         handOut(microphone, index);
     }
 }
+
+} // namespace rotika

@@ -5,6 +5,8 @@
 #include "platform/linux/monitors.h"
 #include "platform/linux/root_events.h"
 
+namespace rotika {
+
 namespace {
 
 // A mode change comes as several events, some of them while the screen is half way.
@@ -58,3 +60,5 @@ void watchMonitors(void (*changed)() noexcept) {
                    RRScreenChangeNotifyMask | RRCrtcChangeNotifyMask | RROutputChangeNotifyMask);
     selectRootEvents(StructureNotifyMask); // monitors that a person has defined come as a resize alone
 }
+
+} // namespace rotika

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/geometry_types.h"
+#include "base/geometry.h"
 
 #include <vector>
+
+namespace rotika {
 
 struct Monitors {
     std::vector<Rect> all; // never empty
@@ -13,3 +15,5 @@ struct Monitors {
 
 /// Asks the server, and makes the answer the one that primaryMonitor() goes by. Owner thread.
 const Monitors& refreshMonitors();
+
+} // namespace rotika

@@ -13,6 +13,8 @@
 #include <memory>
 #include <vector>
 
+namespace rotika {
+
 // A layer is an override-redirect window whose background is the picture: the server itself paints it when
 // the window is mapped or uncovered, in one go, and nothing old or empty is ever seen.
 
@@ -407,3 +409,5 @@ void presentPicture(WindowHandle window, const Picture& picture) {
     if (layer != nullptr)
         present(windowOf(window), *layer, picture);
 }
+
+} // namespace rotika

@@ -3,6 +3,8 @@
 #include <memory>
 #include <utility>
 
+namespace rotika {
+
 namespace {
 
 using Opened = std::function<void(GDBusConnection* bus)>;
@@ -35,3 +37,5 @@ void askOnOwnerBus(GDBusConnection* bus, const BusCall& call, GVariant* argument
                            G_VARIANT_TYPE(call.answerType), call.flags, call.limitMs, nullptr, takeAnswer,
                            handler.release());
 }
+
+} // namespace rotika

@@ -5,6 +5,8 @@
 #include <functional>
 #include <string>
 
+namespace rotika {
+
 /// Connects to the bus at `address` in the background: a bus that hangs holds nothing up. `opened` is called
 /// once by the owner's loop, with null if there is no such bus; what it asks and subscribes to is answered
 /// by the owner's loop as well. The connection is kept to the end of the process. Owner thread.
@@ -25,3 +27,5 @@ struct BusCall {
     int limitMs = -1;
 };
 void askOnOwnerBus(GDBusConnection* bus, const BusCall& call, GVariant* arguments, BusAnswer answered);
+
+} // namespace rotika

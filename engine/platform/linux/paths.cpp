@@ -1,11 +1,13 @@
 #include "platform/paths.h"
 
+#include "base/text.h"
 #include "common/linux/data_folder.h"
-#include "core/text.h"
 #include "platform/files.h"
 
 #include <algorithm>
 #include <cstdlib>
+
+namespace rotika {
 
 std::u16string programFolder() {
     return utf16FromUtf8(decidedDataFolder().native());
@@ -32,3 +34,5 @@ std::u16string joinPath(const std::u16string& folder, const std::u16string& name
 bool isFullPath(const std::u16string& path) {
     return path.starts_with(u'/');
 }
+
+} // namespace rotika

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <numbers>
 
+namespace rotika {
+
 namespace {
 
 struct Bounds {
@@ -314,3 +316,5 @@ void warmUpDrawing() {
     for (const bool isBold : {true, false})
         textMaskFor({u"Zażółć gęślą jaźń 0123456789", {0, 0, 124, 68}, 19, isBold, {}});
 }
+
+} // namespace rotika

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "platform/picture.h"
+#include "base/picture.h"
 
 #include <cairo.h>
 
 #include <memory>
+
+namespace rotika {
 
 /// A region in whole pixels, given back by its owner.
 struct PixelRegionDeleter {
@@ -20,3 +22,5 @@ void drawPicture(cairo_surface_t* surface, const Picture& picture, const cairo_r
 
 /// Loads fonts and draws a first text, which costs tens of milliseconds once.
 void warmUpDrawing();
+
+} // namespace rotika

@@ -1,8 +1,9 @@
-#include "platform/linux/picture_image.h"
+#include "platform/picture_image.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 #include "platform/linux/glib_handles.h"
+#include "platform/linux/picture_image.h"
 
 #include <fcntl.h>
 #include <gdk-pixbuf/gdk-pixbuf.h>
@@ -11,6 +12,8 @@
 
 #include <cstddef>
 #include <string>
+
+namespace rotika {
 
 struct PictureImage {
     cairo_surface_t* pixels;
@@ -88,3 +91,5 @@ const PictureImage* loadPictureImage(const std::u16string& path, std::int32_t si
 cairo_surface_t* imagePixels(const PictureImage& image) {
     return image.pixels;
 }
+
+} // namespace rotika

@@ -1,8 +1,12 @@
 #pragma once
 
-#include "platform/picture.h"
+#include "base/picture.h"
 
 #include <cairo.h>
 
+namespace rotika {
+
 /// The pixels of `image`, a square of the size that it was loaded for. Never freed. Owner thread.
 cairo_surface_t* imagePixels(const PictureImage& image);
+
+} // namespace rotika

@@ -5,6 +5,8 @@
 #include <numbers>
 #include <tuple>
 
+namespace rotika {
+
 namespace {
 
 constexpr std::size_t mostMasks = 256; // a wheel of 24 fields uses 48
@@ -81,3 +83,5 @@ void addPiePath(cairo_t* context, const PictureBox& box, float startAngle, float
     addArcPath(context, box, startAngle, sweepAngle);
     cairo_close_path(context);
 }
+
+} // namespace rotika

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/picture.h"
+#include "base/picture.h"
 
 #include <cairo.h>
+
+namespace rotika {
 
 /// A pie's coverage, drawn once, and where its top left stands in the layer.
 struct PieMask {
@@ -20,3 +22,5 @@ const PieMask& pieMaskFor(const PictureBox& box, float startAngle, float sweepAn
 /// ellipse.
 void addPiePath(cairo_t* context, const PictureBox& box, float startAngle, float sweepAngle);
 void addArcPath(cairo_t* context, const PictureBox& box, float startAngle, float sweepAngle);
+
+} // namespace rotika

@@ -7,6 +7,8 @@
 
 #include <cstdio>
 
+namespace rotika {
+
 bool openPlatform() {
     if (!openConnection()) {
         std::fputs("Rotika: brak serwera X z rozszerzeniami XInput 2, XTest, XFixes, RandR 1.5 i XKB.\n",
@@ -18,3 +20,5 @@ bool openPlatform() {
     warmUpDrawing();
     return true;
 }
+
+} // namespace rotika

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <vector>
 
+namespace rotika {
+
 namespace {
 
 Monitors known;
@@ -87,3 +89,5 @@ bool mouseButtonsAreSwapped() {
     const int count = XGetPointerMapping(injection.display, mapping, sizeof mapping);
     return count >= 3 && mapping[0] == 3 && mapping[2] == 1;
 }
+
+} // namespace rotika

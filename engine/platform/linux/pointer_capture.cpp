@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+namespace rotika {
+
 // A grabbed slave pointer leaves its master: the cursor stays where it is and no other client sees the
 // device's events, while what XTest injects comes from a slave of its own and passes. Raw motion of a grabbed
 // device comes to the grabbing client alone, and only if the grab's own mask asks for it.
@@ -308,3 +310,5 @@ void endPointerCapture() {
     giveBackMice(false);
     waitForReleases();
 }
+
+} // namespace rotika

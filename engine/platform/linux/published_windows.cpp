@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace rotika {
+
 namespace {
 
 // Of each side on average: frames and shadows count for some programs and not for others.
@@ -127,3 +129,5 @@ PublishedWindow* likeliestWindow(const std::vector<PublishingProgram*>& programs
     }
     return best;
 }
+
+} // namespace rotika

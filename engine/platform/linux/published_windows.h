@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace rotika {
+
 /// A window as its program publishes it.
 struct PublishedWindow {
     AccessibleNode node; // without what is below
@@ -57,3 +59,5 @@ enum class WindowKind { front, menu, panel };
 /// enough: labels of another window are worse than none. `isProcessKnown`: the programs are of its process.
 PublishedWindow* likeliestWindow(const std::vector<PublishingProgram*>& programs, const WindowFacts& facts,
                                  WindowKind kind, bool isProcessKnown);
+
+} // namespace rotika

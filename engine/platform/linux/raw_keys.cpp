@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace rotika {
+
 void selectRawKeys(Display* display, bool isOn) {
     unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
     if (isOn) {
@@ -28,3 +30,5 @@ bool isKeyDown(Display* display, KeyCode code) {
     XQueryKeymap(display, down.data());
     return (static_cast<unsigned char>(down[code / 8]) >> (code % 8) & 1) != 0;
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace rotika {
+
 // Raw presses and releases of all keyboards, whoever has the focus or a grab; auto-repeats are not among
 // them. They are asked for only while they are needed, so that people's typing is not listened to otherwise.
 // Each on its own connection.
@@ -21,3 +23,5 @@ std::optional<RawKey> rawKeyOf(const XEvent& event);
 
 /// Whether the key is down now, as the server sees it.
 bool isKeyDown(Display* display, KeyCode code);
+
+} // namespace rotika

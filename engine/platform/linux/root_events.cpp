@@ -2,6 +2,8 @@
 
 #include "platform/linux/connection.h"
 
+namespace rotika {
+
 namespace {
 long selected = NoEventMask;
 }
@@ -15,3 +17,5 @@ void unselectRootEvents(long events) {
     selected &= ~events;
     XSelectInput(ownerDisplay(), rootWindow(), selected);
 }
+
+} // namespace rotika

@@ -3,6 +3,8 @@
 #include "platform/linux/connection.h"
 #include "platform/linux/session_lock.h"
 
+namespace rotika {
+
 void wakeScreen() {
     if (ownerDisplay() == nullptr)
         return;
@@ -10,3 +12,5 @@ void wakeScreen() {
     XFlush(ownerDisplay());
     tellLockersOfActivity();
 }
+
+} // namespace rotika

@@ -11,6 +11,8 @@
 #include <set>
 #include <string>
 
+namespace rotika {
+
 // There is no one place that knows whether a session is locked. Each desktop's locker says so on the session
 // bus, logind keeps a hint that some lockers set, and XScreenSaver has a property. The session counts as
 // locked as long as any of them says so. A locker that tells nobody cannot be known: a grabbed keyboard may
@@ -240,3 +242,5 @@ void tellLockersOfActivity() {
                           [](GVariant*) {});
     }
 }
+
+} // namespace rotika

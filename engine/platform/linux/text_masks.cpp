@@ -1,6 +1,6 @@
 #include "platform/linux/text_masks.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 #include "platform/linux/glib_handles.h"
 
@@ -11,6 +11,8 @@
 #include <map>
 #include <tuple>
 #include <utility>
+
+namespace rotika {
 
 namespace {
 
@@ -93,3 +95,5 @@ const TextMask& textMaskFor(const TextInBox& text) {
         dropAllMasks();
     return masks.emplace(std::move(key), drawMask(text)).first->second;
 }
+
+} // namespace rotika

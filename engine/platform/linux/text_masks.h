@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/picture.h"
+#include "base/picture.h"
 
 #include <cairo.h>
+
+namespace rotika {
 
 /// A text drawn once: its coverage, and where in its box it stands.
 struct TextMask {
@@ -14,3 +16,5 @@ struct TextMask {
 /// Shaping a text costs a hundred times what painting its mask costs, and the wheel shows the same texts
 /// frame after frame. Valid until the next call. Owner thread.
 const TextMask& textMaskFor(const TextInBox& text);
+
+} // namespace rotika

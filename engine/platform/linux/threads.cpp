@@ -5,6 +5,8 @@
 #include <thread>
 #include <utility>
 
+namespace rotika {
+
 bool startDetachedThread(std::function<void()> body) {
     try {
         std::thread([run = std::move(body)]() noexcept { run(); }).detach();
@@ -17,3 +19,5 @@ bool startDetachedThread(std::function<void()> body) {
 bool waitForEnd(const std::future<void>& ended, std::uint32_t limitMs) {
     return ended.wait_for(std::chrono::milliseconds(limitMs)) == std::future_status::ready;
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <map>
 
+namespace rotika {
+
 namespace {
 
 using Tick = void (*)() noexcept;
@@ -35,3 +37,5 @@ void stopWindowTimer(WindowHandle window) {
     g_source_unref(running->second);
     timers.erase(running);
 }
+
+} // namespace rotika

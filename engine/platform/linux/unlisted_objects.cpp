@@ -6,6 +6,8 @@
 #include <string_view>
 #include <system_error>
 
+namespace rotika {
+
 namespace {
 
 constexpr std::string_view pathStart = "/org/a11y/atspi/accessible/";
@@ -44,3 +46,5 @@ std::vector<BusObject> unlistedObjects(const std::set<std::pair<std::string, std
             objects.push_back({program, std::string(pathStart) + std::to_string(number)});
     return objects;
 }
+
+} // namespace rotika

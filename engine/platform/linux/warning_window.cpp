@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <map>
 
+namespace rotika {
+
 // Painted by the engine itself: it comes up before the shell has any window, and the engine knows no toolkit.
 
 namespace {
@@ -151,3 +153,5 @@ void openWarningWindow(const std::string& title, const std::string& text) {
     XMapRaised(display, window);
     XFlush(display);
 }
+
+} // namespace rotika

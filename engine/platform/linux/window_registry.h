@@ -1,8 +1,12 @@
 #pragma once
 
+#include "base/window_handle.h"
 #include "platform/messages.h"
-#include "platform/window_handle.h"
+
+namespace rotika {
 
 // The windows of this process and who handles what is posted to them. Owner thread.
 
 void registerWindow(WindowHandle window, MessageHandler handler);
+
+} // namespace rotika

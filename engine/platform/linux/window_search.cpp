@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <iterator>
 
+namespace rotika {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -181,3 +183,5 @@ WindowSearch::Found WindowSearch::foundBeside(const std::vector<Rect>& places, E
     std::ranges::move(others, std::back_inserter(found.elements.roots));
     return found;
 }
+
+} // namespace rotika

@@ -10,6 +10,8 @@
 #include <memory>
 #include <vector>
 
+namespace rotika {
+
 /// A window of the screen, and what its program publishes of it.
 struct SearchedWindow {
     WindowFacts facts;
@@ -67,3 +69,5 @@ private:
     int openGuesses = 0;
     bool hasGuessed = false;
 };
+
+} // namespace rotika

@@ -2,7 +2,6 @@
 
 // The one place that includes Xlib and its extensions, whose macros and names would break other headers.
 
-#define Picture XRenderPictureId
 #include <X11/XKBlib.h>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -15,7 +14,6 @@
 #include <X11/extensions/Xrandr.h>
 #include <X11/extensions/shape.h>
 #include <X11/keysym.h>
-#undef Picture
 #undef None
 #undef Bool
 #undef Status
@@ -24,10 +22,12 @@
 #undef Unsorted
 #undef Complex
 
-#include "platform/window_handle.h"
+#include "base/window_handle.h"
 
 #include <cstdint>
 #include <memory>
+
+namespace rotika {
 
 inline constexpr XID noXid = 0;
 
@@ -46,3 +46,5 @@ struct XFreeDeleter {
 };
 template <typename T>
 using XOwned = std::unique_ptr<T, XFreeDeleter>;
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+namespace rotika {
+
 std::uint64_t tickCount() {
     const SimulatedDesktop& desktop = simulatedDesktop();
     return desktop.bootedBeforeMs + desktop.clock.now();
@@ -10,3 +12,5 @@ std::uint64_t tickCount() {
 void sleepMs(std::uint32_t durationMs) {
     simulatedDesktop().clock.sleepCallingWorker(durationMs);
 }
+
+} // namespace rotika

@@ -1,8 +1,10 @@
 #include "platform/dynamic_library.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 #include "platform/simulated/simulated_desktop.h"
+
+namespace rotika {
 
 // Only workers load libraries, one at a time, so the owner thread may look at the desktop between their
 // turns.
@@ -24,14 +26,4 @@ std::string pathForLibrary(const std::u16string& path) {
     return utf8FromUtf16(path);
 }
 
-std::u16string speechLibraryName() {
-    return u"simulated-speech";
-}
-
-std::u16string gazeLibraryName() {
-    return u"simulated-gaze";
-}
-
-std::vector<std::u16string> gazeLibraryRoots() {
-    return simulatedDesktop().gazeRoots;
-}
+} // namespace rotika

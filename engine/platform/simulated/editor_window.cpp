@@ -1,10 +1,12 @@
 #include "platform/editor_window.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 #include "platform/simulated/simulated_desktop.h"
 
 #include <utility>
+
+namespace rotika {
 
 namespace {
 
@@ -192,3 +194,5 @@ std::optional<std::u16string> pickFileToSave(WindowHandle window, std::span<cons
     open(dialogWords("save", filters, folder) + ", " + utf8FromUtf16(name) + ", " + utf8FromUtf16(extension));
     return next(simulatedDesktop().editor.pickedFiles);
 }
+
+} // namespace rotika

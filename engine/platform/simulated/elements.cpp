@@ -4,6 +4,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+namespace rotika {
+
 void prepareElementSearches() {
     simulatedDesktop().askedForElements = true;
 }
@@ -15,3 +17,5 @@ FoundElements findElements(const ElementSearch& search) {
     sleepMs(desktop.elementSearchMs);
     return found;
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+namespace rotika {
+
 bool runGuarded(void (*body)(void* context), void* context) {
     try {
         body(context);
@@ -10,3 +12,5 @@ bool runGuarded(void (*body)(void* context), void* context) {
         return false;
     }
 }
+
+} // namespace rotika

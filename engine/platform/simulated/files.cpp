@@ -1,6 +1,6 @@
 #include "platform/files.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 #include "platform/simulated/simulated_files.h"
 
@@ -9,6 +9,8 @@
 #include <fstream>
 #include <iterator>
 #include <system_error>
+
+namespace rotika {
 
 namespace {
 
@@ -115,3 +117,5 @@ std::vector<std::u16string> foldersIn(const std::u16string& folder) {
 void setSimulatedDiskRoom(std::optional<std::size_t> bytes) {
     diskRoom = bytes;
 }
+
+} // namespace rotika

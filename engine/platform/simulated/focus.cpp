@@ -2,6 +2,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+namespace rotika {
+
 WindowHandle foregroundWindow() {
     simulatedDesktop().requireOwner("foreground asked on a worker");
     return simulatedDesktop().foreground;
@@ -20,3 +22,5 @@ void bringToForeground(WindowHandle window) {
     desktop.foreground = &target;
     desktop.note(JournalKind::focus, "focus " + target.name);
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+namespace rotika {
+
 bool registerHotKey(WindowHandle mainWindow, int id, std::uint16_t virtualKey) {
     SimulatedDesktop& desktop = simulatedDesktop();
     if (!desktop.hasDisplay)
@@ -22,3 +24,5 @@ void unregisterHotKey(WindowHandle mainWindow, int id) {
     if (desktop.hotKeys.erase(id) > 0)
         desktop.note(JournalKind::hotKey, "unregister");
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+namespace rotika {
+
 namespace {
 std::string motionName(InputMotion motion) {
     switch (motion) {
@@ -43,3 +45,5 @@ void injectMouseButton(std::uint32_t button, InputMotion motion) {
         desktop.buttonsDown.insert(button);
     }
 }
+
+} // namespace rotika

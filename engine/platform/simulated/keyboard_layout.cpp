@@ -5,6 +5,8 @@
 #include <map>
 #include <string_view>
 
+namespace rotika {
+
 namespace {
 
 constexpr unsigned shift = 0x100;
@@ -67,3 +69,5 @@ void setSimulatedLayoutKey(char16_t character, std::uint16_t keyAndShift) {
 void resetSimulatedLayout() {
     layoutInForce = polishProgrammers();
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+namespace rotika {
+
 WindowHandle createMainWindow(const MainWindowHandlers& handlers) {
     SimulatedDesktop& desktop = simulatedDesktop();
     desktop.requireOwner("main window made on a worker");
@@ -20,3 +22,5 @@ void repaintMainWindow(WindowHandle mainWindow) {
         breakContract("no main window repainted");
     ++simulatedDesktop().mainWindowRepaints;
 }
+
+} // namespace rotika

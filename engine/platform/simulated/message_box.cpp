@@ -1,8 +1,10 @@
 #include "platform/message_box.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 #include "platform/simulated/simulated_desktop.h"
+
+namespace rotika {
 
 void showWarningBox(const std::u16string& title, const std::u16string& text) {
     SimulatedDesktop& desktop = simulatedDesktop();
@@ -10,3 +12,5 @@ void showWarningBox(const std::u16string& title, const std::u16string& text) {
     desktop.note(JournalKind::box, "[" + utf8FromUtf16(title) + "] " + utf8FromUtf16(text));
     desktop.pumpMessages();
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+namespace rotika {
+
 bool postWindowMessage(WindowHandle window, std::uint32_t message, std::uintptr_t wParam,
                        std::intptr_t lParam) {
     if (window == nullptr || !window->isAlive)
@@ -12,3 +14,5 @@ bool postWindowMessage(WindowHandle window, std::uint32_t message, std::uintptr_
     });
     return true;
 }
+
+} // namespace rotika

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+namespace rotika {
+
 namespace {
 
 constexpr std::uint32_t bufferMs = 100;
@@ -89,3 +91,5 @@ void requeueSoundBuffer(Microphone& microphone, std::size_t index) {
     microphone.buffers[index].place = BufferPlace::device;
     microphone.queue.push_back(index);
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+namespace rotika {
+
 namespace {
 std::string describe(const Rect& place) {
     return std::to_string(place.left) + "," + std::to_string(place.top) + " " +
@@ -69,3 +71,5 @@ void presentPictureAt(WindowHandle window, Point corner, const Picture& picture)
     painted.place = {corner.x, corner.y, corner.x + picture.width, corner.y + picture.height};
     presentPicture(window, picture);
 }
+
+} // namespace rotika

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <mutex>
 
+namespace rotika {
+
 namespace {
 
 constexpr char16_t nowhere[] = u"no-such-folder";
@@ -59,3 +61,5 @@ void resetSimulatedFiles() {
 bool isFullPath(const std::u16string& path) {
     return path.starts_with(u'/') || path.find(u':') != std::u16string::npos;
 }
+
+} // namespace rotika

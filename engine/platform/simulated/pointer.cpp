@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace rotika {
+
 Point cursorPosition() {
     simulatedDesktop().requireOwner("cursor asked on a worker");
     return simulatedDesktop().cursor;
@@ -34,3 +36,5 @@ Rect primaryMonitor() {
 bool mouseButtonsAreSwapped() {
     return simulatedDesktop().buttonsAreSwapped;
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace rotika {
+
 void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCaptureHandlers& handlers) {
     SimulatedDesktop& desktop = simulatedDesktop();
     desktop.requireWindow(wheelWindow, "capture without a window");
@@ -29,3 +31,5 @@ void endPointerCapture() {
         desktop.note(JournalKind::capture, "capture ended");
     }
 }
+
+} // namespace rotika

@@ -2,6 +2,10 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+namespace rotika {
+
 void wakeScreen() {
     ++simulatedDesktop().screenWakeUps;
 }
+
+} // namespace rotika

@@ -1,8 +1,8 @@
 #include "platform/simulated/simulated_desktop.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
+
+namespace rotika {
 
 namespace {
 std::unique_ptr<SimulatedDesktop>& desktopSlot() {
@@ -19,11 +19,6 @@ void resetSimulatedDesktop() {
     // Workers act on the desktop in force, so they must end before it goes.
     desktopSlot()->clock.drain();
     desktopSlot() = std::make_unique<SimulatedDesktop>();
-}
-
-void breakContract(const char* what) {
-    std::fprintf(stderr, "simulated desktop: %s\n", what);
-    std::abort();
 }
 
 SimulatedDesktop::SimulatedDesktop() {
@@ -193,3 +188,5 @@ std::set<std::uint16_t> SimulatedDesktop::registeredKeys() const {
         keys.insert(hotKey.virtualKey);
     return keys;
 }
+
+} // namespace rotika

@@ -1,13 +1,14 @@
 #pragma once
 
+#include "base/geometry.h"
+#include "base/picture.h"
 #include "platform/elements.h"
-#include "platform/geometry_types.h"
 #include "platform/main_window.h"
 #include "platform/overlay_window.h"
-#include "platform/picture.h"
 #include "platform/pointer_capture.h"
 #include "platform/tray.h"
 
+#include "platform/simulated/broken_contract.h"
 #include "platform/simulated/simulated_editor.h"
 #include "platform/simulated/virtual_clock.h"
 
@@ -26,6 +27,8 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+namespace rotika {
 
 struct PictureImage {
     std::u16string path;
@@ -221,5 +224,4 @@ SimulatedDesktop& simulatedDesktop();
 /// A new desktop in place of the old one, whose workers are played to their end first.
 void resetSimulatedDesktop();
 
-/// Ends the process: a promise of the seam was broken.
-[[noreturn]] void breakContract(const char* what);
+} // namespace rotika

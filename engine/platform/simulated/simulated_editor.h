@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace rotika {
+
 /// The editor's window as the person at the machine has it. Boxes and file dialogs go to the journal, each
 /// with its answer taken from the queues here, or "no" and "cancel".
 class SimulatedEditor {
@@ -43,3 +45,5 @@ public:
     // For the functions of the seam alone
     EditorWindowHandlers handlers{};
 };
+
+} // namespace rotika

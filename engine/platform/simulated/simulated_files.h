@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+namespace rotika {
+
 // The simulated machine's files lie on the real disk, in a folder that the test chooses, so that loaders and
 // writers meet real bytes. Owner thread, unless said otherwise.
 
@@ -27,3 +29,5 @@ void resetSimulatedLayout();
 
 /// No folders, no limit, the first layout.
 void resetSimulatedFiles();
+
+} // namespace rotika

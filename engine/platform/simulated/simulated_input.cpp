@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+namespace rotika {
+
 namespace {
 std::string buttonName(std::uint32_t button) {
     static constexpr std::array<const char*, 5> names{"left", "right", "middle", "side 1", "side 2"};
@@ -92,3 +94,5 @@ void SimulatedDesktop::pressKey(std::uint16_t virtualKey) {
 void SimulatedDesktop::releaseKey(std::uint16_t virtualKey) {
     physicalKeysDown.erase(virtualKey);
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <chrono>
 
+namespace rotika {
+
 bool startDetachedThread(std::function<void()> body) {
     if (simulatedDesktop().refusesThreads)
         return false;
@@ -18,3 +20,5 @@ bool waitForEnd(const std::future<void>& ended, std::uint32_t limitMs) {
     simulatedDesktop().clock.playWorkersUntil(isReady, limitMs);
     return isReady();
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+namespace rotika {
+
 void startWindowTimer(WindowHandle window, std::uint32_t periodMs, void (*tick)() noexcept) {
     SimulatedDesktop& desktop = simulatedDesktop();
     PlatformWindow& owner = desktop.requireWindow(window, "timer of a dead window");
@@ -15,3 +17,5 @@ void stopWindowTimer(WindowHandle window) {
     if (desktop.timers.erase(window) > 0)
         desktop.note(JournalKind::timer, "timer of " + owner.name + " stopped");
 }
+
+} // namespace rotika

@@ -1,8 +1,10 @@
 #include "platform/tray.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 #include "platform/simulated/simulated_desktop.h"
+
+namespace rotika {
 
 void addTrayIcon(WindowHandle mainWindow, const std::u16string& tip) {
     SimulatedDesktop& desktop = simulatedDesktop();
@@ -29,3 +31,5 @@ void showTrayBalloon(const std::u16string& title, const std::u16string& text, Ba
                                         utf8FromUtf16(cutTo(title, 63)) + "] " +
                                         utf8FromUtf16(cutTo(text, 255)));
 }
+
+} // namespace rotika

@@ -1,9 +1,11 @@
 #include "platform/simulated/virtual_clock.h"
 
-#include "platform/simulated/simulated_desktop.h"
+#include "platform/simulated/broken_contract.h"
 
 #include <algorithm>
 #include <chrono>
+
+namespace rotika {
 
 namespace {
 // Far beyond what one turn takes even under a sanitizer: only a worker that hangs meets it.
@@ -130,3 +132,5 @@ void VirtualClock::playWorkersUntil(const std::function<bool()>& condition, std:
         runDueWorker();
     }
 }
+
+} // namespace rotika

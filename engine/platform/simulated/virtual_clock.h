@@ -10,6 +10,8 @@
 #include <optional>
 #include <thread>
 
+namespace rotika {
+
 /// Time that moves only when the owner thread says so, and the threads that sleep on it. Exactly one thread
 /// runs at any moment: the owner, or the one worker whose turn it is, so that every order of events is exact
 /// and the same in each run. Due workers take their turns by wake time, then by the order in which they were
@@ -73,3 +75,5 @@ private:
     std::condition_variable turnEnded;
     std::list<std::unique_ptr<Worker>> workers; // in order of start
 };
+
+} // namespace rotika

@@ -3,6 +3,8 @@
 #include <array>
 #include <utility>
 
+namespace rotika {
+
 namespace {
 
 using Condition = ComPointer<IUIAutomationCondition>;
@@ -156,3 +158,5 @@ std::vector<ScreenElement> Automation::targetsBelow(const AutomationElement& ele
     }
     return elements;
 }
+
+} // namespace rotika

@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+namespace rotika {
+
 using AutomationElement = ComPointer<IUIAutomationElement>;
 
 /// UI Automation, made ready to search for what can be clicked or focused. Used and ended on one thread,
@@ -32,3 +34,5 @@ private:
     ComPointer<IUIAutomationCacheRequest> properties;
     ComPointer<IUIAutomationCondition> targets;
 };
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/windows/windows_api.h"
 
+namespace rotika {
+
 std::uint64_t tickCount() {
     return GetTickCount64();
 }
@@ -9,3 +11,5 @@ std::uint64_t tickCount() {
 void sleepMs(std::uint32_t durationMs) {
     Sleep(durationMs);
 }
+
+} // namespace rotika

@@ -2,6 +2,8 @@
 
 #include "platform/windows/windows_api.h"
 
+namespace rotika {
+
 /// The calling thread may use COM as long as this lives; `model` is of COINIT.
 class ComSession {
 public:
@@ -18,3 +20,5 @@ public:
 private:
     bool isOpen;
 };
+
+} // namespace rotika

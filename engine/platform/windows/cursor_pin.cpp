@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+namespace rotika {
+
 namespace {
 
 /// Left, top, right and bottom as `extended` counts them, from 1.
@@ -84,3 +86,5 @@ std::optional<RECT> clipBefore(const HeldThings& held) {
     }
     return known == std::size(sides) ? std::optional(clip) : std::nullopt;
 }
+
+} // namespace rotika

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "platform/geometry_types.h"
+#include "base/geometry.h"
 
 #include "platform/windows/held_things.h"
 #include "platform/windows/windows_api.h"
 
 #include <optional>
 #include <vector>
+
+namespace rotika {
 
 // The rectangle that holds the cursor: ours, and the one that a program (a game, most often) had set before.
 // Shared by the program and its guard. Any thread.
@@ -28,3 +30,5 @@ GuardRecord pinRecord(bool pinned);
 std::vector<GuardRecord> clipRecords(const RECT& clip);
 bool isPinRecord(const GuardRecord& record);
 std::optional<RECT> clipBefore(const HeldThings& held);
+
+} // namespace rotika

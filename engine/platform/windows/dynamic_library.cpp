@@ -1,9 +1,11 @@
 #include "platform/dynamic_library.h"
 
+#include "base/text.h"
 #include "common/windows/unlimited_path.h"
-#include "core/text.h"
 
 #include "platform/windows/windows_api.h"
+
+namespace rotika {
 
 namespace {
 
@@ -62,20 +64,4 @@ std::string pathForLibrary(const std::u16string& path) {
     return utf8FromUtf16(path);
 }
 
-std::u16string speechLibraryName() {
-    return u"libvosk.dll";
-}
-
-std::u16string gazeLibraryName() {
-    return u"tobii_stream_engine.dll";
-}
-
-std::vector<std::u16string> gazeLibraryRoots() {
-    return {
-        u"C:\\Program Files\\Tobii",
-        u"C:\\Program Files (x86)\\Tobii",
-        u"C:\\Program Files\\Tobii Experience",
-        u"C:\\Program Files (x86)\\Tobii Experience",
-        u"C:\\ProgramData\\Tobii",
-    };
-}
+} // namespace rotika

@@ -6,6 +6,8 @@
 #include <array>
 #include <vector>
 
+namespace rotika {
+
 namespace {
 
 constexpr DWORD windowStyle = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
@@ -269,3 +271,5 @@ std::optional<std::u16string> pickFileToSave(WindowHandle window, std::span<cons
                                              const std::u16string& extension) {
     return pickFile(window, filters, folder, {GetSaveFileNameW, OFN_OVERWRITEPROMPT, name, extension});
 }
+
+} // namespace rotika

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <utility>
 
+namespace rotika {
+
 namespace {
 
 /// Part of the class name of the windows in which browsers show their pages.
@@ -126,3 +128,5 @@ FoundElements findElements(const ElementSearch& search) {
     }
     return found;
 }
+
+} // namespace rotika

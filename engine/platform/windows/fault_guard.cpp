@@ -6,6 +6,8 @@
 
 #include <utility>
 
+namespace rotika {
+
 // A fault is found by the frame handler of callInFaultFrame, after every handler of the code below has had
 // its turn. The system's search for handlers fails, and ends the process, where it meets code without unwind
 // tables, as the matrix kernels of a speech recogniser are. So a vectored handler, which comes before that
@@ -152,3 +154,5 @@ bool runGuarded(void (*body)(void* context), void* context) {
     }
     return outcome == bodyReturned;
 }
+
+} // namespace rotika

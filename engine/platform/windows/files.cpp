@@ -6,6 +6,8 @@
 
 #include <string_view>
 
+namespace rotika {
+
 namespace {
 
 void closeListing(HANDLE handle) {
@@ -55,3 +57,5 @@ std::vector<std::u16string> foldersIn(const std::u16string& folder) {
     } while (FindNextFileW(listing.get(), &entry) != 0);
     return names;
 }
+
+} // namespace rotika

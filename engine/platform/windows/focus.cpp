@@ -2,6 +2,8 @@
 
 #include "platform/windows/windows_api.h"
 
+namespace rotika {
+
 WindowHandle foregroundWindow() {
     return windowHandle(GetForegroundWindow());
 }
@@ -22,3 +24,5 @@ void bringToForeground(WindowHandle window) {
         AttachThreadInput(ownThread, presentThread, FALSE);
     }
 }
+
+} // namespace rotika

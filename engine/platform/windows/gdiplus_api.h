@@ -18,6 +18,8 @@ using std::min;
 
 namespace gdip = Gdiplus::DllExports;
 
+namespace rotika {
+
 inline void deleteGraphics(Gdiplus::GpGraphics* object) {
     gdip::GdipDeleteGraphics(object);
 }
@@ -51,3 +53,5 @@ using ImageHandle = UniqueHandle<Gdiplus::GpImage*, disposeImage>;
 using FontFamilyHandle = UniqueHandle<Gdiplus::GpFontFamily*, deleteFontFamily>;
 using StringFormatHandle = UniqueHandle<Gdiplus::GpStringFormat*, deleteStringFormat>;
 using ImageAttributesHandle = UniqueHandle<Gdiplus::GpImageAttributes*, disposeImageAttributes>;
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace rotika {
+
 /// Owns one system object and closes it with `close`. Move-only; empty by default.
 template <typename Handle, auto close>
 class UniqueHandle {
@@ -94,3 +96,5 @@ private:
     HDC dc;
     HGDIOBJ former;
 };
+
+} // namespace rotika

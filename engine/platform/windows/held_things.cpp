@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace rotika {
+
 namespace {
 
 /// The cursor is pinned or not, so the records of a pin go together; what tells them apart when they come is
@@ -28,3 +30,5 @@ void HeldThings::apply(const GuardRecord& record) {
 bool HeldThings::contains(const GuardRecord& record) const {
     return std::ranges::any_of(held, [&](const GuardRecord& other) { return replaces(record, other); });
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+namespace rotika {
+
 /// What the records of the guard's pipe say to be down. The program keeps it too, for the guard that follows
 /// on one that died. Not locked.
 class HeldThings {
@@ -16,3 +18,5 @@ public:
 private:
     std::vector<GuardRecord> held;
 };
+
+} // namespace rotika

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace rotika {
+
 namespace {
 
 struct Modifier {
@@ -151,3 +153,5 @@ int registeredHotKeyId(WPARAM wParam) noexcept {
     const int id = static_cast<int>(wParam);
     return id >= modifiedIdOffset ? id - modifiedIdOffset : id;
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace rotika {
+
 // The hot keys' other side: the modifiers that functions hold down. While they do, the person's press of a
 // hot key comes with these modifiers, and the system takes a hot key only with exactly the modifiers that it
 // was registered with.
@@ -18,3 +20,5 @@ void followHeldModifiers() noexcept;
 
 /// What the engine calls the hot key of a WM_HOTKEY. Owner thread.
 int registeredHotKeyId(WPARAM wParam) noexcept;
+
+} // namespace rotika

@@ -11,6 +11,8 @@
 #include <mutex>
 #include <vector>
 
+namespace rotika {
+
 namespace {
 
 /// Never destroyed: a thread that nobody waits for works on it.
@@ -118,3 +120,5 @@ void injectMouseButton(std::uint32_t button, InputMotion motion) {
     record.code = button;
     inject(record, motion);
 }
+
+} // namespace rotika

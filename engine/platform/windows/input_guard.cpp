@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+namespace rotika {
+
 namespace {
 
 /// Never destroyed: its end must come with the end of the process, and with nothing else.
@@ -153,3 +155,5 @@ void tellInputGuard(const GuardRecord& record) {
         writeRecord(link.pipe.get(), record);
     }
 }
+
+} // namespace rotika

@@ -15,6 +15,8 @@
 #include <cstddef>
 #include <vector>
 
+using namespace rotika;
+
 namespace {
 
 /// Keys and buttons until they are up: there may be no desktop that takes their release just now.

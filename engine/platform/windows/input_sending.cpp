@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace rotika {
+
 namespace {
 
 struct Button {
@@ -110,3 +112,5 @@ bool sendReleaseAgain(const GuardRecord& thing) {
     const bool isUp = GetForegroundWindow() != nullptr && !isDown(thing);
     return isUp || send(thing, false);
 }
+
+} // namespace rotika

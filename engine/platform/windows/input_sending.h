@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace rotika {
+
 // One injected event each, of the key or button that the record names; shared by the program and its guard.
 // Other records, and buttons above 4, are none. Any thread.
 
@@ -20,3 +22,5 @@ bool sendReleaseAgain(const GuardRecord& thing);
 
 /// Between two tries.
 inline constexpr std::uint32_t releaseRetryMs = 100;
+
+} // namespace rotika

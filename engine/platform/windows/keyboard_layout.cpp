@@ -2,7 +2,11 @@
 
 #include "platform/windows/windows_api.h"
 
+namespace rotika {
+
 std::uint16_t virtualKeyOfCharacter(char16_t character) {
     // The system's own answer for "no key" is -1, which is noVirtualKey as an unsigned number.
     return static_cast<std::uint16_t>(VkKeyScanW(static_cast<WCHAR>(character)));
 }
+
+} // namespace rotika

@@ -6,6 +6,8 @@
 #include "platform/windows/tray_messages.h"
 #include "platform/windows/ui_font.h"
 
+namespace rotika {
+
 namespace {
 
 constexpr int editorButtonId = 1003;
@@ -63,7 +65,9 @@ void command(HWND window, WORD id) noexcept {
         DestroyWindow(window);
         break;
     case editorButtonId:
-        handlers.editorRequested();
+        if (handlers.editorRequested != nullptr) {
+            handlers.editorRequested();
+        }
         break;
     default:
         break;
@@ -175,3 +179,5 @@ void repaintMainWindow(WindowHandle mainWindow) {
         InvalidateRect(nativeWindow(mainWindow), nullptr, TRUE);
     }
 }
+
+} // namespace rotika

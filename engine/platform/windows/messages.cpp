@@ -2,8 +2,12 @@
 
 #include "platform/windows/windows_api.h"
 
+namespace rotika {
+
 bool postWindowMessage(WindowHandle window, std::uint32_t message, std::uintptr_t wParam,
                        std::intptr_t lParam) {
     // The system takes no window for "post to the calling thread" and reports success.
     return window != nullptr && PostMessageW(nativeWindow(window), message, wParam, lParam) != 0;
 }
+
+} // namespace rotika

@@ -9,6 +9,8 @@
 #include <atomic>
 #include <utility>
 
+namespace rotika {
+
 namespace {
 
 using SoundBuffer = std::array<char, soundBufferBytes>;
@@ -255,3 +257,5 @@ void requeueSoundBuffer(Microphone& microphone, std::size_t index) {
         handOut(microphone, index);
     }
 }
+
+} // namespace rotika

@@ -5,6 +5,8 @@
 #include "platform/windows/raw_input.h"
 #include "platform/windows/window_timer.h"
 
+namespace rotika {
+
 namespace {
 
 constexpr DWORD layerStyle = WS_EX_TOPMOST | WS_EX_TOOLWINDOW | WS_EX_LAYERED | WS_EX_NOACTIVATE;
@@ -164,3 +166,5 @@ void presentPictureAt(WindowHandle window, Point corner, const Picture& picture)
     UpdateLayeredWindow(nativeWindow(window), screen.get(), &target, &size, memory.get(), &source, 0, &blend,
                         ULW_ALPHA);
 }
+
+} // namespace rotika

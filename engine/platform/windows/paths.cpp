@@ -2,6 +2,8 @@
 
 #include "platform/windows/windows_api.h"
 
+namespace rotika {
+
 namespace {
 
 /// The longest path that the system knows, with its terminator.
@@ -36,3 +38,5 @@ std::u16string joinPath(const std::u16string& folder, const std::u16string& name
 bool isFullPath(const std::u16string& path) {
     return path.find(u':') != std::u16string::npos;
 }
+
+} // namespace rotika

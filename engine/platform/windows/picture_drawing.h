@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/picture.h"
+#include "base/picture.h"
 
 #include "platform/windows/windows_api.h"
+
+namespace rotika {
 
 // Owner thread.
 
@@ -12,3 +14,5 @@ void startDrawing();
 /// Clears the bitmap selected into `surface` (32 bits a pixel) to full transparency and draws the picture,
 /// premultiplied.
 void drawPicture(HDC surface, const Picture& picture);
+
+} // namespace rotika

@@ -1,9 +1,10 @@
-#include "platform/windows/picture_image.h"
+#include "platform/picture_image.h"
 
 #include "common/windows/unlimited_path.h"
 
 #include "platform/windows/com_session.h"
 #include "platform/windows/handles.h"
+#include "platform/windows/picture_image.h"
 
 #include <wincodec.h>
 
@@ -13,6 +14,8 @@
 #include <optional>
 #include <span>
 #include <vector>
+
+namespace rotika {
 
 namespace {
 
@@ -137,3 +140,5 @@ const PictureImage* loadPictureImage(const std::u16string& path, std::int32_t si
     Gdiplus::GpBitmap* const pixels = scaler ? decoded(*scaler.get(), sidePx) : nullptr;
     return pixels == nullptr ? nullptr : new PictureImage{pixels};
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 #include "platform/windows/input_guard.h"
 #include "platform/windows/picture_drawing.h"
 
+namespace rotika {
+
 namespace {
 
 /// Fonts are read from disk and their glyphs made at first use, which takes longer than a whole paint.
@@ -29,3 +31,5 @@ bool openPlatform() {
     warmFonts();
     return true;
 }
+
+} // namespace rotika

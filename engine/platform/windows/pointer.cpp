@@ -2,6 +2,8 @@
 
 #include "platform/windows/windows_api.h"
 
+namespace rotika {
+
 Point cursorPosition() {
     POINT position{};
     GetCursorPos(&position);
@@ -29,3 +31,5 @@ Rect primaryMonitor() {
 bool mouseButtonsAreSwapped() {
     return GetSystemMetrics(SM_SWAPBUTTON) != 0;
 }
+
+} // namespace rotika

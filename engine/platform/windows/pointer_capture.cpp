@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <optional>
 
+namespace rotika {
+
 namespace {
 
 constexpr ULONGLONG guardPeriodMs = 250;
@@ -179,3 +181,5 @@ void rawInputArrived(HRAWINPUT record) noexcept {
         capture().handlers.leftPressed();
     }
 }
+
+} // namespace rotika

@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+namespace rotika {
+
 namespace {
 
 /// Not in the compiler's headers: the class WTSSessionInfoEx, and the beginning of what it answers.
@@ -41,3 +43,5 @@ bool sessionIsLocked() {
     WTSFreeMemory(bytes);
     return isLocked;
 }
+
+} // namespace rotika

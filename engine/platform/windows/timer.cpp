@@ -4,6 +4,8 @@
 
 #include <unordered_map>
 
+namespace rotika {
+
 namespace {
 
 constexpr UINT_PTR windowTimerId = 1;
@@ -33,3 +35,5 @@ void windowTimerElapsed(HWND window, WPARAM timerId) noexcept {
         timer->second();
     }
 }
+
+} // namespace rotika

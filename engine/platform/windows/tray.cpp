@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace rotika {
+
 namespace {
 
 /// Without a tray icon it stays blank, and the system refuses a balloon for it.
@@ -55,3 +57,5 @@ void showTrayMenu(HWND mainWindow) noexcept {
     SetForegroundWindow(mainWindow);
     TrackPopupMenu(menu.get(), TPM_RIGHTBUTTON, cursor.x, cursor.y, 0, mainWindow, nullptr);
 }
+
+} // namespace rotika

@@ -2,19 +2,18 @@
 
 // The one place that includes the system's headers.
 
-#include "platform/window_handle.h"
+#include "base/window_handle.h"
 
-// clang-format off: the order matters.
-// GDI has a function of the name of one of our draw commands; nobody calls it.
-#define Polygon GdiPolygon
-#include <windows.h>
-#undef Polygon
+// clang-format off
+#include <windows.h> // first: the others need it
 #include <commdlg.h>
 #include <objbase.h>
 #include <shellapi.h>
 // clang-format on
 
 #include <string>
+
+namespace rotika {
 
 static_assert(sizeof(wchar_t) == sizeof(char16_t), "wide text is UTF-16 on Windows, so pointers may be cast");
 
@@ -36,3 +35,5 @@ inline constexpr UINT firstRegisteredMessage = 0xC000;
 inline HINSTANCE moduleInstance() {
     return GetModuleHandleW(nullptr);
 }
+
+} // namespace rotika

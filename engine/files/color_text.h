@@ -1,0 +1,16 @@
+#pragma once
+
+#include "base/color.h"
+
+#include <string>
+#include <string_view>
+
+namespace rotika {
+
+/// "#RRGGBB" exactly, either case. On false `color` is untouched.
+bool parseHexColor(std::u16string_view text, RgbColor& color);
+
+/// "#RRGGBB" with upper-case digits.
+std::string colorText(RgbColor color);
+
+} // namespace rotika

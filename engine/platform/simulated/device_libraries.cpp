@@ -1,0 +1,19 @@
+#include "platform/device_libraries.h"
+
+#include "platform/simulated/simulated_desktop.h"
+
+namespace rotika {
+
+std::u16string speechLibraryName() {
+    return u"simulated-speech";
+}
+
+std::u16string gazeLibraryName() {
+    return u"simulated-gaze";
+}
+
+std::vector<std::u16string> gazeLibraryRoots() {
+    return simulatedDesktop().gazeRoots;
+}
+
+} // namespace rotika

@@ -1,5 +1,0 @@
-#pragma once
-
-/// A window of this process or of another one. Never dereferenced: an HWND on Windows, an X window id on
-/// Linux. Null is no window. Other processes' windows may die at any time.
-using WindowHandle = struct PlatformWindow*;

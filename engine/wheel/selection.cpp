@@ -1,0 +1,39 @@
+#include "wheel/selection.h"
+
+#include "model/engine_config.h"
+#include "model/engine_state.h"
+#include "run/function_run.h"
+#include "wheel/capture.h"
+#include "wheel/geometry.h"
+#include "wheel/painter.h"
+
+namespace rotika {
+
+void turnPage(std::int32_t arrow) {
+    const auto wheelCount = static_cast<std::int32_t>(engineState.wheels.size());
+    const std::int32_t stride = arrow == 0 ? wheelCount - 1 : 1;
+    engineState.activeWheel = (engineState.activeWheel + stride) % wheelCount;
+    // The new wheel may divide the ring differently under a cursor that has not moved.
+    engineState.hoveredField = hitTestField(engineState.cursorX, engineState.cursorY);
+    paintWheel();
+}
+
+void selectUnderCursor() {
+    if (!engineState.wheelVisible)
+        return;
+    const std::int32_t arrow = hitTestArrow(engineState.cursorX, engineState.cursorY);
+    if (arrow >= 0) {
+        turnPage(arrow);
+        return;
+    }
+    const std::int32_t field = hitTestField(engineState.cursorX, engineState.cursorY);
+    if (field < 0)
+        return;
+    // A copy: giving the focus back may let another program's message in, and that may replace the wheels.
+    const WheelAction action = activeWheelRecord().actions[static_cast<std::size_t>(field)];
+    closeWheel();
+    if (!action.steps.empty())
+        runFunction(action, static_cast<std::uint32_t>(engineConfig.sendDelay.load()));
+}
+
+} // namespace rotika

@@ -1,0 +1,171 @@
+"""Checks the includes of the product against its floors: a folder includes only folders of lower floors.
+
+Prints each offending line; exits with 1 if there is one. docs/architecture.md explains the floors.
+"""
+import pathlib
+import re
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+FLOORS = {
+    "common": 0,
+    "licence": 0,
+    "engine/base": 1,
+    "engine/model": 2,
+    "engine/platform": 2,
+    "engine/workers": 3,
+    "engine/layers": 3,
+    "engine/files": 3,
+    "engine/run": 4,
+    "engine/voice": 5,
+    "engine/gaze": 5,
+    "engine/pointing": 5,
+    "engine/wheel": 5,
+    "engine/core": 6,
+    "engine/editor": 7,
+    "shell": 7,
+    "engine/standalone": 8,
+}
+SYSTEMS = ("windows", "linux", "simulated")
+SYSTEM_FOLDER = re.compile(rf"(common|shell|engine/platform)/({'|'.join(SYSTEMS)})$")
+
+# A seam topic has one source file for each system, but for these.
+NO_TWIN = {
+    ("editor_window", "linux"): "the engine runs alone on Windows only, and nothing else has that editor",
+}
+# A header of the seam that declares no function.
+NO_SOURCE = {"input_guard_protocol"}
+
+
+def product_files():
+    return sorted(str(path.relative_to(ROOT)) for folder in ("common", "licence", "engine", "shell")
+                  for path in (ROOT / folder).rglob("*") if path.suffix in (".h", ".cpp", ".S"))
+
+
+def room_of(name):
+    """The folder of FLOORS that a file is in, and the system whose folder it is in, or None."""
+    folder = name.rpartition("/")[0]
+    system = None
+    if match := SYSTEM_FOLDER.match(folder):
+        folder, system = match.groups()
+    return folder, system
+
+
+def target_of(name, quoted):
+    """The file of the product that an include in `name` means, from the root; None if there is none."""
+    for base in ("", "engine/", name.rpartition("/")[0] + "/"):
+        if (ROOT / (base + quoted)).exists():
+            return base + quoted
+    return None
+
+
+def fault_of_own(name, target):
+    """Why `name` may not include `target`, another file of the product; None if it may."""
+    room, system = room_of(name)
+    target_room, target_system = room_of(target)
+    if target_room not in FLOORS:
+        return "outside the product"
+    if target_system and target_system != system and not (room == "engine/standalone" and target_system == "windows"):
+        return f"a header of one system, {target_system}"
+    if target_room == room:
+        return None
+    if room == "shell" and target_room.startswith("engine/"):
+        return None if target == "engine/core/overlay.h" else "the shell sees only core/overlay.h of the engine"
+    if room == "licence":
+        return "the licence check stands alone"
+    if system and room == "engine/platform" and target_room not in ("common", "engine/base"):
+        return "a platform sees only its seam, base and common"
+    if FLOORS[target_room] >= FLOORS[room]:
+        return f"floor {FLOORS[target_room]} from floor {FLOORS[room]}"
+    return None
+
+
+def fault_of_foreign(name, header):
+    """Why `name` may not include <header>; None if it may."""
+    room, system = room_of(name)
+    if re.fullmatch(r"[a-z_0-9]+", header):  # the standard library's have no suffix
+        return None
+    if room in ("shell", "licence") and re.match(r"Q[A-Za-z]*$|Qt[A-Za-z]+/", header):
+        return None
+    if system in ("windows", "linux") or room == "engine/standalone":
+        return "Qt outside the shell" if header.startswith("Q") else None
+    return "a system's header outside the folders of the systems"
+
+
+def include_faults(files, graph):
+    for name in files:
+        for number, line in enumerate((ROOT / name).read_text().splitlines(), 1):
+            if not (match := re.match(r'\s*#\s*include\s*([<"])([^>"]+)', line)):
+                continue
+            target = target_of(name, match[2]) if match[1] == '"' else None
+            if target:
+                graph.setdefault(name, set()).add(target)
+                fault = fault_of_own(name, target)
+            else:
+                fault = fault_of_foreign(name, match[2])
+            if fault:
+                yield f"{name}:{number}: {line.strip()}: {fault}"
+
+
+def unit_of(name):
+    """A header and the sources of its name are one unit."""
+    return name.rpartition(".")[0]
+
+
+def circles(graph):
+    """Units of one folder that include each other, each circle once."""
+    edges = {}
+    for name, targets in graph.items():
+        unit = unit_of(name)
+        edges.setdefault(unit, set()).update(
+            unit_of(target) for target in targets
+            if unit_of(target) != unit and unit_of(target).rpartition("/")[0] == unit.rpartition("/")[0])
+    finished, path = set(), []
+
+    def walk(unit):
+        if unit in path:
+            yield path[path.index(unit):] + [unit]
+        elif unit not in finished:
+            path.append(unit)
+            for other in sorted(edges.get(unit, ())):
+                yield from walk(other)
+            path.pop()
+            finished.add(unit)
+
+    for unit in sorted(edges):
+        yield from walk(unit)
+
+
+def twin_faults(files):
+    for name in files:
+        if not (match := re.fullmatch(r"engine/platform/(\w+)\.h", name)) or match[1] in NO_SOURCE:
+            continue
+        for system in SYSTEMS:
+            exists = f"engine/platform/{system}/{match[1]}.cpp" in files
+            if exists == ((match[1], system) in NO_TWIN):
+                yield f"{name}: {'an' if exists else 'no'} implementation for {system}" + (
+                    ", though NO_TWIN says there is none" if exists else "")
+
+
+def namespace_faults(files):
+    outside = {"engine/core/overlay.h"}
+    for name in files:
+        if name.startswith("engine/") and name.endswith((".h", ".cpp")) and name not in outside \
+                and "namespace rotika" not in (ROOT / name).read_text():
+            yield f"{name}: not in namespace rotika"
+
+
+def main():
+    files = product_files()
+    graph = {}
+    faults = list(include_faults(files, graph))
+    faults += [" -> ".join(circle) + ": a circle of files" for circle in circles(graph)]
+    faults += twin_faults(set(files))
+    faults += namespace_faults(files)
+    print("\n".join(faults) or "Includes keep to the floors.")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

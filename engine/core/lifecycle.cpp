@@ -43,6 +43,7 @@ void announceStandalone(const std::u16string& problems) {
 bool startEngine(bool standalone, void (*openEditor)() noexcept) {
     if (!openPlatform())
         return false;
+    engineState.isStopped = false;
     std::u16string problems;
     loadConfiguration(problems);
     engineState.mainWindow = createMainWindow(mainWindowHandlers(openEditor));
@@ -59,6 +60,7 @@ bool startEngine(bool standalone, void (*openEditor)() noexcept) {
 }
 
 void stopEngine() {
+    engineState.isStopped = true;
     if (engineState.wheelVisible)
         hideWheel();
     if (engineState.gridWindow != nullptr) // a stop without a start is harmless
@@ -72,7 +74,7 @@ void stopEngine() {
 void reloadEngine() {
     std::u16string problems; // not shown here
     reloadFiles(problems);
-    if (engineState.mainWindow != nullptr) { // workers post to it
+    if (engineState.mainWindow != nullptr && !engineState.isStopped) { // workers post to it
         followGazeSetting();
         followVoiceSetting();
     }

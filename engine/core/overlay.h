@@ -17,11 +17,12 @@ using OverlayChar = char16_t;
 #endif
 
 /// Reads the files beside the program, makes the windows and registers the toggle key. May block in a warning
-/// box when the key is taken. A second call does nothing. True when the engine runs.
+/// box when the key is taken. True when the engine has started. A second call does nothing and answers true,
+/// also after a stop.
 OVERLAY_EXPORT bool OverlayEngineStart();
 
 /// Closes the wheel, ends the workers (each waited for at most 2 s) and gives the toggle key back. Meant for
-/// the end of the process: there is no start after it.
+/// the end of the process: there is no start after it, and no wheel opens any more.
 OVERLAY_EXPORT void OverlayEngineStop();
 
 /// Reads config.json, default.json and voice.json again. The toggle key is not registered anew.

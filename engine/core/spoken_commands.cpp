@@ -125,6 +125,8 @@ void onVoiceCommand(std::int32_t command) {
 } // namespace
 
 void onSpoken(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) {
+    if (engineState.isStopped) // said just before the stop
+        return;
     // Nobody can see what a word would do behind a locked screen. A screen saver counts as a lock too, and a
     // user who has only words must be able to end it.
     if (engineState.sessionLocked) {

@@ -77,8 +77,9 @@ struct EngineState {
     WindowHandle mainWindow = nullptr;
     WindowHandle wheelWindow = nullptr;
     std::vector<IconCacheEntry> iconCache; // grows only, also across reloads
-    bool engineStarted = false;
-    Relaxed<bool> sessionLocked = false; // nothing opens, presses or starts meanwhile
+    bool engineStarted = false;            // stays set after a stop
+    bool isStopped = false;                // nothing opens or starts any more
+    Relaxed<bool> sessionLocked = false;   // nothing opens, presses or starts meanwhile
 };
 
 extern EngineState& engineState;

@@ -56,7 +56,7 @@ void prepareWheel() {
 }
 
 void showWheel() {
-    if (engineState.sessionLocked || engineState.wheelWindow == nullptr)
+    if (engineState.sessionLocked || engineState.isStopped || engineState.wheelWindow == nullptr)
         return;
     engineState.savedCursor = cursorPosition();
     engineState.savedForeground = foregroundWindow();

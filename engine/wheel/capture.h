@@ -9,7 +9,8 @@ namespace rotika {
 void prepareWheel();
 
 /// Opens the wheel on the monitor of the real cursor and takes the mouse away from all programs. Never called
-/// while it is open. Nothing happens while the session is locked or the wheel has no window.
+/// while it is open. Nothing happens while the session is locked, after a stop or
+/// without a window.
 void showWheel();
 
 /// Undoes the whole capture and hides the window. Restores neither cursor nor foreground. Every road out

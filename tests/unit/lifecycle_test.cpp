@@ -1,6 +1,7 @@
 #include "core/lifecycle.h"
 #include "engine_test.h"
 #include "gaze/gaze_thread.h"
+#include "model/voice_commands.h"
 #include "platform/paths.h"
 #include "run/function_run.h"
 #include "voice/voice_dispatch.h"
@@ -32,6 +33,10 @@ TEST_F(Lifecycle, StartMakesHiddenWindowsAndTakesTheToggleKeyOnceAndAStopIsForGo
     EXPECT_TRUE(OverlayEngineStart());
     EXPECT_TRUE(desktop.registeredKeys().empty());
     EXPECT_EQ(desktop.windows.size(), windowCount);
+    OverlayToggleWheel();
+    postWindowMessage(engineState.mainWindow, MsgVoiceCommand, commandShowGrid); // said just before
+    desktop.settle();
+    EXPECT_TRUE(!OverlayIsWheelVisible() && !desktop.isCaptured() && !engineState.gridVisible);
 }
 
 TEST_F(Lifecycle, AStandaloneStartTellsOfATakenKeyAndBadFilesAndHasATrayIcon) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/limits.h"
 #include "core/relaxed.h"
 #include "core/wheel_records.h"
 
@@ -16,7 +17,7 @@ struct EngineConfig {
     Relaxed<std::int32_t> keyHold = 60;    // ms a click stays down, and between its repeats, 0 to 1000
     bool takeFocus = false;
     bool gazeEnabled = true;
-    std::int32_t gazeDwell = 900; // ms, 0 to 10000; 0 turns selection by dwell off
+    std::int32_t gazeDwell = defaultGazeDwellMs; // 0 to maxGazeDwellMs; 0 turns selection by dwell off
     std::u16string gazeDllPath;
     bool voiceEnabled = true;
     Relaxed<bool> voiceGlobal = true;

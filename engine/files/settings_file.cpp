@@ -1,5 +1,6 @@
 #include "files/settings_file.h"
 
+#include "common/limits.h"
 #include "core/engine_config.h"
 #include "core/engine_state.h"
 #include "core/text.h"
@@ -73,7 +74,7 @@ void readSettings(const std::u16string& path, std::u16string& problems) {
     readInteger(root, u"keyHold", 1000, engineConfig.keyHold);
     readBoolean(root, u"takeFocus", engineConfig.takeFocus);
     readBoolean(root, u"gazeEnabled", engineConfig.gazeEnabled);
-    readInteger(root, u"gazeDwell", 10000, engineConfig.gazeDwell);
+    readInteger(root, u"gazeDwell", maxGazeDwellMs, engineConfig.gazeDwell);
     readString(root, u"gazeDllPath", engineConfig.gazeDllPath);
     readBoolean(root, u"voiceEnabled", engineConfig.voiceEnabled);
     readBoolean(root, u"voiceGlobal", engineConfig.voiceGlobal);

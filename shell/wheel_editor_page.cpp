@@ -1,5 +1,6 @@
 #include "shell/wheel_editor_page.h"
 
+#include "common/file_names.h"
 #include "common/limits.h"
 #include "engine/overlay.h"
 #include "shell/field_icons.h"
@@ -289,7 +290,7 @@ void WheelEditorPage::pickIcon() {
     EditorFunction* function = currentFunction();
     if (function == nullptr)
         return;
-    IconPickerDialog picker(besideFile("icons"), this);
+    IconPickerDialog picker(besideFile(QString::fromUtf16(iconFolderName)), this);
     picker.select(function->icon);
     if (picker.exec() != QDialog::Accepted)
         return;

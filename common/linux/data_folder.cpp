@@ -1,5 +1,6 @@
 #include "common/linux/data_folder.h"
 
+#include "common/file_names.h"
 #include "common/files.h"
 
 #include <pwd.h>
@@ -102,7 +103,7 @@ void copyIfMissing(const fs::path& prepared, const fs::path& target) {
 
 /// The settings come last: as long as they are missing, a copying that was interrupted is done again.
 void takePreparedFiles(const fs::path& beside, const fs::path& own) {
-    const fs::path settings = "config.json";
+    const fs::path settings = configFileName;
     std::error_code failure;
     if (fs::exists(fs::symlink_status(own / settings, failure))) {
         return;

@@ -1,5 +1,6 @@
 #include "editor/editor_documents.h"
 
+#include "common/file_names.h"
 #include "core/engine_state.h"
 #include "core/text.h"
 #include "editor/editor_boxes.h"

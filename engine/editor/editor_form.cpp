@@ -1,12 +1,12 @@
 #include "editor/editor_form.h"
 
+#include "common/file_names.h"
 #include "core/engine_state.h"
 #include "core/text.h"
 #include "editor/editor_commands.h"
 #include "editor/editor_controls.h"
 #include "editor/editor_state.h"
 #include "editor/kept_edits.h"
-#include "files/settings_file.h"
 #include "files/wheel_files.h"
 #include "files/wheel_writer.h"
 #include "platform/editor_window.h"

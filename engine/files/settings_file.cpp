@@ -1,5 +1,6 @@
 #include "files/settings_file.h"
 
+#include "common/file_names.h"
 #include "common/limits.h"
 #include "core/engine_config.h"
 #include "core/engine_state.h"

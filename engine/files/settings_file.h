@@ -5,10 +5,6 @@
 #include <string>
 #include <string_view>
 
-inline constexpr char16_t configFileName[] = u"config.json";
-inline constexpr char16_t defaultWheelsFileName[] = u"default.json";
-inline constexpr char16_t voiceFunctionsFileName[] = u"voice.json";
-
 /// The one road by which the engine's files come into memory: writes the missing ones, reads config.json into
 /// engineConfig, then the wheels and the voice functions into engineState. Never stops at bad data: each
 /// problem is appended to `problems` as one line that ends in a line feed. Owner thread.

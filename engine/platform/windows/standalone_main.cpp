@@ -1,5 +1,6 @@
 // rotika-engine.exe: the engine alone, without the shell. It lives in its tray icon until that ends it.
 
+#include "common/single_instance.h"
 #include "core/engine_state.h"
 #include "core/lifecycle.h"
 #include "platform/paths.h"
@@ -7,13 +8,6 @@
 #include "platform/windows/windows_api.h"
 
 namespace {
-
-/// The mutex that the program with the shell takes too: two engines would fight for the key and the mouse.
-/// The system frees it when the process ends.
-bool claimSingleInstance() {
-    CreateMutexW(nullptr, TRUE, L"RotikaEngineRunning");
-    return GetLastError() != ERROR_ALREADY_EXISTS;
-}
 
 /// The end of the main window posts no message of its own to end the loop by. It may also come within a box
 /// of the engine, which pumps messages itself.

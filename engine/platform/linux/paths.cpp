@@ -1,6 +1,6 @@
 #include "platform/paths.h"
 
-#include "common/linux/data_folder.h"
+#include "common/data_folder.h"
 #include "core/text.h"
 #include "platform/files.h"
 
@@ -8,7 +8,7 @@
 #include <cstdlib>
 
 std::u16string programFolder() {
-    return utf16FromUtf8(decidedDataFolder().native());
+    return utf16FromUtf8(dataFolderPath().native());
 }
 
 std::u16string programFilePath(const std::u16string& name) {

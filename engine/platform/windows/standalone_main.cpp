@@ -1,9 +1,9 @@
 // rotika-engine.exe: the engine alone, without the shell. It lives in its tray icon until that ends it.
 
+#include "common/data_folder.h"
 #include "common/single_instance.h"
 #include "core/engine_state.h"
 #include "core/lifecycle.h"
-#include "platform/paths.h"
 
 #include "platform/windows/windows_api.h"
 
@@ -28,7 +28,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t*, int) {
                     MB_ICONINFORMATION);
         return 0;
     }
-    SetCurrentDirectoryW(wideText(programFolder())); // relative targets of functions begin here
+    SetCurrentDirectoryW(dataFolderPath().c_str()); // relative targets of functions begin here
     engineState.engineStarted = startEngine(true);
     const int status = pumpUntilGone(nativeWindow(engineState.mainWindow));
     stopEngine();

@@ -33,6 +33,8 @@ SYSTEM_FOLDER = re.compile(rf"(common|shell|engine/platform)/({'|'.join(SYSTEMS)
 # A seam topic has one source file for each system, but for these.
 NO_TWIN = {
     ("editor_window", "linux"): "the engine runs alone on Windows only, and nothing else has that editor",
+    ("threads", "linux"): "the standard library's threads serve both systems, in platform/threads.cpp",
+    ("threads", "windows"): "the same",
 }
 # A header of the seam that declares no function.
 NO_SOURCE = {"input_guard_protocol"}

@@ -1,5 +1,6 @@
 #include "shell/gaze_page.h"
 
+#include "common/limits.h"
 #include "engine/core/overlay.h"
 #include "shell/cards.h"
 #include "shell/engine_status.h"
@@ -13,8 +14,7 @@
 
 namespace {
 
-constexpr int longestDwellMs = 3000; // the engine takes up to 10000 from the file
-constexpr int defaultDwellMs = 900;
+constexpr int longestDwellMs = 3000; // of the slider; a file may say up to maxGazeDwellMs
 
 } // namespace
 
@@ -75,7 +75,7 @@ void GazePage::fillFromConfig() {
     enabledBox->setChecked(config["gazeEnabled"].toBool(true));
     // As the engine reads it: cut off to a whole number, whatever its size.
     const double dwellMs =
-        std::clamp<double>(config["gazeDwell"].toDouble(defaultDwellMs), 0, longestDwellMs);
+        std::clamp<double>(config["gazeDwell"].toDouble(defaultGazeDwellMs), 0, longestDwellMs);
     dwellSlider->setValue(static_cast<int>(dwellMs));
     loading = false;
 }

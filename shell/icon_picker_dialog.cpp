@@ -1,5 +1,6 @@
 #include "shell/icon_picker_dialog.h"
 
+#include "common/file_names.h"
 #include "shell/field_icons.h"
 #include "shell/screen_room.h"
 
@@ -23,7 +24,7 @@ IconPickerDialog::IconPickerDialog(const QString& folder, QWidget* parent) : QDi
     none->setData(Qt::UserRole, QString());
     for (const QFileInfo& file : QDir(folder).entryInfoList({"*.png"}, QDir::Files, QDir::Name)) {
         auto* item = new QListWidgetItem(fieldIcon(file.filePath()), iconNameOf(file.fileName()), list);
-        item->setData(Qt::UserRole, "icons/" + file.fileName());
+        item->setData(Qt::UserRole, QString::fromUtf16(iconFolderName) + '/' + file.fileName());
     }
     column->addWidget(list);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);

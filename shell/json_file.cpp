@@ -1,5 +1,6 @@
 #include "shell/json_file.h"
 
+#include "common/file_names.h"
 #include "common/files.h"
 #include "shell/data_folder.h"
 #include "shell/tolerant_json.h"
@@ -22,7 +23,7 @@ QJsonObject takenOver(const QByteArray& bytes) {
 }
 
 QString configPath() {
-    return dataFolder() + "/config.json";
+    return dataFolder() + '/' + QString::fromUtf16(configFileName);
 }
 
 } // namespace

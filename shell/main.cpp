@@ -1,3 +1,4 @@
+#include "common/single_instance.h"
 #include "engine/core/overlay.h"
 #include "licence/licence_check.h"
 #include "shell/data_folder.h"
@@ -5,7 +6,6 @@
 #include "shell/main_window.h"
 #include "shell/polish_texts.h"
 #include "shell/settings.h"
-#include "shell/single_instance.h"
 #include "shell/themes.h"
 #include "shell/update_service.h"
 

@@ -1,5 +1,6 @@
 #include "shell/voice_page.h"
 
+#include "common/file_names.h"
 #include "engine/core/overlay.h"
 #include "shell/cards.h"
 #include "shell/data_folder.h"
@@ -19,7 +20,7 @@ namespace {
 constexpr int ticksPerPhraseRefresh = 4; // the status is cheap, the list reads a file
 
 QString voiceFilePath() {
-    return dataFolder() + "/voice.json";
+    return dataFolder() + '/' + QString::fromUtf16(voiceFunctionsFileName);
 }
 
 } // namespace

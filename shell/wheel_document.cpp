@@ -1,5 +1,6 @@
 #include "shell/wheel_document.h"
 
+#include "common/limits.h"
 #include "shell/json_file.h"
 
 #include <QFileInfo>
@@ -8,9 +9,6 @@
 #include <algorithm>
 
 namespace {
-
-constexpr int defaultDelayMs = 30;
-constexpr int mostClicks = 100;
 
 void report(QString* error, const QString& text) {
     if (error != nullptr)
@@ -41,7 +39,7 @@ EditorStep stepFromJson(const QJsonObject& object) {
                word == QStringLiteral("puść")) {
         step.kind = EditorStepKind::Release;
     } else if (object.contains("value")) {
-        step.value = std::clamp(object["value"].toInt(1), 1, mostClicks);
+        step.value = std::clamp(object["value"].toInt(1), 1, maxClickCount);
     }
     return step;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/limits.h"
+
 #include <QColor>
 #include <QJsonObject>
 #include <QList>
@@ -24,9 +26,9 @@ struct EditorStep {
 struct EditorFunction {
     QString name;
     QString voice;
-    QString icon;   // as written, normally relative to the file's folder
-    QColor color;   // invalid: the wheel's own colour
-    int delay = 30; // ms between steps
+    QString icon;               // as written, normally relative to the file's folder
+    QColor color;               // invalid: the wheel's own colour
+    int delay = defaultDelayMs; // ms between steps
     QList<EditorStep> steps;
 
     bool operator==(const EditorFunction&) const = default;

@@ -1,3 +1,4 @@
+#include "common/limits.h"
 #include "shell/cards.h"
 #include "shell/elided_label.h"
 #include "shell/wheel_editor_page.h"
@@ -158,8 +159,8 @@ QLayout* WheelEditorPage::makeFieldForm() {
     showColor({});
     delaySpin = new QSpinBox;
     delaySpin->setAccessibleName(tr("Odstęp między krokami w milisekundach"));
-    delaySpin->setRange(0, 2000);
-    delaySpin->setValue(30);
+    delaySpin->setRange(0, maxDelayMs);
+    delaySpin->setValue(defaultDelayMs);
     auto* colorRow = makeRow();
     colorRow->addWidget(colorButton, 1);
     colorRow->addWidget(delaySpin);
@@ -209,7 +210,7 @@ QWidget* WheelEditorPage::makeKeyRow() {
     keyCombo->addItems(offeredKeys());
     stepValueSpin = new QSpinBox;
     stepValueSpin->setAccessibleName(tr("Liczba kliknięć albo czas w milisekundach"));
-    stepValueSpin->setRange(0, 60000);
+    stepValueSpin->setRange(0, maxHoldMs);
     stepValueSpin->setValue(1);
     auto* page = new QWidget;
     auto* row = new QHBoxLayout(page);

@@ -1,5 +1,7 @@
 #include "shell/wheel_editor_page.h"
 
+#include "common/file_names.h"
+#include "common/limits.h"
 #include "engine/core/overlay.h"
 #include "shell/field_icons.h"
 #include "shell/file_dialogs.h"
@@ -30,7 +32,6 @@ namespace {
 constexpr int wheelRole = Qt::UserRole;
 constexpr int functionRole = Qt::UserRole + 1; // -1 on a wheel's item
 constexpr int openPage = 1;                    // of the step stack
-constexpr int mostClicks = 100;
 
 QString functionText(const QString& name) {
     return name.isEmpty() ? WheelEditorPage::tr("(bez nazwy)") : name;
@@ -289,7 +290,7 @@ void WheelEditorPage::pickIcon() {
     EditorFunction* function = currentFunction();
     if (function == nullptr)
         return;
-    IconPickerDialog picker(besideFile("icons"), this);
+    IconPickerDialog picker(besideFile(QString::fromUtf16(iconFolderName)), this);
     picker.select(function->icon);
     if (picker.exec() != QDialog::Accepted)
         return;
@@ -381,7 +382,7 @@ EditorStep WheelEditorPage::stepFromForm() const {
     step.key = keyCombo->currentText().trimmed();
     step.value = stepValueSpin->value();
     if (step.kind == EditorStepKind::Click)
-        step.value = std::clamp(step.value, 1, mostClicks);
+        step.value = std::clamp(step.value, 1, maxClickCount);
     return step;
 }
 

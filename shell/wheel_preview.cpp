@@ -1,5 +1,6 @@
 #include "shell/wheel_preview.h"
 
+#include "common/limits.h"
 #include "shell/themes.h"
 
 #include <QFontMetrics>
@@ -9,7 +10,6 @@
 
 namespace {
 
-constexpr int mostFields = 24;
 constexpr int sixteenths = 16;     // Qt's unit of a pie's angles
 constexpr int decorativeField = 1; // lit where there are no labels
 constexpr qreal marginPx = 6;
@@ -34,7 +34,7 @@ void WheelPreview::setHighlight(int index) {
 }
 
 void WheelPreview::setSegments(int count) {
-    fieldCount = std::clamp(count, 1, mostFields);
+    fieldCount = std::clamp(count, 1, maxFieldCount);
     update();
 }
 

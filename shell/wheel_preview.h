@@ -11,11 +11,11 @@ class WheelPreview : public QWidget {
 public:
     explicit WheelPreview(QWidget* parent = nullptr);
 
-    /// One field for each label, at least 1 and at most 24.
+    /// One field for each label, at least 1 and at most maxFieldCount.
     void setLabels(const QStringList& labels);
     /// Any index; one that no field has lights nothing.
     void setHighlight(int index);
-    /// The number of fields alone, held to 1 through 24; the labels stay.
+    /// The number of fields alone, held to 1 through maxFieldCount; the labels stay.
     void setSegments(int count);
 
 protected:

@@ -1,12 +1,12 @@
-#include "common/linux/data_folder.h"
+#include "common/data_folder.h"
 
+#include "common/file_names.h"
 #include "common/files.h"
 
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <optional>
@@ -17,26 +17,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string folderOfExecutable() {
-    std::string path(256, '\0');
-    while (true) {
-        const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
-        if (length < 0) {
-            return ".";
-        }
-        if (static_cast<std::size_t>(length) < path.size()) {
-            path.resize(static_cast<std::size_t>(length));
-            break;
-        }
-        path.resize(path.size() * 2);
-    }
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos) {
-        return ".";
-    }
-    return path.substr(0, std::max<std::size_t>(slash, 1));
-}
 
 /// Empty unless the variable holds an absolute path: the base directory rules say to ignore any other.
 std::string absoluteVariable(const char* name) {
@@ -102,7 +82,7 @@ void copyIfMissing(const fs::path& prepared, const fs::path& target) {
 
 /// The settings come last: as long as they are missing, a copying that was interrupted is done again.
 void takePreparedFiles(const fs::path& beside, const fs::path& own) {
-    const fs::path settings = "config.json";
+    const fs::path settings = configFileName;
     std::error_code failure;
     if (fs::exists(fs::symlink_status(own / settings, failure))) {
         return;
@@ -120,7 +100,9 @@ void takePreparedFiles(const fs::path& beside, const fs::path& own) {
 } // namespace
 
 std::filesystem::path executableFolder() {
-    return folderOfExecutable();
+    std::error_code failure;
+    const fs::path executable = fs::read_symlink("/proc/self/exe", failure);
+    return executable.has_parent_path() ? executable.parent_path() : ".";
 }
 
 std::filesystem::path chooseDataFolder(const std::filesystem::path& beside) {
@@ -134,7 +116,7 @@ std::filesystem::path chooseDataFolder(const std::filesystem::path& beside) {
     return beside;
 }
 
-const std::filesystem::path& decidedDataFolder() {
-    static const std::filesystem::path folder = chooseDataFolder(executableFolder());
-    return folder;
+const std::filesystem::path& dataFolderPath() {
+    static const auto* const folder = new fs::path(chooseDataFolder(executableFolder()));
+    return *folder;
 }

@@ -1,11 +1,11 @@
 #include "editor/editor.h"
 
+#include "common/file_names.h"
 #include "editor/editor_commands.h"
 #include "editor/editor_controls.h"
 #include "editor/editor_form.h"
 #include "editor/editor_state.h"
 #include "editor/kept_edits.h"
-#include "files/first_run_files.h"
 #include "files/wheel_files.h"
 #include "model/engine_state.h"
 #include "platform/editor_window.h"

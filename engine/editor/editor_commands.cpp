@@ -88,7 +88,7 @@ void removeWheel() {
     wheelsChanged();
 }
 
-/// Nothing limits their number here; the reader keeps 24.
+/// Nothing limits their number here; the reader keeps maxFieldCount.
 void addField() {
     Wheel* wheel = currentEditorWheel();
     if (wheel == nullptr)

@@ -42,7 +42,7 @@ constexpr std::array controls{
     control(0, centredLabel, u"Głos:", 640, 86, 45, 26),
     control(fieldVoiceEdit, edit, u"", 688, 86, 197, 26),
     control(0, centredLabel, u"Odstęp między czynnościami [ms]:", 255, 118, 230, 26),
-    control(fieldDelayEdit, numberEdit, u"30", 490, 118, 60, 26),
+    control(fieldDelayEdit, numberEdit, u"", 490, 118, 60, 26),
     control(0, centredLabel, u"Ikona:", 570, 118, 48, 26),
     control(fieldIconEdit, edit, u"", 620, 118, 200, 26),
     control(chooseIconButton, button, u"…", 825, 118, 30, 26),

@@ -1,5 +1,6 @@
 #include "files/first_run_files.h"
 
+#include "common/file_names.h"
 #include "files/wheel_writer.h"
 #include "platform/files.h"
 #include "platform/paths.h"

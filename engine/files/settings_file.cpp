@@ -1,6 +1,8 @@
 #include "files/settings_file.h"
 
 #include "base/text.h"
+#include "common/file_names.h"
+#include "common/limits.h"
 #include "files/color_text.h"
 #include "files/first_run_files.h"
 #include "files/json_reader.h"
@@ -76,7 +78,7 @@ void readSettings(const std::u16string& path, std::u16string& problems) {
     readInteger(root, u"keyHold", 1000, engineConfig.keyHold);
     readBoolean(root, u"takeFocus", engineConfig.takeFocus);
     readBoolean(root, u"gazeEnabled", engineConfig.gazeEnabled);
-    readInteger(root, u"gazeDwell", 10000, engineConfig.gazeDwell);
+    readInteger(root, u"gazeDwell", maxGazeDwellMs, engineConfig.gazeDwell);
     readString(root, u"gazeDllPath", engineConfig.gazeDllPath);
     readBoolean(root, u"voiceEnabled", engineConfig.voiceEnabled);
     readBoolean(root, u"voiceGlobal", engineConfig.voiceGlobal);

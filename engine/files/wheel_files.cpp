@@ -1,6 +1,7 @@
 #include "files/wheel_files.h"
 
 #include "base/text.h"
+#include "common/limits.h"
 #include "files/color_text.h"
 #include "files/json_reader.h"
 #include "files/key_names.h"
@@ -14,10 +15,6 @@
 namespace rotika {
 
 namespace {
-
-constexpr std::int32_t longestDelayMs = 2000;
-constexpr std::int32_t mostClicks = 100;
-constexpr std::int32_t longestHoldMs = 60000;
 
 // Each line about a step quotes its field's name, so a hostile file of a few megabytes could ask for
 // terabytes of lines. No sound use comes near this many code units.
@@ -221,16 +218,16 @@ std::int32_t defaultStepValue(StepKind kind) {
 std::int32_t clampedStepValue(StepKind kind, std::int32_t value) {
     switch (kind) {
     case StepKind::click:
-        return std::clamp(value, 1, mostClicks);
+        return std::clamp(value, 1, maxClickCount);
     case StepKind::hold:
-        return std::clamp(value, 0, longestHoldMs);
+        return std::clamp(value, 0, maxHoldMs);
     default:
         return std::max(value, 0);
     }
 }
 
 std::int32_t clampedDelay(std::int32_t delayMs) {
-    return std::clamp(delayMs, 0, longestDelayMs);
+    return std::clamp(delayMs, 0, maxDelayMs);
 }
 
 } // namespace rotika

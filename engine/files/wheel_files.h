@@ -20,7 +20,7 @@ std::int32_t defaultStepValue(StepKind kind);
 /// The nearest that such a step can have.
 std::int32_t clampedStepValue(StepKind kind, std::int32_t value);
 
-/// 0 to 2000.
+/// The nearest that a field can have between its steps.
 std::int32_t clampedDelay(std::int32_t delayMs);
 
 } // namespace rotika

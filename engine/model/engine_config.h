@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/relaxed.h"
+#include "common/limits.h"
 #include "model/wheel_records.h"
 
 #include <cstdint>
@@ -18,7 +19,7 @@ struct EngineConfig {
     Relaxed<std::int32_t> keyHold = 60;    // ms a click stays down, and between its repeats, 0 to 1000
     bool takeFocus = false;
     bool gazeEnabled = true;
-    std::int32_t gazeDwell = 900; // ms, 0 to 10000; 0 turns selection by dwell off
+    std::int32_t gazeDwell = defaultGazeDwellMs; // 0 to maxGazeDwellMs; 0 turns selection by dwell off
     std::u16string gazeDllPath;
     bool voiceEnabled = true;
     Relaxed<bool> voiceGlobal = true;

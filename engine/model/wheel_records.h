@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/color.h"
+#include "common/limits.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +27,7 @@ enum class StepKind : std::uint32_t { click = 0, hold = 1, release = 2, open = 3
 struct ActionStep {
     KeyCode key; // not valid for an open step
     StepKind kind = StepKind::click;
-    std::int32_t value = 1; // click: count, 1 to 100; hold: ms, 0 to 60000, 0 leaves the key down
+    std::int32_t value = 1; // click: 1 to maxClickCount; hold: ms up to maxHoldMs, 0 leaves the key down
     std::u16string target;  // open: address, file or program
 
     bool operator==(const ActionStep&) const = default;
@@ -36,8 +37,8 @@ struct ActionStep {
 struct WheelAction {
     std::u16string name;
     std::vector<ActionStep> steps;
-    std::int32_t delay = 30; // ms between one step and the next, 0 to 2000
-    RgbColor color = 0;      // read only if hasColor
+    std::int32_t delay = defaultDelayMs; // ms between one step and the next, 0 to maxDelayMs
+    RgbColor color = 0;                  // read only if hasColor
     bool hasColor = false;
     std::u16string icon;  // image path, relative to the folder of the program unless absolute
     std::u16string voice; // spoken phrase
@@ -45,14 +46,12 @@ struct WheelAction {
     bool operator==(const WheelAction&) const = default;
 };
 
-/// A wheel in force has 1 to 24 actions.
+/// A wheel in force has 1 to maxFieldCount actions.
 struct Wheel {
     std::u16string name;
     std::vector<WheelAction> actions;
 
     bool operator==(const Wheel&) const = default;
 };
-
-inline constexpr std::size_t maxFieldCount = 24;
 
 } // namespace rotika

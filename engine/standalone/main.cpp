@@ -1,5 +1,7 @@
 // rotika-engine.exe: the engine alone, without the shell. It lives in its tray icon until that ends it.
 
+#include "common/data_folder.h"
+#include "common/single_instance.h"
 #include "core/lifecycle.h"
 #include "editor/editor.h"
 #include "model/engine_state.h"
@@ -10,13 +12,6 @@
 using namespace rotika;
 
 namespace {
-
-/// The mutex that the program with the shell takes too: two engines would fight for the key and the mouse.
-/// The system frees it when the process ends.
-bool claimSingleInstance() {
-    CreateMutexW(nullptr, TRUE, L"RotikaEngineRunning");
-    return GetLastError() != ERROR_ALREADY_EXISTS;
-}
 
 /// The end of the main window posts no message of its own to end the loop by. It may also come within a box
 /// of the engine, which pumps messages itself.
@@ -37,7 +32,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t*, int) {
                     MB_ICONINFORMATION);
         return 0;
     }
-    SetCurrentDirectoryW(wideText(programFolder())); // relative targets of functions begin here
+    SetCurrentDirectoryW(dataFolderPath().c_str()); // relative targets of functions begin here
     engineState.engineStarted = startEngine(true, []() noexcept { openEditor(); });
     const int status = pumpUntilGone(nativeWindow(engineState.mainWindow));
     stopEngine();

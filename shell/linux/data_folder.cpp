@@ -1,25 +1,32 @@
 #include "shell/data_folder.h"
 
-#include "common/linux/data_folder.h"
+#include "common/data_folder.h"
+#include "common/file_names.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
+namespace {
+
+QString shellPath(const std::filesystem::path& folder) {
+    return QDir::cleanPath(QFile::decodeName(folder.c_str()));
+}
+
+} // namespace
+
 QString dataFolder() {
-    return QDir::cleanPath(QFile::decodeName(decidedDataFolder().c_str()));
+    return shellPath(dataFolderPath());
 }
 
 void prepareDataFolder() {
-    const QString folder = dataFolder();
-    const QString beside = QCoreApplication::applicationDirPath();
-    const QString icons = folder + QStringLiteral("/icons");
+    const QString name = '/' + QString::fromUtf16(iconFolderName);
+    const QString icons = dataFolder() + name;
     const QFileInfo known(icons);
     // A link whose package has moved on is made anew; a folder of the person's own is left alone.
-    if (folder == beside || known.exists())
+    if (dataFolderPath() == executableFolder() || known.exists())
         return;
     if (known.isSymLink())
         QFile::remove(icons);
-    QFile::link(beside + QStringLiteral("/icons"), icons);
+    QFile::link(shellPath(executableFolder()) + name, icons);
 }

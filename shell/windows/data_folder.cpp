@@ -1,9 +1,11 @@
 #include "shell/data_folder.h"
 
-#include <QCoreApplication>
+#include "common/data_folder.h"
+
+#include <QDir>
 
 QString dataFolder() {
-    return QCoreApplication::applicationDirPath();
+    return QDir::fromNativeSeparators(QString::fromStdWString(dataFolderPath().native()));
 }
 
 void prepareDataFolder() {}

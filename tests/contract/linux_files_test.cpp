@@ -1,6 +1,6 @@
 // Oddities of files that only Linux has: permissions, symbolic links, pipes.
 
-#include "common/linux/data_folder.h"
+#include "common/data_folder.h"
 #include "contract_test.h"
 #include "platform/files.h"
 

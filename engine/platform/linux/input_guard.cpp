@@ -1,5 +1,7 @@
 #include "platform/linux/input_guard.h"
 
+#include "common/data_folder.h"
+
 #include "platform/linux/glib_handles.h"
 
 #include <fcntl.h>
@@ -9,7 +11,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <filesystem>
 #include <mutex>
 #include <set>
 #include <string>
@@ -39,12 +40,6 @@ struct Guard {
 Guard& guard() {
     static Guard* const instance = new Guard;
     return *instance;
-}
-
-std::string guardPath() {
-    std::error_code failure;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", failure);
-    return failure ? std::string() : (program.parent_path() / "rotika-guard").string();
 }
 
 /// The guard must outlive us, our terminal and our session, and must not keep anybody's pipes open. 0 when it
@@ -115,7 +110,7 @@ pid_t launchOne() {
         return 0;
     // What is held stands in the socket before its reader exists: we may be killed at any moment.
     adoptSocket(ends[0]);
-    const pid_t child = spawnGuard(guardPath(), ends[1]);
+    const pid_t child = spawnGuard(executableFolder() / "rotika-guard", ends[1]);
     close(ends[1]);
     if (child == 0)
         adoptSocket(-1);

@@ -1,7 +1,7 @@
 #include "platform/paths.h"
 
 #include "base/text.h"
-#include "common/linux/data_folder.h"
+#include "common/data_folder.h"
 #include "platform/files.h"
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 namespace rotika {
 
 std::u16string programFolder() {
-    return utf16FromUtf8(decidedDataFolder().native());
+    return utf16FromUtf8(dataFolderPath().native());
 }
 
 std::u16string programFilePath(const std::u16string& name) {

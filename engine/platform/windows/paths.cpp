@@ -1,6 +1,10 @@
 #include "platform/paths.h"
 
+#include "common/data_folder.h"
+
 #include "platform/windows/windows_api.h"
+
+#include <utility>
 
 namespace rotika {
 
@@ -9,13 +13,17 @@ namespace {
 /// The longest path that the system knows, with its terminator.
 constexpr DWORD longestPath = 32768;
 
+std::u16string withoutTrailingSeparator(std::u16string path) {
+    while (path.ends_with(u'\\')) {
+        path.pop_back();
+    }
+    return path;
+}
+
 } // namespace
 
 std::u16string programFolder() {
-    std::u16string path(longestPath, u'\0');
-    path.resize(GetModuleFileNameW(nullptr, reinterpret_cast<wchar_t*>(path.data()), longestPath));
-    const std::size_t separator = path.rfind(u'\\');
-    return separator == std::u16string::npos ? u"." : path.substr(0, separator);
+    return withoutTrailingSeparator(reinterpret_cast<const char16_t*>(dataFolderPath().c_str()));
 }
 
 std::u16string programFilePath(const std::u16string& name) {
@@ -25,10 +33,7 @@ std::u16string programFilePath(const std::u16string& name) {
 std::u16string folderOfTemporaryFiles() {
     std::u16string path(longestPath, u'\0');
     path.resize(GetTempPathW(longestPath, reinterpret_cast<wchar_t*>(path.data())));
-    while (path.ends_with(u'\\')) {
-        path.pop_back();
-    }
-    return path;
+    return withoutTrailingSeparator(std::move(path));
 }
 
 std::u16string joinPath(const std::u16string& folder, const std::u16string& name) {

@@ -1,8 +1,8 @@
-#include "shell/single_instance.h"
+#include "common/single_instance.h"
 
 #include <windows.h>
 
 bool claimSingleInstance() {
-    CreateMutexW(nullptr, TRUE, L"RotikaEngineRunning");
+    CreateMutexA(nullptr, TRUE, singleInstanceName);
     return GetLastError() != ERROR_ALREADY_EXISTS;
 }

@@ -1,4 +1,4 @@
-#include "shell/single_instance.h"
+#include "common/single_instance.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -31,13 +31,13 @@ int openInRuntimeFolder() {
     const char* folder = std::getenv("XDG_RUNTIME_DIR");
     if (folder == nullptr || folder[0] != '/')
         return noFile;
-    return openLockFile(std::string(folder) + "/RotikaEngineRunning.lock");
+    return openLockFile(std::string(folder) + '/' + singleInstanceName + ".lock");
 }
 
 int openInTemporaryFolder() {
     const char* folder = std::getenv("TMPDIR");
     const std::string base = folder != nullptr && folder[0] == '/' ? folder : "/tmp";
-    return openLockFile(base + "/RotikaEngineRunning-" + std::to_string(geteuid()) + ".lock");
+    return openLockFile(base + '/' + singleInstanceName + '-' + std::to_string(geteuid()) + ".lock");
 }
 
 } // namespace

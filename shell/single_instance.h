@@ -1,6 +1,0 @@
-#pragma once
-
-/// Takes the lock that one running copy of the program holds. False when another copy holds it; true
-/// otherwise, also when the system could not say. The lock is never given back by the program: the system
-/// frees it when the process ends, so a new copy can start only after the old process is gone. Call once.
-bool claimSingleInstance();

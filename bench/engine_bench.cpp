@@ -10,9 +10,9 @@
 #include "platform/platform.h"
 #include "platform/pointer.h"
 #include "target_reporter.h"
-#include "wheel/geometry.h"
 #include "wheel/painter.h"
 #include "wheel/tick.h"
+#include "wheel/wheel_layout.h"
 
 #include <chrono>
 #include <cstdio>

@@ -6,8 +6,8 @@
 #include "platform/messages.h"
 #include "platform/overlay_window.h"
 #include "wheel/capture.h"
-#include "wheel/geometry.h"
 #include "wheel/selection.h"
+#include "wheel/wheel_layout.h"
 
 namespace rotika {
 

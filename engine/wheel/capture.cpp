@@ -8,9 +8,9 @@
 #include "platform/pointer.h"
 #include "platform/pointer_capture.h"
 #include "platform/timer.h"
-#include "wheel/geometry.h"
 #include "wheel/painter.h"
 #include "wheel/tick.h"
+#include "wheel/wheel_layout.h"
 
 namespace rotika {
 

@@ -6,8 +6,8 @@
 #include "model/engine_config.h"
 #include "model/engine_state.h"
 #include "platform/overlay_window.h"
-#include "wheel/geometry.h"
 #include "wheel/icons.h"
+#include "wheel/wheel_layout.h"
 
 #include <algorithm>
 #include <cmath>

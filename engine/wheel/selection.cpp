@@ -4,8 +4,8 @@
 #include "model/engine_state.h"
 #include "run/function_run.h"
 #include "wheel/capture.h"
-#include "wheel/geometry.h"
 #include "wheel/painter.h"
+#include "wheel/wheel_layout.h"
 
 namespace rotika {
 

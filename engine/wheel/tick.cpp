@@ -7,8 +7,8 @@
 #include "platform/clock.h"
 #include "platform/overlay_window.h"
 #include "platform/pointer.h"
-#include "wheel/geometry.h"
 #include "wheel/painter.h"
+#include "wheel/wheel_layout.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "wheel/geometry.h"
+#include "wheel/wheel_layout.h"
 
 #include "model/engine_state.h"
 

@@ -150,6 +150,23 @@ def twin_faults(files):
                     ", though NO_TWIN says there is none" if exists else "")
 
 
+def declares_functions(header):
+    """Whether a header has a function that a source file must define."""
+    text = re.sub(r"^\s*(//|#).*$", "", (ROOT / header).read_text(), flags=re.M)
+    return any(match[2] == ";" for match in re.finditer(
+        r"^(?!inline|constexpr|template|using|class|struct|static|extern|namespace|public|private)([A-Za-z_][^;{=]*\([^;{]*)([;{])", text, re.M))
+
+
+def source_faults(files):
+    """Headers whose functions are not defined by the source of their name."""
+    for name in files:
+        if name.endswith(".h") and not re.fullmatch(r"engine/platform/\w+\.h", name) and declares_functions(name):
+            folder, _, base = name.rpartition("/")
+            sources = {f"{each}/{base[:-2]}.cpp" for each in (folder, *(f"{folder}/{system}" for system in SYSTEMS))}
+            if not sources & files:
+                yield f"{name}: declares what no source file of its name defines"
+
+
 def namespace_faults(files):
     outside = {"engine/core/overlay.h"}
     for name in files:
@@ -164,6 +181,7 @@ def main():
     faults = list(include_faults(files, graph))
     faults += [" -> ".join(circle) + ": a circle of files" for circle in circles(graph)]
     faults += twin_faults(set(files))
+    faults += source_faults(set(files))
     faults += namespace_faults(files)
     print("\n".join(faults) or "Includes keep to the floors.")
     return 1 if faults else 0

@@ -46,7 +46,6 @@ private:
     bool followPhraseTable();
     void freeRecognizer();
     void hear(std::string_view sound);
-    void hearRecordedBuffers();
 
     const VoiceSettings& settings;
     const std::atomic<bool>& voiceStop;
@@ -55,7 +54,6 @@ private:
     void* recognizer = nullptr;
     bool hasRecognizerFaulted = false;
     MicrophoneHandle microphone;
-    std::size_t nextBuffer = 0; // the one whose sound comes next
     std::uint32_t seenGeneration = 0;
 };
 
@@ -145,8 +143,6 @@ bool Listener::followPhraseTable() {
 }
 
 void Listener::hear(std::string_view sound) {
-    if (sound.empty())
-        return;
     const std::int32_t answer = guardedAcceptWaveform(library, recognizer, sound);
     hasRecognizerFaulted |= answer == -1;
     if (answer != 1 || voiceStop)
@@ -156,31 +152,19 @@ void Listener::hear(std::string_view sound) {
     dispatchRecognisedText(recognisedText(result.value_or(nullptr)));
 }
 
-/// Goes on where the last pass ended. After a stall all buffers are full, and the oldest is rarely the first.
-void Listener::hearRecordedBuffers() {
-    const std::size_t first = nextBuffer;
-    for (std::size_t i = 0; i < soundBufferCount; ++i) {
-        const std::size_t index = (first + i) % soundBufferCount;
-        if (const auto sound = recordedSound(*microphone, index)) {
-            hear(*sound);
-            requeueSoundBuffer(*microphone, index);
-            nextBuffer = (index + 1) % soundBufferCount;
-        }
-    }
-}
-
 void Listener::listen() {
     startMicrophone(*microphone);
     setStatus(voiceStatusListening);
     while (!voiceStop) {
-        waitForSound(*microphone, soundWaitMs);
+        const std::string_view sound = nextSound(*microphone, soundWaitMs);
         if (voiceStop)
             return;
         if (!followPhraseTable()) {
             setStatus(voiceStatusFailed);
             return;
         }
-        hearRecordedBuffers();
+        if (!sound.empty())
+            hear(sound);
     }
 }
 

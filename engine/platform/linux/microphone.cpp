@@ -3,12 +3,11 @@
 #include <pulse/pulseaudio.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
 
 // The server's asynchronous interface, turned by the listening thread itself while it waits: no thread and no
 // lock of ours. Losing and finding the device again goes on inside these waits.
@@ -40,34 +39,9 @@ struct StreamCloser {
     }
 };
 
-struct SoundBuffer {
-    std::array<char, soundBufferBytes> bytes;
-    std::size_t filled = 0;
-    bool hasComeBack = false;
-};
+constexpr std::size_t soundLimitBytes = soundChunkLimit * soundChunkBytes;
 
 enum class Source { unknown, askedFor, microphone, unwanted };
-
-/// Which buffers the device has, in the order in which they were handed out.
-class BufferQueue {
-public:
-    bool isEmpty() const { return count == 0; }
-    std::size_t front() const { return indices[first]; }
-    void push(std::size_t index) {
-        indices[(first + count) % indices.size()] = index;
-        ++count;
-    }
-    void pop() {
-        first = (first + 1) % indices.size();
-        --count;
-    }
-    void clear() { count = 0; }
-
-private:
-    std::array<std::size_t, soundBufferCount> indices{};
-    std::size_t first = 0;
-    std::size_t count = 0;
-};
 
 } // namespace
 
@@ -75,11 +49,10 @@ struct Microphone {
     std::unique_ptr<pa_mainloop, LoopCloser> loop{pa_mainloop_new()};
     std::unique_ptr<pa_context, ContextCloser> context;
     std::unique_ptr<pa_stream, StreamCloser> stream;
-    std::array<SoundBuffer, soundBufferCount> buffers{};
     Source source = Source::unknown; // of the stream
     bool isDefaultAskedFor = false;  // by name
-    BufferQueue waiting;
-    std::size_t takenOfFragment = 0; // bytes of the server's present fragment that stand in buffers already
+    std::string sound;               // soundLimitBytes at most, the oldest first
+    bool isOldestChunkReturned = false;
     bool isStarted = false;
     Clock::time_point nextTry{}; // when a connection that has led nowhere is begun anew
 };
@@ -188,10 +161,8 @@ void connectToServer(Microphone& microphone) {
 
 void connectToDevice(Microphone& microphone) {
     microphone.source = Source::unknown;
-    microphone.takenOfFragment = 0;
-    if (!microphone.waiting.isEmpty()) {
-        microphone.buffers[microphone.waiting.front()].filled = 0; // the rest of its sound will never come
-    }
+    std::string& sound = microphone.sound;
+    sound.erase(sound.size() / soundChunkBytes * soundChunkBytes); // the rest of the chunk will never come
     const pa_sample_spec format{.format = PA_SAMPLE_S16LE, .rate = soundSampleRate, .channels = 1};
     microphone.stream.reset(pa_stream_new(microphone.context.get(), "Sterowanie głosem", &format, nullptr));
     if (!microphone.stream) {
@@ -199,11 +170,11 @@ void connectToDevice(Microphone& microphone) {
     }
     pa_stream_set_moved_callback(microphone.stream.get(), onStreamMoved, &microphone);
     constexpr auto byServer = static_cast<std::uint32_t>(-1);
-    const pa_buffer_attr sizes{.maxlength = soundBufferCount * soundBufferBytes,
+    const pa_buffer_attr sizes{.maxlength = soundLimitBytes,
                                .tlength = byServer,
                                .prebuf = byServer,
                                .minreq = byServer,
-                               .fragsize = soundBufferBytes};
+                               .fragsize = soundChunkBytes};
     pa_stream_connect_record(
         microphone.stream.get(), microphone.isDefaultAskedFor ? "@DEFAULT_SOURCE@" : nullptr, &sizes,
         static_cast<pa_stream_flags_t>(PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY));
@@ -244,62 +215,39 @@ void connectIfLost(Microphone& microphone) {
     }
 }
 
-/// Lets the server's messages in, waiting for one until `deadline` at most.
-void handleMessages(Microphone& microphone, Clock::time_point deadline) {
+/// What exceeds the limit is lost.
+void takeSound(Microphone& microphone) {
+    while (isHearing(microphone)) {
+        const void* fragment = nullptr;
+        std::size_t byteCount = 0;
+        if (pa_stream_peek(microphone.stream.get(), &fragment, &byteCount) != 0 || byteCount == 0) {
+            break;
+        }
+        if (fragment != nullptr) { // a hole in the recording has a length but no bytes
+            const std::size_t room = soundLimitBytes - microphone.sound.size();
+            microphone.sound.append(static_cast<const char*>(fragment), std::min(byteCount, room));
+        }
+        pa_stream_drop(microphone.stream.get());
+    }
+}
+
+/// Handles the server's messages, waiting for one until `deadline` at most. True if there was any.
+bool handleMessages(Microphone& microphone, Clock::time_point deadline) {
     if (!isHearing(microphone)) {
         deadline = std::min(deadline, microphone.nextTry);
     }
     const auto left =
         std::chrono::ceil<std::chrono::microseconds>(std::max(deadline - Clock::now(), Clock::duration(0)));
     pa_mainloop* const loop = microphone.loop.get();
-    if (pa_mainloop_prepare(loop, static_cast<int>(left.count())) < 0 || pa_mainloop_poll(loop) < 0 ||
-        pa_mainloop_dispatch(loop) < 0) {
+    int handledCount = -1;
+    if (pa_mainloop_prepare(loop, static_cast<int>(left.count())) >= 0 && pa_mainloop_poll(loop) >= 0) {
+        handledCount = pa_mainloop_dispatch(loop);
+    }
+    if (handledCount < 0) {
         std::this_thread::sleep_until(deadline);
     }
-}
-
-void handOut(Microphone& microphone, std::size_t index) {
-    microphone.buffers[index].filled = 0;
-    microphone.buffers[index].hasComeBack = false;
-    microphone.waiting.push(index);
-}
-
-/// Copies as much as the buffer at the front of the queue has room for; whether that filled it.
-bool fillFront(Microphone& microphone, const char* bytes, std::size_t byteCount) {
-    SoundBuffer& buffer = microphone.buffers[microphone.waiting.front()];
-    const std::size_t copied = std::min(byteCount, soundBufferBytes - buffer.filled);
-    std::memcpy(buffer.bytes.data() + buffer.filled, bytes, copied);
-    buffer.filled += copied;
-    microphone.takenOfFragment += copied;
-    if (buffer.filled < soundBufferBytes) {
-        return false;
-    }
-    buffer.hasComeBack = true;
-    microphone.waiting.pop();
-    return true;
-}
-
-/// Moves what the server has sent into the buffers; whether one has come back. What finds no buffer stays in
-/// the stream's queue, where sound past the four fragments is lost.
-bool takeSound(Microphone& microphone) {
-    bool hasComeBack = false;
-    while (isHearing(microphone) && !microphone.waiting.isEmpty()) {
-        const void* fragment = nullptr;
-        std::size_t byteCount = 0;
-        if (pa_stream_peek(microphone.stream.get(), &fragment, &byteCount) != 0 || byteCount == 0) {
-            break;
-        }
-        // A hole in the recording has a length but no bytes.
-        if (fragment != nullptr && microphone.takenOfFragment < byteCount) {
-            const char* const rest = static_cast<const char*>(fragment) + microphone.takenOfFragment;
-            hasComeBack |= fillFront(microphone, rest, byteCount - microphone.takenOfFragment);
-        }
-        if (fragment == nullptr || microphone.takenOfFragment >= byteCount) {
-            pa_stream_drop(microphone.stream.get());
-            microphone.takenOfFragment = 0;
-        }
-    }
-    return hasComeBack;
+    takeSound(microphone);
+    return handledCount > 0;
 }
 
 } // namespace
@@ -313,6 +261,7 @@ MicrophoneHandle openMicrophone() {
     if (!microphone->loop) {
         return nullptr;
     }
+    microphone->sound.reserve(soundLimitBytes);
     const Clock::time_point deadline = Clock::now() + openingLimit;
     microphone->nextTry = deadline;
     connectToServer(*microphone);
@@ -327,38 +276,28 @@ MicrophoneHandle openMicrophone() {
 }
 
 void startMicrophone(Microphone& microphone) {
-    microphone.waiting.clear();
-    for (std::size_t i = 0; i < soundBufferCount; ++i) {
-        handOut(microphone, i);
-    }
     microphone.isStarted = true;
     if (isHearing(microphone)) {
         letSoundCome(microphone);
     }
 }
 
-void waitForSound(Microphone& microphone, std::uint32_t limitMs) {
+std::string_view nextSound(Microphone& microphone, std::uint32_t limitMs) {
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(limitMs);
-    do {
+    // All that arrived while the caller was busy comes first: sound that exceeds the limit must be lost, not
+    // late.
+    while (handleMessages(microphone, Clock::now()) && Clock::now() < deadline) {
+    }
+    if (std::exchange(microphone.isOldestChunkReturned, false)) {
+        microphone.sound.erase(0, soundChunkBytes);
+    }
+    while (microphone.sound.size() < soundChunkBytes && Clock::now() < deadline) {
         connectIfLost(microphone);
-        if (takeSound(microphone)) {
-            return;
-        }
         handleMessages(microphone, deadline);
-    } while (Clock::now() < deadline);
-    takeSound(microphone);
-}
-
-std::optional<std::string_view> recordedSound(const Microphone& microphone, std::size_t index) {
-    const SoundBuffer& buffer = microphone.buffers[index];
-    if (!buffer.hasComeBack) {
-        return std::nullopt;
     }
-    return std::string_view(buffer.bytes.data(), buffer.filled);
-}
-
-void requeueSoundBuffer(Microphone& microphone, std::size_t index) {
-    if (microphone.buffers[index].hasComeBack) {
-        handOut(microphone, index);
+    if (microphone.sound.size() < soundChunkBytes) {
+        return {};
     }
+    microphone.isOldestChunkReturned = true;
+    return std::string_view(microphone.sound).substr(0, soundChunkBytes);
 }

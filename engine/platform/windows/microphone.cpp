@@ -11,7 +11,7 @@
 
 namespace {
 
-using SoundBuffer = std::array<char, soundBufferBytes>;
+using SoundBuffer = std::array<char, soundChunkBytes>;
 
 constexpr WORD bytesPerSample = 2;
 
@@ -30,8 +30,8 @@ constexpr DWORD neverBeganAfterMs = 10'000;
 struct Device {
     KernelHandle bufferReturned;
     HWAVEIN handle = nullptr;
-    std::array<WAVEHDR, soundBufferCount> headers{};
-    std::array<SoundBuffer, soundBufferCount> buffers{};
+    std::array<WAVEHDR, soundChunkLimit> headers{}; // used in turn, so they come back in turn
+    std::array<SoundBuffer, soundChunkLimit> buffers{};
 };
 
 struct DeviceCloser {
@@ -114,9 +114,10 @@ SharedOpening beginOpening(DeviceHandle& former) {
 struct Microphone {
     DeviceHandle device; // null while a lost one has no successor
     SharedOpening opening;
-    std::size_t nextIndex = 0; // the listener goes on with this buffer
-    DWORD waitedMs = 0;        // without a buffer, or for the opening
-    bool hasBegun = false;     // the device has given a buffer back
+    std::size_t oldest = 0; // index of the buffer whose sound comes next, or was returned last
+    bool isOldestReturned = false;
+    DWORD waitedMs = 0;    // without a buffer, or for the opening
+    bool hasBegun = false; // the device has given a buffer back
     bool hasRefused = false;
     ULONGLONG startedAt = 0;
 };
@@ -134,13 +135,18 @@ void handOut(Microphone& microphone, std::size_t index) {
     }
 }
 
-bool anyBufferIsBack(const Microphone& microphone) {
-    for (std::size_t index = 0; index < soundBufferCount; ++index) {
-        if (recordedSound(microphone, index)) {
-            return true;
-        }
+bool isOldestFilled(const Microphone& microphone) {
+    // Set by a thread of the system's.
+    const volatile DWORD& flags = microphone.device->headers[microphone.oldest].dwFlags;
+    return (flags & WHDR_DONE) != 0;
+}
+
+/// Hands the buffer that was returned to the listener back to the device.
+void requeueReturned(Microphone& microphone) {
+    if (std::exchange(microphone.isOldestReturned, false)) {
+        handOut(microphone, microphone.oldest);
+        microphone.oldest = (microphone.oldest + 1) % soundChunkLimit;
     }
-    return false;
 }
 
 /// The device was unplugged, or is of no use any more. Only time that was waited counts: neither the sleep of
@@ -169,15 +175,16 @@ void followOpening(Microphone& microphone, DWORD limitMs) {
     }
 }
 
-void waitForDevice(Microphone& microphone, DWORD limitMs) {
-    const bool isSignalled =
-        WaitForSingleObject(microphone.device->bufferReturned.get(), limitMs) == WAIT_OBJECT_0;
-    if (anyBufferIsBack(microphone)) {
-        microphone.hasBegun = true;
-        microphone.waitedMs = 0;
-    } else if (!isSignalled) { // the listener may have been faster than the signal
-        microphone.waitedMs += limitMs;
+/// True once the oldest buffer is filled.
+bool waitForDevice(Microphone& microphone, DWORD limitMs) {
+    // The event may still be set for a buffer that was taken without a wait.
+    const HANDLE returned = microphone.device->bufferReturned.get();
+    while (!isOldestFilled(microphone) && WaitForSingleObject(returned, limitMs) == WAIT_OBJECT_0) {
     }
+    const bool isFilled = isOldestFilled(microphone);
+    microphone.hasBegun |= isFilled;
+    microphone.waitedMs = isFilled ? 0 : microphone.waitedMs + limitMs;
+    return isFilled;
 }
 
 } // namespace
@@ -198,60 +205,40 @@ void MicrophoneCloser::operator()(Microphone* microphone) const noexcept {
     const std::unique_ptr<Microphone> owned(microphone);
 }
 
-/// The buffers come back in the order in which they are handed out. After a loss the listener is not told
-/// that they are new, so the first is the one that it expects next.
 void startMicrophone(Microphone& microphone) {
     Device& device = *microphone.device;
+    microphone.oldest = 0;
     microphone.hasBegun = false;
     microphone.hasRefused = false;
     microphone.startedAt = GetTickCount64();
-    // The opening of the device has set it as well.
-    ResetEvent(device.bufferReturned.get());
-    for (std::size_t i = 0; i < soundBufferCount; ++i) {
-        const std::size_t index = (microphone.nextIndex + i) % soundBufferCount;
+    for (std::size_t index = 0; index < soundChunkLimit; ++index) {
         WAVEHDR& header = device.headers[index];
         header = {};
         header.lpData = device.buffers[index].data();
-        header.dwBufferLength = soundBufferBytes;
+        header.dwBufferLength = soundChunkBytes;
         waveInPrepareHeader(device.handle, &header, sizeof(header));
         handOut(microphone, index);
     }
     waveInStart(device.handle);
 }
 
-void waitForSound(Microphone& microphone, std::uint32_t limitMs) {
+std::string_view nextSound(Microphone& microphone, std::uint32_t limitMs) {
+    requeueReturned(microphone);
     if (microphone.opening) {
         followOpening(microphone, limitMs);
-        return;
+        return {};
     }
-    if (microphone.device) {
-        waitForDevice(microphone, limitMs);
-    } else {
+    if (!microphone.device) {
         Sleep(limitMs);
         microphone.waitedMs += limitMs;
+    } else if (waitForDevice(microphone, limitMs)) {
+        microphone.isOldestReturned = true;
+        const WAVEHDR& header = microphone.device->headers[microphone.oldest];
+        return {header.lpData, std::min<std::size_t>(header.dwBytesRecorded, soundChunkBytes)};
     }
-    if (isLost(microphone) && !anyBufferIsBack(microphone)) {
+    if (isLost(microphone)) {
         microphone.opening = beginOpening(microphone.device);
         microphone.waitedMs = 0;
     }
-}
-
-std::optional<std::string_view> recordedSound(const Microphone& microphone, std::size_t index) {
-    if (!microphone.device) {
-        return std::nullopt;
-    }
-    const WAVEHDR& header = microphone.device->headers[index];
-    // Set by a thread of the system's.
-    const volatile DWORD& flags = header.dwFlags;
-    if ((flags & WHDR_DONE) == 0) {
-        return std::nullopt;
-    }
-    return std::string_view(header.lpData, std::min<std::size_t>(header.dwBytesRecorded, soundBufferBytes));
-}
-
-void requeueSoundBuffer(Microphone& microphone, std::size_t index) {
-    microphone.nextIndex = (index + 1) % soundBufferCount;
-    if (microphone.device) {
-        handOut(microphone, index);
-    }
+    return {};
 }

@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -43,8 +44,8 @@ gboolean dispatchDisplaySource(GSource*, GSourceFunc, gpointer) {
             event.type == GenericEvent && XGetEventData(connection.display, &event.xcookie) != 0;
         if (event.type == MappingNotify)
             XRefreshKeyboardMapping(&event.xmapping);
-        for (const EventHandler handler : connection.handlers)
-            if (handler(event))
+        for (std::size_t i = 0; i < connection.handlers.size(); ++i) // a handler may add another
+            if (connection.handlers[i](event))
                 break;
         if (hasCookie)
             XFreeEventData(connection.display, &event.xcookie);
@@ -156,7 +157,8 @@ Atom atomNamed(const char* name) {
     return XInternAtom(connection.display, name, 0);
 }
 void addEventHandler(EventHandler handler) {
-    connection.handlers.push_back(handler);
+    if (std::ranges::find(connection.handlers, handler) == connection.handlers.end())
+        connection.handlers.push_back(handler);
 }
 int xinputOpcode() {
     return connection.xinputOpcode;

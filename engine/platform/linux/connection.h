@@ -14,7 +14,8 @@ Display* ownerDisplay();
 Window rootWindow();
 Atom atomNamed(const char* name);
 
-/// Called for each event until one answers true. Lives for the whole process.
+/// Handlers are called for each event, in the order of their addition, until one returns true. They stay for
+/// the whole process; adding one again changes nothing.
 using EventHandler = bool (*)(XEvent& event);
 void addEventHandler(EventHandler handler);
 

@@ -159,8 +159,7 @@ bool handleRawKey(XEvent& event);
 
 /// What the owner thread does about the keys that are held now.
 gboolean followHeldKeys(gpointer) {
-    static const bool isListening = (addEventHandler(handleRawKey), true);
-    (void)isListening;
+    addEventHandler(handleRawKey);
     selectRawKeys(ownerDisplay(), !keysLeftDown().empty());
     for (const auto& [virtualKey, key] : keysLeftDown())
         if (!isKeyDown(ownerDisplay(), key.code)) // tapped before anybody listened

@@ -3,9 +3,7 @@
 #include <X11/XF86keysym.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -107,17 +105,6 @@ private:
     XkbDescPtr description;
 };
 
-int activeGroup(Display* display) {
-    XkbStateRec state{};
-    XkbGetState(display, XkbUseCoreKbd, &state);
-    return state.group;
-}
-
-KeySym unshiftedKeysym(Display* display, KeyCode code, int group) {
-    const KeySym keysym = XkbKeycodeToKeysym(display, code, group, 0);
-    return keysym == NoSymbol ? XkbKeycodeToKeysym(display, code, 0, 0) : keysym;
-}
-
 /// The first key whose unshifted keysym on the active layout is the given one.
 KeyCode keycodeTyping(Display* display, KeySym keysym) {
     const int group = activeGroup(display);
@@ -125,23 +112,20 @@ KeyCode keycodeTyping(Display* display, KeySym keysym) {
     int last = 0;
     XDisplayKeycodes(display, &first, &last);
     for (int code = first; code <= last; ++code)
-        if (unshiftedKeysym(display, static_cast<KeyCode>(code), group) == keysym)
+        if (keysymAt(display, static_cast<KeyCode>(code), group, 0) == keysym)
             return static_cast<KeyCode>(code);
     return 0;
 }
 
 template <std::size_t count>
 const Position* findPosition(const Position (&positions)[count], std::uint16_t virtualKey) {
-    const auto* found =
-        std::find_if(std::begin(positions), std::end(positions),
-                     [&](const Position& position) { return position.virtualKey == virtualKey; });
+    const auto* found = std::ranges::find(positions, virtualKey, &Position::virtualKey);
     return found == std::end(positions) ? nullptr : found;
 }
 
 template <std::size_t count>
 std::uint16_t virtualKeyAt(const Position (&positions)[count], std::string_view name) {
-    const auto* found = std::find_if(std::begin(positions), std::end(positions),
-                                     [&](const Position& position) { return position.name == name; });
+    const auto* found = std::ranges::find(positions, name, &Position::name);
     return found == std::end(positions) ? std::uint16_t{0} : found->virtualKey;
 }
 
@@ -158,7 +142,7 @@ KeyCode keycodeOfLetter(Display* display, const KeyNames& names, std::uint16_t v
 
 /// The letter that the key types unshifted, as its virtual key; 0 if it types none.
 std::uint16_t letterTypedBy(Display* display, KeyCode code) {
-    const KeySym keysym = unshiftedKeysym(display, code, activeGroup(display));
+    const KeySym keysym = keysymAt(display, code, activeGroup(display), 0);
     return keysym >= XK_a && keysym <= XK_z ? static_cast<std::uint16_t>(keysym - XK_a + 'A')
                                             : std::uint16_t{0};
 }
@@ -191,11 +175,21 @@ std::uint16_t virtualKeyPassedOnTo(Display* display, const KeyNames& names, std:
 
 } // namespace
 
+int activeGroup(Display* display) {
+    XkbStateRec state{};
+    XkbGetState(display, XkbUseCoreKbd, &state);
+    return state.group;
+}
+
+KeySym keysymAt(Display* display, KeyCode code, int group, int level) {
+    const bool hasGroup = XkbKeycodeToKeysym(display, code, group, 0) != NoSymbol;
+    return XkbKeycodeToKeysym(display, code, hasGroup ? group : 0, level);
+}
+
 KeySym keysymOfVirtualKey(std::uint16_t virtualKey) {
     if (virtualKey > functionKeyBase && virtualKey <= functionKeyBase + functionKeyCount)
         return XK_F1 + static_cast<KeySym>(virtualKey - functionKeyBase - 1);
-    const auto* found = std::find_if(std::begin(namedKeys), std::end(namedKeys),
-                                     [&](const NamedKey& key) { return key.virtualKey == virtualKey; });
+    const auto* found = std::ranges::find(namedKeys, virtualKey, &NamedKey::virtualKey);
     return found == std::end(namedKeys) ? NoSymbol : found->keysym;
 }
 
@@ -224,8 +218,7 @@ std::uint16_t virtualKeyOfKeycode(Display* display, KeyCode keycode) {
         return letter;
     const KeyNames names(display);
     const std::string_view name = names.nameOf(keycode);
-    const KeySym keysym = unshiftedKeysym(display, keycode, activeGroup(display));
-    const auto* named = std::find_if(std::begin(namedKeys), std::end(namedKeys),
-                                     [&](const NamedKey& key) { return key.keysym == keysym; });
+    const KeySym keysym = keysymAt(display, keycode, activeGroup(display), 0);
+    const auto* named = std::ranges::find(namedKeys, keysym, &NamedKey::keysym);
     return named != std::end(namedKeys) ? named->virtualKey : virtualKeyPassedOnTo(display, names, name);
 }

@@ -21,3 +21,9 @@ KeySym keysymOfVirtualKey(std::uint16_t virtualKey);
 
 /// The virtual key of a keycode on the active layout, 0 if it has none.
 std::uint16_t virtualKeyOfKeycode(Display* display, KeyCode keycode);
+
+/// The index of the active layout among those that the keyboard has.
+int activeGroup(Display* display);
+
+/// NoSymbol if the key has none at this level. A key that lacks the group has its first group instead.
+KeySym keysymAt(Display* display, KeyCode code, int group, int level);

@@ -286,17 +286,11 @@ bool handleLayerEvent(XEvent& event) {
     return false;
 }
 
-void startListening() {
-    static const bool isListening = [] {
-        addEventHandler(handleLayerEvent);
-        XFixesSelectSelectionInput(ownerDisplay(), rootWindow(), compositorSelection(),
-                                   XFixesSetSelectionOwnerNotifyMask |
-                                       XFixesSelectionWindowDestroyNotifyMask |
-                                       XFixesSelectionClientCloseNotifyMask);
-        followCompositor();
-        return true;
-    }();
-    (void)isListening;
+void watchCompositor() {
+    XFixesSelectSelectionInput(ownerDisplay(), rootWindow(), compositorSelection(),
+                               XFixesSetSelectionOwnerNotifyMask | XFixesSelectionWindowDestroyNotifyMask |
+                                   XFixesSelectionClientCloseNotifyMask);
+    followCompositor();
 }
 
 Window createLayerWindow(int width, int height) {
@@ -327,7 +321,9 @@ WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int3
                                  const OverlayWindowHandlers& handlers) {
     if (ownerDisplay() == nullptr)
         return nullptr;
-    startListening();
+    addEventHandler(handleLayerEvent);
+    if (layers.empty())
+        watchCompositor();
     const Window window = createLayerWindow(width, height);
     describeToCompositors(window);
     Layer& layer = layers[window];

@@ -259,17 +259,12 @@ int primaryButton() {
     return first == end ? 1 : static_cast<int>(first - mapping) + 1;
 }
 
-void startListening() {
-    static const bool isListening = (addEventHandler(handleCaptureEvent), true);
-    (void)isListening;
-}
-
 } // namespace
 
 void beginPointerCapture(WindowHandle, Point pinned, const PointerCaptureHandlers& handlers) {
     if (ownerDisplay() == nullptr)
         return;
-    startListening();
+    addEventHandler(handleCaptureEvent);
     capture.handlers = handlers;
     capture.primaryButton = primaryButton();
     capture.isActive = true;

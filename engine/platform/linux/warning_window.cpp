@@ -130,8 +130,7 @@ void nameBox(Window window, std::string title) {
 } // namespace
 
 void openWarningWindow(const std::string& title, const std::string& text) {
-    static const bool isListening = (addEventHandler(handleBoxEvent), true);
-    (void)isListening;
+    addEventHandler(handleBoxEvent);
     Display* display = ownerDisplay();
     const Box box{textWidthPx + 2 * marginPx, textHeight(text) + 3 * marginPx + buttonHeightPx, text};
     const Rect monitor = monitorAt(cursorPosition());

@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr std::uint32_t soundWaitMs = 250; // also how soon a stop or a new table is seen in silence
+constexpr std::uint32_t soundWaitMs = 250; // also how soon a stop or a new table is noticed in silence
 constexpr int microphoneRetryWaits = 30;
 constexpr std::uint32_t microphoneRetryWaitMs = 100;
 
@@ -30,7 +30,7 @@ public:
     Listener& operator=(const Listener&) = delete;
 
     ~Listener() {
-        microphone.reset(); // before what its sound was for
+        microphone.reset(); // before the recogniser
         freeRecognizer();
         if (model != nullptr)
             guardedModelFree(library, model);
@@ -45,7 +45,7 @@ private:
     std::string currentGrammar();
     bool followPhraseTable();
     void freeRecognizer();
-    void hear(std::string_view sound);
+    void recognise(std::string_view sound);
 
     const VoiceSettings& settings;
     const std::atomic<bool>& voiceStop;
@@ -57,7 +57,7 @@ private:
     std::uint32_t seenGeneration = 0;
 };
 
-/// A run that was given up for lost must not speak over the one that came after it.
+/// An abandoned worker must not overwrite its successor's status.
 void Listener::setStatus(VoiceStatusCode code) const {
     if (voiceStop)
         return;
@@ -69,7 +69,7 @@ void postSkipped(const std::u16string& phrases) {
     postRecord(engineState.mainWindow, MsgVoiceSkipped, std::make_unique<std::u16string>(phrases));
 }
 
-/// The generation is taken first: a rebuild during the building is then seen as one to come.
+/// The generation is read first, so that a rebuild during the build is noticed later.
 std::string Listener::currentGrammar() {
     seenGeneration = engineState.phraseGeneration;
     std::u16string skipped;
@@ -120,8 +120,8 @@ bool Listener::awaitMicrophone() {
     return false;
 }
 
-/// One that has faulted is left behind: a fault may have ruined its memory and left the allocator's lock
-/// held, and freeing it would end the process or hang the thread.
+/// A recogniser that has faulted is leaked: the fault may have corrupted its memory or left the allocator's
+/// lock held, and freeing it would end the process or block the thread.
 void Listener::freeRecognizer() {
     if (recognizer != nullptr && !hasRecognizerFaulted)
         guardedRecognizerFree(library, recognizer);
@@ -129,7 +129,7 @@ void Listener::freeRecognizer() {
     hasRecognizerFaulted = false;
 }
 
-/// False when there is no recogniser any more.
+/// False when no recogniser is left.
 bool Listener::followPhraseTable() {
     if (engineState.phraseGeneration == seenGeneration)
         return true;
@@ -142,7 +142,7 @@ bool Listener::followPhraseTable() {
     return recognizer != nullptr;
 }
 
-void Listener::hear(std::string_view sound) {
+void Listener::recognise(std::string_view sound) {
     const std::int32_t answer = guardedAcceptWaveform(library, recognizer, sound);
     hasRecognizerFaulted |= answer == -1;
     if (answer != 1 || voiceStop)
@@ -164,7 +164,7 @@ void Listener::listen() {
             return;
         }
         if (!sound.empty())
-            hear(sound);
+            recognise(sound);
     }
 }
 

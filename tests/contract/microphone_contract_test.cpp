@@ -1,5 +1,5 @@
-// The microphone of these tests hears a tone of 1003 Hz without end; one that was idle may begin seconds
-// late.
+// The microphone of these tests records a continuous tone of 1003 Hz; after it was idle the first sound may
+// come seconds late.
 
 #include "platform/microphone.h"
 
@@ -20,8 +20,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Whether the shell command has ended well within 20 s. Under Wine nobody tells when a program of the host
-/// ends.
+/// Whether the shell command has succeeded within 20 s. Wine does not report the end of a program of the
+/// host.
 bool onHost(const std::string& command) {
     const std::string done = std::string(std::getenv("ROTIKA_SOUND_PID")) + ".done";
     std::filesystem::remove(done);
@@ -45,9 +45,9 @@ bool isHeard(Microphone& microphone) {
     return hear(microphone).size() >= 10 * soundChunkBytes;
 }
 
-/// How far the tone is from a tone without a break, as a share of its amplitude. Two chunks that do not
-/// follow on each other break it: 100 ms are no whole number of periods.
-double breakIn(const std::string& sound) {
+/// The largest deviation from an uninterrupted tone, relative to its amplitude. Chunks in the wrong order
+/// show, since 100 ms are not a whole number of periods.
+double discontinuityOf(const std::string& sound) {
     std::vector<std::int16_t> samples(sound.size() / sizeof(std::int16_t));
     std::memcpy(samples.data(), sound.data(), sound.size());
     const double factor = 2 * std::cos(2 * std::numbers::pi * 1003 / soundSampleRate);
@@ -57,7 +57,7 @@ double breakIn(const std::string& sound) {
     return largest / std::ranges::max(samples);
 }
 
-TEST(MicrophoneContract, AServerThatHangsOrDiesIsNotWaitedForAndHeardAgain) {
+TEST(MicrophoneContract, SoundIsInOrderAfterAStallAndAServerThatHangsOrDiesIsConnectedAgain) {
     const MicrophoneHandle microphone = (openMicrophone().reset(), openMicrophone()); // the first lets go
     ASSERT_NE(microphone, nullptr);
     startMicrophone(*microphone);
@@ -67,7 +67,7 @@ TEST(MicrophoneContract, AServerThatHangsOrDiesIsNotWaitedForAndHeardAgain) {
     for (std::string_view sound = "-"; !sound.empty(); heard += sound)
         sound = nextSound(*microphone, 250);
     EXPECT_EQ(heard.size(), (10 + soundChunkLimit - 1) * soundChunkBytes) << "one was in use";
-    EXPECT_LT(breakIn(heard), 0.05);
+    EXPECT_LT(discontinuityOf(heard), 0.05);
     auto before = Clock::now();
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(openMicrophone(), nullptr);
@@ -85,8 +85,8 @@ TEST(MicrophoneContract, AServerThatHangsOrDiesIsNotWaitedForAndHeardAgain) {
     EXPECT_TRUE(isHeard(*microphone));
 }
 
-#ifndef _WIN32 // the last one: it takes the microphone away
-TEST(MicrophoneContract, TheComputersOwnSoundIsNoneUnlessTheUserNamesIt) {
+#ifndef _WIN32 // the last one: it removes the microphone
+TEST(MicrophoneContract, AMonitorOfTheSpeakersIsUsedOnlyIfTheUserNamesIt) {
     EXPECT_TRUE(onHost("pactl unload-module module-remap-source"));
     EXPECT_EQ(openMicrophone(), nullptr);
     ::setenv("PULSE_SOURCE", "room.monitor", 1);

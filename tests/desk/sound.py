@@ -30,7 +30,7 @@ class SoundServer:
 
     def _launch(self):
         self.socket.unlink(missing_ok=True)
-        # Without the shared ring it sends on while nobody listens, as other servers do.
+        # Without the shared ring buffer it keeps sending while the client does not read, as other servers do.
         self.server = self.screen.launch(
             "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
             f"--load=module-native-protocol-unix auth-anonymous=1 srbchannel=0 socket={self.socket}")

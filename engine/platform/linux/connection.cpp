@@ -17,15 +17,15 @@ struct Connection {
     std::vector<EventHandler> handlers;
 };
 Connection connection;
-thread_local unsigned long errorCount = 0; // an error is read by the thread that waits for the server
+thread_local unsigned long errorCount = 0; // an error is delivered to the thread that waits for the server
 
 struct DisplaySource {
     GSource base;
     GPollFD descriptor;
 };
 
-// Xlib may have read events during a round trip, with nothing left on the descriptor: the queue must be asked
-// too.
+// Xlib may have read events during a round trip, with nothing left on the descriptor: the queue must be
+// checked too.
 gboolean prepareDisplaySource(GSource*, gint* timeoutMs) {
     *timeoutMs = -1;
     return XPending(connection.display) > 0;
@@ -71,7 +71,7 @@ int countError(Display*, XErrorEvent*) {
     return 0;
 }
 
-/// The display is gone, and with it all that the program is for; nothing below main can be unwound from here.
+/// Without the display the program has no purpose; the stack cannot be unwound from here.
 int endOnLostDisplay(Display*) {
     constexpr char message[] = "Rotika: utracono połączenie z serwerem X, program kończy działanie.\n";
     [[maybe_unused]] const auto written = write(STDERR_FILENO, message, sizeof message - 1);
@@ -118,8 +118,7 @@ void attachToOwner(GSource* source, GSourceFunc function, gpointer data) {
 
 } // namespace
 
-// g_main_context_invoke would call it here and now whenever nobody owns the context; an attached source never
-// does.
+// g_main_context_invoke would call the function at once on this thread whenever no thread owns the context.
 void callOwnerSoon(GSourceFunc function, gpointer data) {
     GSource* source = g_idle_source_new();
     g_source_set_priority(source, G_PRIORITY_DEFAULT - 1);

@@ -14,8 +14,7 @@ struct Position {
     std::string_view name; // XKB key name
 };
 
-// Digits and punctuation: the same place on the keyboard whatever the layout puts on it, as with Win32's
-// codes.
+// Digits and punctuation: the same position on every layout, as with Win32's codes.
 constexpr Position fixedPositions[] = {
     {'1', "AE01"},  {'2', "AE02"},  {'3', "AE03"},  {'4', "AE04"},  {'5', "AE05"},  {'6', "AE06"},
     {'7', "AE07"},  {'8', "AE08"},  {'9', "AE09"},  {'0', "AE10"},  {0xBD, "AE11"}, {0xBB, "AE12"},
@@ -69,9 +68,11 @@ constexpr NamedKey namedKeys[] = {
 constexpr std::uint16_t functionKeyBase = 0x6F; // F1 is 0x70
 constexpr std::uint16_t functionKeyCount = 24;
 constexpr std::uint16_t firstNamedFunctionKey =
-    13; // FK13: those before have a keysym of their own on every layout
+    13; // FK13: the keys below it have the same keysym on every layout
 
-/// The names of all keys, asked for anew each time: a keyboard may be plugged in at any moment.
+/// The names of all keys, read from the server for each use because keyboards can be plugged in at any
+/// moment. (libxkbcommon finds keys by name only in a keymap, which it reads from a server through
+/// xkbcommon-x11.)
 class KeyNames {
 public:
     explicit KeyNames(Display* display) : description(XkbGetMap(display, 0, XkbUseCoreKbd)) {
@@ -147,8 +148,8 @@ std::uint16_t letterTypedBy(Display* display, KeyCode code) {
                                             : std::uint16_t{0};
 }
 
-/// A position taken by a letter passes its virtual key on to the position where the American keyboard has
-/// that letter, which another letter may have taken in turn: 26 letters, so at most 26 steps.
+/// If a letter occupies the position, its virtual key belongs to the position where the American keyboard has
+/// that letter, which another letter may occupy in turn: 26 letters, so at most 26 steps.
 KeyCode keycodeOfPosition(Display* display, const KeyNames& names, const Position& position) {
     KeyCode code = names.keycodeNamed(position.name);
     for (std::size_t i = 0; i < std::size(letterPositions); ++i) {
@@ -160,8 +161,8 @@ KeyCode keycodeOfPosition(Display* display, const KeyNames& names, const Positio
     return code;
 }
 
-/// The reverse of keycodeOfPosition: from a letter's position that types no letter back to the punctuation.
-std::uint16_t virtualKeyPassedOnTo(Display* display, const KeyNames& names, std::string_view name) {
+/// The reverse of keycodeOfPosition, for a letter's position that types no letter.
+std::uint16_t punctuationMovedTo(Display* display, const KeyNames& names, std::string_view name) {
     for (std::size_t i = 0; i < std::size(letterPositions); ++i) {
         if (const std::uint16_t fixed = virtualKeyAt(fixedPositions, name); fixed != 0)
             return fixed;
@@ -220,5 +221,5 @@ std::uint16_t virtualKeyOfKeycode(Display* display, KeyCode keycode) {
     const std::string_view name = names.nameOf(keycode);
     const KeySym keysym = keysymAt(display, keycode, activeGroup(display), 0);
     const auto* named = std::ranges::find(namedKeys, keysym, &NamedKey::keysym);
-    return named != std::end(namedKeys) ? named->virtualKey : virtualKeyPassedOnTo(display, names, name);
+    return named != std::end(namedKeys) ? named->virtualKey : punctuationMovedTo(display, names, name);
 }

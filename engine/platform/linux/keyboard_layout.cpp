@@ -15,7 +15,7 @@ constexpr std::uint16_t shiftStates[] = {0, 1, 6, 7};
 
 struct DeadKey {
     KeySym keysym;
-    char16_t character; // which the key types when it is pressed twice or before a space
+    char16_t character; // typed when the key is pressed twice or before a space
 };
 
 constexpr DeadKey deadKeys[] = {
@@ -28,7 +28,7 @@ constexpr DeadKey deadKeys[] = {
     {XK_dead_ogonek, u'\u02DB'},
 };
 
-/// What a keysym stands for, dead or not; 0 for none.
+/// The character of a keysym, dead keys included; 0 for none.
 char32_t characterOf(KeySym keysym) {
     const auto* dead = std::ranges::find(deadKeys, keysym, &DeadKey::keysym);
     return dead != std::end(deadKeys) ? dead->character

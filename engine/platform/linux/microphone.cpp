@@ -9,19 +9,19 @@
 #include <thread>
 #include <utility>
 
-// The server's asynchronous interface, turned by the listening thread itself while it waits: no thread and no
-// lock of ours. Losing and finding the device again goes on inside these waits.
+// Uses the server's asynchronous interface; the listening thread itself runs the main loop while it waits, so
+// there is no other thread and no lock. A lost device is also replaced inside these waits.
 //
-// Where there is no microphone the server offers the monitor of the speakers, and it moves a stream there
-// whose microphone has gone. A monitor is not listened to: the stream stays paused until its source is known,
-// and nothing is taken from it between a move and the answer.
+// Without a microphone the server offers the monitor of the speakers, and it moves streams of an unplugged
+// microphone there. Monitors are not used: the stream stays paused until its source is known, and nothing is
+// read from it between a move and the server's answer.
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
 constexpr auto openingLimit = std::chrono::milliseconds(1500);
-constexpr auto retryPause = std::chrono::seconds(3); // and how long a try may take
+constexpr auto retryPause = std::chrono::seconds(3); // also the limit of one attempt
 
 struct LoopCloser {
     void operator()(pa_mainloop* loop) const noexcept { pa_mainloop_free(loop); }
@@ -54,7 +54,7 @@ struct Microphone {
     std::string sound;               // soundLimitBytes at most, the oldest first
     bool isOldestChunkReturned = false;
     bool isStarted = false;
-    Clock::time_point nextTry{}; // when a connection that has led nowhere is begun anew
+    Clock::time_point nextTry{}; // when a connection without a microphone is started over
 };
 
 namespace {
@@ -75,7 +75,7 @@ bool isHearing(const Microphone& microphone) {
     return isStreamReady(microphone) && microphone.source == Source::microphone;
 }
 
-/// From the library's own variable; empty if there is none.
+/// From the library's own environment variable; empty if it is not set.
 std::string_view sourceNamedByUser() {
     const char* const name = std::getenv("PULSE_SOURCE");
     return name != nullptr ? name : "";
@@ -86,14 +86,14 @@ bool isNamedByUser(const pa_source_info& source) {
     return name == source.name || name == std::to_string(source.index);
 }
 
-/// Whether the default source is still to be asked for by name. The server may remember another one for this
-/// program, a monitor for instance that somebody once moved it to.
+/// Whether the default source can still be requested by name. The server may remember another one for this
+/// program, for example a monitor that the user once chose.
 bool canAskForDefault(const Microphone& microphone) {
     return isContextReady(microphone) && microphone.source == Source::unwanted &&
            !microphone.isDefaultAskedFor && sourceNamedByUser().empty();
 }
 
-/// Whether it is clear that this connection leads to no microphone.
+/// Whether this connection can no longer lead to a microphone.
 bool hasFailed(const Microphone& microphone) {
     const bool isStreamBad =
         microphone.stream && !PA_STREAM_IS_GOOD(pa_stream_get_state(microphone.stream.get()));
@@ -101,18 +101,18 @@ bool hasFailed(const Microphone& microphone) {
     return !isContextGood(microphone) || isStreamBad || isUnwanted;
 }
 
-void endOperation(pa_operation* operation) {
+void releaseOperation(pa_operation* operation) {
     if (operation != nullptr) {
         pa_operation_unref(operation);
     }
 }
 
-void letSoundCome(Microphone& microphone) {
-    endOperation(pa_stream_cork(microphone.stream.get(), 0, nullptr, nullptr));
+void resumeStream(Microphone& microphone) {
+    releaseOperation(pa_stream_cork(microphone.stream.get(), 0, nullptr, nullptr));
 }
 
-/// In both answers `info` is null at the end of a list. An answer that comes after a move, or for an earlier
-/// stream, finds that nothing has been asked.
+/// In both callbacks `info` is null at the end of a list. An answer that arrives after a move, or for an
+/// earlier stream, is ignored because `source` is no longer askedFor.
 void onSourceInfo(pa_context*, const pa_source_info* info, int endOfList, void* context) {
     Microphone& microphone = *static_cast<Microphone*>(context);
     if (microphone.source != Source::askedFor || endOfList > 0) {
@@ -122,7 +122,7 @@ void onSourceInfo(pa_context*, const pa_source_info* info, int endOfList, void* 
         info != nullptr && (info->monitor_of_sink == PA_INVALID_INDEX || isNamedByUser(*info));
     microphone.source = isWanted ? Source::microphone : Source::unwanted;
     if (isHearing(microphone) && microphone.isStarted) {
-        letSoundCome(microphone);
+        resumeStream(microphone);
     }
 }
 
@@ -134,12 +134,12 @@ void onStreamInfo(pa_context* server, const pa_source_output_info* info, int end
     if (info == nullptr) {
         microphone.source = Source::unwanted;
     } else {
-        endOperation(pa_context_get_source_info_by_index(server, info->source, onSourceInfo, context));
+        releaseOperation(pa_context_get_source_info_by_index(server, info->source, onSourceInfo, context));
     }
 }
 
-/// The server may deliver a source's last sound after the move. So a stream that has been at a source of
-/// which nothing is known, or at a monitor, is not used any more: a new one has nothing of it.
+/// The server may deliver the former source's last sound after the move. A stream that was connected to an
+/// unknown source or to a monitor is therefore replaced by a new one.
 void onStreamMoved(pa_stream*, void* context) {
     Microphone& microphone = *static_cast<Microphone*>(context);
     const bool wasHearing = microphone.source == Source::microphone;
@@ -154,7 +154,7 @@ void connectToServer(Microphone& microphone) {
     microphone.isDefaultAskedFor = false;
     microphone.context.reset(pa_context_new(pa_mainloop_get_api(microphone.loop.get()), "Rotika"));
     if (microphone.context) {
-        // Starting a server would hold this thread until that one is up, without a limit.
+        // Starting a server would block this thread without a limit.
         pa_context_connect(microphone.context.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr);
     }
 }
@@ -162,7 +162,8 @@ void connectToServer(Microphone& microphone) {
 void connectToDevice(Microphone& microphone) {
     microphone.source = Source::unknown;
     std::string& sound = microphone.sound;
-    sound.erase(sound.size() / soundChunkBytes * soundChunkBytes); // the rest of the chunk will never come
+    // The rest of the newest chunk was lost with the former stream.
+    sound.erase(sound.size() / soundChunkBytes * soundChunkBytes);
     const pa_sample_spec format{.format = PA_SAMPLE_S16LE, .rate = soundSampleRate, .channels = 1};
     microphone.stream.reset(pa_stream_new(microphone.context.get(), "Sterowanie głosem", &format, nullptr));
     if (!microphone.stream) {
@@ -180,14 +181,15 @@ void connectToDevice(Microphone& microphone) {
         static_cast<pa_stream_flags_t>(PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY));
 }
 
-/// Not for the index that the stream itself knows: PipeWire may have made it ready before it was linked.
+/// Asks the server and not the stream for the index of the source: PipeWire may report the stream ready
+/// before it is connected to a source.
 void askForSource(Microphone& microphone) {
     microphone.source = Source::askedFor;
-    endOperation(pa_context_get_source_output_info(
+    releaseOperation(pa_context_get_source_output_info(
         microphone.context.get(), pa_stream_get_index(microphone.stream.get()), onStreamInfo, &microphone));
 }
 
-/// The device may have been unplugged, the server restarted; or the server accepts and never answers.
+/// The device was unplugged, the server was restarted, or it accepts connections and never answers.
 void startOver(Microphone& microphone) {
     microphone.nextTry = Clock::now() + retryPause;
     if (isContextReady(microphone) && hasFailed(microphone)) {
@@ -198,7 +200,7 @@ void startOver(Microphone& microphone) {
     }
 }
 
-/// What can be done now to hear a microphone; the server's answers lead on.
+/// The next step towards a connected microphone; the callbacks do the rest.
 void connectIfLost(Microphone& microphone) {
     if (isHearing(microphone)) {
         return;
@@ -215,7 +217,7 @@ void connectIfLost(Microphone& microphone) {
     }
 }
 
-/// What exceeds the limit is lost.
+/// Reads the sound that has arrived; what exceeds the limit is discarded.
 void takeSound(Microphone& microphone) {
     while (isHearing(microphone)) {
         const void* fragment = nullptr;
@@ -278,14 +280,14 @@ MicrophoneHandle openMicrophone() {
 void startMicrophone(Microphone& microphone) {
     microphone.isStarted = true;
     if (isHearing(microphone)) {
-        letSoundCome(microphone);
+        resumeStream(microphone);
     }
 }
 
 std::string_view nextSound(Microphone& microphone, std::uint32_t limitMs) {
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(limitMs);
-    // All that arrived while the caller was busy comes first: sound that exceeds the limit must be lost, not
-    // late.
+    // Read everything that arrived while the caller was busy: what exceeds the limit must be discarded now,
+    // not heard late.
     while (handleMessages(microphone, Clock::now()) && Clock::now() < deadline) {
     }
     if (std::exchange(microphone.isOldestChunkReturned, false)) {

@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <map>
 
-// Painted by the engine itself: it comes up before the shell has any window, and the engine knows no toolkit.
+// Painted by the engine itself: it can appear before the shell has a window, and the engine has no toolkit.
 
 namespace {
 
@@ -112,8 +112,8 @@ bool handleBoxEvent(XEvent& event) {
     return true;
 }
 
-/// The title says it all: it is the one thing of a window without a toolkit that window lists and screen
-/// readers can know.
+/// The title holds the whole text: window lists and screen readers see nothing else of a window without a
+/// toolkit.
 void nameBox(Window window, std::string title) {
     Display* display = ownerDisplay();
     std::replace(title.begin(), title.end(), '\n', ' ');

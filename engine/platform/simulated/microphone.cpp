@@ -66,7 +66,7 @@ std::string_view nextSound(Microphone& microphone, std::uint32_t limitMs) {
         const std::uint64_t before = clock.now();
         const std::uint64_t wake = std::min(deadline, microphone.nextFullAt);
         clock.sleepCallingWorker(static_cast<std::uint32_t>(wake - before));
-        if (clock.now() == before) // workers run freely, and time stands
+        if (clock.now() == before) // workers run freely, and the clock stands still
             return {};
         microphone.recordUntilNow();
     }

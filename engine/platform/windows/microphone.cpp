@@ -20,13 +20,13 @@ constexpr WAVEFORMATEX soundFormat{
     8 * bytesPerSample, 0};
 
 constexpr DWORD openingLimitMs = 1500;
-// Nobody waits for an opening that follows on a lost device.
+// Nobody is blocked by reopening a lost device.
 constexpr DWORD reopeningLimitMs = 10'000;
 constexpr DWORD lostAfterMs = 3000;
-// Headsets begin seconds after they were opened.
+// Headsets deliver their first sound seconds after they were opened.
 constexpr DWORD neverBeganAfterMs = 10'000;
 
-/// The system writes into the headers and the buffers, so the whole must not move.
+/// The system writes into the headers and the buffers, so this must not move in memory.
 struct Device {
     KernelHandle bufferReturned;
     HWAVEIN handle = nullptr;
@@ -43,7 +43,7 @@ struct DeviceCloser {
             waveInUnprepareHeader(owned->handle, &header, sizeof(header));
         }
         if (waveInClose(owned->handle) != MMSYSERR_NOERROR) {
-            // A driver that does not let go may still write: better 13 kB lost than a stranger's memory.
+            // Leak: the driver may still write into the 13 kB.
             static_cast<void>(owned.release());
         }
     }
@@ -61,9 +61,9 @@ DeviceHandle openDevice() {
     return DeviceHandle(device.release());
 }
 
-/// Drivers and the sound service may keep a caller for as long as they like, so a thread of its own closes
-/// the former device, if there is one, and opens the next. Whoever has no more patience drops his share; a
-/// device that is opened later than that is closed by the thread's.
+/// Drivers and the sound service may block a caller without limit, so a separate thread closes the former
+/// device, if there is one, and opens the next. A caller that gives up releases its reference; a device that
+/// is opened after that is closed when the thread releases the last one.
 struct Opening {
     KernelHandle finished;
     DeviceHandle former;
@@ -71,7 +71,7 @@ struct Opening {
 };
 using SharedOpening = std::shared_ptr<Opening>;
 
-std::atomic<int> openingsUnderWay{0};
+std::atomic<int> openingsInProgress{0};
 
 DWORD WINAPI runOpening(void* argument) noexcept {
     {
@@ -80,21 +80,21 @@ DWORD WINAPI runOpening(void* argument) noexcept {
         (*opening)->device = openDevice();
         SetEvent((*opening)->finished.get());
     }
-    --openingsUnderWay;
+    --openingsInProgress;
     return 0;
 }
 
-/// Takes `former` along, or leaves it where it is and answers null: too many threads hang already, or the
-/// system gives no more.
+/// Takes ownership of `former`. Returns null and leaves `former` alone when too many threads hang already or
+/// no thread can be created.
 SharedOpening beginOpening(DeviceHandle& former) {
-    constexpr int mostOpenings = 4;
+    constexpr int maxOpenings = 4;
     auto opening = std::make_shared<Opening>();
     opening->finished = KernelHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     if (!opening->finished) {
         return nullptr;
     }
-    if (++openingsUnderWay > mostOpenings) {
-        --openingsUnderWay;
+    if (++openingsInProgress > maxOpenings) {
+        --openingsInProgress;
         return nullptr;
     }
     opening->former = std::move(former);
@@ -102,7 +102,7 @@ SharedOpening beginOpening(DeviceHandle& former) {
     const KernelHandle thread(CreateThread(nullptr, 0, runOpening, share.get(), 0, nullptr));
     if (!thread) {
         former = std::move(opening->former);
-        --openingsUnderWay;
+        --openingsInProgress;
         return nullptr;
     }
     static_cast<void>(share.release());
@@ -112,22 +112,22 @@ SharedOpening beginOpening(DeviceHandle& former) {
 } // namespace
 
 struct Microphone {
-    DeviceHandle device; // null while a lost one has no successor
+    DeviceHandle device; // null while a lost one is being replaced
     SharedOpening opening;
     std::size_t oldest = 0; // index of the buffer whose sound comes next, or was returned last
     bool isOldestReturned = false;
-    DWORD waitedMs = 0;    // without a buffer, or for the opening
-    bool hasBegun = false; // the device has given a buffer back
+    DWORD waitedMs = 0;    // since the last buffer, or since the opening began
+    bool hasBegun = false; // the device has returned a buffer
     bool hasRefused = false;
     ULONGLONG startedAt = 0;
 };
 
 namespace {
 
-void handOut(Microphone& microphone, std::size_t index) {
+void queueBuffer(Microphone& microphone, std::size_t index) {
     WAVEHDR& header = microphone.device->headers[index];
-    // A device that is gone refuses the buffer and leaves it as it is: the same words would be heard for
-    // ever.
+    // An unplugged device refuses the buffer and leaves the header unchanged: the same sound would be
+    // returned again and again.
     header.dwFlags &= ~static_cast<DWORD>(WHDR_DONE);
     header.dwBytesRecorded = 0;
     if (waveInAddBuffer(microphone.device->handle, &header, sizeof(header)) != MMSYSERR_NOERROR) {
@@ -136,7 +136,7 @@ void handOut(Microphone& microphone, std::size_t index) {
 }
 
 bool isOldestFilled(const Microphone& microphone) {
-    // Set by a thread of the system's.
+    // Set by a thread of the system.
     const volatile DWORD& flags = microphone.device->headers[microphone.oldest].dwFlags;
     return (flags & WHDR_DONE) != 0;
 }
@@ -144,13 +144,13 @@ bool isOldestFilled(const Microphone& microphone) {
 /// Hands the buffer that was returned to the listener back to the device.
 void requeueReturned(Microphone& microphone) {
     if (std::exchange(microphone.isOldestReturned, false)) {
-        handOut(microphone, microphone.oldest);
+        queueBuffer(microphone, microphone.oldest);
         microphone.oldest = (microphone.oldest + 1) % soundChunkLimit;
     }
 }
 
-/// The device was unplugged, or is of no use any more. Only time that was waited counts: neither the sleep of
-/// the machine nor a busy listener makes a device a lost one.
+/// The device was unplugged or no longer works. Only waiting time counts: neither a suspended machine nor a
+/// busy listener makes a device count as lost.
 bool isLost(const Microphone& microphone) {
     if (microphone.device && microphone.hasRefused) {
         return GetTickCount64() - microphone.startedAt >= lostAfterMs;
@@ -217,7 +217,7 @@ void startMicrophone(Microphone& microphone) {
         header.lpData = device.buffers[index].data();
         header.dwBufferLength = soundChunkBytes;
         waveInPrepareHeader(device.handle, &header, sizeof(header));
-        handOut(microphone, index);
+        queueBuffer(microphone, index);
     }
     waveInStart(device.handle);
 }

@@ -1,5 +1,5 @@
-"""The whole program on a private screen, spoken to: how much of it is acted on rightly, and how soon. The recogniser
-is the real one; the speakers are espeak-ng's."""
+"""Speaks to the whole program on a private screen and measures how many phrases are understood, and how soon. The
+recogniser is the real one; the voices are espeak-ng's."""
 
 import string
 import time
@@ -11,8 +11,8 @@ from desk.device import Device
 from desk.sound import SoundServer
 from desk.waiting import holds_within
 
-VOICES = ("pl", "pl+m5", "pl+m8", "pl+f4", "pl+Alex")  # none of them has taught the model
-# Of functions, each of which presses a letter of its own.
+VOICES = ("pl", "pl+m5", "pl+m8", "pl+f4", "pl+Alex")  # the model was trained with none of them
+# By the key that the phrase's function presses.
 PHRASES = dict(zip(string.ascii_lowercase, (
     "leczenie", "mapa", "tarcza", "zapisz", "przełącz okno", "mapa jeden", "mapa dwa", "mapa trzy", "tarcza pięć",
     "tarcza sześć", "tarcza dziewięć", "tarcza dziesięć", "okno czternaście", "okno dziewiętnaście",
@@ -24,8 +24,8 @@ FOREIGN_WORDS = (
     "trzeba", "siatkówka", "element", "klinika", "okolica", "praca domowa")
 SHOWN_TIMES = 20
 ACT_LIMIT_S = 0.5  # an act follows the recogniser's answer within 0.1 s
-# What the recogniser itself takes, fed with the same sound from a file: from 720 ms to this, by where the end of the
-# speech falls in the blocks of frames that it works in.
+# The recogniser alone, fed from a file, takes 720 ms to this, depending on where in its blocks of frames the speech
+# ends.
 ANSWER_TARGET_MS = 910
 WHEEL_TARGET_MS = 20
 
@@ -75,7 +75,7 @@ class Probe:
         answers, wheels, wholes = [], [], []
         for _ in range(SHOWN_TIMES):
             ended = self.sound.say("pokaż koło")
-            before = self.recogniser.count("heard")  # it answers to a long silence too
+            before = self.recogniser.count("heard")  # it also answers after a long silence
             wait_for("the recogniser", lambda: self.recogniser.count("heard") > before)
             answered = time.monotonic()
             wait_for("the wheel", self.desk.wheel)

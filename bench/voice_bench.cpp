@@ -1,4 +1,4 @@
-// What voice and gaze cost the engine beside the recogniser and the tracker themselves.
+// The engine's own time for voice and gaze, without the recogniser and the tracker.
 
 #include "core/dispatch.h"
 #include "gaze/gaze_thread.h"

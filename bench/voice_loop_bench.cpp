@@ -1,5 +1,5 @@
-// What the voice thread does with each buffer of sound beside the recogniser: on the simulated desktop, with
-// a recogniser that costs nothing, so that nothing but the loop is measured.
+// The time that the voice thread takes for each 100 ms of sound without the recogniser: on the simulated
+// desktop, with a recogniser that does nothing.
 
 #include "model/engine_state.h"
 #include "target_reporter.h"

@@ -3,18 +3,18 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string_view>
 
 namespace rotika {
 
-// Sound from the system's default recording device: 16,000 samples a second, one channel, signed 16-bit, in
-// four buffers that go round between the device and the listener. All calls for one microphone come from one
-// thread, any but the owner's.
+// Sound from the system's default recording device: 16,000 samples a second, one channel, signed 16-bit. It
+// is returned in chunks, in the order of recording. At most four chunks are kept, the returned one included;
+// sound that arrives while all four are in use is lost. All calls for one microphone come from one thread,
+// any but the owner's.
 
 inline constexpr std::uint32_t soundSampleRate = 16000;
-inline constexpr std::size_t soundBufferCount = 4;
-inline constexpr std::size_t soundBufferBytes = 3200; // 100 ms
+inline constexpr std::size_t soundChunkBytes = 3200; // 100 ms
+inline constexpr std::size_t soundChunkLimit = 4;
 
 struct Microphone;
 
@@ -22,24 +22,18 @@ struct MicrophoneCloser {
     void operator()(Microphone* microphone) const noexcept;
 };
 
-/// Stops the sound and closes the device when it goes.
+/// Stops the recording and closes the device when it is destroyed.
 using MicrophoneHandle = std::unique_ptr<Microphone, MicrophoneCloser>;
 
-/// Null when there is none, or it is not to be had; takes 1.5 s at most. Nothing is recorded yet.
+/// Null if there is no microphone or it cannot be opened; takes 1.5 s at most. Nothing is recorded yet.
 MicrophoneHandle openMicrophone();
 
-/// Hands all buffers to the device and starts it.
+/// Starts the recording.
 void startMicrophone(Microphone& microphone);
 
-/// Returns when a buffer has come back, or after `limitMs`. In the place of a device
-/// that is gone comes another as soon as there is one, and neither is told.
-void waitForSound(Microphone& microphone, std::uint32_t limitMs);
-
-/// The bytes recorded in buffer `index`, perhaps none, once the device has given it back; empty optional
-/// before. They stay until the buffer is handed out again.
-std::optional<std::string_view> recordedSound(const Microphone& microphone, std::size_t index);
-
-/// Hands a buffer that came back to the device again.
-void requeueSoundBuffer(Microphone& microphone, std::size_t index);
+/// The oldest chunk that has not been returned yet, soundChunkBytes at most; valid until the next call. Waits
+/// for it up to `limitMs`, and returns an empty view if none came. A lost device is replaced during these
+/// waits as soon as there is another one; the caller is not notified.
+std::string_view nextSound(Microphone& microphone, std::uint32_t limitMs);
 
 } // namespace rotika

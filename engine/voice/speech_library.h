@@ -10,20 +10,21 @@
 
 namespace rotika {
 
-/// The recogniser's functions, bound by name. Models and recognisers are the library's own and opaque.
+/// The speech library's functions, bound by name. Models and recognisers are opaque pointers.
 struct SpeechLibrary {
     void (*setLogLevel)(std::int32_t level) = nullptr; // optional
-    void* (*modelNew)(const char* path) = nullptr;     // null: not loadable
+    void* (*modelNew)(const char* path) = nullptr;     // null if it cannot be loaded
     void (*modelFree)(void* model) = nullptr;
     void* (*recognizerNewGrm)(void* model, float sampleRate, const char* grammar) = nullptr;
     void (*recognizerSetGrm)(void* recognizer, const char* grammar) = nullptr;
     std::int32_t (*acceptWaveform)(void* recognizer, const char* sound, std::int32_t byteCount) = nullptr;
-    const char* (*result)(void* recognizer) = nullptr; // the text stays the recogniser's
+    const char* (*result)(void* recognizer) = nullptr; // the recogniser owns the text
     void (*recognizerFree)(void* recognizer) = nullptr;
-    FindWordFunction findWord = nullptr; // optional: without it no phrase is checked
+    FindWordFunction findWord = nullptr; // optional; without it phrases are not checked
 };
 
-/// From the configured path, else from beside the program, else from where the system looks; null if nowhere.
+/// From the configured path, else from the program's folder, else from the system's search path; null if not
+/// found.
 LibraryHandle loadVoskLibrary(const std::u16string& configuredPath);
 
 /// False when a required function is missing.
@@ -40,12 +41,12 @@ std::int32_t guardedAcceptWaveform(const SpeechLibrary& functions, void* recogni
 void* guardedRecognizerNew(const SpeechLibrary& functions, void* model, const std::string& grammar);
 /// False after a fault.
 bool guardedSetGrammar(const SpeechLibrary& functions, void* recognizer, const std::string& grammar);
-/// The recogniser's answer, its own until the next call, null when it has none; nothing after a fault.
+/// The recogniser's answer, valid until its next call, or null if it has none; nullopt after a fault.
 std::optional<const char*> guardedResult(const SpeechLibrary& functions, void* recognizer);
 void guardedRecognizerFree(const SpeechLibrary& functions, void* recognizer);
 
 /// The text in the recogniser's answer, {"text" : "..."}: a view into it, empty when the answer is null or of
-/// another shape.
+/// any other form.
 std::string_view recognisedText(const char* answer);
 
 } // namespace rotika

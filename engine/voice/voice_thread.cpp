@@ -20,7 +20,7 @@ namespace rotika {
 
 namespace {
 
-constexpr std::uint32_t soundWaitMs = 250; // also how soon a stop or a new table is seen in silence
+constexpr std::uint32_t soundWaitMs = 250; // also how soon a stop or a new table is noticed in silence
 constexpr int microphoneRetryWaits = 30;
 constexpr std::uint32_t microphoneRetryWaitMs = 100;
 
@@ -33,7 +33,7 @@ public:
     Listener& operator=(const Listener&) = delete;
 
     ~Listener() {
-        microphone.reset(); // before what its sound was for
+        microphone.reset(); // before the recogniser
         freeRecognizer();
         if (model != nullptr)
             guardedModelFree(library, model);
@@ -48,8 +48,7 @@ private:
     std::string currentGrammar();
     bool followPhraseTable();
     void freeRecognizer();
-    void hear(std::string_view sound);
-    void hearRecordedBuffers();
+    void recognise(std::string_view sound);
 
     const VoiceSettings& settings;
     const std::atomic<bool>& voiceStop;
@@ -58,11 +57,10 @@ private:
     void* recognizer = nullptr;
     bool hasRecognizerFaulted = false;
     MicrophoneHandle microphone;
-    std::size_t nextBuffer = 0; // the one whose sound comes next
     std::uint32_t seenGeneration = 0;
 };
 
-/// A run that was given up for lost must not speak over the one that came after it.
+/// An abandoned worker must not overwrite its successor's status.
 void Listener::setStatus(VoiceStatusCode code) const {
     if (voiceStop)
         return;
@@ -74,7 +72,7 @@ void postSkipped(const std::u16string& phrases) {
     postRecord(engineState.mainWindow, MsgVoiceSkipped, std::make_unique<std::u16string>(phrases));
 }
 
-/// The generation is taken first: a rebuild during the building is then seen as one to come.
+/// The generation is read first, so that a rebuild during the build is noticed later.
 std::string Listener::currentGrammar() {
     seenGeneration = engineState.phraseGeneration;
     std::u16string skipped;
@@ -125,8 +123,8 @@ bool Listener::awaitMicrophone() {
     return false;
 }
 
-/// One that has faulted is left behind: a fault may have ruined its memory and left the allocator's lock
-/// held, and freeing it would end the process or hang the thread.
+/// A recogniser that has faulted is leaked: the fault may have corrupted its memory or left the allocator's
+/// lock held, and freeing it would end the process or block the thread.
 void Listener::freeRecognizer() {
     if (recognizer != nullptr && !hasRecognizerFaulted)
         guardedRecognizerFree(library, recognizer);
@@ -134,7 +132,7 @@ void Listener::freeRecognizer() {
     hasRecognizerFaulted = false;
 }
 
-/// False when there is no recogniser any more.
+/// False when no recogniser is left.
 bool Listener::followPhraseTable() {
     if (engineState.phraseGeneration == seenGeneration)
         return true;
@@ -147,9 +145,7 @@ bool Listener::followPhraseTable() {
     return recognizer != nullptr;
 }
 
-void Listener::hear(std::string_view sound) {
-    if (sound.empty())
-        return;
+void Listener::recognise(std::string_view sound) {
     const std::int32_t answer = guardedAcceptWaveform(library, recognizer, sound);
     hasRecognizerFaulted |= answer == -1;
     if (answer != 1 || voiceStop)
@@ -159,31 +155,19 @@ void Listener::hear(std::string_view sound) {
     dispatchRecognisedText(recognisedText(result.value_or(nullptr)));
 }
 
-/// Goes on where the last pass ended. After a stall all buffers are full, and the oldest is rarely the first.
-void Listener::hearRecordedBuffers() {
-    const std::size_t first = nextBuffer;
-    for (std::size_t i = 0; i < soundBufferCount; ++i) {
-        const std::size_t index = (first + i) % soundBufferCount;
-        if (const auto sound = recordedSound(*microphone, index)) {
-            hear(*sound);
-            requeueSoundBuffer(*microphone, index);
-            nextBuffer = (index + 1) % soundBufferCount;
-        }
-    }
-}
-
 void Listener::listen() {
     startMicrophone(*microphone);
     setStatus(voiceStatusListening);
     while (!voiceStop) {
-        waitForSound(*microphone, soundWaitMs);
+        const std::string_view sound = nextSound(*microphone, soundWaitMs);
         if (voiceStop)
             return;
         if (!followPhraseTable()) {
             setStatus(voiceStatusFailed);
             return;
         }
-        hearRecordedBuffers();
+        if (!sound.empty())
+            recognise(sound);
     }
 }
 

@@ -10,13 +10,13 @@ import numpy
 from desk.waiting import wait_for
 
 # What the sink plays is nobody's microphone by itself.
-MICROPHONE = {"null-sink": "sink_name=room rate=16000 channels=1", "sine": "sink=room frequency=1000",
+MICROPHONE = {"null-sink": "sink_name=room rate=16000 channels=1", "sine": "sink=room frequency=1003",
               "remap-source": "master=room.monitor source_name=microphone"}
 FORMAT = "--raw", "--format=s16le", "--channels=1"
 
 
 class SoundServer:
-    """It begins with the microphone plugged in. With `tone`, it hears 1000 Hz without end, and a server that ends
+    """It begins with the microphone plugged in. With `tone`, it hears 1003 Hz without end, and a server that ends
     is started again, as a session does; the file that ROTIKA_SOUND_PID names holds the process id of now."""
 
     def __init__(self, screen, tone=False):
@@ -30,9 +30,10 @@ class SoundServer:
 
     def _launch(self):
         self.socket.unlink(missing_ok=True)
+        # Without the shared ring buffer it keeps sending while the client does not read, as other servers do.
         self.server = self.screen.launch(
             "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
-            f"--load=module-native-protocol-unix auth-anonymous=1 socket={self.socket}")
+            f"--load=module-native-protocol-unix auth-anonymous=1 srbchannel=0 socket={self.socket}")
         self.pid_file.write_text(f"{self.server.pid}\n")
         # Its socket stands a moment before it listens.
         wait_for("the sound server", lambda: self.screen.launch("pactl", "info").wait() == 0)

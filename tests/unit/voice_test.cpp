@@ -11,13 +11,13 @@ using namespace rotika;
 
 namespace {
 
-/// What the recogniser of the test does, and what was asked of it.
+/// A fake recogniser and the calls that it received.
 struct Recogniser {
     std::uint32_t modelLoadMs = 0;
-    bool isRefused = false;          // no new one can be had
-    bool setFaults = false;          // the next grammar
+    bool isRefused = false;          // creating one fails
+    bool setFaults = false;          // setting the next grammar
     std::string heard;               // the first byte of each buffer
-    std::deque<const char*> answers; // one for each buffer, null for a fault; then none is ready
+    std::deque<const char*> answers; // one for each buffer, null for a fault; none is ready after the last
     std::set<std::string> unknownWords;
     Texts calls;
     std::string grammar;
@@ -140,7 +140,7 @@ TEST_F(Voice, TheTableHoldsFixedPhrasesNumbersFieldsAndVoiceFunctionsAndTheGramm
     EXPECT_EQ(recognisedText(nullptr), "");
 }
 
-TEST_F(Voice, ListensThroughTheModelItWasGivenAndActsOnWhatItHearsInItsOrder) {
+TEST_F(Voice, UsesTheConfiguredModelAndActsOnSoundInTheOrderOfRecording) {
     std::string said;
     for (char letter = 'a'; letter <= 'z'; ++letter)
         desktop.sound.emplace_back(3200, said.append(1, letter).back());
@@ -160,7 +160,7 @@ TEST_F(Voice, ListensThroughTheModelItWasGivenAndActsOnWhatItHearsInItsOrder) {
     EXPECT_EQ(desktop.microphonesOpen, 0);
 }
 
-TEST_F(Voice, ARebuildReachesTheRecogniserOnceAndOneThatHasFaultedIsNotTouchedAgain) {
+TEST_F(Voice, ARebuildReachesTheRecogniserOnceAndAFaultedRecogniserIsNotUsedAgain) {
     start();
     engineState.voiceActions = {field("a", u"", u"drugie")};
     rebuildPhraseTable();
@@ -183,7 +183,7 @@ TEST_F(Voice, ARebuildReachesTheRecogniserOnceAndOneThatHasFaultedIsNotTouchedAg
     EXPECT_EQ(recogniser.calls, Texts{"free model"});
 }
 
-TEST_F(Voice, AStopDoesNotWaitForALibraryThatHangsAndAMissingMicrophoneIsTriedAgain) {
+TEST_F(Voice, AStopDoesNotWaitForALibraryThatHangsAndAMissingMicrophoneIsRetried) {
     recogniser.modelLoadMs = 10'000;
     start();
     reload();
@@ -206,7 +206,7 @@ TEST_F(Voice, AStopDoesNotWaitForALibraryThatHangsAndAMissingMicrophoneIsTriedAg
     EXPECT_EQ(status(), "aktywny");
 }
 
-TEST_F(Voice, SkippedPhrasesAreToldByTheTrayIconOfAStandaloneStartAtEachBuildCutToItsRoom) {
+TEST_F(Voice, TheTrayIconOfAStandaloneStartShowsSkippedPhrasesAfterEachBuildAndTruncatesThem) {
     recogniser.unknownWords = {"dwuklik"};
     start();
     engineState.voiceActions = {field("a", u"", u"dwuklik " + std::u16string(300, u'x'))};

@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -18,15 +19,15 @@ struct Connection {
     std::vector<EventHandler> handlers;
 };
 Connection connection;
-thread_local unsigned long errorCount = 0; // an error is read by the thread that waits for the server
+thread_local unsigned long errorCount = 0; // an error is delivered to the thread that waits for the server
 
 struct DisplaySource {
     GSource base;
     GPollFD descriptor;
 };
 
-// Xlib may have read events during a round trip, with nothing left on the descriptor: the queue must be asked
-// too.
+// Xlib may have read events during a round trip, with nothing left on the descriptor: the queue must be
+// checked too.
 gboolean prepareDisplaySource(GSource*, gint* timeoutMs) {
     *timeoutMs = -1;
     return XPending(connection.display) > 0;
@@ -45,8 +46,8 @@ gboolean dispatchDisplaySource(GSource*, GSourceFunc, gpointer) {
             event.type == GenericEvent && XGetEventData(connection.display, &event.xcookie) != 0;
         if (event.type == MappingNotify)
             XRefreshKeyboardMapping(&event.xmapping);
-        for (const EventHandler handler : connection.handlers)
-            if (handler(event))
+        for (std::size_t i = 0; i < connection.handlers.size(); ++i) // a handler may add another
+            if (connection.handlers[i](event))
                 break;
         if (hasCookie)
             XFreeEventData(connection.display, &event.xcookie);
@@ -72,7 +73,7 @@ int countError(Display*, XErrorEvent*) {
     return 0;
 }
 
-/// The display is gone, and with it all that the program is for; nothing below main can be unwound from here.
+/// Without the display the program has no purpose; the stack cannot be unwound from here.
 int endOnLostDisplay(Display*) {
     constexpr char message[] = "Rotika: utracono połączenie z serwerem X, program kończy działanie.\n";
     [[maybe_unused]] const auto written = write(STDERR_FILENO, message, sizeof message - 1);
@@ -119,8 +120,7 @@ void attachToOwner(GSource* source, GSourceFunc function, gpointer data) {
 
 } // namespace
 
-// g_main_context_invoke would call it here and now whenever nobody owns the context; an attached source never
-// does.
+// g_main_context_invoke would call the function at once on this thread whenever no thread owns the context.
 void callOwnerSoon(GSourceFunc function, gpointer data) {
     GSource* source = g_idle_source_new();
     g_source_set_priority(source, G_PRIORITY_DEFAULT - 1);
@@ -158,7 +158,8 @@ Atom atomNamed(const char* name) {
     return XInternAtom(connection.display, name, 0);
 }
 void addEventHandler(EventHandler handler) {
-    connection.handlers.push_back(handler);
+    if (std::ranges::find(connection.handlers, handler) == connection.handlers.end())
+        connection.handlers.push_back(handler);
 }
 int xinputOpcode() {
     return connection.xinputOpcode;

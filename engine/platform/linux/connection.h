@@ -4,11 +4,11 @@
 
 namespace rotika {
 
-// The owner thread's connection to the X server and the road of its events. Other threads have connections of
-// their own. Owner thread, except where said.
+// The owner thread's connection to the X server and the dispatch of its events. Other threads have
+// connections of their own. Owner thread, except where noted.
 
-/// Opens the connection and hangs it into the thread's default GLib context. False without a display or
-/// without an extension that the engine cannot do without (XInput 2.2, XTest, XFixes, RandR 1.5, Shape, XKB).
+/// Opens the connection and attaches it to the thread's default GLib context. False without a display or
+/// without a required extension (XInput 2.2, XTest, XFixes, RandR 1.5, Shape, XKB).
 bool openConnection();
 
 /// Null before openConnection has succeeded.
@@ -16,7 +16,8 @@ Display* ownerDisplay();
 Window rootWindow();
 Atom atomNamed(const char* name);
 
-/// Called for each event until one answers true. Lives for the whole process.
+/// Handlers are called for each event, in the order of their addition, until one returns true. They stay for
+/// the whole process; adding one again changes nothing.
 using EventHandler = bool (*)(XEvent& event);
 void addEventHandler(EventHandler handler);
 
@@ -24,8 +25,8 @@ void addEventHandler(EventHandler handler);
 int xinputOpcode();
 int fixesEventBase();
 
-/// Swallows X errors of requests that this thread sends while it lives, and knows whether there was one. Any
-/// thread; no other one may use the connection meanwhile.
+/// Catches the X errors of requests that this thread sends during its lifetime. Any thread; no other thread
+/// may use the connection meanwhile.
 class ErrorTrap {
 public:
     explicit ErrorTrap(Display* connection = ownerDisplay());
@@ -33,7 +34,7 @@ public:
     ErrorTrap(const ErrorTrap&) = delete;
     ErrorTrap& operator=(const ErrorTrap&) = delete;
 
-    /// Asks the server, so that all errors so far have arrived.
+    /// Waits for the server, so that all errors so far have arrived.
     bool hasFailed() const;
 
 private:

@@ -28,17 +28,17 @@ struct Injection {
 
 struct HeldKey {
     KeyCode code = 0;
-    bool isLeftDown = false; // by a function that has ended
+    bool isLeftDown = false; // after the end of the function
 };
 
-// Pressed by us and not yet released. What was pressed is what will be released, whatever the layout is then.
-// The mutex is held for moments only, since the owner thread takes it too.
+// Pressed by this process and not yet released. The release uses the keycode of the press even if the layout
+// has changed. The mutex is held only briefly because the owner thread takes it too.
 struct HeldKeys {
     std::mutex mutex;
     std::map<std::uint16_t, HeldKey> byVirtualKey;
 };
 
-// Run threads may inject to the very end of the process, so this is never destroyed.
+// Never destroyed: run threads may inject until the process ends.
 Injection& injection() {
     static Injection* const instance = new Injection;
     return *instance;
@@ -49,7 +49,8 @@ HeldKeys& heldKeys() {
     return *instance;
 }
 
-/// Other clients change the keyboard map at any time; Xlib's copy follows only if somebody reads the events.
+/// Other clients may change the keyboard map at any time; Xlib updates its copy only when the events are
+/// read.
 void followKeyboardChanges(Display* display) {
     while (XEventsQueued(display, QueuedAfterReading) > 0) {
         XEvent event;
@@ -76,8 +77,8 @@ KeyCode unusedKeycode(Display* display) {
     return 0;
 }
 
-/// Puts a key that the layout lacks (F13 and above) on an unused keycode. It stays there to the end of the
-/// process, when the guard takes it back.
+/// Maps a key that the layout lacks (F13 and above) to an unused keycode. The mapping stays until the process
+/// ends, when the guard removes it.
 KeyCode borrowKeycode(Display* display, std::uint16_t virtualKey) {
     KeySym keysym = keysymOfVirtualKey(virtualKey);
     const KeyCode code = keysym == NoSymbol ? KeyCode{0} : unusedKeycode(display);
@@ -86,8 +87,7 @@ KeyCode borrowKeycode(Display* display, std::uint16_t virtualKey) {
     tellInputGuard(GuardedThing::borrowedKeycode, true, code);
     XChangeKeyboardMapping(display, code, 1, &keysym, 1);
     XSync(display, 0);
-    // Programs read the new map only after they have been told of it; a press before would reach them as
-    // nothing.
+    // Programs read the new map only after its notification; they would ignore a press that comes earlier.
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     return code;
 }
@@ -120,24 +120,23 @@ HeldKey forgetHeld(std::uint16_t virtualKey) {
 }
 
 void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMotion motion) {
-    // XTest's own keyboard may still have it down, left by a program that has died and undone by the person
-    // since then; the server would drop the press.
+    // The key may still be down on XTest's own keyboard, left by a program that has died, though the user has
+    // tapped it since; the server would ignore the press.
     if (!isKeyDown(display, code))
         XTestFakeKeyEvent(display, code, 0, CurrentTime);
     XSync(display, 0);
-    // A key held by XTest would repeat, and go on repeating after we have died: unlike on Windows, where an
-    // injected press is one press.
+    // Unlike on Windows, a key held by XTest would repeat, even after the end of this process.
     if (noteHeld(virtualKey, {code, false}))
         silenceAutoRepeat(display, code);
     tellInputGuard(GuardedThing::key, motion == InputMotion::downUntilReleased, code);
     XTestFakeKeyEvent(display, code, 1, CurrentTime);
     XSync(display, 0);
-    // Only now: one that is not down yet would pass for one that the person has tapped.
+    // Only now: a key that is not down yet would count as tapped by the user.
     if (motion == InputMotion::downAndLeft)
         noteHeld(virtualKey, {code, true});
 }
 
-/// Whether a function had left it down.
+/// True if a function had left it down.
 bool releaseKey(Display* display, std::uint16_t virtualKey, KeyCode code) {
     XTestFakeKeyEvent(display, code, 0, CurrentTime);
     XSync(display, 0);
@@ -159,25 +158,25 @@ std::vector<std::pair<std::uint16_t, HeldKey>> keysLeftDown() {
 
 bool handleRawKey(XEvent& event);
 
-/// What the owner thread does about the keys that are held now.
+/// Updates the owner thread's event selection and hot keys after the held keys have changed.
 gboolean followHeldKeys(gpointer) {
-    static const bool isListening = (addEventHandler(handleRawKey), true);
-    (void)isListening;
+    addEventHandler(handleRawKey);
     selectRawKeys(ownerDisplay(), !keysLeftDown().empty());
     for (const auto& [virtualKey, key] : keysLeftDown())
-        if (!isKeyDown(ownerDisplay(), key.code)) // tapped before anybody listened
+        if (!isKeyDown(ownerDisplay(), key.code)) // tapped before the events were selected
             releaseKey(ownerDisplay(), virtualKey, key.code);
-    selectRawKeys(ownerDisplay(), !keysLeftDown().empty()); // perhaps no more
+    selectRawKeys(ownerDisplay(), !keysLeftDown().empty()); // none may be left
     followHeldModifiers();
     return G_SOURCE_REMOVE;
 }
 
-void tellOwnerOfHeldKeys() {
+void notifyOwnerOfHeldKeys() {
     callOwnerSoon(followHeldKeys, nullptr);
 }
 
-/// The person has tapped a key that a function left down: for the programs it is released now, so it is let
-/// go of. A release of our own, before the press, is no tap: the key is down by the time it counts as left.
+/// When the user taps a key that a function left down, programs see it released, so it is released here too.
+/// This process's own release before a press does not count: the key is down again before it counts as left
+/// down.
 bool handleRawKey(XEvent& event) {
     const auto raw = rawKeyOf(event);
     if (!raw)
@@ -186,7 +185,7 @@ bool handleRawKey(XEvent& event) {
         if (key.code != raw->code || raw->isPress || isKeyDown(ownerDisplay(), key.code))
             continue;
         releaseKey(ownerDisplay(), virtualKey, key.code);
-        tellOwnerOfHeldKeys();
+        notifyOwnerOfHeldKeys();
     }
     return true;
 }
@@ -211,7 +210,7 @@ InjectionConnection lockInjectionConnection() {
     return connection;
 }
 
-void injectKey(std::uint16_t virtualKey, bool /*extended: a keycode says it already*/, InputMotion motion) {
+void injectKey(std::uint16_t virtualKey, bool /*extended: part of the keycode*/, InputMotion motion) {
     const InjectionConnection connection = lockInjectionConnection();
     Display* display = connection.display;
     if (display == nullptr)
@@ -225,7 +224,7 @@ void injectKey(std::uint16_t virtualKey, bool /*extended: a keycode says it alre
     else
         pressKey(display, virtualKey, code, motion);
     if (isLeftDown || isModifier(virtualKey))
-        tellOwnerOfHeldKeys();
+        notifyOwnerOfHeldKeys();
 }
 
 std::vector<KeyCode> heldKeycodes() {
@@ -237,7 +236,7 @@ std::vector<KeyCode> heldKeycodes() {
 }
 
 void injectMouseButton(std::uint32_t button, InputMotion motion) {
-    constexpr unsigned int xButtons[] = {1, 3, 2, 8, 9}; // 4 to 7 are the scroll wheel's
+    constexpr unsigned int xButtons[] = {1, 3, 2, 8, 9}; // 4 to 7 are the scroll wheel
     const InjectionConnection connection = lockInjectionConnection();
     if (connection.display == nullptr || button >= std::size(xButtons))
         return;

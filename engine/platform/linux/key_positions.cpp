@@ -3,9 +3,7 @@
 #include <X11/XF86keysym.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,8 +16,7 @@ struct Position {
     std::string_view name; // XKB key name
 };
 
-// Digits and punctuation: the same place on the keyboard whatever the layout puts on it, as with Win32's
-// codes.
+// Digits and punctuation: the same position on every layout, as with Win32's codes.
 constexpr Position fixedPositions[] = {
     {'1', "AE01"},  {'2', "AE02"},  {'3', "AE03"},  {'4', "AE04"},  {'5', "AE05"},  {'6', "AE06"},
     {'7', "AE07"},  {'8', "AE08"},  {'9', "AE09"},  {'0', "AE10"},  {0xBD, "AE11"}, {0xBB, "AE12"},
@@ -73,9 +70,11 @@ constexpr NamedKey namedKeys[] = {
 constexpr std::uint16_t functionKeyBase = 0x6F; // F1 is 0x70
 constexpr std::uint16_t functionKeyCount = 24;
 constexpr std::uint16_t firstNamedFunctionKey =
-    13; // FK13: those before have a keysym of their own on every layout
+    13; // FK13: the keys below it have the same keysym on every layout
 
-/// The names of all keys, asked for anew each time: a keyboard may be plugged in at any moment.
+/// The names of all keys, read from the server for each use because keyboards can be plugged in at any
+/// moment. (libxkbcommon finds keys by name only in a keymap, which it reads from a server through
+/// xkbcommon-x11.)
 class KeyNames {
 public:
     explicit KeyNames(Display* display) : description(XkbGetMap(display, 0, XkbUseCoreKbd)) {
@@ -109,17 +108,6 @@ private:
     XkbDescPtr description;
 };
 
-int activeGroup(Display* display) {
-    XkbStateRec state{};
-    XkbGetState(display, XkbUseCoreKbd, &state);
-    return state.group;
-}
-
-KeySym unshiftedKeysym(Display* display, KeyCode code, int group) {
-    const KeySym keysym = XkbKeycodeToKeysym(display, code, group, 0);
-    return keysym == NoSymbol ? XkbKeycodeToKeysym(display, code, 0, 0) : keysym;
-}
-
 /// The first key whose unshifted keysym on the active layout is the given one.
 KeyCode keycodeTyping(Display* display, KeySym keysym) {
     const int group = activeGroup(display);
@@ -127,23 +115,20 @@ KeyCode keycodeTyping(Display* display, KeySym keysym) {
     int last = 0;
     XDisplayKeycodes(display, &first, &last);
     for (int code = first; code <= last; ++code)
-        if (unshiftedKeysym(display, static_cast<KeyCode>(code), group) == keysym)
+        if (keysymAt(display, static_cast<KeyCode>(code), group, 0) == keysym)
             return static_cast<KeyCode>(code);
     return 0;
 }
 
 template <std::size_t count>
 const Position* findPosition(const Position (&positions)[count], std::uint16_t virtualKey) {
-    const auto* found =
-        std::find_if(std::begin(positions), std::end(positions),
-                     [&](const Position& position) { return position.virtualKey == virtualKey; });
+    const auto* found = std::ranges::find(positions, virtualKey, &Position::virtualKey);
     return found == std::end(positions) ? nullptr : found;
 }
 
 template <std::size_t count>
 std::uint16_t virtualKeyAt(const Position (&positions)[count], std::string_view name) {
-    const auto* found = std::find_if(std::begin(positions), std::end(positions),
-                                     [&](const Position& position) { return position.name == name; });
+    const auto* found = std::ranges::find(positions, name, &Position::name);
     return found == std::end(positions) ? std::uint16_t{0} : found->virtualKey;
 }
 
@@ -160,13 +145,13 @@ KeyCode keycodeOfLetter(Display* display, const KeyNames& names, std::uint16_t v
 
 /// The letter that the key types unshifted, as its virtual key; 0 if it types none.
 std::uint16_t letterTypedBy(Display* display, KeyCode code) {
-    const KeySym keysym = unshiftedKeysym(display, code, activeGroup(display));
+    const KeySym keysym = keysymAt(display, code, activeGroup(display), 0);
     return keysym >= XK_a && keysym <= XK_z ? static_cast<std::uint16_t>(keysym - XK_a + 'A')
                                             : std::uint16_t{0};
 }
 
-/// A position taken by a letter passes its virtual key on to the position where the American keyboard has
-/// that letter, which another letter may have taken in turn: 26 letters, so at most 26 steps.
+/// If a letter occupies the position, its virtual key belongs to the position where the American keyboard has
+/// that letter, which another letter may occupy in turn: 26 letters, so at most 26 steps.
 KeyCode keycodeOfPosition(Display* display, const KeyNames& names, const Position& position) {
     KeyCode code = names.keycodeNamed(position.name);
     for (std::size_t i = 0; i < std::size(letterPositions); ++i) {
@@ -178,8 +163,8 @@ KeyCode keycodeOfPosition(Display* display, const KeyNames& names, const Positio
     return code;
 }
 
-/// The reverse of keycodeOfPosition: from a letter's position that types no letter back to the punctuation.
-std::uint16_t virtualKeyPassedOnTo(Display* display, const KeyNames& names, std::string_view name) {
+/// The reverse of keycodeOfPosition, for a letter's position that types no letter.
+std::uint16_t punctuationMovedTo(Display* display, const KeyNames& names, std::string_view name) {
     for (std::size_t i = 0; i < std::size(letterPositions); ++i) {
         if (const std::uint16_t fixed = virtualKeyAt(fixedPositions, name); fixed != 0)
             return fixed;
@@ -193,11 +178,21 @@ std::uint16_t virtualKeyPassedOnTo(Display* display, const KeyNames& names, std:
 
 } // namespace
 
+int activeGroup(Display* display) {
+    XkbStateRec state{};
+    XkbGetState(display, XkbUseCoreKbd, &state);
+    return state.group;
+}
+
+KeySym keysymAt(Display* display, KeyCode code, int group, int level) {
+    const bool hasGroup = XkbKeycodeToKeysym(display, code, group, 0) != NoSymbol;
+    return XkbKeycodeToKeysym(display, code, hasGroup ? group : 0, level);
+}
+
 KeySym keysymOfVirtualKey(std::uint16_t virtualKey) {
     if (virtualKey > functionKeyBase && virtualKey <= functionKeyBase + functionKeyCount)
         return XK_F1 + static_cast<KeySym>(virtualKey - functionKeyBase - 1);
-    const auto* found = std::find_if(std::begin(namedKeys), std::end(namedKeys),
-                                     [&](const NamedKey& key) { return key.virtualKey == virtualKey; });
+    const auto* found = std::ranges::find(namedKeys, virtualKey, &NamedKey::virtualKey);
     return found == std::end(namedKeys) ? NoSymbol : found->keysym;
 }
 
@@ -226,10 +221,9 @@ std::uint16_t virtualKeyOfKeycode(Display* display, KeyCode keycode) {
         return letter;
     const KeyNames names(display);
     const std::string_view name = names.nameOf(keycode);
-    const KeySym keysym = unshiftedKeysym(display, keycode, activeGroup(display));
-    const auto* named = std::find_if(std::begin(namedKeys), std::end(namedKeys),
-                                     [&](const NamedKey& key) { return key.keysym == keysym; });
-    return named != std::end(namedKeys) ? named->virtualKey : virtualKeyPassedOnTo(display, names, name);
+    const KeySym keysym = keysymAt(display, keycode, activeGroup(display), 0);
+    const auto* named = std::ranges::find(namedKeys, keysym, &NamedKey::keysym);
+    return named != std::end(namedKeys) ? named->virtualKey : punctuationMovedTo(display, names, name);
 }
 
 } // namespace rotika

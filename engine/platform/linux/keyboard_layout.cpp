@@ -17,7 +17,7 @@ constexpr std::uint16_t shiftStates[] = {0, 1, 6, 7};
 
 struct DeadKey {
     KeySym keysym;
-    char16_t character; // which the key types when it is pressed twice or before a space
+    char16_t character; // typed when the key is pressed twice or before a space
 };
 
 constexpr DeadKey deadKeys[] = {
@@ -30,41 +30,12 @@ constexpr DeadKey deadKeys[] = {
     {XK_dead_ogonek, u'\u02DB'},
 };
 
-/// What a keysym stands for, dead or not; 0 for none.
+/// The character of a keysym, dead keys included; 0 for none.
 char32_t characterOf(KeySym keysym) {
     const auto* dead = std::ranges::find(deadKeys, keysym, &DeadKey::keysym);
     return dead != std::end(deadKeys) ? dead->character
                                       : xkb_keysym_to_utf32(static_cast<xkb_keysym_t>(keysym));
 }
-
-/// The keys and the symbols of all their groups.
-class KeyMap {
-public:
-    explicit KeyMap(Display* display)
-        : map(XkbGetMap(display, XkbKeyTypesMask | XkbKeySymsMask, XkbUseCoreKbd)) {}
-    ~KeyMap() {
-        if (map != nullptr)
-            XkbFreeKeyboard(map, 0, 1);
-    }
-    KeyMap(const KeyMap&) = delete;
-    KeyMap& operator=(const KeyMap&) = delete;
-
-    int firstCode() const { return map == nullptr ? 1 : map->min_key_code; }
-    int lastCode() const { return map == nullptr ? 0 : map->max_key_code; }
-
-    /// A key may have fewer groups than the keyboard: its groups then wrap around.
-    KeySym keysymAt(int code, int group, int level) const {
-        const auto key = static_cast<KeyCode>(code);
-        const int groupCount = XkbKeyNumGroups(map, key);
-        if (groupCount == 0)
-            return NoSymbol;
-        const int own = group % groupCount;
-        return level < XkbKeyGroupWidth(map, key, own) ? XkbKeySymEntry(map, key, level, own) : NoSymbol;
-    }
-
-private:
-    XkbDescPtr map;
-};
 
 } // namespace
 
@@ -72,12 +43,13 @@ std::uint16_t virtualKeyOfCharacter(char16_t character) {
     Display* display = ownerDisplay();
     if (display == nullptr)
         return noVirtualKey;
-    XkbStateRec state{};
-    XkbGetState(display, XkbUseCoreKbd, &state);
-    const KeyMap keys(display);
+    const int group = activeGroup(display);
+    int first = 0;
+    int last = 0;
+    XDisplayKeycodes(display, &first, &last);
     for (int level = 0; level < 4; ++level) {
-        for (int code = keys.firstCode(); code <= keys.lastCode(); ++code) {
-            const KeySym keysym = keys.keysymAt(code, state.group, level);
+        for (int code = first; code <= last; ++code) {
+            const KeySym keysym = keysymAt(display, static_cast<KeyCode>(code), group, level);
             if (keysym == NoSymbol || characterOf(keysym) != character)
                 continue;
             const std::uint16_t virtualKey = virtualKeyOfKeycode(display, static_cast<KeyCode>(code));

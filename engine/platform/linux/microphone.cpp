@@ -3,28 +3,27 @@
 #include <pulse/pulseaudio.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
 
 namespace rotika {
 
-// The server's asynchronous interface, turned by the listening thread itself while it waits: no thread and no
-// lock of ours. Losing and finding the device again goes on inside these waits.
+// Uses the server's asynchronous interface; the listening thread itself runs the main loop while it waits, so
+// there is no other thread and no lock. A lost device is also replaced inside these waits.
 //
-// Where there is no microphone the server offers the monitor of the speakers, and it moves a stream there
-// whose microphone has gone. A monitor is not listened to: the stream stays paused until its source is known,
-// and nothing is taken from it between a move and the answer.
+// Without a microphone the server offers the monitor of the speakers, and it moves streams of an unplugged
+// microphone there. Monitors are not used: the stream stays paused until its source is known, and nothing is
+// read from it between a move and the server's answer.
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
 constexpr auto openingLimit = std::chrono::milliseconds(1500);
-constexpr auto retryPause = std::chrono::seconds(3); // and how long a try may take
+constexpr auto retryPause = std::chrono::seconds(3); // also the limit of one attempt
 
 struct LoopCloser {
     void operator()(pa_mainloop* loop) const noexcept { pa_mainloop_free(loop); }
@@ -42,34 +41,9 @@ struct StreamCloser {
     }
 };
 
-struct SoundBuffer {
-    std::array<char, soundBufferBytes> bytes;
-    std::size_t filled = 0;
-    bool hasComeBack = false;
-};
+constexpr std::size_t soundLimitBytes = soundChunkLimit * soundChunkBytes;
 
 enum class Source { unknown, askedFor, microphone, unwanted };
-
-/// Which buffers the device has, in the order in which they were handed out.
-class BufferQueue {
-public:
-    bool isEmpty() const { return count == 0; }
-    std::size_t front() const { return indices[first]; }
-    void push(std::size_t index) {
-        indices[(first + count) % indices.size()] = index;
-        ++count;
-    }
-    void pop() {
-        first = (first + 1) % indices.size();
-        --count;
-    }
-    void clear() { count = 0; }
-
-private:
-    std::array<std::size_t, soundBufferCount> indices{};
-    std::size_t first = 0;
-    std::size_t count = 0;
-};
 
 } // namespace
 
@@ -77,13 +51,12 @@ struct Microphone {
     std::unique_ptr<pa_mainloop, LoopCloser> loop{pa_mainloop_new()};
     std::unique_ptr<pa_context, ContextCloser> context;
     std::unique_ptr<pa_stream, StreamCloser> stream;
-    std::array<SoundBuffer, soundBufferCount> buffers{};
     Source source = Source::unknown; // of the stream
     bool isDefaultAskedFor = false;  // by name
-    BufferQueue waiting;
-    std::size_t takenOfFragment = 0; // bytes of the server's present fragment that stand in buffers already
+    std::string sound;               // soundLimitBytes at most, the oldest first
+    bool isOldestChunkReturned = false;
     bool isStarted = false;
-    Clock::time_point nextTry{}; // when a connection that has led nowhere is begun anew
+    Clock::time_point nextTry{}; // when a connection without a microphone is started over
 };
 
 namespace {
@@ -104,7 +77,7 @@ bool isHearing(const Microphone& microphone) {
     return isStreamReady(microphone) && microphone.source == Source::microphone;
 }
 
-/// From the library's own variable; empty if there is none.
+/// From the library's own environment variable; empty if it is not set.
 std::string_view sourceNamedByUser() {
     const char* const name = std::getenv("PULSE_SOURCE");
     return name != nullptr ? name : "";
@@ -115,14 +88,14 @@ bool isNamedByUser(const pa_source_info& source) {
     return name == source.name || name == std::to_string(source.index);
 }
 
-/// Whether the default source is still to be asked for by name. The server may remember another one for this
-/// program, a monitor for instance that somebody once moved it to.
+/// Whether the default source can still be requested by name. The server may remember another one for this
+/// program, for example a monitor that the user once chose.
 bool canAskForDefault(const Microphone& microphone) {
     return isContextReady(microphone) && microphone.source == Source::unwanted &&
            !microphone.isDefaultAskedFor && sourceNamedByUser().empty();
 }
 
-/// Whether it is clear that this connection leads to no microphone.
+/// Whether this connection can no longer lead to a microphone.
 bool hasFailed(const Microphone& microphone) {
     const bool isStreamBad =
         microphone.stream && !PA_STREAM_IS_GOOD(pa_stream_get_state(microphone.stream.get()));
@@ -130,18 +103,18 @@ bool hasFailed(const Microphone& microphone) {
     return !isContextGood(microphone) || isStreamBad || isUnwanted;
 }
 
-void endOperation(pa_operation* operation) {
+void releaseOperation(pa_operation* operation) {
     if (operation != nullptr) {
         pa_operation_unref(operation);
     }
 }
 
-void letSoundCome(Microphone& microphone) {
-    endOperation(pa_stream_cork(microphone.stream.get(), 0, nullptr, nullptr));
+void resumeStream(Microphone& microphone) {
+    releaseOperation(pa_stream_cork(microphone.stream.get(), 0, nullptr, nullptr));
 }
 
-/// In both answers `info` is null at the end of a list. An answer that comes after a move, or for an earlier
-/// stream, finds that nothing has been asked.
+/// In both callbacks `info` is null at the end of a list. An answer that arrives after a move, or for an
+/// earlier stream, is ignored because `source` is no longer askedFor.
 void onSourceInfo(pa_context*, const pa_source_info* info, int endOfList, void* context) {
     Microphone& microphone = *static_cast<Microphone*>(context);
     if (microphone.source != Source::askedFor || endOfList > 0) {
@@ -151,7 +124,7 @@ void onSourceInfo(pa_context*, const pa_source_info* info, int endOfList, void* 
         info != nullptr && (info->monitor_of_sink == PA_INVALID_INDEX || isNamedByUser(*info));
     microphone.source = isWanted ? Source::microphone : Source::unwanted;
     if (isHearing(microphone) && microphone.isStarted) {
-        letSoundCome(microphone);
+        resumeStream(microphone);
     }
 }
 
@@ -163,12 +136,12 @@ void onStreamInfo(pa_context* server, const pa_source_output_info* info, int end
     if (info == nullptr) {
         microphone.source = Source::unwanted;
     } else {
-        endOperation(pa_context_get_source_info_by_index(server, info->source, onSourceInfo, context));
+        releaseOperation(pa_context_get_source_info_by_index(server, info->source, onSourceInfo, context));
     }
 }
 
-/// The server may deliver a source's last sound after the move. So a stream that has been at a source of
-/// which nothing is known, or at a monitor, is not used any more: a new one has nothing of it.
+/// The server may deliver the former source's last sound after the move. A stream that was connected to an
+/// unknown source or to a monitor is therefore replaced by a new one.
 void onStreamMoved(pa_stream*, void* context) {
     Microphone& microphone = *static_cast<Microphone*>(context);
     const bool wasHearing = microphone.source == Source::microphone;
@@ -183,17 +156,16 @@ void connectToServer(Microphone& microphone) {
     microphone.isDefaultAskedFor = false;
     microphone.context.reset(pa_context_new(pa_mainloop_get_api(microphone.loop.get()), "Rotika"));
     if (microphone.context) {
-        // Starting a server would hold this thread until that one is up, without a limit.
+        // Starting a server would block this thread without a limit.
         pa_context_connect(microphone.context.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr);
     }
 }
 
 void connectToDevice(Microphone& microphone) {
     microphone.source = Source::unknown;
-    microphone.takenOfFragment = 0;
-    if (!microphone.waiting.isEmpty()) {
-        microphone.buffers[microphone.waiting.front()].filled = 0; // the rest of its sound will never come
-    }
+    std::string& sound = microphone.sound;
+    // The rest of the newest chunk was lost with the former stream.
+    sound.erase(sound.size() / soundChunkBytes * soundChunkBytes);
     const pa_sample_spec format{.format = PA_SAMPLE_S16LE, .rate = soundSampleRate, .channels = 1};
     microphone.stream.reset(pa_stream_new(microphone.context.get(), "Sterowanie głosem", &format, nullptr));
     if (!microphone.stream) {
@@ -201,24 +173,25 @@ void connectToDevice(Microphone& microphone) {
     }
     pa_stream_set_moved_callback(microphone.stream.get(), onStreamMoved, &microphone);
     constexpr auto byServer = static_cast<std::uint32_t>(-1);
-    const pa_buffer_attr sizes{.maxlength = soundBufferCount * soundBufferBytes,
+    const pa_buffer_attr sizes{.maxlength = soundLimitBytes,
                                .tlength = byServer,
                                .prebuf = byServer,
                                .minreq = byServer,
-                               .fragsize = soundBufferBytes};
+                               .fragsize = soundChunkBytes};
     pa_stream_connect_record(
         microphone.stream.get(), microphone.isDefaultAskedFor ? "@DEFAULT_SOURCE@" : nullptr, &sizes,
         static_cast<pa_stream_flags_t>(PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY));
 }
 
-/// Not for the index that the stream itself knows: PipeWire may have made it ready before it was linked.
+/// Asks the server and not the stream for the index of the source: PipeWire may report the stream ready
+/// before it is connected to a source.
 void askForSource(Microphone& microphone) {
     microphone.source = Source::askedFor;
-    endOperation(pa_context_get_source_output_info(
+    releaseOperation(pa_context_get_source_output_info(
         microphone.context.get(), pa_stream_get_index(microphone.stream.get()), onStreamInfo, &microphone));
 }
 
-/// The device may have been unplugged, the server restarted; or the server accepts and never answers.
+/// The device was unplugged, the server was restarted, or it accepts connections and never answers.
 void startOver(Microphone& microphone) {
     microphone.nextTry = Clock::now() + retryPause;
     if (isContextReady(microphone) && hasFailed(microphone)) {
@@ -229,7 +202,7 @@ void startOver(Microphone& microphone) {
     }
 }
 
-/// What can be done now to hear a microphone; the server's answers lead on.
+/// The next step towards a connected microphone; the callbacks do the rest.
 void connectIfLost(Microphone& microphone) {
     if (isHearing(microphone)) {
         return;
@@ -246,62 +219,39 @@ void connectIfLost(Microphone& microphone) {
     }
 }
 
-/// Lets the server's messages in, waiting for one until `deadline` at most.
-void handleMessages(Microphone& microphone, Clock::time_point deadline) {
+/// Reads the sound that has arrived; what exceeds the limit is discarded.
+void takeSound(Microphone& microphone) {
+    while (isHearing(microphone)) {
+        const void* fragment = nullptr;
+        std::size_t byteCount = 0;
+        if (pa_stream_peek(microphone.stream.get(), &fragment, &byteCount) != 0 || byteCount == 0) {
+            break;
+        }
+        if (fragment != nullptr) { // a hole in the recording has a length but no bytes
+            const std::size_t room = soundLimitBytes - microphone.sound.size();
+            microphone.sound.append(static_cast<const char*>(fragment), std::min(byteCount, room));
+        }
+        pa_stream_drop(microphone.stream.get());
+    }
+}
+
+/// Handles the server's messages, waiting for one until `deadline` at most. True if there was any.
+bool handleMessages(Microphone& microphone, Clock::time_point deadline) {
     if (!isHearing(microphone)) {
         deadline = std::min(deadline, microphone.nextTry);
     }
     const auto left =
         std::chrono::ceil<std::chrono::microseconds>(std::max(deadline - Clock::now(), Clock::duration(0)));
     pa_mainloop* const loop = microphone.loop.get();
-    if (pa_mainloop_prepare(loop, static_cast<int>(left.count())) < 0 || pa_mainloop_poll(loop) < 0 ||
-        pa_mainloop_dispatch(loop) < 0) {
+    int handledCount = -1;
+    if (pa_mainloop_prepare(loop, static_cast<int>(left.count())) >= 0 && pa_mainloop_poll(loop) >= 0) {
+        handledCount = pa_mainloop_dispatch(loop);
+    }
+    if (handledCount < 0) {
         std::this_thread::sleep_until(deadline);
     }
-}
-
-void handOut(Microphone& microphone, std::size_t index) {
-    microphone.buffers[index].filled = 0;
-    microphone.buffers[index].hasComeBack = false;
-    microphone.waiting.push(index);
-}
-
-/// Copies as much as the buffer at the front of the queue has room for; whether that filled it.
-bool fillFront(Microphone& microphone, const char* bytes, std::size_t byteCount) {
-    SoundBuffer& buffer = microphone.buffers[microphone.waiting.front()];
-    const std::size_t copied = std::min(byteCount, soundBufferBytes - buffer.filled);
-    std::memcpy(buffer.bytes.data() + buffer.filled, bytes, copied);
-    buffer.filled += copied;
-    microphone.takenOfFragment += copied;
-    if (buffer.filled < soundBufferBytes) {
-        return false;
-    }
-    buffer.hasComeBack = true;
-    microphone.waiting.pop();
-    return true;
-}
-
-/// Moves what the server has sent into the buffers; whether one has come back. What finds no buffer stays in
-/// the stream's queue, where sound past the four fragments is lost.
-bool takeSound(Microphone& microphone) {
-    bool hasComeBack = false;
-    while (isHearing(microphone) && !microphone.waiting.isEmpty()) {
-        const void* fragment = nullptr;
-        std::size_t byteCount = 0;
-        if (pa_stream_peek(microphone.stream.get(), &fragment, &byteCount) != 0 || byteCount == 0) {
-            break;
-        }
-        // A hole in the recording has a length but no bytes.
-        if (fragment != nullptr && microphone.takenOfFragment < byteCount) {
-            const char* const rest = static_cast<const char*>(fragment) + microphone.takenOfFragment;
-            hasComeBack |= fillFront(microphone, rest, byteCount - microphone.takenOfFragment);
-        }
-        if (fragment == nullptr || microphone.takenOfFragment >= byteCount) {
-            pa_stream_drop(microphone.stream.get());
-            microphone.takenOfFragment = 0;
-        }
-    }
-    return hasComeBack;
+    takeSound(microphone);
+    return handledCount > 0;
 }
 
 } // namespace
@@ -315,6 +265,7 @@ MicrophoneHandle openMicrophone() {
     if (!microphone->loop) {
         return nullptr;
     }
+    microphone->sound.reserve(soundLimitBytes);
     const Clock::time_point deadline = Clock::now() + openingLimit;
     microphone->nextTry = deadline;
     connectToServer(*microphone);
@@ -329,40 +280,30 @@ MicrophoneHandle openMicrophone() {
 }
 
 void startMicrophone(Microphone& microphone) {
-    microphone.waiting.clear();
-    for (std::size_t i = 0; i < soundBufferCount; ++i) {
-        handOut(microphone, i);
-    }
     microphone.isStarted = true;
     if (isHearing(microphone)) {
-        letSoundCome(microphone);
+        resumeStream(microphone);
     }
 }
 
-void waitForSound(Microphone& microphone, std::uint32_t limitMs) {
+std::string_view nextSound(Microphone& microphone, std::uint32_t limitMs) {
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(limitMs);
-    do {
+    // Read everything that arrived while the caller was busy: what exceeds the limit must be discarded now,
+    // not heard late.
+    while (handleMessages(microphone, Clock::now()) && Clock::now() < deadline) {
+    }
+    if (std::exchange(microphone.isOldestChunkReturned, false)) {
+        microphone.sound.erase(0, soundChunkBytes);
+    }
+    while (microphone.sound.size() < soundChunkBytes && Clock::now() < deadline) {
         connectIfLost(microphone);
-        if (takeSound(microphone)) {
-            return;
-        }
         handleMessages(microphone, deadline);
-    } while (Clock::now() < deadline);
-    takeSound(microphone);
-}
-
-std::optional<std::string_view> recordedSound(const Microphone& microphone, std::size_t index) {
-    const SoundBuffer& buffer = microphone.buffers[index];
-    if (!buffer.hasComeBack) {
-        return std::nullopt;
     }
-    return std::string_view(buffer.bytes.data(), buffer.filled);
-}
-
-void requeueSoundBuffer(Microphone& microphone, std::size_t index) {
-    if (microphone.buffers[index].hasComeBack) {
-        handOut(microphone, index);
+    if (microphone.sound.size() < soundChunkBytes) {
+        return {};
     }
+    microphone.isOldestChunkReturned = true;
+    return std::string_view(microphone.sound).substr(0, soundChunkBytes);
 }
 
 } // namespace rotika

@@ -16,7 +16,7 @@
 namespace rotika {
 
 // A layer is an override-redirect window whose background is the picture: the server itself paints it when
-// the window is mapped or uncovered, in one go, and nothing old or empty is ever seen.
+// the window is mapped or uncovered, so no stale or empty content is ever visible.
 
 namespace {
 
@@ -25,12 +25,12 @@ struct Layer {
     OverlayWindowHandlers handlers{};
     Rect place;
     bool isShown = false;
-    std::unique_ptr<LayerImage> image; // null where the server draws
+    std::unique_ptr<LayerImage> image; // null if the server draws
     Pixmap background = noXid;
     int backgroundWidth = 0;
     int backgroundHeight = 0;
     GC gc = nullptr;
-    Picture shown; // what image and background hold
+    Picture shown; // the content of image and background
     int raisesLeft = 0;
 };
 
@@ -40,8 +40,8 @@ struct LayerVisual {
     Colormap colormap = noXid;
 };
 
-// Another program that also insists on being last must not drag us into an endless contest.
-constexpr int mostRaisesPerShow = 20;
+// Guard against an endless loop with another program that also keeps raising its window.
+constexpr int maxRaisesPerShow = 20;
 
 std::map<Window, Layer> layers;
 std::vector<Window> shownLayers; // in order of showing
@@ -56,7 +56,7 @@ const LayerVisual& layerVisual() {
         Display* display = ownerDisplay();
         XVisualInfo info;
         if (XMatchVisualInfo(display, DefaultScreen(display), 32, TrueColor, &info) == 0) {
-            // No transparency at all: the shape does what it can.
+            // No alpha channel: only the window's shape is left.
             return LayerVisual{DefaultVisual(display, DefaultScreen(display)),
                                DefaultDepth(display, DefaultScreen(display)),
                                DefaultColormap(display, DefaultScreen(display))};
@@ -72,9 +72,9 @@ Layer* layerOf(WindowHandle window) {
     return known == layers.end() ? nullptr : &known->second;
 }
 
-// Grid and labels tint what lies below them so faintly that nothing would be left of it under the same colour
-// made opaque: 0x16 and 0x1C, against 0x82 of the faintest thing that is to be seen.
-constexpr std::uint32_t leastOpaqueAlpha = 0x40;
+// Grid and labels tint the content below them with alpha 0x16 and 0x1C; made opaque, that would hide it. The
+// least alpha of anything else is 0x82.
+constexpr std::uint32_t minOpaqueAlpha = 0x40;
 
 std::vector<XRectangle> visibleSpans(const LayerImage& image, std::uint32_t leastAlpha) {
     std::vector<XRectangle> spans;
@@ -95,19 +95,20 @@ std::vector<XRectangle> visibleSpans(const LayerImage& image, std::uint32_t leas
     return spans;
 }
 
-/// Without a compositor a transparent pixel would be black: the window is cut to its visible pixels instead.
+/// Without a compositor transparent pixels would be black: the window is shaped to its visible pixels
+/// instead.
 void shapeBounding(Window window, const Layer& layer) {
     if (hasCompositor || layer.image == nullptr) {
         XShapeCombineMask(ownerDisplay(), window, ShapeBounding, 0, 0, noXid, ShapeSet);
         return;
     }
     std::vector<XRectangle> spans =
-        visibleSpans(*layer.image, layer.kind == OverlayKind::grid ? leastOpaqueAlpha : 1);
+        visibleSpans(*layer.image, layer.kind == OverlayKind::grid ? minOpaqueAlpha : 1);
     XShapeCombineRectangles(ownerDisplay(), window, ShapeBounding, 0, 0, spans.data(),
                             static_cast<int>(spans.size()), ShapeSet, YXBanded);
 }
 
-/// The grid lets everything through; the wheel stops the pointer where it shows something, as on Windows.
+/// Clicks pass through the grid everywhere and through the wheel where it is transparent, as on Windows.
 void shapeInput(Window window, const Layer& layer) {
     std::vector<XRectangle> spans;
     if (layer.kind == OverlayKind::wheel && layer.image != nullptr)
@@ -116,13 +117,13 @@ void shapeInput(Window window, const Layer& layer) {
                             static_cast<int>(spans.size()), ShapeSet, YXBanded);
 }
 
-/// The grid covers a whole monitor with few shapes, which the server draws faster than it takes over pixels.
-/// The wheel has many and soft ones, and the shape of a layer is read from its pixels.
+/// The grid covers a whole monitor with few shapes, which the server draws faster than it copies pixels. The
+/// wheel has many antialiased shapes, and a layer's window shape is computed from its pixels.
 bool isDrawnByServer(const Layer& layer) {
     return layer.kind == OverlayKind::grid && hasCompositor;
 }
 
-/// Image and background of the layer's size; true if one of them is new and holds nothing yet.
+/// Makes image and background fit the layer's size; true if one of them is new and still empty.
 bool makeSurfaces(Window window, Layer& layer) {
     const int width = layer.place.width();
     const int height = layer.place.height();
@@ -176,7 +177,7 @@ void showRegion(Window window, const cairo_region_t* region) {
     }
 }
 
-/// Makes the picture the layer's background and gives the part of it that has changed.
+/// Makes the picture the layer's background and returns the region that has changed.
 PixelRegion drawLayer(Window window, Layer& layer, const Picture& picture) {
     const bool isNew = makeSurfaces(window, layer);
     PixelRegion region;
@@ -252,7 +253,7 @@ bool isLayer(Window window) {
     return layers.contains(window);
 }
 
-/// Its X resources went with it, but for those that are of the connection.
+/// The server has freed the window's own resources; pixmap and graphics context belong to the connection.
 void onLayerDestroyed(Window window) {
     const auto destroyed = layers[window].handlers.destroyed;
     if (destroyed != nullptr)
@@ -288,17 +289,11 @@ bool handleLayerEvent(XEvent& event) {
     return false;
 }
 
-void startListening() {
-    static const bool isListening = [] {
-        addEventHandler(handleLayerEvent);
-        XFixesSelectSelectionInput(ownerDisplay(), rootWindow(), compositorSelection(),
-                                   XFixesSetSelectionOwnerNotifyMask |
-                                       XFixesSelectionWindowDestroyNotifyMask |
-                                       XFixesSelectionClientCloseNotifyMask);
-        followCompositor();
-        return true;
-    }();
-    (void)isListening;
+void watchCompositor() {
+    XFixesSelectSelectionInput(ownerDisplay(), rootWindow(), compositorSelection(),
+                               XFixesSetSelectionOwnerNotifyMask | XFixesSelectionWindowDestroyNotifyMask |
+                                   XFixesSelectionClientCloseNotifyMask);
+    followCompositor();
 }
 
 Window createLayerWindow(int width, int height) {
@@ -318,7 +313,7 @@ void describeToCompositors(Window window) {
     const Atom type = atomNamed("_NET_WM_WINDOW_TYPE_NOTIFICATION");
     XChangeProperty(ownerDisplay(), window, atomNamed("_NET_WM_WINDOW_TYPE"), XA_ATOM, 32, PropModeReplace,
                     reinterpret_cast<const unsigned char*>(&type), 1);
-    const unsigned long noShadow = 0; // a shadow around the layer's rectangle would show it
+    const unsigned long noShadow = 0; // a shadow would show the layer's rectangle
     XChangeProperty(ownerDisplay(), window, atomNamed("_COMPTON_SHADOW"), XA_CARDINAL, 32, PropModeReplace,
                     reinterpret_cast<const unsigned char*>(&noShadow), 1);
 }
@@ -329,14 +324,16 @@ WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int3
                                  const OverlayWindowHandlers& handlers) {
     if (ownerDisplay() == nullptr)
         return nullptr;
-    startListening();
+    addEventHandler(handleLayerEvent);
+    if (layers.empty())
+        watchCompositor();
     const Window window = createLayerWindow(width, height);
     describeToCompositors(window);
     Layer& layer = layers[window];
     layer.kind = kind;
     layer.handlers = handlers;
     layer.place = {0, 0, width, height};
-    makeSurfaces(window, layer); // now, so that the first toggle need not
+    makeSurfaces(window, layer); // now, so that the first toggle is not delayed
     registerWindow(handleOf(window), handlers.messageArrived);
     return handleOf(window);
 }
@@ -365,7 +362,7 @@ void showOverlayWindow(WindowHandle window) {
     shapeInput(xWindow, *layer);
     XMapRaised(ownerDisplay(), xWindow);
     layer->isShown = true;
-    layer->raisesLeft = mostRaisesPerShow;
+    layer->raisesLeft = maxRaisesPerShow;
     std::erase(shownLayers, xWindow);
     shownLayers.push_back(xWindow);
     watchStackingWhileShown();
@@ -383,7 +380,7 @@ void hideOverlayWindow(WindowHandle window) {
     XFlush(ownerDisplay());
 }
 
-/// The new background is in force before the server moves the window and paints what that uncovers.
+/// The new background is set before the server moves the window and paints the uncovered parts.
 void presentPictureAt(WindowHandle window, Point corner, const Picture& picture) {
     Layer* layer = layerOf(window);
     if (layer == nullptr || picture.width < 1 || picture.height < 1)
@@ -399,7 +396,7 @@ void presentPictureAt(WindowHandle window, Point corner, const Picture& picture)
                       static_cast<unsigned int>(picture.width), static_cast<unsigned int>(picture.height));
     if (layer->isShown) {
         shapeBounding(windowOf(window), *layer);
-        XClearWindow(ownerDisplay(), windowOf(window)); // one that keeps its size keeps its pixels too
+        XClearWindow(ownerDisplay(), windowOf(window)); // a window that keeps its size keeps its pixels too
     }
     XFlush(ownerDisplay());
 }

@@ -15,9 +15,10 @@
 
 namespace rotika {
 
-// A grabbed slave pointer leaves its master: the cursor stays where it is and no other client sees the
-// device's events, while what XTest injects comes from a slave of its own and passes. Raw motion of a grabbed
-// device comes to the grabbing client alone, and only if the grab's own mask asks for it.
+// A grabbed slave pointer is detached from its master: the cursor stays where it is and no other client
+// receives the device's events. Events injected by XTest come from a slave of their own and are not affected.
+// Raw motion of a grabbed device is sent to the grabbing client alone, and only if the grab's own mask
+// selects it.
 
 namespace {
 
@@ -27,13 +28,13 @@ constexpr int axisCount = 2;
 constexpr std::chrono::milliseconds heartbeatPeriod{250};
 constexpr guint releasePollMs = 15;
 constexpr std::chrono::milliseconds longestWaitForRelease{3000}; // a button may be stuck
-// Well below the guard's limit: in doubt the mice have been given back.
+// Well below the guard's limit: in doubt the mice count as released.
 constexpr std::chrono::milliseconds staleAfter{captureSilenceLimitMs * 3 / 4};
 
 struct GrabbedMouse {
     bool isRelative[axisCount] = {false, false};
-    double remainder[axisCount] = {0, 0}; // fractions of a count that have not moved the cursor yet
-    int master = 0;                       // which it was taken from
+    double remainder[axisCount] = {0, 0}; // fractions of a count not reported yet
+    int master = 0;                       // before the grab
     ButtonStates downBefore;              // buttons
 };
 
@@ -41,16 +42,16 @@ struct Capture {
     bool isActive = false;
     PointerCaptureHandlers handlers{};
     std::map<int, GrabbedMouse> mice; // by device id
-    std::set<std::size_t> heldBefore; // buttons that were down on a mouse when it was taken
+    std::set<std::size_t> heldBefore; // buttons that were down on a mouse when it was grabbed
     int primaryButton = 1;            // of the device, before the user's mapping
     Clock::time_point lastRenewal;
     Clock::time_point lastHeartbeat;
     Clock::time_point endedAt;
-    bool isWaitingForRelease = false; // of mice that outlast the capture
+    bool isWaitingForRelease = false; // of mice that stay grabbed after the capture
 };
 Capture capture;
 
-/// Ours float while we hold them; others that float are none of the desktop's business.
+/// Grabbed mice float; other floating devices do not belong to the desktop.
 bool isMouse(const XIDeviceInfo& info) {
     const bool isOurs = info.use == XIFloatingSlave && capture.mice.contains(info.deviceid);
     return info.enabled != 0 && (info.use == XISlavePointer || isOurs) &&
@@ -71,8 +72,8 @@ GrabbedMouse describe(const XIDeviceInfo& info) {
     return mouse;
 }
 
-/// The guard hears of them as long as they may have to be let go of, and so does one that takes its place.
-void noteHeldButtons(const ButtonStates& states) {
+/// The guard, and one that replaces it, is told of them for as long as they may have to be released.
+void rememberHeldButtons(const ButtonStates& states) {
     for (std::size_t button = 1; button < states.size(); ++button)
         if (states[button] && capture.heldBefore.insert(button).second)
             tellInputGuard(GuardedThing::heldButton, true, static_cast<std::uint32_t>(button));
@@ -85,22 +86,22 @@ void releaseHeldButtons() {
         tellInputGuard(GuardedThing::heldButton, false, static_cast<std::uint32_t>(button));
 }
 
-/// A press between the first question and the grab has reached the programs, too.
+/// Includes presses between the first query and the grab: programs have received them too.
 GrabbedMouse describeGrabbed(const XIDeviceInfo& before) {
     GrabbedMouse mouse = describe(before);
     int count = 0;
     const DeviceInfos now = queryDevices(ownerDisplay(), before.deviceid, count);
     if (count > 0)
         mouse.downBefore = buttonStates(*now);
-    noteHeldButtons(mouse.downBefore);
+    rememberHeldButtons(mouse.downBefore);
     return mouse;
 }
 
 void grabMouse(const XIDeviceInfo& info) {
     const bool isNew = !capture.mice.contains(info.deviceid);
-    noteHeldButtons(buttonStates(info));
-    // The guard hears of it first: killed in between, it gives back once too often rather than once too
-    // seldom.
+    rememberHeldButtons(buttonStates(info));
+    // The guard is told first: if this process is killed in between, the mouse is released once too often
+    // instead of not at all.
     if (isNew)
         tellInputGuard(GuardedThing::pointerPin, true, codeOfPinnedDevice(info.deviceid, info.attachment));
     unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
@@ -116,8 +117,8 @@ void grabMouse(const XIDeviceInfo& info) {
         tellInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(info.deviceid, info.attachment));
 }
 
-/// Also after devices have come, gone or been switched: a device enabled again is attached again, grab or no
-/// grab.
+/// Also called after devices were added, removed, enabled or disabled: an enabled device is attached again
+/// even if it was grabbed.
 void grabAllMice() {
     int count = 0;
     const DeviceInfos infos = queryDevices(ownerDisplay(), XIAllDevices, count);
@@ -184,8 +185,8 @@ bool isStale() {
 bool handleCaptureEvent(XEvent& event) {
     if (!isCaptureEvent(event))
         return false;
-    // Sent before the capture ended, or while nobody listened: a press of that time is meant for the
-    // programs, and a mouse that the guard has given back must not be grabbed again.
+    // A late event, or one from a time when this process did not respond: such a press is meant for the
+    // programs, and a mouse that the guard has released must not be grabbed again.
     if (!capture.isActive || isStale())
         return true;
     if (event.xcookie.evtype == XI_RawMotion)
@@ -202,7 +203,7 @@ std::vector<unsigned int> pressesOfCapture(int deviceId, const GrabbedMouse& mou
     std::vector<unsigned int> pressed;
     int count = 0;
     const DeviceInfos info = queryDevices(ownerDisplay(), deviceId, count);
-    // One that the guard has given back is attached, and what is pressed on it is meant for the programs.
+    // A mouse that the guard has released is attached, and presses on it are meant for the programs.
     if (info == nullptr || info->use != XIFloatingSlave)
         return pressed;
     const ButtonStates now = buttonStates(*info);
@@ -212,8 +213,8 @@ std::vector<unsigned int> pressesOfCapture(int deviceId, const GrabbedMouse& mou
     return pressed;
 }
 
-/// Gives back the mice, all of them or those alone whose presses of the capture have been let go.
-void giveBackMice(bool all) {
+/// Releases all mice, or only those on which every button pressed during the capture is up.
+void releaseMice(bool all) {
     const ErrorTrap trap; // a mouse may have been unplugged
     std::erase_if(capture.mice, [all](const auto& entry) {
         const auto& [deviceId, mouse] = entry;
@@ -225,16 +226,16 @@ void giveBackMice(bool all) {
         tellInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(deviceId, mouse.master));
         return true;
     });
-    // A mouse that is still detached may hold a button from before the capture: down in truth, though no
-    // attached slave says so.
+    // A button pressed before the capture may still be held on a detached mouse, where no attached slave
+    // reports it.
     if (capture.mice.empty())
         releaseHeldButtons();
 }
 
-gboolean giveBackReleasedMice(gpointer) {
+gboolean releaseMiceWithoutPresses(gpointer) {
     const bool isOver = Clock::now() - capture.endedAt > longestWaitForRelease;
     if (!capture.isActive)
-        giveBackMice(isOver);
+        releaseMice(isOver);
     if (!capture.isActive && !capture.mice.empty()) {
         tellInputGuard(GuardedThing::heartbeat, false, 0);
         return G_SOURCE_CONTINUE;
@@ -243,13 +244,13 @@ gboolean giveBackReleasedMice(gpointer) {
     return G_SOURCE_REMOVE;
 }
 
-/// The choosing press may still be held. Attached with its button down, a mouse would keep the server from
-/// passing on an injected release of that button, and its own release would end a press that a function has
-/// injected. So it comes back when it is let go.
+/// The button that chose a field may still be down. If its mouse were attached now, the server would not
+/// deliver an injected release of that button, and its own release would end a press that a function has
+/// injected. So the mouse is released when the button is up.
 void waitForReleases() {
     if (capture.mice.empty() || std::exchange(capture.isWaitingForRelease, true))
         return;
-    callOwnerAfter(releasePollMs, giveBackReleasedMice, nullptr);
+    callOwnerAfter(releasePollMs, releaseMiceWithoutPresses, nullptr);
 }
 
 /// The device's number of the button that is the first one after the user's mapping.
@@ -261,17 +262,12 @@ int primaryButton() {
     return first == end ? 1 : static_cast<int>(first - mapping) + 1;
 }
 
-void startListening() {
-    static const bool isListening = (addEventHandler(handleCaptureEvent), true);
-    (void)isListening;
-}
-
 } // namespace
 
 void beginPointerCapture(WindowHandle, Point pinned, const PointerCaptureHandlers& handlers) {
     if (ownerDisplay() == nullptr)
         return;
-    startListening();
+    addEventHandler(handleCaptureEvent);
     capture.handlers = handlers;
     capture.primaryButton = primaryButton();
     capture.isActive = true;
@@ -279,9 +275,9 @@ void beginPointerCapture(WindowHandle, Point pinned, const PointerCaptureHandler
     selectHierarchyChanges(true); // first, so that no mouse plugged in between is missed
     grabAllMice();
     pinCursor(pinned);
-    // A slave goes on adding up its motion while it is detached, and its first motion afterwards would move
-    // the cursor by the whole sum, unless the master has heard of another slave since: then it starts from
-    // the cursor. Done now and not at the end, which may come by kill.
+    // A detached slave accumulates its motion, and its first motion afterwards would move the cursor by the
+    // whole sum unless another slave has sent an event to the master since. Done now and not at the end
+    // because the process may be killed.
     XTestFakeRelativeMotionEvent(ownerDisplay(), 0, 0, CurrentTime);
     XFlush(ownerDisplay());
 }
@@ -307,7 +303,7 @@ void endPointerCapture() {
     capture.endedAt = Clock::now();
     unpinCursor();
     selectHierarchyChanges(false);
-    giveBackMice(false);
+    releaseMice(false);
     waitForReleases();
 }
 

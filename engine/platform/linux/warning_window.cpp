@@ -13,7 +13,7 @@
 
 namespace rotika {
 
-// Painted by the engine itself: it comes up before the shell has any window, and the engine knows no toolkit.
+// Painted by the engine itself: it can appear before the shell has a window, and the engine has no toolkit.
 
 namespace {
 
@@ -114,8 +114,8 @@ bool handleBoxEvent(XEvent& event) {
     return true;
 }
 
-/// The title says it all: it is the one thing of a window without a toolkit that window lists and screen
-/// readers can know.
+/// The title holds the whole text: window lists and screen readers see nothing else of a window without a
+/// toolkit.
 void nameBox(Window window, std::string title) {
     Display* display = ownerDisplay();
     std::replace(title.begin(), title.end(), '\n', ' ');
@@ -132,8 +132,7 @@ void nameBox(Window window, std::string title) {
 } // namespace
 
 void openWarningWindow(const std::string& title, const std::string& text) {
-    static const bool isListening = (addEventHandler(handleBoxEvent), true);
-    (void)isListening;
+    addEventHandler(handleBoxEvent);
     Display* display = ownerDisplay();
     const Box box{textWidthPx + 2 * marginPx, textHeight(text) + 3 * marginPx + buttonHeightPx, text};
     const Rect monitor = monitorAt(cursorPosition());

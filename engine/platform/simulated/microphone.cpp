@@ -4,46 +4,41 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace rotika {
 
 namespace {
-
-constexpr std::uint32_t bufferMs = 100;
-
-enum class BufferPlace { nowhere, device, listener };
-
-struct SoundBuffer {
-    BufferPlace place = BufferPlace::nowhere;
-    std::string bytes;
-};
-
-} // namespace
+constexpr std::uint32_t chunkMs = 100;
+}
 
 struct Microphone {
-    std::array<SoundBuffer, soundBufferCount> buffers;
-    std::deque<std::size_t> queue; // of buffers at the device, in the order of their filling
-    std::uint64_t nextFullAt = 0;  // of the virtual clock
+    std::array<std::string, soundChunkLimit> chunks;
+    std::size_t oldest = 0;
+    std::size_t count = 0; // of chunks in use, from the oldest on
+    bool isOldestReturned = false;
+    std::uint64_t nextFullAt = 0; // of the virtual clock
 
-    bool hasSoundToTake() const {
-        return std::ranges::any_of(
-            buffers, [](const SoundBuffer& buffer) { return buffer.place == BufferPlace::listener; });
-    }
-
-    void fillDueBuffers() {
+    void recordUntilNow() {
         SimulatedDesktop& desktop = simulatedDesktop();
-        for (; nextFullAt <= desktop.clock.now(); nextFullAt += bufferMs) {
-            if (!desktop.microphoneDelivers || queue.empty())
+        for (; nextFullAt <= desktop.clock.now(); nextFullAt += chunkMs) {
+            if (!desktop.microphoneDelivers || count == chunks.size())
                 continue;
-            SoundBuffer& buffer = buffers[queue.front()];
-            queue.pop_front();
-            buffer.place = BufferPlace::listener;
-            buffer.bytes.assign(soundBufferBytes, '\0');
+            std::string& chunk = chunks[(oldest + count) % chunks.size()];
+            ++count;
+            chunk.assign(soundChunkBytes, '\0');
             if (!desktop.sound.empty()) {
-                buffer.bytes = desktop.sound.front();
+                chunk = desktop.sound.front();
                 desktop.sound.pop_front();
             }
         }
+    }
+
+    void releaseReturnedChunk() {
+        if (!std::exchange(isOldestReturned, false))
+            return;
+        oldest = (oldest + 1) % chunks.size();
+        --count;
     }
 };
 
@@ -61,35 +56,26 @@ MicrophoneHandle openMicrophone() {
 }
 
 void startMicrophone(Microphone& microphone) {
-    microphone.nextFullAt = simulatedDesktop().clock.now() + bufferMs;
-    for (std::size_t i = 0; i < soundBufferCount; ++i)
-        requeueSoundBuffer(microphone, i);
+    microphone.nextFullAt = simulatedDesktop().clock.now() + chunkMs;
 }
 
-void waitForSound(Microphone& microphone, std::uint32_t limitMs) {
+std::string_view nextSound(Microphone& microphone, std::uint32_t limitMs) {
     VirtualClock& clock = simulatedDesktop().clock;
     const std::uint64_t deadline = clock.now() + limitMs;
-    microphone.fillDueBuffers();
-    while (!microphone.hasSoundToTake() && clock.now() < deadline) {
+    microphone.recordUntilNow(); // while the caller was busy with the returned chunk
+    microphone.releaseReturnedChunk();
+    while (microphone.count == 0 && clock.now() < deadline) {
         const std::uint64_t before = clock.now();
         const std::uint64_t wake = std::min(deadline, microphone.nextFullAt);
         clock.sleepCallingWorker(static_cast<std::uint32_t>(wake - before));
-        if (clock.now() == before) // workers run freely, and time stands
-            return;
-        microphone.fillDueBuffers();
+        if (clock.now() == before) // workers run freely, and the clock stands still
+            return {};
+        microphone.recordUntilNow();
     }
-}
-
-std::optional<std::string_view> recordedSound(const Microphone& microphone, std::size_t index) {
-    const SoundBuffer& buffer = microphone.buffers[index];
-    if (buffer.place != BufferPlace::listener)
-        return std::nullopt;
-    return buffer.bytes;
-}
-
-void requeueSoundBuffer(Microphone& microphone, std::size_t index) {
-    microphone.buffers[index].place = BufferPlace::device;
-    microphone.queue.push_back(index);
+    if (microphone.count == 0)
+        return {};
+    microphone.isOldestReturned = true;
+    return microphone.chunks[microphone.oldest];
 }
 
 } // namespace rotika

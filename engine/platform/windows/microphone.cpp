@@ -13,7 +13,7 @@ namespace rotika {
 
 namespace {
 
-using SoundBuffer = std::array<char, soundBufferBytes>;
+using SoundBuffer = std::array<char, soundChunkBytes>;
 
 constexpr WORD bytesPerSample = 2;
 
@@ -22,18 +22,18 @@ constexpr WAVEFORMATEX soundFormat{
     8 * bytesPerSample, 0};
 
 constexpr DWORD openingLimitMs = 1500;
-// Nobody waits for an opening that follows on a lost device.
+// Nobody is blocked by reopening a lost device.
 constexpr DWORD reopeningLimitMs = 10'000;
 constexpr DWORD lostAfterMs = 3000;
-// Headsets begin seconds after they were opened.
+// Headsets deliver their first sound seconds after they were opened.
 constexpr DWORD neverBeganAfterMs = 10'000;
 
-/// The system writes into the headers and the buffers, so the whole must not move.
+/// The system writes into the headers and the buffers, so this must not move in memory.
 struct Device {
     KernelHandle bufferReturned;
     HWAVEIN handle = nullptr;
-    std::array<WAVEHDR, soundBufferCount> headers{};
-    std::array<SoundBuffer, soundBufferCount> buffers{};
+    std::array<WAVEHDR, soundChunkLimit> headers{}; // used in turn, so they come back in turn
+    std::array<SoundBuffer, soundChunkLimit> buffers{};
 };
 
 struct DeviceCloser {
@@ -45,7 +45,7 @@ struct DeviceCloser {
             waveInUnprepareHeader(owned->handle, &header, sizeof(header));
         }
         if (waveInClose(owned->handle) != MMSYSERR_NOERROR) {
-            // A driver that does not let go may still write: better 13 kB lost than a stranger's memory.
+            // Leak: the driver may still write into the 13 kB.
             static_cast<void>(owned.release());
         }
     }
@@ -63,9 +63,9 @@ DeviceHandle openDevice() {
     return DeviceHandle(device.release());
 }
 
-/// Drivers and the sound service may keep a caller for as long as they like, so a thread of its own closes
-/// the former device, if there is one, and opens the next. Whoever has no more patience drops his share; a
-/// device that is opened later than that is closed by the thread's.
+/// Drivers and the sound service may block a caller without limit, so a separate thread closes the former
+/// device, if there is one, and opens the next. A caller that gives up releases its reference; a device that
+/// is opened after that is closed when the thread releases the last one.
 struct Opening {
     KernelHandle finished;
     DeviceHandle former;
@@ -73,7 +73,7 @@ struct Opening {
 };
 using SharedOpening = std::shared_ptr<Opening>;
 
-std::atomic<int> openingsUnderWay{0};
+std::atomic<int> openingsInProgress{0};
 
 DWORD WINAPI runOpening(void* argument) noexcept {
     {
@@ -82,21 +82,21 @@ DWORD WINAPI runOpening(void* argument) noexcept {
         (*opening)->device = openDevice();
         SetEvent((*opening)->finished.get());
     }
-    --openingsUnderWay;
+    --openingsInProgress;
     return 0;
 }
 
-/// Takes `former` along, or leaves it where it is and answers null: too many threads hang already, or the
-/// system gives no more.
+/// Takes ownership of `former`. Returns null and leaves `former` alone when too many threads hang already or
+/// no thread can be created.
 SharedOpening beginOpening(DeviceHandle& former) {
-    constexpr int mostOpenings = 4;
+    constexpr int maxOpenings = 4;
     auto opening = std::make_shared<Opening>();
     opening->finished = KernelHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     if (!opening->finished) {
         return nullptr;
     }
-    if (++openingsUnderWay > mostOpenings) {
-        --openingsUnderWay;
+    if (++openingsInProgress > maxOpenings) {
+        --openingsInProgress;
         return nullptr;
     }
     opening->former = std::move(former);
@@ -104,7 +104,7 @@ SharedOpening beginOpening(DeviceHandle& former) {
     const KernelHandle thread(CreateThread(nullptr, 0, runOpening, share.get(), 0, nullptr));
     if (!thread) {
         former = std::move(opening->former);
-        --openingsUnderWay;
+        --openingsInProgress;
         return nullptr;
     }
     static_cast<void>(share.release());
@@ -114,21 +114,22 @@ SharedOpening beginOpening(DeviceHandle& former) {
 } // namespace
 
 struct Microphone {
-    DeviceHandle device; // null while a lost one has no successor
+    DeviceHandle device; // null while a lost one is being replaced
     SharedOpening opening;
-    std::size_t nextIndex = 0; // the listener goes on with this buffer
-    DWORD waitedMs = 0;        // without a buffer, or for the opening
-    bool hasBegun = false;     // the device has given a buffer back
+    std::size_t oldest = 0; // index of the buffer whose sound comes next, or was returned last
+    bool isOldestReturned = false;
+    DWORD waitedMs = 0;    // since the last buffer, or since the opening began
+    bool hasBegun = false; // the device has returned a buffer
     bool hasRefused = false;
     ULONGLONG startedAt = 0;
 };
 
 namespace {
 
-void handOut(Microphone& microphone, std::size_t index) {
+void queueBuffer(Microphone& microphone, std::size_t index) {
     WAVEHDR& header = microphone.device->headers[index];
-    // A device that is gone refuses the buffer and leaves it as it is: the same words would be heard for
-    // ever.
+    // An unplugged device refuses the buffer and leaves the header unchanged: the same sound would be
+    // returned again and again.
     header.dwFlags &= ~static_cast<DWORD>(WHDR_DONE);
     header.dwBytesRecorded = 0;
     if (waveInAddBuffer(microphone.device->handle, &header, sizeof(header)) != MMSYSERR_NOERROR) {
@@ -136,17 +137,22 @@ void handOut(Microphone& microphone, std::size_t index) {
     }
 }
 
-bool anyBufferIsBack(const Microphone& microphone) {
-    for (std::size_t index = 0; index < soundBufferCount; ++index) {
-        if (recordedSound(microphone, index)) {
-            return true;
-        }
-    }
-    return false;
+bool isOldestFilled(const Microphone& microphone) {
+    // Set by a thread of the system.
+    const volatile DWORD& flags = microphone.device->headers[microphone.oldest].dwFlags;
+    return (flags & WHDR_DONE) != 0;
 }
 
-/// The device was unplugged, or is of no use any more. Only time that was waited counts: neither the sleep of
-/// the machine nor a busy listener makes a device a lost one.
+/// Hands the buffer that was returned to the listener back to the device.
+void requeueReturned(Microphone& microphone) {
+    if (std::exchange(microphone.isOldestReturned, false)) {
+        queueBuffer(microphone, microphone.oldest);
+        microphone.oldest = (microphone.oldest + 1) % soundChunkLimit;
+    }
+}
+
+/// The device was unplugged or no longer works. Only waiting time counts: neither a suspended machine nor a
+/// busy listener makes a device count as lost.
 bool isLost(const Microphone& microphone) {
     if (microphone.device && microphone.hasRefused) {
         return GetTickCount64() - microphone.startedAt >= lostAfterMs;
@@ -171,15 +177,16 @@ void followOpening(Microphone& microphone, DWORD limitMs) {
     }
 }
 
-void waitForDevice(Microphone& microphone, DWORD limitMs) {
-    const bool isSignalled =
-        WaitForSingleObject(microphone.device->bufferReturned.get(), limitMs) == WAIT_OBJECT_0;
-    if (anyBufferIsBack(microphone)) {
-        microphone.hasBegun = true;
-        microphone.waitedMs = 0;
-    } else if (!isSignalled) { // the listener may have been faster than the signal
-        microphone.waitedMs += limitMs;
+/// True once the oldest buffer is filled.
+bool waitForDevice(Microphone& microphone, DWORD limitMs) {
+    // The event may still be set for a buffer that was taken without a wait.
+    const HANDLE returned = microphone.device->bufferReturned.get();
+    while (!isOldestFilled(microphone) && WaitForSingleObject(returned, limitMs) == WAIT_OBJECT_0) {
     }
+    const bool isFilled = isOldestFilled(microphone);
+    microphone.hasBegun |= isFilled;
+    microphone.waitedMs = isFilled ? 0 : microphone.waitedMs + limitMs;
+    return isFilled;
 }
 
 } // namespace
@@ -200,62 +207,42 @@ void MicrophoneCloser::operator()(Microphone* microphone) const noexcept {
     const std::unique_ptr<Microphone> owned(microphone);
 }
 
-/// The buffers come back in the order in which they are handed out. After a loss the listener is not told
-/// that they are new, so the first is the one that it expects next.
 void startMicrophone(Microphone& microphone) {
     Device& device = *microphone.device;
+    microphone.oldest = 0;
     microphone.hasBegun = false;
     microphone.hasRefused = false;
     microphone.startedAt = GetTickCount64();
-    // The opening of the device has set it as well.
-    ResetEvent(device.bufferReturned.get());
-    for (std::size_t i = 0; i < soundBufferCount; ++i) {
-        const std::size_t index = (microphone.nextIndex + i) % soundBufferCount;
+    for (std::size_t index = 0; index < soundChunkLimit; ++index) {
         WAVEHDR& header = device.headers[index];
         header = {};
         header.lpData = device.buffers[index].data();
-        header.dwBufferLength = soundBufferBytes;
+        header.dwBufferLength = soundChunkBytes;
         waveInPrepareHeader(device.handle, &header, sizeof(header));
-        handOut(microphone, index);
+        queueBuffer(microphone, index);
     }
     waveInStart(device.handle);
 }
 
-void waitForSound(Microphone& microphone, std::uint32_t limitMs) {
+std::string_view nextSound(Microphone& microphone, std::uint32_t limitMs) {
+    requeueReturned(microphone);
     if (microphone.opening) {
         followOpening(microphone, limitMs);
-        return;
+        return {};
     }
-    if (microphone.device) {
-        waitForDevice(microphone, limitMs);
-    } else {
+    if (!microphone.device) {
         Sleep(limitMs);
         microphone.waitedMs += limitMs;
+    } else if (waitForDevice(microphone, limitMs)) {
+        microphone.isOldestReturned = true;
+        const WAVEHDR& header = microphone.device->headers[microphone.oldest];
+        return {header.lpData, std::min<std::size_t>(header.dwBytesRecorded, soundChunkBytes)};
     }
-    if (isLost(microphone) && !anyBufferIsBack(microphone)) {
+    if (isLost(microphone)) {
         microphone.opening = beginOpening(microphone.device);
         microphone.waitedMs = 0;
     }
-}
-
-std::optional<std::string_view> recordedSound(const Microphone& microphone, std::size_t index) {
-    if (!microphone.device) {
-        return std::nullopt;
-    }
-    const WAVEHDR& header = microphone.device->headers[index];
-    // Set by a thread of the system's.
-    const volatile DWORD& flags = header.dwFlags;
-    if ((flags & WHDR_DONE) == 0) {
-        return std::nullopt;
-    }
-    return std::string_view(header.lpData, std::min<std::size_t>(header.dwBytesRecorded, soundBufferBytes));
-}
-
-void requeueSoundBuffer(Microphone& microphone, std::size_t index) {
-    microphone.nextIndex = (index + 1) % soundBufferCount;
-    if (microphone.device) {
-        handOut(microphone, index);
-    }
+    return {};
 }
 
 } // namespace rotika

@@ -82,10 +82,10 @@ void putInState(QWidget& widget, WidgetState state) {
     QApplication::processEvents();
 }
 
-class Sheets : public testing::TestWithParam<const char*> {
+class Sheets : public testing::TestWithParam<ThemeInfo> {
 protected:
     Sheets() {
-        applyTheme(GetParam());
+        applyTheme(GetParam().themeId);
         writeFile(folder.filePath("kola.json"), R"({"actions":[{"name":"a","key":"a"}]})");
         uiSettings().setValue(lastWheelFileKey, folder.filePath("kola.json"));
         window = std::make_unique<MainWindow>(licence, LicenceResult{.go = true, .accountText = "konto"});
@@ -153,6 +153,7 @@ TEST_P(Sheets, KeepTextReadableInEveryStateAndMarkTheKeyboardFocus) {
     EXPECT_GT(texts, 50);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Sheets, testing::Values("fluent", "neon", "pro"));
+INSTANTIATE_TEST_SUITE_P(All, Sheets, testing::ValuesIn(themes()),
+                         [](const auto& theme) { return theme.param.themeId.toStdString(); });
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "shell/cards.h"
 
+#include <QPushButton>
+
 namespace {
 
 QFrame* makeFrame(const QMargins& margins, int spacing) {
@@ -17,6 +19,19 @@ QLabel* makeLabel(const QString& text, const char* role) {
     auto* label = new QLabel(text);
     label->setProperty("role", role);
     return label;
+}
+
+QLabel* makeFieldLabel(const QString& text, QWidget* field) {
+    QLabel* label = makeLabel(text, "cardTitle");
+    label->setBuddy(field);
+    field->setAccessibleName(text); // lists do not take it from their label
+    return label;
+}
+
+QPushButton* addButton(QBoxLayout& row, const QString& text) {
+    auto* button = new QPushButton(text);
+    row.addWidget(button);
+    return button;
 }
 
 QVBoxLayout* makeColumn(int spacing) {

@@ -5,11 +5,18 @@
 #include <QString>
 #include <QVBoxLayout>
 
+class QPushButton;
+
 // What the pages are made of. The style sheets select on the object name "Card" and on the property "role",
 // which is set before the widget is first styled and never changes. First thread; the caller's layout takes
 // what is returned.
 
 QLabel* makeLabel(const QString& text, const char* role);
+
+/// The label of an input field or a list, which gets the text as its accessible name too.
+QLabel* makeFieldLabel(const QString& text, QWidget* field);
+
+QPushButton* addButton(QBoxLayout& row, const QString& text);
 
 /// The layout of a widget without margins, the content of a card. The widget is the layout's parent.
 QVBoxLayout* makeColumn(int spacing);

@@ -3,7 +3,6 @@
 #include "shell/settings.h"
 #include "shell/themes.h"
 #include "shell/update_service.h"
-#include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
 
 #include <QButtonGroup>
@@ -77,9 +76,8 @@ QWidget* MainWindow::makeThemeCard() {
 void MainWindow::chooseTheme(const ThemeInfo& theme) {
     applyTheme(theme.themeId);
     uiSettings().setValue(themeKey, theme.themeId);
-    // Painted by hand, so a new sheet does not reach them.
-    dashboardPreview->update();
-    editorPage->repaintPreview();
+    for (WheelPreview* preview : findChildren<WheelPreview*>())
+        preview->update(); // it takes its colours from the theme, not from the style sheet
 }
 
 QWidget* MainWindow::makeAccountCard() {

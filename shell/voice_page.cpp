@@ -70,15 +70,12 @@ QWidget* VoicePage::makePhrases() {
     phraseList = new QListWidget;
     phraseList->setMinimumHeight(140);
     phraseList->ensurePolished(); // as the main window's page list
-    QLabel* title = makeLabel(tr("Globalne komendy (voice.json)"), "cardTitle");
-    title->setBuddy(phraseList);
-    phraseList->setAccessibleName(title->text());
+    column->addWidget(makeFieldLabel(tr("Globalne komendy (voice.json)"), phraseList));
     auto* edit = new QPushButton(tr("Edytuj w edytorze kół"));
     connect(edit, &QPushButton::clicked, this, [this] {
         if (openInEditor)
             openInEditor(voiceFilePath());
     });
-    column->addWidget(title);
     column->addWidget(phraseList, 1);
     column->addWidget(edit);
     return column->parentWidget();

@@ -163,6 +163,10 @@ bool WheelDocument::saveAs(const QString& filePath, QString* error) {
     return save(error);
 }
 
+QDir WheelDocument::folder() const {
+    return QFileInfo(path).dir();
+}
+
 EditorFunction functionFromJson(const QJsonObject& object) {
     EditorFunction function;
     function.name = object["name"].toString();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QDir>
 #include <QJsonObject>
 #include <QList>
 #include <QString>
@@ -57,6 +58,9 @@ struct WheelDocument {
 
     /// The new path stays even if saving fails.
     bool saveAs(const QString& filePath, QString* error);
+
+    /// The folder of the file, which the icons' paths are relative to.
+    QDir folder() const;
 
 private:
     /// False if the file holds what is not ours and could not be kept.

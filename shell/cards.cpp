@@ -45,7 +45,7 @@ QLabel* addTitledValue(QLayout& column, const QString& title, const QString& tex
     column.addWidget(makeLabel(title, "cardTitle"));
     QLabel* value = makeLabel(text, role);
     value->setWordWrap(true);
-    // A screen reader would otherwise tell "aktywny" and not of what.
+    // Without it a screen reader would say "aktywny" but not what is active.
     value->setAccessibleDescription(title);
     column.addWidget(value);
     return value;

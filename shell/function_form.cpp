@@ -17,12 +17,12 @@ FunctionForm::FunctionForm(QWidget* parent) : QWidget(parent) {
     nameEdit = new QLineEdit;
     voiceEdit = new QLineEdit;
     voiceEdit->setPlaceholderText(tr("np. leczenie"));
-    auto* form = new QGridLayout(this); // a grid keeps the labels, and the fields, of both columns level
+    auto* form = new QGridLayout(this); // a grid aligns the rows of both columns
     form->setContentsMargins(0, 0, 0, 0);
     form->setSpacing(10);
     form->setColumnStretch(0, 3);
     form->setColumnStretch(1, 2);
-    form->addWidget(makeFieldLabel(tr("Nazwa"), nameEdit), 0, 0); // Tab follows the order of adding
+    form->addWidget(makeFieldLabel(tr("Nazwa"), nameEdit), 0, 0); // Tab order is the order of adding
     form->addWidget(nameEdit, 1, 0);
     form->addWidget(makeFieldLabel(tr("Fraza głosowa"), voiceEdit), 2, 0);
     form->addWidget(voiceEdit, 3, 0);
@@ -54,7 +54,7 @@ QLayout* FunctionForm::makeIconRow() {
 
 QLayout* FunctionForm::makeColorRow() {
     colorButton = new QPushButton;
-    // As wide as for any colour's name, or the fields beside it would move with the selection.
+    // Wide enough for any colour, so that the other fields do not move when the selection changes.
     colorButton->ensurePolished();
     colorButton->setText(QStringLiteral("#DDDDDD"));
     colorButton->setMinimumWidth(colorButton->sizeHint().width());
@@ -73,7 +73,7 @@ void FunctionForm::showFunction(const EditorFunction& function, const QDir& fold
     nameEdit->setText(function.name);
     voiceEdit->setText(function.voice);
     for (QLineEdit* edit : {nameEdit, voiceEdit})
-        edit->home(false); // a long text is shown from its beginning
+        edit->home(false); // shows the beginning of a long text
     const QSignalBlocker blocker(delaySpin);
     delaySpin->setValue(function.delay);
     showColor(function.color);

@@ -10,8 +10,8 @@ class QPushButton;
 class QSpinBox;
 struct EditorFunction;
 
-/// The form of one function without its steps: name, voice phrase, icon, colour and delay. Only shows the
-/// function and reports what the user enters.
+/// The form of one function without its steps: name, voice phrase, icon, colour and delay. Does not change
+/// the document; reports what the user enters.
 class FunctionForm : public QWidget {
     Q_OBJECT
 
@@ -28,11 +28,11 @@ public:
     void focusName();
 
 signals:
-    /// The fields as they are now, after the user has changed one. `delayMs` is held to 0 through 2000.
+    /// All three values, after the user has changed one. `delayMs` is 0 to 2000.
     void edited(const QString& name, const QString& voice, int delayMs);
     /// An invalid colour stands for the wheel's own.
     void colorChosen(const QColor& color);
-    /// As wheel files write it; empty for none.
+    /// A path as in wheel files, relative to the folder; empty for no icon.
     void iconChosen(const QString& icon);
 
 private:

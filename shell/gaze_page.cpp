@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int longestDwellMs = 3000; // the engine takes up to 10000 from the file
+constexpr int maxDwellMs = 3000; // the engine takes up to 10000 from the file
 constexpr int defaultDwellMs = 900;
 
 } // namespace
@@ -47,7 +47,7 @@ QWidget* GazePage::makeControls() {
     auto* column = makeColumn(10);
     enabledBox = new QCheckBox(tr("Steruj wirtualnym kursorem wzrokiem, gdy koło jest otwarte"));
     dwellSlider = new QSlider(Qt::Horizontal);
-    dwellSlider->setRange(0, longestDwellMs);
+    dwellSlider->setRange(0, maxDwellMs);
     dwellSlider->setSingleStep(50);
     dwellSlider->setPageStep(100);
     dwellLabel = makeLabel({}, "value");
@@ -73,9 +73,8 @@ void GazePage::fillFromConfig() {
     loading = true;
     const QJsonObject config = readConfigObject();
     enabledBox->setChecked(config["gazeEnabled"].toBool(true));
-    // As the engine reads it: cut off to a whole number, whatever its size.
-    const double dwellMs =
-        std::clamp<double>(config["gazeDwell"].toDouble(defaultDwellMs), 0, longestDwellMs);
+    // Converted as in the engine: truncated, and no overflow for large numbers.
+    const double dwellMs = std::clamp<double>(config["gazeDwell"].toDouble(defaultDwellMs), 0, maxDwellMs);
     dwellSlider->setValue(static_cast<int>(dwellMs));
     loading = false;
 }

@@ -1,7 +1,7 @@
 #include "shell/icon_picker_dialog.h"
 
 #include "shell/field_icons.h"
-#include "shell/screen_room.h"
+#include "shell/window_size.h"
 
 #include <QDialogButtonBox>
 #include <QDir>
@@ -10,7 +10,7 @@
 
 IconPickerDialog::IconPickerDialog(const QString& folder, QWidget* parent) : QDialog(parent) {
     setWindowTitle(tr("Wybierz ikonę"));
-    resize(QSize(520, 420).boundedTo(screenRoom(parent == nullptr ? *this : *parent)));
+    resize(QSize(520, 420).boundedTo(maximumWindowSize(parent == nullptr ? *this : *parent)));
     auto* column = new QVBoxLayout(this);
     list = new QListWidget;
     list->setAccessibleName(tr("Ikony"));

@@ -12,7 +12,7 @@ QMessageBox* makeBox(QWidget* parent, QMessageBox::Icon icon, const QString& tit
 }
 
 QString shortened(const QString& name) {
-    constexpr int mostLetters = 200; // measuring a longer text would take too long
-    const QString line = name.size() > mostLetters ? name.simplified() : name;
+    constexpr int maxLetters = 200;
+    const QString line = name.size() > maxLetters ? name.simplified() : name;
     return QFontMetrics(QApplication::font()).elidedText(line, Qt::ElideMiddle, 600, Qt::TextSingleLine);
 }

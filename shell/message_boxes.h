@@ -2,9 +2,9 @@
 
 #include <QMessageBox>
 
-/// A box in plain text, since names and paths may look like HTML. It deletes itself when it closes.
+/// A message box in plain text, because names and paths may contain HTML. Deletes itself on close.
 QMessageBox* makeBox(QWidget* parent, QMessageBox::Icon icon, const QString& title, const QString& text,
                      QMessageBox::StandardButtons buttons = QMessageBox::Ok);
 
-/// A name of any length and with any characters, on one line that leaves a box narrower than the screen.
+/// The name on one line, elided so that a message box with it is not wider than the screen.
 QString shortened(const QString& name);

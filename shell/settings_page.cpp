@@ -14,7 +14,7 @@
 
 namespace {
 
-/// A card with a title and room for `fill` below it.
+/// A card with a title; `column` takes the content below it.
 struct SettingsCard {
     QFrame* frame = nullptr;
     QVBoxLayout* column = nullptr;
@@ -92,7 +92,7 @@ QWidget* MainWindow::makeAccountCard() {
 QWidget* MainWindow::makeUpdateCard() {
     const SettingsCard card = makeSettingsCard(tr("Aktualizacje"));
     card.column->addWidget(makeLabel(tr("Zainstalowana wersja: %1").arg(ROTIKA_VERSION), "cardTitle"));
-    // Where nothing can check, a button that does nothing would only puzzle.
+    // Without an update library the button would do nothing.
     if (updateServiceAvailable()) {
         auto* check = new QPushButton(tr("Sprawdź aktualizacje…"));
         connect(check, &QPushButton::clicked, this, [] { checkForUpdatesWithUi(); });

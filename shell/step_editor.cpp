@@ -19,7 +19,7 @@ constexpr int keyPage = 0; // of the step stack
 constexpr int openPage = 1;
 constexpr int mostClicks = 100;
 
-/// The keys on offer; any other token can be typed.
+/// The items of the key selector, in which any other key name can be typed.
 QStringList offeredKeys() {
     QStringList keys{"1", "2", "3", "4", "5", "6", "7", "8", "9", "0"};
     for (const QChar letter : QStringLiteral("qwertyuiopasdfghjklzxcvbnm"))
@@ -34,13 +34,13 @@ QStringList offeredKeys() {
                               "mb4",       "mb5"};
 }
 
-/// Some systems tell a screen reader the current item in place of the name, and only the description is left
-/// to say what the selector is for.
+/// Some platforms report the current item as the accessible name; then only the description says what the
+/// selector is for.
 void nameSelector(QComboBox* combo, const QString& name) {
     combo->setAccessibleName(name);
     combo->setAccessibleDescription(name);
     combo->view()->setAccessibleName(name);
-    if (combo->lineEdit() != nullptr) // which has the focus in its place
+    if (combo->lineEdit() != nullptr) // has the focus in place of the combo box
         combo->lineEdit()->setAccessibleName(name);
 }
 
@@ -52,8 +52,7 @@ StepEditor::StepEditor(QWidget* parent) : QWidget(parent) {
     column->setSpacing(8);
     stepList = new QListWidget;
     stepList->setMinimumHeight(120);
-    stepList
-        ->ensurePolished(); // rows made before the style sheet is applied would keep the height of bare text
+    stepList->ensurePolished(); // or rows added before the style sheet is applied keep the wrong height
     connect(stepList, &QListWidget::itemSelectionChanged, this, &StepEditor::onStepSelection);
     column->addWidget(makeFieldLabel(tr("Czynności (kroki sekwencji)"), stepList));
     column->addWidget(stepList, 1);
@@ -88,7 +87,7 @@ QWidget* StepEditor::makeKeyPage() {
     keyCombo = new QComboBox;
     keyCombo->setEditable(true);
     nameSelector(keyCombo, tr("Klawisz lub przycisk myszy"));
-    keyCombo->setInsertPolicy(QComboBox::NoInsert); // typed keys do not join the offered ones
+    keyCombo->setInsertPolicy(QComboBox::NoInsert); // a typed key is not added to the items
     keyCombo->addItems(offeredKeys());
     stepValueSpin = new QSpinBox;
     stepValueSpin->setAccessibleName(tr("Liczba kliknięć albo czas w milisekundach"));
@@ -121,7 +120,7 @@ QLayout* StepEditor::makeButtonRow() {
 
 void StepEditor::showSteps(const QList<EditorStep>& steps, int currentRow) {
     {
-        const QSignalBlocker blocker(stepList); // or the form would take the row that is being removed
+        const QSignalBlocker blocker(stepList); // ignore selection changes while rows are removed
         shownSteps = steps;
         stepList->clear();
         for (const EditorStep& step : steps)

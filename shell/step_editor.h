@@ -11,21 +11,20 @@ class QListWidget;
 class QSpinBox;
 class QStackedWidget;
 
-/// The steps of one function as a list, and below it a form for one step with buttons that apply it. Only
-/// shows the steps and reports what the user makes of them.
+/// The list of a function's steps, a form for one step, and buttons that add, replace, remove and move steps.
+/// Does not change the document; reports the steps that the user wants.
 class StepEditor : public QWidget {
     Q_OBJECT
 
 public:
     explicit StepEditor(QWidget* parent = nullptr);
 
-    /// Shows these steps. The form takes the step of `currentRow`; with -1 no row is current and the form
-    /// keeps what is in it. Emits nothing.
+    /// Shows the steps and puts the one of `currentRow` into the form. With -1 no row is current and the form
+    /// stays as it is. Emits nothing.
     void showSteps(const QList<EditorStep>& steps, int currentRow = -1);
 
 signals:
-    /// The steps as the user wants them, with the row to be current then (-1: none). They are not shown
-    /// before showSteps() is called.
+    /// The changed steps and the row to select, -1 for none. The receiver shows them by calling showSteps().
     void edited(const QList<EditorStep>& steps, int currentRow);
 
 private:

@@ -6,15 +6,14 @@ class QLabel;
 class WheelPreview;
 struct EditorWheel;
 
-/// A picture of one wheel of a document below the wheel's name.
+/// A wheel's name above its preview.
 class TitledPreview : public QWidget {
     Q_OBJECT
 
 public:
     explicit TitledPreview(QWidget* parent = nullptr);
 
-    /// Shows the wheel with one of its functions highlighted, none if `function` is -1. Without a wheel, an
-    /// empty circle.
+    /// Shows the wheel with one function highlighted, none if `function` is -1. Null shows an empty circle.
     void showWheel(const EditorWheel* wheel, int function);
 
 private:

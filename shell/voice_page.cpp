@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr int ticksPerPhraseRefresh = 4; // the status is cheap, the list reads a file
+constexpr int ticksPerPhraseRefresh = 4; // the list reads a file
 
 QString voiceFilePath() {
     return dataFolder() + "/voice.json";
@@ -69,7 +69,7 @@ QWidget* VoicePage::makePhrases() {
     auto* column = makeColumn(8);
     phraseList = new QListWidget;
     phraseList->setMinimumHeight(140);
-    phraseList->ensurePolished(); // as the main window's page list
+    phraseList->ensurePolished(); // see MainWindow: rows need the style sheet before their layout
     column->addWidget(makeFieldLabel(tr("Globalne komendy (voice.json)"), phraseList));
     auto* edit = new QPushButton(tr("Edytuj w edytorze kół"));
     connect(edit, &QPushButton::clicked, this, [this] {

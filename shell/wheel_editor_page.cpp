@@ -159,11 +159,11 @@ void WheelEditorPage::saveFile(bool saveAs) {
     if (saveAs)
         uiSettings().setValue(lastWheelFileKey, path);
     markClean();
-    if (doc.keptCopy.isEmpty())
+    if (doc.backupPath.isEmpty())
         return;
     const QString text =
         tr("Inny program zmienił w międzyczasie plik %1. Tamta wersja jest zachowana jako %2.")
-            .arg(doc.path, doc.keptCopy);
+            .arg(doc.path, doc.backupPath);
     makeBox(this, QMessageBox::Information, boxTitle(), text)->show(); // not modal: the file is saved
 }
 
@@ -244,7 +244,7 @@ void WheelEditorPage::addAction() {
     actions.append(added);
     markDirty();
     tree->rebuild(doc, selectedWheel, static_cast<int>(actions.size()) - 1);
-    form->focusName(); // the name is what comes next
+    form->focusName(); // so that the user can type the name
 }
 
 bool WheelEditorPage::confirmsRemovalOf(const EditorWheel& wheel) {

@@ -12,16 +12,16 @@ class StepEditor;
 class TitledPreview;
 class WheelTree;
 
-/// Edits one wheel file at a time. Saving writes the file; only activating hands it to the engine. The page
-/// owns the document; tree, form, step editor and preview show parts of it.
+/// Edits one wheel file at a time. Saving writes the file; only activating makes the engine load it. The page
+/// owns the document and connects the widgets that show parts of it. Main thread.
 class WheelEditorPage : public QWidget {
     Q_OBJECT
 
 public:
     explicit WheelEditorPage(QWidget* parent = nullptr);
 
-    /// Replaces the open document. If the file cannot be read, a box says so and the old document stays.
-    /// Unsaved changes are dropped without a question.
+    /// Replaces the open document; unsaved changes are discarded without a question. If the file cannot be
+    /// read, shows a warning and keeps the old document.
     void loadFile(const QString& path);
 
 private slots:
@@ -46,7 +46,7 @@ private:
     void markClean();
     void showFunction(int stepRow = -1);
     void commitFields(const QString& name, const QString& voice, int delayMs);
-    /// Changes the selected function, if there is one, and shows it anew.
+    /// Changes the selected function, if there is one, and updates the form and the steps.
     void changeFunction(const std::function<void(EditorFunction&)>& change, int stepRow = -1);
     bool confirmsRemovalOf(const EditorWheel& wheel);
 

@@ -37,11 +37,11 @@ WheelTree::WheelTree(QWidget* parent) : QWidget(parent) {
     tree = new QTreeWidget;
     tree->setAccessibleName(tr("Koła i funkcje"));
     tree->setHeaderHidden(true);
-    // As wide as this, or as the buttons below where large letters make them wider.
+    // The column is this wide, or wider if large fonts widen the buttons below.
     tree->setMinimumWidth(230);
     tree->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
     tree->setUniformRowHeights(true);
-    tree->ensurePolished(); // rows made before the style sheet is applied would keep the height of bare text
+    tree->ensurePolished(); // or rows added before the style sheet is applied keep the wrong height
     connect(tree, &QTreeWidget::itemSelectionChanged, this, &WheelTree::onTreeSelection);
     column->addWidget(tree, 1);
     auto* row = new QHBoxLayout;
@@ -58,7 +58,7 @@ WheelTree::WheelTree(QWidget* parent) : QWidget(parent) {
 
 void WheelTree::rebuild(const WheelDocument& document, int wheel, int function) {
     {
-        const QSignalBlocker blocker(tree); // the selection of items that are being removed means nothing
+        const QSignalBlocker blocker(tree); // ignore selection changes while items are removed
         tree->clear();
         for (int i = 0; i < document.wheels.size(); ++i) {
             const EditorWheel& shown = document.wheels[i];

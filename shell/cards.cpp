@@ -1,5 +1,7 @@
 #include "shell/cards.h"
 
+#include <QPushButton>
+
 namespace {
 
 QFrame* makeFrame(const QMargins& margins, int spacing) {
@@ -19,6 +21,19 @@ QLabel* makeLabel(const QString& text, const char* role) {
     return label;
 }
 
+QLabel* makeFieldLabel(const QString& text, QWidget* field) {
+    QLabel* label = makeLabel(text, "cardTitle");
+    label->setBuddy(field);
+    field->setAccessibleName(text); // lists do not take it from their label
+    return label;
+}
+
+QPushButton* addButton(QBoxLayout& row, const QString& text) {
+    auto* button = new QPushButton(text);
+    row.addWidget(button);
+    return button;
+}
+
 QVBoxLayout* makeColumn(int spacing) {
     auto* column = new QVBoxLayout(new QWidget);
     column->setContentsMargins(0, 0, 0, 0);
@@ -30,7 +45,7 @@ QLabel* addTitledValue(QLayout& column, const QString& title, const QString& tex
     column.addWidget(makeLabel(title, "cardTitle"));
     QLabel* value = makeLabel(text, role);
     value->setWordWrap(true);
-    // A screen reader would otherwise tell "aktywny" and not of what.
+    // Without it a screen reader would say "aktywny" but not what is active.
     value->setAccessibleDescription(title);
     column.addWidget(value);
     return value;

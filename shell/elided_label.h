@@ -2,8 +2,8 @@
 
 #include <QLabel>
 
-/// Shows its plain text elided where it does not fit. So it asks for no width of its own, which a long path
-/// or name would make wider than the screen.
+/// Plain text, elided to the width of the label. Its size hint has no width, so a long path or name does not
+/// widen the window.
 class ElidedLabel : public QLabel {
     Q_OBJECT
 

@@ -3,11 +3,11 @@
 #include <QString>
 #include <chrono>
 
-// The engine tells nothing by itself: what the pages show of it they ask for at this pace.
+// The engine emits no notifications, so the pages poll it.
 inline constexpr std::chrono::milliseconds statusPollPeriod{1500};
 
-/// The engine's words for its eye tracker, as they stand. First thread.
+/// The engine's status text of the eye tracker. Main thread.
 QString gazeStatusLine();
 
-/// The engine's words for its recogniser, and the number of phrases in force.
+/// The engine's status text of speech recognition, and the number of active phrases. Main thread.
 QString voiceStatusLine();

@@ -2,11 +2,10 @@
 
 #include <memory>
 
-/// What the event loop needs beyond Qt on this system: on Linux the termination signals as an orderly quit,
-/// and the engine's GLib sources served when Qt itself does not run on GLib. On Windows messages reach the
-/// engine's windows under any loop, and the end of the session reaches the application through Qt; there it
-/// keeps Qt's own hidden windows from being closed, which would end the program. Lives from before the first
-/// dialog until after the engine's stop. First thread.
+/// Additions to Qt's event loop. On Linux: termination signals quit the application in the normal way, and
+/// the engine's GLib sources are dispatched when Qt's event loop does not use GLib. On Windows: WM_CLOSE is
+/// not delivered to Qt's hidden windows, because closing them would end the program. Create before the first
+/// dialog, destroy after the engine has stopped. Main thread.
 class EventLoopSupport {
 public:
     EventLoopSupport();

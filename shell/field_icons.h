@@ -3,9 +3,9 @@
 #include <QIcon>
 #include <QString>
 
-/// A field's icon from its file, in its own colours in a selected row too.
+/// The icon in `file`, not tinted in a selected row.
 QIcon fieldIcon(const QString& file);
 
-/// The icon's name as a person reads it: the base name of its file, with Polish letters where the file is one
-/// of the program's own, whose names are ASCII.
+/// The icon's name for display: the base name of its file. The files that come with the program have ASCII
+/// names, for which the Polish spelling is returned.
 QString iconNameOf(const QString& file);

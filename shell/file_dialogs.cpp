@@ -1,6 +1,6 @@
 #include "shell/file_dialogs.h"
 
-#include "shell/screen_room.h"
+#include "shell/window_size.h"
 
 #include <QApplication>
 #include <QFileDialog>
@@ -12,18 +12,18 @@
 
 namespace {
 
-/// For Qt's own dialog: where the system's is shown there is no list here.
+/// Applies to Qt's own dialog only: a native dialog has no QTreeView.
 void prepareList(QFileDialog& dialog) {
     auto* files = dialog.findChild<QTreeView*>();
     if (files == nullptr)
         return;
-    files->selectionModel()
-        ->clear(); // a row that starts out selected can win over the name that is filled in
-    // The widths that the columns come with leave no room for the sheets' padding.
+    // An initially selected row can override the file name that is filled in.
+    files->selectionModel()->clear();
+    // The default column widths are too small for the padding of the style sheets.
     files->header()->setStretchLastSection(false);
     files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     files->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    dialog.resize(QSize(760, 480).boundedTo(screenRoom(*dialog.parentWidget())));
+    dialog.resize(QSize(760, 480).boundedTo(maximumWindowSize(*dialog.parentWidget())));
 }
 
 QString chosenFile(QFileDialog& dialog) {
@@ -38,7 +38,7 @@ bool mayOverwrite(QWidget* parent, const QString& title, const QString& path) {
         QMessageBox::Warning, title,
         QCoreApplication::translate("FileDialogs", "Plik %1 już istnieje. Zastąpić go?").arg(name),
         QMessageBox::Yes | QMessageBox::No, parent);
-    box.setTextFormat(Qt::PlainText); // a name may look like HTML
+    box.setTextFormat(Qt::PlainText); // a file name may contain HTML
     box.setDefaultButton(QMessageBox::No);
     return box.exec() == QMessageBox::Yes;
 }
@@ -57,12 +57,13 @@ QString askFileToSave(QWidget* parent, const QString& title, const QString& star
     for (;;) {
         QFileDialog dialog(parent, title, path, filter);
         dialog.setAcceptMode(QFileDialog::AcceptSave);
-        // Some systems' dialogs ask about the name before it gets its suffix.
+        // Some native dialogs ask before the suffix is appended.
         dialog.setOption(QFileDialog::DontConfirmOverwrite);
         path = chosenFile(dialog);
         if (path.isEmpty())
             return {};
-        if (!path.endsWith('.' + suffix, Qt::CaseInsensitive)) // "koła 2.0" has none yet
+        // Not setDefaultSuffix(), which takes the ".0" of "koła 2.0" for a suffix.
+        if (!path.endsWith('.' + suffix, Qt::CaseInsensitive))
             path += '.' + suffix;
         if (!QFileInfo::exists(path) || mayOverwrite(parent, title, path))
             return path;

@@ -4,10 +4,10 @@
 
 class QWidget;
 
-/// The file that the person chose; empty if none. `start` is a folder, or a file to begin with.
+/// The file that the user chose, empty if cancelled. `start`: initial folder or file. Main thread.
 QString askFileToOpen(QWidget* parent, const QString& title, const QString& start, const QString& filter);
 
-/// As above, for a file that may be overwritten: asks first if it exists. A name that does not end
-/// in `suffix` gets it, and the question is about the name with it.
+/// As above, for writing. `suffix` is appended to a name without it; then, if such a file exists, the user is
+/// asked whether to overwrite it.
 QString askFileToSave(QWidget* parent, const QString& title, const QString& start, const QString& filter,
                       const QString& suffix);

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int longestDwellMs = 3000; // of the slider; a file may say up to maxGazeDwellMs
+constexpr int maxDwellMs = 3000; // of the slider; a file may say up to maxGazeDwellMs
 
 } // namespace
 
@@ -47,7 +47,7 @@ QWidget* GazePage::makeControls() {
     auto* column = makeColumn(10);
     enabledBox = new QCheckBox(tr("Steruj wirtualnym kursorem wzrokiem, gdy koło jest otwarte"));
     dwellSlider = new QSlider(Qt::Horizontal);
-    dwellSlider->setRange(0, longestDwellMs);
+    dwellSlider->setRange(0, maxDwellMs);
     dwellSlider->setSingleStep(50);
     dwellSlider->setPageStep(100);
     dwellLabel = makeLabel({}, "value");
@@ -73,9 +73,9 @@ void GazePage::fillFromConfig() {
     loading = true;
     const QJsonObject config = readConfigObject();
     enabledBox->setChecked(config["gazeEnabled"].toBool(true));
-    // As the engine reads it: cut off to a whole number, whatever its size.
+    // Converted as in the engine: truncated, and no overflow for large numbers.
     const double dwellMs =
-        std::clamp<double>(config["gazeDwell"].toDouble(defaultGazeDwellMs), 0, longestDwellMs);
+        std::clamp<double>(config["gazeDwell"].toDouble(defaultGazeDwellMs), 0, maxDwellMs);
     dwellSlider->setValue(static_cast<int>(dwellMs));
     loading = false;
 }

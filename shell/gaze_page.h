@@ -6,8 +6,8 @@ class QCheckBox;
 class QLabel;
 class QSlider;
 
-/// Settings and status of gaze control. A change is written to config.json and the engine reads it again at
-/// once.
+/// Settings and status of gaze control. Each change is written to config.json and loaded by the
+/// engine.
 class GazePage : public QWidget {
     Q_OBJECT
 
@@ -26,5 +26,5 @@ private:
     QCheckBox* enabledBox = nullptr;
     QSlider* dwellSlider = nullptr;
     QLabel* dwellLabel = nullptr;
-    bool loading = false; // the controls are being filled from the file
+    bool loading = false; // controls are being set from the file: ignore their signals
 };

@@ -2,7 +2,7 @@
 
 #include "common/file_names.h"
 #include "shell/field_icons.h"
-#include "shell/screen_room.h"
+#include "shell/window_size.h"
 
 #include <QDialogButtonBox>
 #include <QDir>
@@ -11,7 +11,7 @@
 
 IconPickerDialog::IconPickerDialog(const QString& folder, QWidget* parent) : QDialog(parent) {
     setWindowTitle(tr("Wybierz ikonę"));
-    resize(QSize(520, 420).boundedTo(screenRoom(parent == nullptr ? *this : *parent)));
+    resize(QSize(520, 420).boundedTo(maximumWindowSize(parent == nullptr ? *this : *parent)));
     auto* column = new QVBoxLayout(this);
     list = new QListWidget;
     list->setAccessibleName(tr("Ikony"));

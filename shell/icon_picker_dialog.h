@@ -4,17 +4,17 @@
 
 class QListWidget;
 
-/// Offers the PNG files of a folder as icons of a field, and none at all first.
+/// Offers "no icon" and the PNG files of a folder.
 class IconPickerDialog : public QDialog {
     Q_OBJECT
 
 public:
     explicit IconPickerDialog(const QString& folder, QWidget* parent = nullptr);
 
-    /// Makes it the choice. An icon from elsewhere gets an item of its own.
+    /// Selects the icon. One from another folder is added to the list.
     void select(const QString& icon);
 
-    /// "icons/" and the file's name, as wheel files write it; empty for no icon or no choice.
+    /// "icons/" and the file name, as in wheel files; empty for no icon or no selection.
     QString chosenIcon() const;
 
 private:

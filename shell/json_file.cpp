@@ -12,13 +12,13 @@
 
 namespace {
 
-/// By way of UTF-8, which every path takes: a path made of UTF-16 directly throws on a lone surrogate.
+/// Through UTF-8: std::filesystem::path throws on UTF-16 with a lone surrogate.
 std::filesystem::path nativePath(const QString& path) {
     const QByteArray bytes = path.toUtf8();
     return std::u8string(bytes.begin(), bytes.end());
 }
 
-QJsonObject takenOver(const QByteArray& bytes) {
+QJsonObject parseTolerantly(const QByteArray& bytes) {
     return QJsonDocument::fromJson(strictJson(bytes)).object();
 }
 
@@ -37,7 +37,7 @@ bool replaceFile(const QString& path, const QByteArray& bytes) {
     return replaceWholeFile(nativePath(path), {bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }
 
-QString keepCopyOf(const QString& path, const QByteArray& bytes) {
+QString saveBackupCopy(const QString& path, const QByteArray& bytes) {
     const QFileInfo file(path);
     const QString ending = file.suffix().isEmpty() ? QString() : '.' + file.suffix();
     for (int number = 1;; ++number) {
@@ -56,7 +56,7 @@ QString keepCopyOf(const QString& path, const QByteArray& bytes) {
 QJsonObject readConfigObject() {
     const QByteArray bytes = readFile(configPath()).value_or(QByteArray());
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
-    return document.isNull() ? takenOver(bytes) : document.object();
+    return document.isNull() ? parseTolerantly(bytes) : document.object();
 }
 
 void writeConfigObject(const QJsonObject& object) {
@@ -65,7 +65,7 @@ void writeConfigObject(const QJsonObject& object) {
     const bool holdsNothing = old ? old->trimmed().isEmpty() : !QFileInfo::exists(path);
     const bool mayReplace =
         holdsNothing || (old && (QJsonDocument::fromJson(*old).isObject() ||
-                                 !keepCopyOf(path, *old).isEmpty() || !takenOver(*old).isEmpty()));
+                                 !saveBackupCopy(path, *old).isEmpty() || !parseTolerantly(*old).isEmpty()));
     if (mayReplace)
         replaceFile(path, QJsonDocument(object).toJson());
 }

@@ -5,22 +5,22 @@
 #include <QString>
 #include <optional>
 
-// Files on the first thread, by the road that the engine takes too.
+// Reading and writing with the same functions as the engine. Main thread.
 
-/// Empty optional when it cannot be opened, is no regular file or is too long.
+/// Empty if the file cannot be opened, is not a regular file or is too large.
 std::optional<QByteArray> readFile(const QString& path);
 
-/// Replaces a file's content, whole or not at all: a full disk or a crash leaves the old one. False when the
-/// file is as it was.
+/// Replaces the content of a file atomically: a full disk or a crash leaves the old content. False if the
+/// file is unchanged.
 bool replaceFile(const QString& path, const QByteArray& bytes);
 
-/// Writes what the file holds to a file beside it that is not there yet; its path, empty if that failed.
-QString keepCopyOf(const QString& path, const QByteArray& bytes);
+/// Writes `bytes`, the content of `path`, to a new file beside it. Returns the new path, empty on failure.
+QString saveBackupCopy(const QString& path, const QByteArray& bytes);
 
-/// config.json of the data folder, also where only the engine's reader understands it; empty when there is
-/// none or it holds no JSON object.
+/// config.json of the data folder, parsed as tolerantly as by the engine. Empty if there is no file or no
+/// JSON object in it.
 QJsonObject readConfigObject();
 
-/// Rewrites config.json. What Qt's reader refuses there is kept in a file beside it first. A file that cannot
-/// be read or written, or neither understood nor kept, is passed over without a word.
+/// Rewrites config.json. If Qt cannot parse the old file, it is backed up first. Does nothing if the file
+/// cannot be read or written, or can be neither parsed nor backed up.
 void writeConfigObject(const QJsonObject& object);

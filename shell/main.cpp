@@ -4,7 +4,7 @@
 #include "shell/data_folder.h"
 #include "shell/event_loop_support.h"
 #include "shell/main_window.h"
-#include "shell/polish_texts.h"
+#include "shell/polish_translator.h"
 #include "shell/settings.h"
 #include "shell/themes.h"
 #include "shell/update_service.h"
@@ -20,22 +20,23 @@ QString savedTheme() {
     return uiSettings().value(themeKey, "fluent").toString();
 }
 
-/// Runs on a thread of the update library, so it only posts.
+/// Called on a thread of the update library: only posts an event.
 void quitForUpdate() {
     QMetaObject::invokeMethod(QCoreApplication::instance(), "quit", Qt::QueuedConnection);
 }
 
 } // namespace
 
-// Each step relies on the ones before it, and the objects die in the reverse order of their creation.
+// The order matters: each step needs the ones before it.
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName("Rotika");
     QCoreApplication::setApplicationName("Rotika");
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setWindowIcon(QIcon(QCoreApplication::applicationDirPath() + "/rotika.ico"));
-    speakPolish();
-    const EventLoopSupport loopSupport; // first: a signal may come while any of the dialogs below is open
+    installPolishTranslator();
+    // Before the dialogs below: a termination signal may arrive while one is open.
+    const EventLoopSupport loopSupport;
 
     if (!claimSingleInstance()) {
         QMessageBox::information(

@@ -5,11 +5,11 @@
 #include "shell/engine_status.h"
 #include "shell/gaze_page.h"
 #include "shell/page_area.h"
-#include "shell/quit_order.h"
-#include "shell/screen_room.h"
+#include "shell/quit_event_filter.h"
 #include "shell/voice_page.h"
 #include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
+#include "shell/window_size.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -25,14 +25,14 @@ namespace {
 
 constexpr int editorRow = 1;
 constexpr int sidebarWidth = 190;
-constexpr int sidebarEdges = 20; // the sheets' padding left and right, and the border
+constexpr int sidebarPadding = 20; // horizontal padding in the style sheets, and the border
 
 } // namespace
 
 MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidget* parent)
     : QMainWindow(parent), licenceCheck(&licence), licenceResult(result) {
     setWindowTitle(tr("Rotika"));
-    resize(QSize(860, 560).boundedTo(screenRoom(*this)));
+    resize(QSize(860, 560).boundedTo(maximumWindowSize(*this)));
 
     auto* central = new QWidget;
     auto* row = new QHBoxLayout(central);
@@ -42,13 +42,13 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
     sidebar = new QListWidget;
     sidebar->setObjectName("Sidebar");
     sidebar->setAccessibleName(tr("Strony"));
-    // Rows that are laid out before the style sheet has reached the list keep the height of bare text.
+    // Rows added before the style sheet is applied would keep the height of unstyled text.
     sidebar->ensurePolished();
     sidebar->addItems(
         {tr("Start"), tr("Koła wyboru"), tr("Komendy głosowe"), tr("Sterowanie wzrokiem"), tr("Ustawienia")});
     sidebar->setCurrentRow(0);
-    // Wider only where somebody needs letters so large that the names would be cut.
-    sidebar->setFixedWidth(std::max(sidebarWidth, sidebar->sizeHintForColumn(0) + sidebarEdges));
+    // Wider only with fonts so large that the names would not fit.
+    sidebar->setFixedWidth(std::max(sidebarWidth, sidebar->sizeHintForColumn(0) + sidebarPadding));
     makePages();
     connect(sidebar, &QListWidget::currentRowChanged, stack, &QStackedWidget::setCurrentIndex);
     row->addWidget(sidebar);
@@ -56,7 +56,7 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
     setCentralWidget(central);
 
     createTray();
-    new QuitOrder(this);
+    new QuitEventFilter(this);
     refreshStatus();
     auto* poll = new QTimer(this);
     connect(poll, &QTimer::timeout, this, &MainWindow::refreshStatus);
@@ -109,13 +109,13 @@ void MainWindow::createTray() {
     tray->setToolTip(tr("Rotika"));
     auto* menu = new QMenu(this);
     menu->addAction(tr("Pokaż koło"), [] { OverlayToggleWheel(); });
-    menu->addAction(tr("Pokaż okno"), this, &MainWindow::bringUp);
+    menu->addAction(tr("Pokaż okno"), this, &MainWindow::showAndActivate);
     menu->addSeparator();
     menu->addAction(tr("Zakończ"), qApp, &QCoreApplication::quit);
     tray->setContextMenu(menu);
     connect(tray, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
         if (reason == QSystemTrayIcon::DoubleClick)
-            bringUp();
+            showAndActivate();
     });
     tray->setVisible(true);
 }
@@ -128,7 +128,7 @@ void MainWindow::refreshStatus() {
         voiceLabel->setText(voiceStatusLine());
     if (wheelCountLabel != nullptr)
         wheelCountLabel->setText(tr("%n koło(a)", nullptr, wheelCount));
-    // Decoration: twice as many fields as there are wheels, not a real wheel.
+    // A decoration that shows no particular wheel: twice as many fields as there are wheels.
     if (dashboardPreview != nullptr)
         dashboardPreview->setSegments(std::max(2 * wheelCount, 2));
 }
@@ -138,7 +138,7 @@ void MainWindow::openInEditor(const QString& path) {
     sidebar->setCurrentRow(editorRow);
 }
 
-void MainWindow::bringUp() {
+void MainWindow::showAndActivate() {
     showNormal();
     raise();
     activateWindow();

@@ -12,13 +12,13 @@ class WheelEditorPage;
 class WheelPreview;
 struct ThemeInfo;
 
-/// The shell's one top-level window, and the owner of the tray icon that keeps the program reachable while
-/// the window is closed. The engine sends no events, so what is shown is polled. First thread.
+/// The shell's only top-level window. Owns the tray icon, through which the program is reachable while the
+/// window is closed. The engine emits no notifications, so the window polls its status. Main thread.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// `licence` outlives the window. The engine has been started.
+    /// `licence` must outlive the window. The engine must have been started.
     MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidget* parent = nullptr);
 
 protected:
@@ -35,7 +35,7 @@ private:
     void refreshStatus();
     void chooseTheme(const ThemeInfo& theme);
     void openInEditor(const QString& path);
-    void bringUp();
+    void showAndActivate();
 
     QListWidget* sidebar = nullptr;
     PageStack* stack = nullptr;

@@ -1,6 +1,6 @@
 #include "shell/page_area.h"
 
-#include "shell/screen_room.h"
+#include "shell/window_size.h"
 
 #include <QApplication>
 #include <QLayout>
@@ -12,16 +12,16 @@
 
 namespace {
 
-/// A screen so small that a page makes no sense below this.
-constexpr QSize smallestArea{240, 200};
+/// Applies on very small screens: the area does not shrink below this.
+constexpr QSize minimumAreaSize{240, 200};
 
 } // namespace
 
 PageStack::PageStack(QWidget* parent) : QStackedWidget(parent) {
-    connect(this, &QStackedWidget::currentChanged, this, &PageStack::countOnlyThePageInFront);
+    connect(this, &QStackedWidget::currentChanged, this, &PageStack::sizeToCurrentPage);
 }
 
-void PageStack::countOnlyThePageInFront() {
+void PageStack::sizeToCurrentPage() {
     for (int i = 0; i < count(); ++i) {
         const auto policy = i == currentIndex() ? QSizePolicy::Preferred : QSizePolicy::Ignored;
         widget(i)->setSizePolicy(policy, policy);
@@ -29,8 +29,8 @@ void PageStack::countOnlyThePageInFront() {
     updateGeometry();
 }
 
-// Its layout would ask the pages behind as well, and for the room that they like best: a list is to shrink
-// before the page scrolls.
+// QStackedLayout considers all pages and their preferred size. Here only the current page counts, with its
+// minimum size: lists shrink before the page scrolls.
 int PageStack::heightForWidth(int width) const {
     const QWidget* page = currentWidget();
     if (page == nullptr)
@@ -45,47 +45,47 @@ PageArea::PageArea(PageStack* stack, int beside, QWidget* parent)
     setFocusPolicy(Qt::NoFocus);
     setWidgetResizable(true);
     setWidget(pages);
-    // Both would paint the system's colour over the window's.
+    // Otherwise both paint the system's background over the window's.
     viewport()->setAutoFillBackground(false);
     pages->setAutoFillBackground(false);
     pages->installEventFilter(this);
     connect(qApp, &QApplication::focusChanged, this, &PageArea::followFocus);
-    pages->countOnlyThePageInFront();
+    pages->sizeToCurrentPage();
 }
 
-// Qt does so only for a focus that comes from another widget of the page. Under a pressed button nothing
-// moves, or its release would miss what it pressed.
+// QScrollArea scrolls only when the focus comes from another widget of the page. No scrolling while a mouse
+// button is down, or the release would miss the pressed widget.
 void PageArea::followFocus(const QWidget* /*before*/, QWidget* now) {
     if (now != nullptr && pages->isAncestorOf(now) && QGuiApplication::mouseButtons() == Qt::NoButton)
         ensureWidgetVisible(now);
 }
 
 QSize PageArea::minimumSizeHint() const {
-    const QSize room = (screenRoom(*this) - QSize(besidePx, 0)).expandedTo(smallestArea);
-    QSize wanted = pages->minimumSizeHint();
-    // Texts that wrap are higher than the least size tells.
-    wanted.setHeight(
-        std::max(wanted.height(), pages->heightForWidth(std::min(wanted.width(), room.width()))));
-    if (wanted.width() > room.width())
-        wanted.rheight() += horizontalScrollBar()->sizeHint().height();
-    return wanted.boundedTo(room);
+    const QSize available = (maximumWindowSize(*this) - QSize(besidePx, 0)).expandedTo(minimumAreaSize);
+    QSize minimum = pages->minimumSizeHint();
+    // minimumSizeHint() does not include the height of wrapped texts.
+    minimum.setHeight(
+        std::max(minimum.height(), pages->heightForWidth(std::min(minimum.width(), available.width()))));
+    if (minimum.width() > available.width())
+        minimum.rheight() += horizontalScrollBar()->sizeHint().height();
+    return minimum.boundedTo(available);
 }
 
 bool PageArea::eventFilter(QObject* watched, QEvent* event) {
-    // The window learns of the pages' size through this alone.
+    // QScrollArea does not pass a change of its content's size hint on to the window.
     if (watched == pages && event->type() == QEvent::LayoutRequest)
         updateGeometry();
     return QScrollArea::eventFilter(watched, event);
 }
 
-// Moved to a smaller screen the window could not be made to fit there.
+// The minimum size depends on the screen: recompute it when the window moves to another one.
 void PageArea::showEvent(QShowEvent* event) {
     QScrollArea::showEvent(event);
     connect(window()->windowHandle(), &QWindow::screenChanged, this, &PageArea::updateGeometry,
             Qt::UniqueConnection);
 }
 
-// A window that has just grown to its least size did so for a page, and may now reach beyond the screen.
+// A window that has just grown to its minimum size did so for a page, and may extend beyond the screen now.
 void PageArea::resizeEvent(QResizeEvent* event) {
     QScrollArea::resizeEvent(event);
     QWidget* top = window();
@@ -94,13 +94,13 @@ void PageArea::resizeEvent(QResizeEvent* event) {
                           (growth.height() > 0 && top->height() == top->minimumHeight());
     if (!hasGrown || !top->isVisible())
         return;
-    const QRect taken = top->frameGeometry();
-    const QRect room = screen()->availableGeometry();
-    QPoint place = taken.topLeft();
-    if (taken.right() > room.right())
-        place.setX(std::max(room.right() + 1 - taken.width(), room.left()));
-    if (taken.bottom() > room.bottom())
-        place.setY(std::max(room.bottom() + 1 - taken.height(), room.top()));
-    if (place != taken.topLeft())
+    const QRect frame = top->frameGeometry();
+    const QRect available = screen()->availableGeometry();
+    QPoint place = frame.topLeft();
+    if (frame.right() > available.right())
+        place.setX(std::max(available.right() + 1 - frame.width(), available.left()));
+    if (frame.bottom() > available.bottom())
+        place.setY(std::max(available.bottom() + 1 - frame.height(), available.top()));
+    if (place != frame.topLeft())
         top->move(place);
 }

@@ -3,7 +3,7 @@
 #include <QScrollArea>
 #include <QStackedWidget>
 
-/// Pages of which the one in front alone says how much room is needed.
+/// A stack of pages whose size hints are those of the current page alone.
 class PageStack : public QStackedWidget {
     Q_OBJECT
 
@@ -12,18 +12,19 @@ public:
 
     int heightForWidth(int width) const override;
 
-    /// To be called when all pages are in, and by itself whenever another one comes to the front.
-    void countOnlyThePageInFront();
+    /// Called when the current page changes. Call it once after adding the last page.
+    void sizeToCurrentPage();
 };
 
-/// Holds the pages. It asks for all the room that the page in front needs, so that the window grows when a
-/// larger one comes up, but for no more than the screen has: there it scrolls, so that nothing is out of
-/// reach with very large letters.
+/// Scroll area of the pages. Its minimum size is that of the current page, so that the window grows for a
+/// larger page, but at most the size of the screen: beyond that it scrolls, so that everything is reachable
+/// with very large fonts.
 class PageArea : public QScrollArea {
     Q_OBJECT
 
 public:
-    /// Takes `stack`, whose pages are complete. `besidePx` of the window's width is not the area's.
+    /// Takes ownership of `stack`, to which all pages have been added. `besidePx`: the width of the window's
+    /// other content.
     PageArea(PageStack* stack, int besidePx, QWidget* parent = nullptr);
 
     QSize minimumSizeHint() const override;

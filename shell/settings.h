@@ -5,7 +5,7 @@
 inline constexpr char themeKey[] = "theme";
 inline constexpr char lastWheelFileKey[] = "lastWheelFile";
 
-/// The shell's own settings, apart from the engine's config.json. First thread.
+/// The shell's own settings, separate from the engine's config.json. Main thread.
 inline QSettings uiSettings() {
     return QSettings(QStringLiteral("Rotika"), QStringLiteral("UI"));
 }

@@ -3,7 +3,6 @@
 #include "shell/settings.h"
 #include "shell/themes.h"
 #include "shell/update_service.h"
-#include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
 
 #include <QButtonGroup>
@@ -15,7 +14,7 @@
 
 namespace {
 
-/// A card with a title and room for `fill` below it.
+/// A card with a title; `column` takes the content below it.
 struct SettingsCard {
     QFrame* frame = nullptr;
     QVBoxLayout* column = nullptr;
@@ -77,9 +76,8 @@ QWidget* MainWindow::makeThemeCard() {
 void MainWindow::chooseTheme(const ThemeInfo& theme) {
     applyTheme(theme.themeId);
     uiSettings().setValue(themeKey, theme.themeId);
-    // Painted by hand, so a new sheet does not reach them.
-    dashboardPreview->update();
-    editorPage->repaintPreview();
+    for (WheelPreview* preview : findChildren<WheelPreview*>())
+        preview->update(); // it takes its colours from the theme, not from the style sheet
 }
 
 QWidget* MainWindow::makeAccountCard() {
@@ -94,7 +92,7 @@ QWidget* MainWindow::makeAccountCard() {
 QWidget* MainWindow::makeUpdateCard() {
     const SettingsCard card = makeSettingsCard(tr("Aktualizacje"));
     card.column->addWidget(makeLabel(tr("Zainstalowana wersja: %1").arg(ROTIKA_VERSION), "cardTitle"));
-    // Where nothing can check, a button that does nothing would only puzzle.
+    // Without an update library the button would do nothing.
     if (updateServiceAvailable()) {
         auto* check = new QPushButton(tr("Sprawdź aktualizacje…"));
         connect(check, &QPushButton::clicked, this, [] { checkForUpdatesWithUi(); });

@@ -6,7 +6,7 @@
 
 namespace {
 
-QString& themeInForce() {
+QString& currentId() {
     static QString id = QStringLiteral("fluent");
     return id;
 }
@@ -38,10 +38,10 @@ const ThemeInfo& themeInfo(const QString& id) {
 }
 
 QString currentThemeId() {
-    return themeInForce();
+    return currentId();
 }
 
 void applyTheme(const QString& id) {
-    themeInForce() = themeInfo(id).themeId;
-    qApp->setStyleSheet(readSheet(themeInForce()));
+    currentId() = themeInfo(id).themeId;
+    qApp->setStyleSheet(readSheet(currentId()));
 }

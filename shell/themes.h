@@ -4,31 +4,31 @@
 #include <QList>
 #include <QString>
 
-// A theme is a style sheet beside the program, which styles every widget, and a row of colours for what a
-// style sheet cannot reach. All functions: first thread.
+// A theme is a style sheet in the program's folder, made from themes/<id>.palette, and a row of colours for
+// widgets that paint themselves. All functions: main thread.
 
 struct ThemeInfo {
-    /// Key in the settings and base name of the sheet.
+    /// Value in the settings and base name of the style sheet.
     QString themeId;
     QString displayName;
     QColor ringColor;
     QColor fieldColor;
     QColor highlightColor;
     QColor hubColor;
-    /// Held for themes to come; nothing reads it.
+    /// Reserved, not read.
     QColor spareColor;
     QColor textColor;
 };
 
-/// Never empty; the first row is the fallback. Lives until the process ends.
+/// Never empty; the first theme is the default. Valid until the process ends.
 const QList<ThemeInfo>& themes();
 
-/// The row with exactly this id, the first row for any other.
+/// The theme with this id, or the first theme.
 const ThemeInfo& themeInfo(const QString& id);
 
-/// Id of the theme in force.
+/// Id of the current theme.
 QString currentThemeId();
 
-/// Puts the theme in force for the whole application. Stores nothing. A sheet that cannot be read leaves the
-/// application in Qt's default look.
+/// Applies the theme to the whole application; does not store it in the settings. Without a readable style
+/// sheet the application has Qt's default style.
 void applyTheme(const QString& id);

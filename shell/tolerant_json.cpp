@@ -11,8 +11,8 @@ QString escapeOf(char16_t unit) {
     return QStringLiteral("\\u%1").arg(static_cast<uint>(unit), 4, 16, QLatin1Char('0'));
 }
 
-/// As far as it can be converted, as in the engine; a number beyond all bounds becomes one that the engine
-/// counts as out of range just the same.
+/// The value of the longest valid prefix, as in the engine. An infinite value becomes a finite one that the
+/// engine rejects as out of range too.
 QString strictNumber(const QString& scanned) {
     static const QRegularExpression usable(
         QStringLiteral("^[+-]?([0-9]+[.]?[0-9]*|[.][0-9]+)([eE][+-]?[0-9]+)?"));
@@ -21,7 +21,7 @@ QString strictNumber(const QString& scanned) {
     return QString::number(std::isfinite(number) ? number : std::copysign(largest, number), 'g', 17);
 }
 
-/// `i` stands behind the opening quotation mark and ends behind the closing one.
+/// `i` is the index after the opening quotation mark; on return, the index after the closing one.
 QString strictString(const QString& text, qsizetype& i) {
     QString out = QStringLiteral("\"");
     while (i < text.size()) {

@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 
-/// The same document in strict JSON, if it is one that the engine's reader understands although Qt's does
-/// not: numbers such as +5, 007 or .5, raw control characters in strings, incomplete \u escapes, broken
-/// UTF-8. Whatever else is wrong stays wrong.
+/// Converts what the engine's parser accepts but Qt's does not into strict JSON: numbers such as +5, 007 or
+/// .5, raw control characters in strings, incomplete \u escapes, invalid UTF-8. Other errors remain.
 QByteArray strictJson(const QByteArray& bytes);

@@ -2,5 +2,5 @@
 
 #include <QString>
 
-/// Name or path of the update library, without suffix. Empty where the platform has none.
+/// Name or path of the update library, without suffix. Empty on platforms without one.
 QString updateLibraryName();

@@ -1,17 +1,17 @@
 #pragma once
 
-// Update checks by WinSparkle, bound by name at run time. Without the library, or without any one of its
-// functions, the program runs as it is and all of these do nothing. First thread.
+// Update checks with WinSparkle, loaded at run time. If the library or one of its functions is missing, all
+// of these do nothing. Main thread.
 
-/// True when the library is there with every function.
+/// True if the library has been loaded with all its functions.
 bool updateServiceAvailable();
 
-/// Names the feed and this program and starts checking in the background. `onShutdownRequest` is called on a
-/// foreign thread when an update wants the program closed.
+/// Starts checking in the background. `onShutdownRequest` is called on a thread of the library when an update
+/// needs the program to quit.
 void startUpdateService(void (*onShutdownRequest)());
 
-/// Ends the background check.
+/// Stops the background checks.
 void stopUpdateService();
 
-/// Checks at once, with the library's own windows.
+/// Checks now; the library shows the result in its own windows.
 void checkForUpdatesWithUi();

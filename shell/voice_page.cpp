@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr int ticksPerPhraseRefresh = 4; // the status is cheap, the list reads a file
+constexpr int ticksPerPhraseRefresh = 4; // the list reads a file
 
 QString voiceFilePath() {
     return dataFolder() + '/' + QString::fromUtf16(voiceFunctionsFileName);
@@ -70,16 +70,13 @@ QWidget* VoicePage::makePhrases() {
     auto* column = makeColumn(8);
     phraseList = new QListWidget;
     phraseList->setMinimumHeight(140);
-    phraseList->ensurePolished(); // as the main window's page list
-    QLabel* title = makeLabel(tr("Globalne komendy (voice.json)"), "cardTitle");
-    title->setBuddy(phraseList);
-    phraseList->setAccessibleName(title->text());
+    phraseList->ensurePolished(); // see MainWindow: rows need the style sheet before their layout
+    column->addWidget(makeFieldLabel(tr("Globalne komendy (voice.json)"), phraseList));
     auto* edit = new QPushButton(tr("Edytuj w edytorze kół"));
     connect(edit, &QPushButton::clicked, this, [this] {
         if (openInEditor)
             openInEditor(voiceFilePath());
     });
-    column->addWidget(title);
     column->addWidget(phraseList, 1);
     column->addWidget(edit);
     return column->parentWidget();

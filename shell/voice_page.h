@@ -7,8 +7,8 @@ class QCheckBox;
 class QLabel;
 class QListWidget;
 
-/// Settings and status of voice control. A change is written to config.json and the engine reads it again at
-/// once.
+/// Settings and status of voice control. Each change is written to config.json and loaded by the
+/// engine.
 class VoicePage : public QWidget {
     Q_OBJECT
 
@@ -33,5 +33,5 @@ private:
     QCheckBox* globalBox = nullptr;
     QListWidget* phraseList = nullptr;
     OpenInEditor openInEditor;
-    bool loading = false; // the controls are being filled from the file
+    bool loading = false; // controls are being set from the file: ignore their signals
 };

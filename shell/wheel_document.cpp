@@ -114,7 +114,7 @@ bool WheelDocument::load(const QString& filePath, QString* error) {
     const QJsonObject root = json.object();
     wheels.clear();
     path = filePath;
-    onDisk = *bytes;
+    lastKnownContent = *bytes;
     if (root["wheels"].isArray()) {
         multiWheel = true;
         for (const QJsonValue& wheel : root["wheels"].toArray())
@@ -131,23 +131,23 @@ bool WheelDocument::load(const QString& filePath, QString* error) {
     return true;
 }
 
-bool WheelDocument::keepWhatOthersWrote() {
-    if (onDisk.isNull())
+bool WheelDocument::backUpForeignChange() {
+    if (lastKnownContent.isNull())
         return true;
     const std::optional<QByteArray> found = readFile(path);
     if (!found)
         return !QFileInfo::exists(path);
-    if (found->isEmpty() || *found == onDisk)
+    if (found->isEmpty() || *found == lastKnownContent)
         return true;
-    keptCopy = keepCopyOf(path, *found);
-    return !keptCopy.isEmpty();
+    backupPath = saveBackupCopy(path, *found);
+    return !backupPath.isEmpty();
 }
 
 bool WheelDocument::save(QString* error) {
-    keptCopy.clear();
+    backupPath.clear();
     const QByteArray bytes = QJsonDocument(rootOf(*this)).toJson();
-    if (keepWhatOthersWrote() && replaceFile(path, bytes)) {
-        onDisk = bytes;
+    if (backUpForeignChange() && replaceFile(path, bytes)) {
+        lastKnownContent = bytes;
         return true;
     }
     report(error, QStringLiteral("Nie można zapisać pliku %1").arg(path));
@@ -156,9 +156,13 @@ bool WheelDocument::save(QString* error) {
 
 bool WheelDocument::saveAs(const QString& filePath, QString* error) {
     if (filePath != path)
-        onDisk.clear(); // nothing is known of the file there, and its replacing was agreed to
+        lastKnownContent.clear(); // the user has confirmed overwriting that file
     path = filePath;
     return save(error);
+}
+
+QDir WheelDocument::folder() const {
+    return QFileInfo(path).dir();
 }
 
 EditorFunction functionFromJson(const QJsonObject& object) {
@@ -198,7 +202,6 @@ QJsonObject functionToJson(const EditorFunction& function) {
     return object;
 }
 
-// Not translated: the lines are the same in every language of the interface.
 QString describeStep(const EditorStep& step) {
     switch (step.kind) {
     case EditorStepKind::Click:

@@ -3,21 +3,22 @@
 #include "common/limits.h"
 
 #include <QColor>
+#include <QDir>
 #include <QJsonObject>
 #include <QList>
 #include <QString>
 
-// The shell's copy of one wheel file. An editor's reader: it keeps what the user wrote, checks no key, and
-// refuses a file only when it is no JSON or has neither form, so what it saves may still lose steps in the
-// engine. First thread.
+// The shell's model of one wheel file. It accepts more than the engine: key names are not checked, and a file
+// is rejected only if it is not JSON or has neither form. So the engine may drop steps that are saved here.
+// Main thread.
 
-/// The numbers are the rows of the step kind selector.
+/// The values are the rows of the step kind selector.
 enum class EditorStepKind { Click = 0, Hold = 1, Release = 2, Open = 3 };
 
 struct EditorStep {
     EditorStepKind kind = EditorStepKind::Click;
-    QString key;   // as typed, not checked; empty for Open
-    int value = 1; // Click: how often; Hold: ms, 0 leaves the key down; otherwise unused
+    QString key;   // as entered, not checked; empty for Open
+    int value = 1; // Click: count; Hold: ms, 0 leaves the key down; otherwise unused
     QString open;  // address or program
 
     bool operator==(const EditorStep&) const = default;
@@ -26,7 +27,7 @@ struct EditorStep {
 struct EditorFunction {
     QString name;
     QString voice;
-    QString icon;               // as written, normally relative to the file's folder
+    QString icon;               // normally relative to the file's folder
     QColor color;               // invalid: the wheel's own colour
     int delay = defaultDelayMs; // ms between steps
     QList<EditorStep> steps;
@@ -45,28 +46,31 @@ struct WheelDocument {
     QString path;
     bool multiWheel = true; // the "wheels" form; false for the short "actions" form
     QList<EditorWheel> wheels;
-    QByteArray onDisk; // what the file held when it was last read or written here; null if never
-    QString keptCopy;  // see save()
+    QByteArray lastKnownContent; // at the last load or save; null if never loaded
+    QString backupPath;          // see save()
 
-    /// On false `error`, if given, holds a ready message, and the document may have been emptied: load into a
-    /// temporary one. On true there is at least one wheel.
+    /// On failure returns false, sets `error`, if given, to a message for the user, and may have
+    /// emptied the document: load into a temporary one. On success there is at least one wheel.
     bool load(const QString& filePath, QString* error);
 
-    /// Rewrites the whole file from the model: what the records have no member for is gone. A failure leaves
-    /// the old file whole. What another program has written there meanwhile is kept in a file beside it,
-    /// whose path is then in `keptCopy`, otherwise empty.
+    /// Rewrites the whole file: JSON members that the model does not have are lost. A failure leaves the old
+    /// file unchanged. If another program has changed the file since it was loaded, that version is first
+    /// saved beside it and `backupPath` set to its path, otherwise `backupPath` is empty.
     bool save(QString* error);
 
-    /// The new path stays even if saving fails.
+    /// Sets `path` even if saving fails.
     bool saveAs(const QString& filePath, QString* error);
 
+    /// The folder of the file, which the icons' paths are relative to.
+    QDir folder() const;
+
 private:
-    /// False if the file holds what is not ours and could not be kept.
-    bool keepWhatOthersWrote();
+    /// False if another program has changed the file and it could not be backed up.
+    bool backUpForeignChange();
 };
 
 EditorFunction functionFromJson(const QJsonObject& object);
 QJsonObject functionToJson(const EditorFunction& function);
 
-/// One line of the step list.
+/// The text of a step in the step list.
 QString describeStep(const EditorStep& step);

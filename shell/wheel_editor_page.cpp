@@ -1,60 +1,30 @@
 #include "shell/wheel_editor_page.h"
 
-#include "common/file_names.h"
-#include "common/limits.h"
 #include "engine/core/overlay.h"
+#include "shell/cards.h"
+#include "shell/elided_label.h"
 #include "shell/field_icons.h"
 #include "shell/file_dialogs.h"
-#include "shell/icon_picker_dialog.h"
+#include "shell/function_form.h"
+#include "shell/message_boxes.h"
 #include "shell/settings.h"
-#include "shell/themes.h"
-#include "shell/wheel_preview.h"
+#include "shell/step_editor.h"
+#include "shell/titled_preview.h"
+#include "shell/wheel_tree.h"
 
-#include <QApplication>
-#include <QColorDialog>
-#include <QComboBox>
-#include <QDir>
+#include <QBoxLayout>
 #include <QFileInfo>
-#include <QFontMetrics>
 #include <QInputDialog>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QMessageBox>
 #include <QPushButton>
-#include <QSpinBox>
-#include <QStackedWidget>
-#include <QTreeWidget>
-#include <algorithm>
 
 namespace {
-
-constexpr int wheelRole = Qt::UserRole;
-constexpr int functionRole = Qt::UserRole + 1; // -1 on a wheel's item
-constexpr int openPage = 1;                    // of the step stack
-
-QString functionText(const QString& name) {
-    return name.isEmpty() ? WheelEditorPage::tr("(bez nazwy)") : name;
-}
 
 QString boxTitle() {
     return WheelEditorPage::tr("Edytor kół");
 }
 
-/// A name as a box can show it with its buttons still on the screen.
-QString shortened(const QString& name) {
-    constexpr int mostLetters = 200;
-    const QString line = name.size() > mostLetters ? name.simplified() : name;
-    return QFontMetrics(QApplication::font()).elidedText(line, Qt::ElideMiddle, 600, Qt::TextSingleLine);
-}
-
-/// Names and paths stand in the text, and what looks like HTML in them must not be taken for it.
-QMessageBox* makeBox(QWidget* parent, QMessageBox::Icon icon, const QString& text,
-                     QMessageBox::StandardButtons buttons = QMessageBox::Ok) {
-    auto* box = new QMessageBox(icon, boxTitle(), text, buttons, parent);
-    box->setTextFormat(Qt::PlainText);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    return box;
+void warn(QWidget* parent, const QString& text) {
+    makeBox(parent, QMessageBox::Warning, boxTitle(), text)->exec();
 }
 
 bool isIndexOf(qsizetype index, qsizetype size) {
@@ -63,14 +33,72 @@ bool isIndexOf(qsizetype index, qsizetype size) {
 
 } // namespace
 
+WheelEditorPage::WheelEditorPage(QWidget* parent) : QWidget(parent) {
+    auto* page = new QVBoxLayout(this);
+    page->setContentsMargins(18, 14, 18, 14);
+    page->setSpacing(10);
+    page->addLayout(makeFileRow());
+    auto* body = new QHBoxLayout;
+    body->setSpacing(12);
+    tree = new WheelTree;
+    body->addWidget(tree);
+    body->addWidget(makeDetails(), 1);
+    preview = new TitledPreview;
+    body->addWidget(preview);
+    page->addLayout(body, 1);
+    connectParts();
+    openLastFile();
+}
+
+QLayout* WheelEditorPage::makeFileRow() {
+    auto* row = new QHBoxLayout;
+    connect(addButton(*row, tr("Otwórz…")), &QPushButton::clicked, this, &WheelEditorPage::openFile);
+    connect(addButton(*row, tr("Zapisz")), &QPushButton::clicked, this, [this] { saveFile(false); });
+    connect(addButton(*row, tr("Zapisz jako…")), &QPushButton::clicked, this, [this] { saveFile(true); });
+    QPushButton* activate = addButton(*row, tr("Aktywuj"));
+    activate->setObjectName("Primary");
+    connect(activate, &QPushButton::clicked, this, &WheelEditorPage::activateOnEngine);
+    row->addSpacing(10);
+    fileLabel = new ElidedLabel(tr("(nie wczytano pliku)"), Qt::ElideMiddle);
+    fileLabel->setProperty("role", "cardTitle");
+    row->addWidget(fileLabel, 1);
+    return row;
+}
+
+QWidget* WheelEditorPage::makeDetails() {
+    detailsPanel = new QWidget;
+    detailsPanel->setEnabled(false);
+    auto* column = new QVBoxLayout(detailsPanel);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(8);
+    form = new FunctionForm;
+    column->addWidget(form);
+    stepEditor = new StepEditor;
+    column->addWidget(stepEditor, 1);
+    return detailsPanel;
+}
+
+void WheelEditorPage::connectParts() {
+    connect(tree, &WheelTree::selectionChanged, this, &WheelEditorPage::onTreeSelection);
+    connect(tree, &WheelTree::addWheelRequested, this, &WheelEditorPage::addWheel);
+    connect(tree, &WheelTree::addFunctionRequested, this, &WheelEditorPage::addAction);
+    connect(tree, &WheelTree::removeRequested, this, &WheelEditorPage::removeSelected);
+    connect(form, &FunctionForm::edited, this, &WheelEditorPage::commitFields);
+    connect(form, &FunctionForm::colorChosen, this, [this](const QColor& color) {
+        changeFunction([&](EditorFunction& function) { function.color = color; });
+    });
+    connect(form, &FunctionForm::iconChosen, this, [this](const QString& icon) {
+        changeFunction([&](EditorFunction& function) { function.icon = icon; });
+    });
+    connect(stepEditor, &StepEditor::edited, this, [this](const QList<EditorStep>& steps, int row) {
+        changeFunction([&](EditorFunction& function) { function.steps = steps; }, row);
+    });
+}
+
 void WheelEditorPage::openLastFile() {
     const QString last = uiSettings().value(lastWheelFileKey).toString();
     if (!last.isEmpty() && QFileInfo::exists(last))
         loadFile(last);
-}
-
-void WheelEditorPage::repaintPreview() {
-    preview->update();
 }
 
 EditorWheel* WheelEditorPage::currentWheel() {
@@ -82,28 +110,6 @@ EditorFunction* WheelEditorPage::currentFunction() {
     if (wheel == nullptr || !isIndexOf(selectedFunction, wheel->actions.size()))
         return nullptr;
     return &wheel->actions[selectedFunction];
-}
-
-int WheelEditorPage::currentStepRow() {
-    const EditorFunction* function = currentFunction();
-    const int row = stepList->currentRow();
-    return function != nullptr && isIndexOf(row, function->steps.size()) ? row : -1;
-}
-
-QString WheelEditorPage::besideFile(const QString& relativePath) const {
-    return QFileInfo(doc.path).dir().filePath(relativePath);
-}
-
-void WheelEditorPage::warn(const QString& text) {
-    makeBox(this, QMessageBox::Warning, text)->exec();
-}
-
-// The file is saved, so this box holds nothing up.
-void WheelEditorPage::tellOfKeptCopy() {
-    makeBox(this, QMessageBox::Information,
-            tr("Inny program zmienił w międzyczasie plik %1. Tamta wersja jest zachowana jako %2.")
-                .arg(doc.path, doc.keptCopy))
-        ->show();
 }
 
 void WheelEditorPage::markDirty() {
@@ -120,14 +126,14 @@ void WheelEditorPage::loadFile(const QString& path) {
     WheelDocument opened;
     QString error;
     if (!opened.load(path, &error)) {
-        warn(error);
+        warn(this, error);
         return;
     }
     doc = opened;
     loaded = true;
     markClean();
     uiSettings().setValue(lastWheelFileKey, path);
-    rebuildTree(0, doc.wheels.first().actions.isEmpty() ? -1 : 0);
+    tree->rebuild(doc, 0, doc.wheels.first().actions.isEmpty() ? -1 : 0);
 }
 
 void WheelEditorPage::openFile() {
@@ -148,14 +154,18 @@ void WheelEditorPage::saveFile(bool saveAs) {
     }
     QString error;
     if (!(saveAs ? doc.saveAs(path, &error) : doc.save(&error))) {
-        warn(error);
+        warn(this, error);
         return;
     }
     if (saveAs)
         uiSettings().setValue(lastWheelFileKey, path);
     markClean();
-    if (!doc.keptCopy.isEmpty())
-        tellOfKeptCopy();
+    if (doc.backupPath.isEmpty())
+        return;
+    const QString text =
+        tr("Inny program zmienił w międzyczasie plik %1. Tamta wersja jest zachowana jako %2.")
+            .arg(doc.path, doc.backupPath);
+    makeBox(this, QMessageBox::Information, boxTitle(), text)->show(); // not modal: the file is saved
 }
 
 void WheelEditorPage::activateOnEngine() {
@@ -167,136 +177,47 @@ void WheelEditorPage::activateOnEngine() {
         return;
     const std::u16string path = doc.path.toStdU16String();
     if (!OverlayActivateWheelFile(reinterpret_cast<const OverlayChar*>(path.c_str())))
-        warn(tr("Silnik nie przyjął konfiguracji — sprawdź, czy plik zawiera koła z funkcjami."));
+        warn(this, tr("Silnik nie przyjął konfiguracji — sprawdź, czy plik zawiera koła z funkcjami."));
 }
 
-void WheelEditorPage::rebuildTree(int wheel, int function) {
-    updating = true;
-    tree->clear();
-    for (int i = 0; i < doc.wheels.size(); ++i) {
-        const EditorWheel& shown = doc.wheels[i];
-        auto* wheelItem = new QTreeWidgetItem(tree);
-        wheelItem->setText(0, shown.name.isEmpty() ? tr("(koło bez nazwy)") : shown.name);
-        wheelItem->setData(0, wheelRole, i);
-        wheelItem->setData(0, functionRole, -1);
-        for (int j = 0; j < shown.actions.size(); ++j) {
-            auto* item = new QTreeWidgetItem(wheelItem);
-            item->setText(0, functionText(shown.actions[j].name));
-            if (!shown.actions[j].icon.isEmpty())
-                item->setIcon(0, fieldIcon(besideFile(shown.actions[j].icon)));
-            item->setData(0, wheelRole, i);
-            item->setData(0, functionRole, j);
-        }
-        wheelItem->setExpanded(true);
-    }
-    updating = false;
-    QTreeWidgetItem* selected = tree->topLevelItem(wheel);
-    if (selected == nullptr) {
-        onTreeSelection();
-        return;
-    }
-    if (isIndexOf(function, selected->childCount()))
-        selected = selected->child(function);
-    tree->setCurrentItem(selected);
-}
-
-void WheelEditorPage::onTreeSelection() {
-    if (updating)
-        return;
-    const QTreeWidgetItem* item = tree->currentItem();
-    selectedWheel = item == nullptr ? -1 : item->data(0, wheelRole).toInt();
-    selectedFunction = item == nullptr ? -1 : item->data(0, functionRole).toInt();
+void WheelEditorPage::onTreeSelection(int wheel, int function) {
+    selectedWheel = wheel;
+    selectedFunction = function;
     showFunction();
-    refreshPreview();
+    preview->showWheel(currentWheel(), selectedFunction);
 }
 
-void WheelEditorPage::showFunction() {
-    updating = true;
+void WheelEditorPage::showFunction(int stepRow) {
     const EditorFunction* function = currentFunction();
     detailsPanel->setEnabled(function != nullptr);
-    stepList->clear();
     if (function == nullptr) {
-        nameEdit->clear();
-        voiceEdit->clear();
-        iconLabel->setPixmap({});
+        form->clear();
+        stepEditor->showSteps({});
     } else {
-        nameEdit->setText(function->name);
-        voiceEdit->setText(function->voice);
-        for (QLineEdit* edit : {nameEdit, voiceEdit})
-            edit->home(false); // a long text is read from its beginning
-        delaySpin->setValue(function->delay);
-        showColor(function->color);
-        showIcon(function->icon);
-        for (const EditorStep& step : function->steps)
-            stepList->addItem(describeStep(step));
+        form->showFunction(*function, doc.folder());
+        stepEditor->showSteps(function->steps, stepRow);
     }
-    updating = false;
 }
 
-void WheelEditorPage::showColor(const QColor& color) {
-    const QString name = color.isValid() ? color.name().toUpper() : tr("domyślny");
-    colorButton->setText(name);
-    colorButton->setAccessibleName(tr("Kolor pola: %1").arg(name));
-    colorButton->setStyleSheet(color.isValid()
-                                   ? QStringLiteral("background:%1; color:%2;")
-                                         .arg(color.name(), color.lightness() > 128 ? "#000" : "#FFF")
-                                   : QString());
-}
-
-void WheelEditorPage::showIcon(const QString& icon) {
-    iconLabel->setPixmap(icon.isEmpty() ? QPixmap() : QPixmap(besideFile(icon)));
-    const QString name = icon.isEmpty() ? tr("Wybierz…") : iconNameOf(icon);
-    iconButton->setText(name);
-    iconButton->setAccessibleName(tr("Ikona: %1").arg(name));
-}
-
-void WheelEditorPage::commitFields() {
-    EditorFunction* function = currentFunction();
-    if (updating || function == nullptr)
-        return;
-    function->name = nameEdit->text();
-    function->voice = voiceEdit->text();
-    function->delay = delaySpin->value();
-    if (QTreeWidgetItem* item = tree->currentItem())
-        item->setText(0, functionText(function->name));
-    markDirty();
-    refreshPreview();
-}
-
-void WheelEditorPage::refreshPreview() {
-    const EditorWheel* wheel = currentWheel();
-    QStringList labels;
-    for (qsizetype i = 0; wheel != nullptr && i < wheel->actions.size(); ++i) {
-        const QString& name = wheel->actions[i].name;
-        labels.append(name.isEmpty() ? QString::number(i + 1) : name);
-    }
-    preview->setLabels(labels);
-    preview->setHighlight(selectedFunction);
-    previewTitle->setText(wheel == nullptr ? QString() : wheel->name);
-}
-
-void WheelEditorPage::pickColor() {
+void WheelEditorPage::commitFields(const QString& name, const QString& voice, int delayMs) {
     EditorFunction* function = currentFunction();
     if (function == nullptr)
         return;
-    const QColor start = function->color.isValid() ? function->color : themeInfo(currentThemeId()).ringColor;
-    // Cancelling yields no colour, which is the way back to the wheel's own.
-    function->color = QColorDialog::getColor(start, this, tr("Kolor pola"));
+    function->name = name;
+    function->voice = voice;
+    function->delay = delayMs;
+    tree->renameSelected(name);
     markDirty();
-    showFunction();
+    preview->showWheel(currentWheel(), selectedFunction);
 }
 
-void WheelEditorPage::pickIcon() {
+void WheelEditorPage::changeFunction(const std::function<void(EditorFunction&)>& change, int stepRow) {
     EditorFunction* function = currentFunction();
     if (function == nullptr)
         return;
-    IconPickerDialog picker(besideFile(QString::fromUtf16(iconFolderName)), this);
-    picker.select(function->icon);
-    if (picker.exec() != QDialog::Accepted)
-        return;
-    function->icon = picker.chosenIcon();
+    change(*function);
     markDirty();
-    showFunction();
+    showFunction(stepRow);
 }
 
 void WheelEditorPage::addWheel() {
@@ -310,7 +231,7 @@ void WheelEditorPage::addWheel() {
     doc.wheels.append({name, {}});
     doc.multiWheel = true;
     markDirty();
-    rebuildTree(static_cast<int>(doc.wheels.size()) - 1, -1);
+    tree->rebuild(doc, static_cast<int>(doc.wheels.size()) - 1, -1);
 }
 
 void WheelEditorPage::addAction() {
@@ -323,9 +244,20 @@ void WheelEditorPage::addAction() {
     QList<EditorFunction>& actions = doc.wheels[selectedWheel].actions;
     actions.append(added);
     markDirty();
-    rebuildTree(selectedWheel, static_cast<int>(actions.size()) - 1);
-    nameEdit->setFocus(); // the name is what comes next
-    nameEdit->selectAll();
+    tree->rebuild(doc, selectedWheel, static_cast<int>(actions.size()) - 1);
+    form->focusName(); // so that the user can type the name
+}
+
+bool WheelEditorPage::confirmsRemovalOf(const EditorWheel& wheel) {
+    if (doc.wheels.size() == 1) {
+        makeBox(this, QMessageBox::Information, boxTitle(), tr("Musi zostać przynajmniej jedno koło."))
+            ->exec();
+        return false;
+    }
+    const QString question = tr("Usunąć koło \"%1\" wraz z funkcjami?").arg(shortened(wheel.name));
+    QMessageBox* box =
+        makeBox(this, QMessageBox::Question, boxTitle(), question, QMessageBox::Yes | QMessageBox::No);
+    return box->exec() == QMessageBox::Yes;
 }
 
 void WheelEditorPage::removeSelected() {
@@ -335,93 +267,10 @@ void WheelEditorPage::removeSelected() {
     if (currentFunction() != nullptr) {
         wheel->actions.removeAt(selectedFunction);
         markDirty();
-        rebuildTree(selectedWheel, -1);
-        return;
+        tree->rebuild(doc, selectedWheel, -1);
+    } else if (confirmsRemovalOf(*wheel)) {
+        doc.wheels.removeAt(selectedWheel);
+        markDirty();
+        tree->rebuild(doc, 0, -1);
     }
-    if (doc.wheels.size() == 1) {
-        makeBox(this, QMessageBox::Information, tr("Musi zostać przynajmniej jedno koło."))->exec();
-        return;
-    }
-    const QString question = tr("Usunąć koło \"%1\" wraz z funkcjami?").arg(shortened(wheel->name));
-    QMessageBox* box = makeBox(this, QMessageBox::Question, question, QMessageBox::Yes | QMessageBox::No);
-    if (box->exec() != QMessageBox::Yes)
-        return;
-    doc.wheels.removeAt(selectedWheel);
-    markDirty();
-    rebuildTree(0, -1);
-}
-
-void WheelEditorPage::onStepKind(int kind) {
-    stepStack->setCurrentIndex(kind == static_cast<int>(EditorStepKind::Open) ? openPage : 0);
-    stepValueSpin->setEnabled(kind < static_cast<int>(EditorStepKind::Release));
-}
-
-void WheelEditorPage::onStepSelection() {
-    const int row = currentStepRow();
-    if (updating || row < 0)
-        return;
-    updating = true;
-    const EditorStep& step = currentFunction()->steps[row];
-    stepKindCombo->setCurrentIndex(static_cast<int>(step.kind));
-    if (step.kind == EditorStepKind::Open) {
-        openEdit->setText(step.open);
-    } else {
-        keyCombo->setCurrentText(step.key);
-        stepValueSpin->setValue(step.value);
-    }
-    updating = false;
-}
-
-EditorStep WheelEditorPage::stepFromForm() const {
-    EditorStep step;
-    step.kind = static_cast<EditorStepKind>(stepKindCombo->currentIndex());
-    if (step.kind == EditorStepKind::Open) {
-        step.open = openEdit->text().trimmed();
-        return step;
-    }
-    step.key = keyCombo->currentText().trimmed();
-    step.value = stepValueSpin->value();
-    if (step.kind == EditorStepKind::Click)
-        step.value = std::clamp(step.value, 1, maxClickCount);
-    return step;
-}
-
-void WheelEditorPage::stepAdd() {
-    EditorFunction* function = currentFunction();
-    const EditorStep step = stepFromForm();
-    if (function == nullptr || (step.key.isEmpty() && step.open.isEmpty()))
-        return;
-    function->steps.append(step);
-    markDirty();
-    showFunction();
-    stepList->setCurrentRow(stepList->count() - 1);
-}
-
-void WheelEditorPage::stepReplace() {
-    const int row = currentStepRow();
-    if (row < 0)
-        return;
-    currentFunction()->steps[row] = stepFromForm();
-    markDirty();
-    showFunction();
-    stepList->setCurrentRow(row);
-}
-
-void WheelEditorPage::stepRemove() {
-    const int row = currentStepRow();
-    if (row < 0)
-        return;
-    currentFunction()->steps.removeAt(row);
-    markDirty();
-    showFunction();
-}
-
-void WheelEditorPage::stepMove(int delta) {
-    const int row = currentStepRow();
-    if (row < 0 || !isIndexOf(row + delta, currentFunction()->steps.size()))
-        return;
-    currentFunction()->steps.swapItemsAt(row, row + delta);
-    markDirty();
-    showFunction();
-    stepList->setCurrentRow(row + delta);
 }

@@ -10,8 +10,8 @@
 
 namespace {
 
-constexpr int sixteenths = 16;     // Qt's unit of a pie's angles
-constexpr int decorativeField = 1; // lit where there are no labels
+constexpr int sixteenthsPerDegree = 16; // unit of QPainter::drawPie()
+constexpr int decorativeField = 1;      // highlighted when there are no labels
 constexpr qreal marginPx = 6;
 constexpr qreal hubShare = 0.22;  // of the widget's side, as a diameter
 constexpr qreal labelRing = 0.68; // of the wheel's radius
@@ -56,12 +56,12 @@ void WheelPreview::paintEvent(QPaintEvent*) {
 void WheelPreview::paintFields(QPainter& painter, const QRectF& box) const {
     const ThemeInfo& colors = themeInfo(currentThemeId());
     const qreal span = 360.0 / fieldCount;
-    const int lit = fieldLabels.isEmpty() ? decorativeField : highlight;
+    const int highlighted = fieldLabels.isEmpty() ? decorativeField : highlight;
     painter.setPen(QPen(colors.ringColor, 1.4));
     for (int i = 0; i < fieldCount; ++i) {
-        painter.setBrush(i == lit ? colors.highlightColor : colors.fieldColor);
-        painter.drawPie(box, static_cast<int>((90 - i * span) * sixteenths),
-                        static_cast<int>(-span * sixteenths));
+        painter.setBrush(i == highlighted ? colors.highlightColor : colors.fieldColor);
+        painter.drawPie(box, static_cast<int>((90 - i * span) * sixteenthsPerDegree),
+                        static_cast<int>(-span * sixteenthsPerDegree));
     }
 }
 

@@ -3,19 +3,18 @@
 #include <QStringList>
 #include <QWidget>
 
-/// A wheel in the colours of the current theme, scaled to the widget. It does not watch the theme: whoever
-/// changes it calls update().
+/// A wheel in the colours of the current theme, scaled to the widget. Call update() after a change of theme.
 class WheelPreview : public QWidget {
     Q_OBJECT
 
 public:
     explicit WheelPreview(QWidget* parent = nullptr);
 
-    /// One field for each label, at least 1 and at most maxFieldCount.
+    /// One field per label, at least 1 and at most maxFieldCount.
     void setLabels(const QStringList& labels);
-    /// Any index; one that no field has lights nothing.
+    /// An index out of range highlights nothing.
     void setHighlight(int index);
-    /// The number of fields alone, held to 1 through maxFieldCount; the labels stay.
+    /// Sets the number of fields, clamped to 1 to maxFieldCount, and keeps the labels.
     void setSegments(int count);
 
 protected:

@@ -22,7 +22,7 @@ protected:
     const QString config = QCoreApplication::applicationDirPath() + "/config.json";
 };
 
-TEST_F(Files, AreSavedWithAllThatWasUnderstood) {
+TEST_F(Files, KeepEverythingParsedWhenSaved) {
     const std::pair<QByteArray, QByteArray> cases[] = {
         {R"({"wheels":5,"actions":[{"name":"f","keys":["a",5,5.7,"",true],"mystery":1}]})",
          R"({"actions":[{"name":"f","steps":[{"action":"click","key":"a","value":1},
@@ -48,20 +48,20 @@ TEST_F(Files, AreSavedWithAllThatWasUnderstood) {
     }
 }
 
-TEST_F(Files, OfAnotherProgramAreKeptBesideWhatIsSaved) {
+TEST_F(Files, ChangedByAnotherProgramAreBackedUpBeforeSaving) {
     WheelDocument document = opened(R"({"actions":[]})");
     for (const QByteArray foreign : {"", "first", "second"}) {
         writeFile(path, foreign);
         EXPECT_TRUE(document.save(nullptr));
-        EXPECT_EQ(bytesOf(document.keptCopy), foreign);
+        EXPECT_EQ(bytesOf(document.backupPath), foreign);
         EXPECT_EQ(json(bytesOf(path)), json(R"({"actions":[]})"));
-        EXPECT_TRUE(document.save(nullptr) && document.keptCopy.isEmpty());
+        EXPECT_TRUE(document.save(nullptr) && document.backupPath.isEmpty());
     }
     EXPECT_FALSE(document.saveAs(folder.filePath("nie ma/kola.json"), nullptr));
 }
 
-/// Kept beside it: what Qt's reader refuses. Taken over: what the engine reads all the same.
-TEST_F(Files, OfSettingsLoseNothingByASwitch) {
+/// What Qt cannot parse is backed up; what the engine's parser accepts nevertheless is converted as well.
+TEST_F(Files, OfSettingsLoseNothingWhenACheckBoxIsToggled) {
     const std::pair<QByteArray, QByteArray> cases[] = {
         {R"({"toggleKey":"F9","new":[null]})", R"({"toggleKey":"F9","new":[null]})"},
         {"{\"toggleKey\":\"F9", "{}"},
@@ -75,7 +75,7 @@ TEST_F(Files, OfSettingsLoseNothingByASwitch) {
     for (const auto& [text, kept] : cases) {
         writeFile(config, text);
         const VoicePage page({});
-        page.findChild<QCheckBox*>()->click(); // that of the voice
+        page.findChild<QCheckBox*>()->click(); // "voiceEnabled"
         QJsonObject expected = json(kept);
         expected["voiceEnabled"] = false;
         expected["voiceGlobal"] = true;

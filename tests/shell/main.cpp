@@ -1,4 +1,4 @@
-#include "shell/polish_texts.h"
+#include "shell/polish_translator.h"
 #include "shell/update_library.h"
 
 #include <gtest/gtest.h>
@@ -12,13 +12,13 @@ QString updateLibraryName() {
 }
 
 int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen"); // the widgets need no screen
+    qputenv("QT_QPA_PLATFORM", "offscreen"); // no screen needed
     testing::InitGoogleTest(&argc, argv);
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);
-    // Nobody's settings but the tests' own (on Windows the prefix is).
+    // Settings of the tests' own; on Windows they are in the registry of the tests' Wine prefix.
     const QTemporaryDir settings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
-    speakPolish();
+    installPolishTranslator();
     return RUN_ALL_TESTS();
 }

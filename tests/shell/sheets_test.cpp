@@ -1,4 +1,4 @@
-// The style sheets on the real pages: what a person can read, see under the mouse and follow with Tab.
+// The style sheets on the real pages: contrast of texts in every state, and visibility of the keyboard focus.
 
 #include "shell/main_window.h"
 #include "shell/settings.h"
@@ -12,11 +12,11 @@
 
 namespace {
 
-// Of WCAG, level AA: text against its ground, and a mark of state against what was there before.
+// WCAG level AA: text against its background, and a state indicator against the pixels before.
 constexpr double textContrast = 4.5;
 constexpr double markContrast = 3.0;
 
-/// Full blocks: all but the edges of the text has the text's colour.
+/// Full blocks, of which all but the edges are painted in the text's colour.
 const QString blocks = QStringLiteral("█ █ █ █ █ █ █ █");
 
 enum class WidgetState { normal, hover, pressed, focus };
@@ -34,7 +34,7 @@ double contrast(QRgb one, QRgb other) {
     return (lighter + 0.05) / (darker + 0.05);
 }
 
-/// Contrast of the two colours that cover most of the picture; 0 when the second covers next to nothing.
+/// Contrast of the two most frequent colours; 0 if the second covers less than 1 %.
 double contrastOfTwo(const QImage& picture) {
     std::map<QRgb, int> counts{{0, 0}, {1, 0}};
     for (int at = 0; at < picture.width() * picture.height(); ++at)
@@ -45,7 +45,7 @@ double contrastOfTwo(const QImage& picture) {
                                                                      : contrast(most[0].first, most[1].first);
 }
 
-/// Puts the blocks where the widget shows text, and tells that place within it; empty if it shows none.
+/// Replaces the widget's text by blocks. Returns the rectangle of the text in the widget, empty without text.
 QRect fillWithBlocks(QWidget& widget) {
     QRect place = widget.rect();
     if (auto* view = qobject_cast<QAbstractItemView*>(&widget)) {
@@ -82,23 +82,23 @@ void putInState(QWidget& widget, WidgetState state) {
     QApplication::processEvents();
 }
 
-class Sheets : public testing::TestWithParam<const char*> {
+class Sheets : public testing::TestWithParam<ThemeInfo> {
 protected:
     Sheets() {
-        applyTheme(GetParam());
+        applyTheme(GetParam().themeId);
         writeFile(folder.filePath("kola.json"), R"({"actions":[{"name":"a","key":"a"}]})");
         uiSettings().setValue(lastWheelFileKey, folder.filePath("kola.json"));
         window = std::make_unique<MainWindow>(licence, LicenceResult{.go = true, .accountText = "konto"});
         uiSettings().clear();
         for (QTimer* poll : window->findChildren<QTimer*>())
-            poll->stop();          // it would put other texts in place of the blocks
-        window->resize(1600, 900); // room for every page with the blocks in it
+            poll->stop();          // it would replace the blocks by other texts
+        window->resize(1600, 900); // large enough for every page with blocks
         window->show();
         window->activateWindow();
         QApplication::processEvents();
     }
 
-    /// The page list and all that is to be seen of each page, the page in front.
+    /// Calls `look` for the page list and for every visible widget of each page while it is the current one.
     void forEachWidget(const std::function<void(QWidget&)>& look) {
         auto* pages = window->findChild<QListWidget*>("Sidebar");
         const auto* stack = window->findChild<QStackedWidget*>();
@@ -148,11 +148,12 @@ TEST_P(Sheets, KeepTextReadableInEveryStateAndMarkTheKeyboardFocus) {
             const QRgb before = without.pixel(at % with.width(), at / with.width());
             marked += now != before && contrast(now, before) >= markContrast ? 1 : 0;
         }
-        EXPECT_GE(marked, std::min(widget.width(), 100)); // pixels: the outline of a small button
+        EXPECT_GE(marked, std::min(widget.width(), 100)); // pixels; a small button's outline has 100
     });
     EXPECT_GT(texts, 50);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Sheets, testing::Values("fluent", "neon", "pro"));
+INSTANTIATE_TEST_SUITE_P(All, Sheets, testing::ValuesIn(themes()),
+                         [](const auto& theme) { return theme.param.themeId.toStdString(); });
 
 } // namespace

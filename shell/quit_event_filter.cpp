@@ -1,13 +1,13 @@
-#include "shell/quit_order.h"
+#include "shell/quit_event_filter.h"
 
 #include <QCoreApplication>
 #include <QEvent>
 
-QuitOrder::QuitOrder(QObject* parent) : QObject(parent) {
+QuitEventFilter::QuitEventFilter(QObject* parent) : QObject(parent) {
     QCoreApplication::instance()->installEventFilter(this);
 }
 
-bool QuitOrder::eventFilter(QObject* watched, QEvent* event) {
+bool QuitEventFilter::eventFilter(QObject* watched, QEvent* event) {
     if (watched != QCoreApplication::instance() || event->type() != QEvent::Quit)
         return QObject::eventFilter(watched, event);
     QCoreApplication::exit(0);

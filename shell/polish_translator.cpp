@@ -1,9 +1,9 @@
-#include "shell/polish_texts.h"
+#include "shell/polish_translator.h"
 
 #include <QCoreApplication>
 #include <QTranslator>
 
-void speakPolish() {
+void installPolishTranslator() {
     auto* catalogue = new QTranslator(QCoreApplication::instance());
     if (catalogue->load(QStringLiteral(":/texts/qtbase_pl.qm")))
         QCoreApplication::installTranslator(catalogue);

@@ -39,7 +39,7 @@ void setAutoRepeat(Display* display, KeyCode code, int mode) {
 
 } // namespace
 
-void silenceAutoRepeat(Display* display, KeyCode code) {
+void disableAutoRepeat(Display* display, KeyCode code) {
     const std::lock_guard lock(disabledKeys().mutex);
     DisabledKey& key = disabledKeys().byKeycode[code];
     if (key.users++ > 0)
@@ -47,7 +47,7 @@ void silenceAutoRepeat(Display* display, KeyCode code) {
     key.wasEnabled = isAutoRepeatOn(display, code);
     if (!key.wasEnabled)
         return;
-    tellInputGuard(GuardedThing::autoRepeat, true, code);
+    notifyInputGuard(GuardedThing::autoRepeat, true, code);
     setAutoRepeat(display, code, AutoRepeatModeOff);
 }
 
@@ -62,7 +62,7 @@ void restoreAutoRepeat(Display* display, KeyCode code) {
         return;
     setAutoRepeat(display, code, AutoRepeatModeOn);
     XSync(display, 0);
-    tellInputGuard(GuardedThing::autoRepeat, false, code);
+    notifyInputGuard(GuardedThing::autoRepeat, false, code);
 }
 
 } // namespace rotika

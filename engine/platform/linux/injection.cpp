@@ -83,7 +83,7 @@ KeyCode borrowKeycode(Display* display, std::uint16_t virtualKey) {
     const KeyCode code = keysym == NoSymbol ? KeyCode{0} : unusedKeycode(display);
     if (code == 0)
         return 0;
-    tellInputGuard(GuardedThing::borrowedKeycode, true, code);
+    notifyInputGuard(GuardedThing::borrowedKeycode, true, code);
     XChangeKeyboardMapping(display, code, 1, &keysym, 1);
     XSync(display, 0);
     // Programs read the new map only after they have been told of it; a press before would reach them as
@@ -128,8 +128,8 @@ void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMot
     // A key held by XTest would repeat, and go on repeating after we have died: unlike on Windows, where an
     // injected press is one press.
     if (noteHeld(virtualKey, {code, false}))
-        silenceAutoRepeat(display, code);
-    tellInputGuard(GuardedThing::key, motion == InputMotion::downUntilReleased, code);
+        disableAutoRepeat(display, code);
+    notifyInputGuard(GuardedThing::key, motion == InputMotion::downUntilReleased, code);
     XTestFakeKeyEvent(display, code, 1, CurrentTime);
     XSync(display, 0);
     // Only now: one that is not down yet would pass for one that the person has tapped.
@@ -141,7 +141,7 @@ void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMot
 bool releaseKey(Display* display, std::uint16_t virtualKey, KeyCode code) {
     XTestFakeKeyEvent(display, code, 0, CurrentTime);
     XSync(display, 0);
-    tellInputGuard(GuardedThing::key, false, code);
+    notifyInputGuard(GuardedThing::key, false, code);
     const HeldKey held = forgetHeld(virtualKey);
     if (held.code != 0)
         restoreAutoRepeat(display, code);
@@ -243,11 +243,11 @@ void injectMouseButton(std::uint32_t button, InputMotion motion) {
         return;
     const bool isPress = motion != InputMotion::up;
     if (motion == InputMotion::downUntilReleased)
-        tellInputGuard(GuardedThing::button, true, xButtons[button]);
+        notifyInputGuard(GuardedThing::button, true, xButtons[button]);
     XTestFakeButtonEvent(connection.display, xButtons[button], isPress ? 1 : 0, CurrentTime);
     XSync(connection.display, 0);
     if (!isPress)
-        tellInputGuard(GuardedThing::button, false, xButtons[button]);
+        notifyInputGuard(GuardedThing::button, false, xButtons[button]);
 }
 
 } // namespace rotika

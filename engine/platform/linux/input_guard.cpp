@@ -136,7 +136,7 @@ void startInputGuard() {
         launchGuard();
 }
 
-void tellInputGuard(GuardedThing kind, bool down, std::uint32_t code) {
+void notifyInputGuard(GuardedThing kind, bool down, std::uint32_t code) {
     const std::lock_guard lock(guard().mutex);
     if (kind != GuardedThing::heartbeat) {
         if (down)

@@ -9,6 +9,6 @@ namespace rotika {
 void startInputGuard();
 
 /// Any thread; never blocks, ignores failures.
-void tellInputGuard(GuardedThing kind, bool down, std::uint32_t code);
+void notifyInputGuard(GuardedThing kind, bool down, std::uint32_t code);
 
 } // namespace rotika

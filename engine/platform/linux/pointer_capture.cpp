@@ -75,14 +75,14 @@ GrabbedMouse describe(const XIDeviceInfo& info) {
 void noteHeldButtons(const ButtonStates& states) {
     for (std::size_t button = 1; button < states.size(); ++button)
         if (states[button] && capture.heldBefore.insert(button).second)
-            tellInputGuard(GuardedThing::heldButton, true, static_cast<std::uint32_t>(button));
+            notifyInputGuard(GuardedThing::heldButton, true, static_cast<std::uint32_t>(button));
 }
 
 void releaseHeldButtons() {
     releaseForgottenButtons(ownerDisplay(), capture.heldBefore);
     XFlush(ownerDisplay()); // before the guard forgets them
     for (const std::size_t button : std::exchange(capture.heldBefore, {}))
-        tellInputGuard(GuardedThing::heldButton, false, static_cast<std::uint32_t>(button));
+        notifyInputGuard(GuardedThing::heldButton, false, static_cast<std::uint32_t>(button));
 }
 
 /// A press between the first question and the grab has reached the programs, too.
@@ -102,7 +102,7 @@ void grabMouse(const XIDeviceInfo& info) {
     // The guard hears of it first: killed in between, it gives back once too often rather than once too
     // seldom.
     if (isNew)
-        tellInputGuard(GuardedThing::pointerPin, true, codeOfPinnedDevice(info.deviceid, info.attachment));
+        notifyInputGuard(GuardedThing::pointerPin, true, codeOfPinnedDevice(info.deviceid, info.attachment));
     unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
     XISetMask(bits, XI_RawMotion);
     XISetMask(bits, XI_RawButtonPress);
@@ -113,7 +113,7 @@ void grabMouse(const XIDeviceInfo& info) {
     if (isNew && refused == 0)
         capture.mice[info.deviceid] = describeGrabbed(info);
     else if (isNew)
-        tellInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(info.deviceid, info.attachment));
+        notifyInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(info.deviceid, info.attachment));
 }
 
 /// Also after devices have come, gone or been switched: a device enabled again is attached again, grab or no
@@ -126,8 +126,8 @@ void grabAllMice() {
             return info.deviceid == entry.first;
         });
         if (isGone)
-            tellInputGuard(GuardedThing::pointerPin, false,
-                           codeOfPinnedDevice(entry.first, entry.second.master));
+            notifyInputGuard(GuardedThing::pointerPin, false,
+                             codeOfPinnedDevice(entry.first, entry.second.master));
         return isGone;
     });
     for (int i = 0; i < count; ++i)
@@ -222,7 +222,7 @@ void giveBackMice(bool all) {
             return false;
         releaseDeviceButtons(ownerDisplay(), deviceId, pressed);
         XIUngrabDevice(ownerDisplay(), deviceId, CurrentTime);
-        tellInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(deviceId, mouse.master));
+        notifyInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(deviceId, mouse.master));
         return true;
     });
     // A mouse that is still detached may hold a button from before the capture: down in truth, though no
@@ -236,7 +236,7 @@ gboolean giveBackReleasedMice(gpointer) {
     if (!capture.isActive)
         giveBackMice(isOver);
     if (!capture.isActive && !capture.mice.empty()) {
-        tellInputGuard(GuardedThing::heartbeat, false, 0);
+        notifyInputGuard(GuardedThing::heartbeat, false, 0);
         return G_SOURCE_CONTINUE;
     }
     capture.isWaitingForRelease = false;
@@ -294,7 +294,7 @@ bool renewPointerCapture() {
     capture.lastRenewal = Clock::now();
     if (capture.lastRenewal - capture.lastHeartbeat >= heartbeatPeriod) {
         capture.lastHeartbeat = capture.lastRenewal;
-        tellInputGuard(GuardedThing::heartbeat, false, 0);
+        notifyInputGuard(GuardedThing::heartbeat, false, 0);
     }
     keepCursorPinned();
     return true;

@@ -56,7 +56,7 @@ void noteRelease(GuardRecord record) {
     injection().unreleased.apply(record);
     injection().pressed.apply(record);
     injection().unpressed.apply(record);
-    tellInputGuard(record);
+    notifyInputGuard(record);
     noteKey(record, false);
 }
 
@@ -81,7 +81,7 @@ void releaseAgain() noexcept {
 
 void scheduleRelease(GuardRecord record) {
     record.down = 1;
-    tellInputGuard(record);
+    notifyInputGuard(record);
     injection().unreleased.apply(record);
     if (!injection().isRetrying) {
         injection().isRetrying = startDetachedThread(releaseAgain);
@@ -102,7 +102,7 @@ void inject(GuardRecord record, InputMotion motion) {
     }
     injection().unreleased.apply(record); // this press has a release of its own
     record.down = motion == InputMotion::downUntilReleased ? 1 : 0;
-    tellInputGuard(record);
+    notifyInputGuard(record);
     notePress(record, sendPress(record));
 }
 

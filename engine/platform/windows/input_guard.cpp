@@ -147,7 +147,7 @@ void startInputGuard() {
         startDetachedThread([guard = startGuard().release()] { replaceDeadGuards(KernelHandle(guard)); }));
 }
 
-void tellInputGuard(const GuardRecord& record) {
+void notifyInputGuard(const GuardRecord& record) {
     GuardLink& link = guardLink();
     const std::lock_guard<std::mutex> hold(link.mutex);
     link.current.apply(record);

@@ -9,6 +9,6 @@ namespace rotika {
 void startInputGuard();
 
 /// Sends one change to the guard and stores it for a successor. Never blocks, ignores failures. Any thread.
-void tellInputGuard(const GuardRecord& record);
+void notifyInputGuard(const GuardRecord& record);
 
 } // namespace rotika

@@ -102,10 +102,10 @@ void pin(PointerCapture& state, Point pinned) {
     state.clipBefore = cursorClip();
     if (state.clipBefore) {
         for (const GuardRecord& record : clipRecords(*state.clipBefore)) {
-            tellInputGuard(record);
+            notifyInputGuard(record);
         }
     }
-    tellInputGuard(pinRecord(true));
+    notifyInputGuard(pinRecord(true));
     state.renewedAt = state.guardNotifiedAt = GetTickCount64();
     pinCursor(pinned);
 }
@@ -141,7 +141,7 @@ bool renewPointerCapture() {
     state.renewedAt = GetTickCount64();
     if (state.isActive && state.renewedAt - state.guardNotifiedAt >= guardPeriodMs) {
         state.guardNotifiedAt = state.renewedAt;
-        tellInputGuard(pinRecord(true));
+        notifyInputGuard(pinRecord(true));
     }
     return true;
 }
@@ -154,7 +154,7 @@ void endPointerCapture() {
     state.isActive = false;
     registerRawMouse(RIDEV_REMOVE, nullptr);
     unpinCursor(state.clipBefore);
-    tellInputGuard(pinRecord(false));
+    notifyInputGuard(pinRecord(false));
     state.mouseHook.reset();
     // The hook swallowed these releases: for the system and the programs the buttons would stay down.
     for (std::size_t i = 0; i < state.releasedMeanwhile.size(); ++i) {

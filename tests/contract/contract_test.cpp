@@ -15,18 +15,18 @@
 
 using namespace rotika;
 
-Heard heard;
+Received received;
 
 WindowHandle ContractTest::mainWindow() {
     static const WindowHandle window = createMainWindow({
-        .hotKeyPressed = [](int id) noexcept { heard.hotKeys.push_back(id); },
+        .hotKeyPressed = [](int id) noexcept { received.hotKeys.push_back(id); },
         .messageArrived = [](auto...) noexcept {},
         .dataArrived = [](std::uintptr_t, const void*, std::size_t) noexcept { return true; },
         .statusText = [] { return std::u16string(u"Koło"); },
         .editorRequested = []() noexcept {},
         .destroyed = []() noexcept {},
-        .monitorsChanged = []() noexcept { ++heard.monitorChanges; },
-        .sessionLockChanged = [](bool isLocked) noexcept { heard.lockChanges.push_back(isLocked); },
+        .monitorsChanged = []() noexcept { ++received.monitorChanges; },
+        .sessionLockChanged = [](bool isLocked) noexcept { received.lockChanges.push_back(isLocked); },
     });
     return window;
 }
@@ -35,8 +35,8 @@ WindowHandle ContractTest::wheelWindow() {
     static const WindowHandle window =
         createOverlayWindow(OverlayKind::wheel, 200, 100,
                             {.messageArrived = [](auto...) noexcept {},
-                             .leftPressed = []() noexcept { ++heard.windowPresses; },
-                             .closeRequested = []() noexcept { ++heard.closeRequests; }});
+                             .leftPressed = []() noexcept { ++received.windowPresses; },
+                             .closeRequested = []() noexcept { ++received.closeRequests; }});
     return window;
 }
 
@@ -48,7 +48,7 @@ WindowHandle ContractTest::gridWindow() {
 void ContractTest::SetUp() {
     static const bool isOpen = openPlatform();
     ASSERT_TRUE(isOpen && mainWindow() != nullptr && wheelWindow() != nullptr && gridWindow() != nullptr);
-    heard = {};
+    received = {};
 }
 
 void ContractTest::TearDown() {
@@ -71,12 +71,12 @@ void ContractTest::showLayer(WindowHandle layer, std::vector<DrawCommand> comman
 
 void ContractTest::beginCapture(Point pinned) {
     const auto addMotion = [](std::int32_t dx, std::int32_t dy) noexcept {
-        heard.motion = {heard.motion.x + dx, heard.motion.y + dy};
+        received.motion = {received.motion.x + dx, received.motion.y + dy};
     };
     setCursorPosition(pinned);
     beginPointerCapture(wheelWindow(), pinned,
                         {.isSwallowing = []() noexcept { return true; },
-                         .leftPressed = []() noexcept { ++heard.capturePresses; },
+                         .leftPressed = []() noexcept { ++received.capturePresses; },
                          .moved = addMotion});
     startWindowTimer(wheelWindow(), 15, []() noexcept { renewPointerCapture(); });
 }
@@ -91,24 +91,24 @@ std::u16string ContractTest::temporaryFolder() {
 Events Recorder::events() {
     poll();
     const std::lock_guard hold(guard);
-    return told;
+    return recorded;
 }
 
-void Recorder::tell(const std::string& what, bool isDown) {
+void Recorder::record(const std::string& what, bool isDown) {
     const std::lock_guard hold(guard);
     if (what == "key 90")
-        hasHeardZ = true;
+        hasReceivedZ = true;
     else
-        told.push_back(what + (isDown ? " down" : " up"));
+        recorded.push_back(what + (isDown ? " down" : " up"));
 }
 
 std::unique_ptr<Recorder> openRecorder(const Rect& place) {
     auto recorder = makeRecorder(place);
-    // A window believes to have the keyboard some time before the window manager agrees: a real key tells.
+    // A window may report the focus before the window manager agrees: wait for a real key to arrive.
     EXPECT_TRUE(pumpUntil([&] {
         tapRealKey('Z');
         recorder->events();
-        return recorder->hasHeardZ && foregroundWindow() == recorder->window();
+        return recorder->hasReceivedZ && foregroundWindow() == recorder->window();
     })) << "real keys do not reach the recorder";
     return recorder;
 }

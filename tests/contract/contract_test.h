@@ -19,8 +19,8 @@ using rotika::Point;
 using rotika::Rect;
 using rotika::WindowHandle;
 
-/// What the platform has told us through the handlers since the test began.
-struct Heard {
+/// Calls of the platform's handlers since the test began.
+struct Received {
     std::vector<int> hotKeys;
     int windowPresses = 0; // ordinary left presses on the wheel's window
     int capturePresses = 0;
@@ -29,42 +29,42 @@ struct Heard {
     int monitorChanges = 0;
     std::vector<bool> lockChanges;
 };
-extern Heard heard;
+extern Received received;
 
-/// Runs the owner thread's loop until the condition holds, for at most ten seconds; whether it does at last.
+/// Runs the owner thread's loop until the condition holds, for at most ten seconds; false on timeout.
 bool pumpUntil(const std::function<bool()>& condition);
 
 using Events = std::vector<std::string>;
 bool contains(const Events& events, const std::string& event);
 
-/// A window of another program with the keyboard. Its destructor ends the program.
+/// A window of another program with the keyboard focus. Its destructor ends the program.
 class Recorder {
 public:
     virtual ~Recorder() = default;
     virtual WindowHandle window() const = 0;
 
-    /// "button 0 down", "key 65 up": what it was told so far, in order, without motion and the Z key.
+    /// Events so far, in order, without motion and the Z key: "button 0 down", "key 65 up".
     Events events();
-    /// Whether it is told this within the limit of pumpUntil.
-    bool hears(const std::string& event) {
+    /// False if the event does not arrive within the limit of pumpUntil.
+    bool receives(const std::string& event) {
         return pumpUntil([&] { return contains(events(), event); });
     }
-    bool hasHeardZ = false; // real keys reach it
+    bool hasReceivedZ = false; // real keys reach it
 
 protected:
-    virtual void poll() = 0;                         // tells what has come meanwhile
-    void tell(const std::string& what, bool isDown); // any thread
+    virtual void poll() = 0;                           // records new events
+    void record(const std::string& what, bool isDown); // any thread
 
 private:
     std::mutex guard;
-    Events told;
+    Events recorded;
 };
 std::unique_ptr<Recorder> openRecorder(const Rect& place);
 
-// Each platform's driver has the owner thread's loop, another program, and a person at the real mouse and
-// keyboard, whose functions return when the system has the event; it need not have arrived.
+// Each platform's driver implements the owner thread's loop, another program, and a user at the real mouse
+// and keyboard, whose functions return when the system has the event; it need not have been delivered.
 
-/// Handles what has come, or waits for it a few milliseconds.
+/// Handles pending events, or waits a few milliseconds for one.
 void pumpOnce();
 std::unique_ptr<Recorder> makeRecorder(const Rect& place);
 void moveRealMouse(std::int32_t dx, std::int32_t dy);
@@ -75,7 +75,7 @@ void clickRealButton(std::uint32_t button);
 void tapRealKey(std::uint16_t virtualKey);
 void tapInjected(std::uint16_t virtualKey, bool extended = false);
 
-/// Every test works on the same three windows, as the engine does.
+/// All tests share the same three windows, as the engine does.
 class ContractTest : public testing::Test {
 protected:
     void SetUp() override;
@@ -92,7 +92,7 @@ protected:
     static void showLayer(WindowHandle layer, std::vector<DrawCommand> commands);
     /// Renews the capture as the open wheel does, until the wheel's timer is stopped.
     static void beginCapture(Point pinned);
-    /// An empty folder, without a trailing separator, that goes with the test.
+    /// An empty folder, without a trailing separator, that is removed after the test.
     std::u16string temporaryFolder();
 
 private:

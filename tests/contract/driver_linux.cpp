@@ -1,5 +1,5 @@
-// The person plays the slave devices that stand for the virtual server's own mouse and keyboard: plain XTest
-// events come from a device that counts as injected. Another program is another connection to the X server.
+// The user's events are sent through the slave devices of Xvfb's own mouse and keyboard: plain XTest events
+// come from a device that counts as injected. Another program is another connection to the X server.
 
 #include "contract_test.h"
 
@@ -17,17 +17,17 @@ namespace {
 
 constexpr unsigned xButtons[] = {1, 3, 2, 4};
 
-Display* personsDisplay() {
+Display* userDisplay() {
     static Display* const display = XOpenDisplay(nullptr);
     return display;
 }
 
 XDevice* device(std::string_view name) {
     int count = 0;
-    const XOwned<XDeviceInfo> devices(XListInputDevices(personsDisplay(), &count));
+    const XOwned<XDeviceInfo> devices(XListInputDevices(userDisplay(), &count));
     for (int i = 0; i < count; ++i)
         if (devices.get()[i].name == name)
-            return XOpenDevice(personsDisplay(), devices.get()[i].id);
+            return XOpenDevice(userDisplay(), devices.get()[i].id);
     std::abort(); // no Xvfb
 }
 
@@ -42,7 +42,7 @@ public:
         : own(XCreateSimpleWindow(display, DefaultRootWindow(display), place.left, place.top,
                                   static_cast<unsigned>(place.width()), static_cast<unsigned>(place.height()),
                                   0, 0, WhitePixel(display, 0))) {
-        const unsigned long noFrame[5] = {2}; // so that it lies exactly where it is wanted
+        const unsigned long noFrame[5] = {2}; // so that its position is exact
         const Atom hints = XInternAtom(display, "_MOTIF_WM_HINTS", 0);
         XChangeProperty(display, own, hints, hints, 32, PropModeReplace,
                         reinterpret_cast<const unsigned char*>(noFrame), 5);
@@ -58,15 +58,15 @@ public:
 
 protected:
     void poll() override {
-        while (XPending(display) > 0) { // keys by their capital letters
+        while (XPending(display) > 0) { // keys are named by their capital letters
             XEvent event;
             XNextEvent(display, &event);
             if (event.type == KeyPress || event.type == KeyRelease)
-                tell("key " + std::to_string(XLookupKeysym(&event.xkey, 1)), event.type == KeyPress);
+                record("key " + std::to_string(XLookupKeysym(&event.xkey, 1)), event.type == KeyPress);
             for (std::size_t i = 0; i < std::size(xButtons); ++i)
                 if ((event.type == ButtonPress || event.type == ButtonRelease) &&
                     event.xbutton.button == xButtons[i])
-                    tell("button " + std::to_string(i), event.type == ButtonPress);
+                    record("button " + std::to_string(i), event.type == ButtonPress);
         }
     }
 
@@ -89,20 +89,20 @@ std::unique_ptr<Recorder> makeRecorder(const Rect& place) {
 
 void moveRealMouse(std::int32_t dx, std::int32_t dy) {
     int delta[] = {dx, dy};
-    XTestFakeDeviceMotionEvent(personsDisplay(), mouse(), 1, 0, delta, 2, CurrentTime);
-    XSync(personsDisplay(), 0);
+    XTestFakeDeviceMotionEvent(userDisplay(), mouse(), 1, 0, delta, 2, CurrentTime);
+    XSync(userDisplay(), 0);
 }
 
 void playRealButton(std::uint32_t button, bool isDown) {
-    XTestFakeDeviceButtonEvent(personsDisplay(), mouse(), xButtons[button], isDown ? 1 : 0, nullptr, 0,
+    XTestFakeDeviceButtonEvent(userDisplay(), mouse(), xButtons[button], isDown ? 1 : 0, nullptr, 0,
                                CurrentTime);
-    XSync(personsDisplay(), 0);
+    XSync(userDisplay(), 0);
 }
 
 void playRealKey(std::uint16_t virtualKey, bool isDown) {
     static XDevice* const keyboard = device("Xvfb keyboard");
     const KeySym symbol = virtualKey == 0x14 ? XK_Caps_Lock : KeySym{virtualKey}; // a letter is its capital
-    XTestFakeDeviceKeyEvent(personsDisplay(), keyboard, XKeysymToKeycode(personsDisplay(), symbol),
-                            isDown ? 1 : 0, nullptr, 0, CurrentTime);
-    XSync(personsDisplay(), 0);
+    XTestFakeDeviceKeyEvent(userDisplay(), keyboard, XKeysymToKeycode(userDisplay(), symbol), isDown ? 1 : 0,
+                            nullptr, 0, CurrentTime);
+    XSync(userDisplay(), 0);
 }

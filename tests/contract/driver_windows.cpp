@@ -1,5 +1,5 @@
-// The person's mouse and keyboard are xdotool's on the X server beneath Wine, which Wine takes for hardware.
-// Another program's window lives on a thread of its own.
+// The user's events come from xdotool on Wine's X server; Wine treats them as hardware events. Another
+// program's window runs on a thread of its own.
 
 #include "contract_test.h"
 
@@ -13,7 +13,7 @@ using namespace rotika;
 
 namespace {
 
-/// Programs of the host run at their own pace, so each leaves a file behind when it has ended.
+/// Wine cannot wait for programs of the host, so each creates a file when it has ended.
 void playOnHost(const std::string& xdotoolCommand) {
     static int serial = 0;
     const std::string done = "/tmp/rotika-person-" + std::to_string(GetCurrentProcessId()) + "-" +
@@ -36,7 +36,7 @@ public:
     }
     ~WindowsRecorder() override {
         PostMessageW(own, WM_CLOSE, 0, 0);
-        pumpUntil([this] { return own == nullptr; }); // what its end sends to our windows
+        pumpUntil([this] { return own == nullptr; }); // its end sends messages to our windows
         thread.join();
     }
     WindowHandle window() const override { return windowHandle(own); }
@@ -52,22 +52,22 @@ private:
         description.hInstance = moduleInstance();
         description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
         description.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
-        RegisterClassW(&description); // fails harmlessly from the second time on
-        // Without the extended style Wine would keep the popup from the window manager, and so from the
-        // keyboard.
+        RegisterClassW(&description); // fails harmlessly if registered already
+        // Without the extended style Wine would not have the window manager manage the popup, which then
+        // could not get the keyboard.
         own = CreateWindowExW(WS_EX_APPWINDOW, description.lpszClassName, L"recorder", WS_POPUP | WS_VISIBLE,
                               place.left, place.top, place.width(), place.height(), nullptr, nullptr,
                               moduleInstance(), nullptr);
         SetForegroundWindow(own);
         MSG message{};
         while (IsWindow(own) && GetMessageW(&message, nullptr, 0, 0) > 0) {
-            tellMessage(message);
+            recordMessage(message);
             DispatchMessageW(&message);
         }
         own = nullptr;
     }
 
-    void tellMessage(const MSG& message) {
+    void recordMessage(const MSG& message) {
         static const std::map<UINT, std::pair<const char*, bool>> buttons{
             {WM_LBUTTONDOWN, {"button 0", true}}, {WM_LBUTTONUP, {"button 0", false}},
             {WM_RBUTTONDOWN, {"button 1", true}}, {WM_RBUTTONUP, {"button 1", false}},
@@ -75,14 +75,14 @@ private:
             {WM_MOUSEWHEEL, {"button 3", true}},
         };
         if (const auto button = buttons.find(message.message); button != buttons.end())
-            tell(button->second.first, button->second.second);
+            record(button->second.first, button->second.second);
         if (message.message >= WM_KEYFIRST && message.message <= WM_SYSKEYUP)
-            tell("key " + std::to_string(message.wParam),
-                 message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN);
+            record("key " + std::to_string(message.wParam),
+                   message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN);
     }
 
     std::atomic<HWND> own = nullptr;
-    std::thread thread; // last: it uses what stands above
+    std::thread thread; // last: it uses the members above
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// The guard survives the faults of what runs under it and leaves every other one alone.
+// The guard survives faults of the guarded code and does not affect any others.
 
 #include "platform/fault_guard.h"
 
@@ -17,7 +17,7 @@ using namespace rotika;
 
 namespace {
 
-// Faults as a library would make them, hidden from sanitizers, which would report them first.
+// Faults as in a library; not instrumented, since sanitizers would report them first.
 #define ROTIKA_UNCHECKED __attribute__((noinline, no_sanitize("address", "undefined")))
 
 ROTIKA_UNCHECKED void writeTo(void* context) {
@@ -30,13 +30,13 @@ ROTIKA_UNCHECKED void jumpToNowhere(void*) {
     nowhere();
 }
 
-volatile bool isBottomless = true;
+volatile bool isEndless = true;
 
-/// In steps below a page's size, as the guard page of a stack asks for.
+/// In steps below the page size, so that the stack's guard page is hit.
 ROTIKA_UNCHECKED int deepen(volatile const char* above) {
     volatile char room[3000];
     room[0] = static_cast<char>(*above + 1);
-    return isBottomless ? deepen(room) + room[0] : 0;
+    return isEndless ? deepen(room) + room[0] : 0;
 }
 
 ROTIKA_UNCHECKED void useUpStack(void*) {
@@ -48,7 +48,7 @@ void throwOut(void*) {
     throw std::runtime_error("nobody catches it");
 }
 
-/// Whether `body` is survived, and its fault told, so many times.
+/// Whether every one of `times` runs is survived and reported as a fault.
 bool isSurvived(void (*body)(void*), int times = 1, void* context = nullptr) {
     int survived = 0;
     for (int i = 0; i < times; ++i)
@@ -56,7 +56,7 @@ bool isSurvived(void (*body)(void*), int times = 1, void* context = nullptr) {
     return survived == times;
 }
 
-TEST(FaultGuardContract, EveryKindOfFaultIsSurvivedAThousandTimesAlsoSideBySide) {
+TEST(FaultGuardContract, EveryKindOfFaultIsSurvivedRepeatedlyAndOnTwoThreads) {
     for (const auto fault : {writeTo, jumpToNowhere, throwOut}) {
         bool isOtherSurvived = false;
         std::thread other([&] { isOtherSurvived = isSurvived(useUpStack, 200); });
@@ -71,7 +71,7 @@ TEST(FaultGuardContract, EveryKindOfFaultIsSurvivedAThousandTimesAlsoSideBySide)
 
 using testing::KilledBySignal;
 
-TEST(LinuxFaultGuardDeathTest, WhatIsNotItsOwnTakesTheEarlierWay) {
+TEST(LinuxFaultGuardDeathTest, OtherFaultsReachTheEarlierHandler) {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     EXPECT_EXIT((isSurvived(throwOut), writeTo(nullptr)), KilledBySignal(SIGSEGV), "");
     EXPECT_EXIT((isSurvived(throwOut), kill(getpid(), SIGABRT), pause()), KilledBySignal(SIGABRT), "");
@@ -81,7 +81,7 @@ TEST(LinuxFaultGuardDeathTest, WhatIsNotItsOwnTakesTheEarlierWay) {
                 testing::ExitedWithCode(7), "");
 }
 
-/// Beyond the end of a file, as when one shrinks that a library has mapped; and what ends in an abort.
+/// SIGBUS: an access beyond the end of a file, as when a file that a library has mapped shrinks.
 TEST(LinuxFaultGuard, ABusErrorAndAnAbortAreSurvived) {
     const int file = memfd_create("empty", MFD_CLOEXEC);
     void* const beyondEnd = mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);

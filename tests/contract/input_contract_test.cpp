@@ -24,68 +24,68 @@ void clickInjected(std::uint32_t button) {
     injectMouseButton(button, InputMotion::up);
 }
 
-TEST_F(InputContract, AHotKeyIsHeardOncePerPressAlsoUnderALitCapsLockAndByNobodyElse) {
+TEST_F(InputContract, AHotKeyFiresOncePerPressAlsoWithCapsLockAndReachesNoOtherProgram) {
     const auto recorder = openRecorder(recorderPlace);
     ASSERT_TRUE(registerHotKey(mainWindow(), 1, 'X'));
     tapRealKey('X');
-    EXPECT_TRUE(pumpUntil([] { return heard.hotKeys.size() == 1; }));
+    EXPECT_TRUE(pumpUntil([] { return received.hotKeys.size() == 1; }));
     for (const std::uint16_t key : {capsLock, std::uint16_t{'X'}, capsLock})
         tapRealKey(key);
-    EXPECT_TRUE(pumpUntil([] { return heard.hotKeys.size() >= 2; }));
+    EXPECT_TRUE(pumpUntil([] { return received.hotKeys.size() >= 2; }));
     unregisterHotKey(mainWindow(), 1);
     tapRealKey('X');
-    tapInjected('C'); // when it has arrived, so has what came before
-    EXPECT_TRUE(recorder->hears("key 67 up"));
-    EXPECT_EQ(heard.hotKeys, (std::vector<int>{1, 1}));
+    tapInjected('C'); // arrives after all earlier events
+    EXPECT_TRUE(recorder->receives("key 67 up"));
+    EXPECT_EQ(received.hotKeys, (std::vector<int>{1, 1}));
     EXPECT_EQ(std::ranges::count(recorder->events(), "key 88 down"), 1);
 }
 
-TEST_F(InputContract, ACaptureHearsTheRealMouseAloneHoldsTheCursorAndGivesAllBack) {
+TEST_F(InputContract, ACaptureReceivesOnlyTheRealMousePinsTheCursorAndReleasesBoth) {
     const auto recorder = openRecorder(recorderPlace);
     setCursorPosition(overRecorder);
     ASSERT_TRUE(pumpUntil([] { return cursorPosition() == overRecorder; }));
     playRealButton(2, true);
-    ASSERT_TRUE(recorder->hears("button 2 down"));
+    ASSERT_TRUE(recorder->receives("button 2 down"));
     beginCapture(overRecorder);
     playRealButton(2, false);
     for (const std::uint32_t button : {0U, 3U})
         clickRealButton(button);
     moveRealMouse(30, -12);
     moveRealMouse(7, 0);
-    EXPECT_TRUE(pumpUntil([] { // Wine tells of some motions twice
-        return heard.motion.x >= 37 && heard.motion.y <= -12 && heard.capturePresses >= 1;
+    EXPECT_TRUE(pumpUntil([] { // Wine reports some motions twice
+        return received.motion.x >= 37 && received.motion.y <= -12 && received.capturePresses >= 1;
     }));
     setCursorPosition({120, 140});
-    EXPECT_EQ(cursorPosition(), overRecorder) << "held back from our own moves as well";
-    clickInjected(1); // when it has arrived, so has what came before
-    EXPECT_TRUE(recorder->hears("button 1 up"));
+    EXPECT_EQ(cursorPosition(), overRecorder) << "our own moves must be skipped too";
+    clickInjected(1); // arrives after all earlier events
+    EXPECT_TRUE(recorder->receives("button 1 up"));
     EXPECT_EQ(recorder->events(), (Events{"button 2 down", "button 1 down", "button 1 up"}));
 
     endPointerCapture();
-    EXPECT_TRUE(recorder->hears("button 2 up")) << "let go of during the capture";
-    // Wine lets go of the X pointer a moment later, so the mouse is moved until it does.
+    EXPECT_TRUE(recorder->receives("button 2 up")) << "released during the capture";
+    // Wine releases the X pointer with a delay, so the mouse is moved until it does.
     EXPECT_TRUE(pumpUntil([] {
         moveRealMouse(2, 1);
         return cursorPosition() != overRecorder;
     }));
     clickRealButton(0);
-    EXPECT_TRUE(recorder->hears("button 0 up"));
+    EXPECT_TRUE(recorder->receives("button 0 up"));
     EXPECT_EQ(recorder->events().size(), 6U);
 }
 
-/// Until what was asked of the window system has surely happened, clicks may land on what was there before.
+/// Repeats the click: until the window system has applied a change, clicks may hit the earlier window.
 bool clicksUntil(const std::function<bool()>& landed) {
     return pumpUntil([&] { return clickInjected(0), landed(); });
 }
 
-TEST_F(InputContract, TheWheelStopsAnInjectedPressAndTheGridLetsItThrough) {
+TEST_F(InputContract, TheWheelReceivesAnInjectedPressAndTheGridIsClickThrough) {
     const auto recorder = openRecorder(recorderPlace);
     setCursorPosition({200, 180});
     showLayer(gridWindow(), {opaqueRed});
     EXPECT_TRUE(clicksUntil([&] { return contains(recorder->events(), "button 0 up"); }));
-    EXPECT_EQ(heard.windowPresses, 0);
+    EXPECT_EQ(received.windowPresses, 0);
     showLayer(wheelWindow(), {opaqueRed});
-    EXPECT_TRUE(clicksUntil([] { return heard.windowPresses > 0; }));
+    EXPECT_TRUE(clicksUntil([] { return received.windowPresses > 0; }));
     EXPECT_EQ(foregroundWindow(), recorder->window()) << "a click on the wheel gives it no focus";
     hideOverlayWindow(wheelWindow());
     const std::size_t before = recorder->events().size();

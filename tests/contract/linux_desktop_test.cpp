@@ -1,4 +1,4 @@
-// What other programs of a Linux session do at the X server and say on the message buses.
+// Other programs of a Linux session on the X server and the message buses.
 
 #include "contract_test.h"
 #include "platform/elements.h"
@@ -25,7 +25,7 @@ using LinuxDesktop = ContractTest;
 
 const std::unique_ptr<Display, int (*)(Display*)> other(XOpenDisplay(nullptr), XCloseDisplay);
 
-TEST_F(LinuxDesktop, ACursorThatAnotherProgramMovesDuringACaptureComesBack) {
+TEST_F(LinuxDesktop, ACursorMovedByAnotherProgramDuringACaptureIsPutBack) {
     beginCapture(overRecorder);
     XWarpPointer(other.get(), noXid, DefaultRootWindow(other.get()), 0, 0, 0, 0, 20, 30);
     XSync(other.get(), 0);
@@ -33,7 +33,7 @@ TEST_F(LinuxDesktop, ACursorThatAnotherProgramMovesDuringACaptureComesBack) {
     EXPECT_TRUE(pumpUntil([] { return cursorPosition() == overRecorder; }));
 }
 
-/// The owner, who listens for taps from now on, must not take our own press for one.
+/// The owner thread, which then watches for taps of the key, must not mistake our own press for one.
 TEST_F(LinuxDesktop, AKeyThatIsLeftDownStaysDown) {
     constexpr std::uint16_t control = 0x11;
     const KeyCode code = keycodeOfVirtualKey(ownerDisplay(), control);
@@ -52,18 +52,19 @@ TEST_F(LinuxDesktop, AKeyThatIsLeftDownStaysDown) {
 /// Another program on a bus.
 class BusProgram {
 public:
-    /// Called on a thread of GIO for each call to the program; without a value the caller waits in vain.
-    using Answer = std::function<GVariant*(const std::string& path, const std::string& member, GVariant*)>;
+    /// Called on a thread of GIO for each call to the program; null sends no reply.
+    using CallHandler =
+        std::function<GVariant*(const std::string& path, const std::string& member, GVariant*)>;
 
-    explicit BusProgram(Answer answer, const std::string& address = sessionBusAddress())
-        : answering(std::move(answer)) {
+    explicit BusProgram(CallHandler callHandler, const std::string& address = sessionBusAddress())
+        : handler(std::move(callHandler)) {
         const auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
         bus = g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, nullptr);
         g_dbus_connection_add_filter(bus, onMessage, this, nullptr);
     }
     ~BusProgram() {
-        g_dbus_connection_flush_sync(bus, nullptr, nullptr); // an answer under way still counts
+        g_dbus_connection_flush_sync(bus, nullptr, nullptr); // pending replies must be sent
         g_dbus_connection_close_sync(bus, nullptr, nullptr);
         g_object_unref(bus);
     }
@@ -73,7 +74,7 @@ public:
         call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
              g_variant_new("(su)", wellKnown, 0U));
     }
-    /// The answer, if it is a text.
+    /// The reply if it is a string, otherwise empty.
     std::string call(const char* to, const char* path, const char* interface, const char* method,
                      GVariant* arguments) {
         GVariant* values = g_dbus_connection_call_sync(bus, to, path, interface, method, arguments, nullptr,
@@ -81,9 +82,9 @@ public:
         const char* text = "";
         if (g_variant_is_of_type(values, G_VARIANT_TYPE("(s)")))
             g_variant_get(values, "(&s)", &text);
-        const std::string answered = text;
+        const std::string reply = text;
         g_variant_unref(values);
-        return answered;
+        return reply;
     }
     void emit(const char* path, const char* interface, const char* signal, GVariant* values) {
         g_dbus_connection_emit_signal(bus, nullptr, path, interface, signal, values, nullptr);
@@ -94,7 +95,7 @@ private:
                                    gpointer program) {
         if (isIncoming == 0 || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)
             return message;
-        GVariant* const values = static_cast<BusProgram*>(program)->answering(
+        GVariant* const values = static_cast<BusProgram*>(program)->handler(
             g_dbus_message_get_path(message), g_dbus_message_get_member(message),
             g_dbus_message_get_body(message));
         if (values != nullptr) {
@@ -107,19 +108,19 @@ private:
         return nullptr;
     }
 
-    const Answer answering;
+    const CallHandler handler;
     GDBusConnection* bus = nullptr;
 };
 
 bool lockChangesAre(const std::vector<bool>& expected) {
-    return pumpUntil([&] { return heard.lockChanges == expected; });
+    return pumpUntil([&] { return received.lockChanges == expected; });
 }
 
-TEST_F(LinuxDesktop, ALockerIsBelievedFromItsComingToItsEnd) {
+TEST_F(LinuxDesktop, ALockersStateCountsFromItsStartToItsEnd) {
     constexpr char name[] = "org.cinnamon.ScreenSaver";
     auto saver = std::make_unique<BusProgram>([](auto&&...) { return g_variant_new("(b)", TRUE); });
     saver->own(name);
-    ASSERT_TRUE(lockChangesAre({true})) << "asked whether it is locked already";
+    ASSERT_TRUE(lockChangesAre({true})) << "the initial state is queried";
     for (const int isLocked : {1, 0, 1})
         saver->emit("/org/cinnamon/ScreenSaver", name, "ActiveChanged", g_variant_new("(b)", isLocked));
     EXPECT_TRUE(lockChangesAre({true, false, true}));
@@ -127,7 +128,7 @@ TEST_F(LinuxDesktop, ALockerIsBelievedFromItsComingToItsEnd) {
     EXPECT_TRUE(lockChangesAre({true, false, true, false})) << "a locker that died";
 }
 
-TEST_F(LinuxDesktop, TheLoginManagersRequestsCountForAWhile) {
+TEST_F(LinuxDesktop, TheLoginManagersLockRequestsExpireWithoutALocker) {
     constexpr char session[] = "/org/freedesktop/login1/session/_31";
     constexpr char interface[] = "org.freedesktop.login1.Session";
     BusProgram logind([&](const std::string&, const std::string& member, GVariant*) {
@@ -135,14 +136,14 @@ TEST_F(LinuxDesktop, TheLoginManagersRequestsCountForAWhile) {
                                       : g_variant_new("(v)", g_variant_new_boolean(FALSE));
     });
     logind.own("org.freedesktop.login1");
-    EXPECT_TRUE(pumpUntil([&] { // it has to ask first which session is ours
+    EXPECT_TRUE(pumpUntil([&] { // the signal counts only once our session is known
         logind.emit(session, interface, "Lock", nullptr);
-        return !heard.lockChanges.empty();
+        return !received.lockChanges.empty();
     }));
     logind.emit(session, interface, "Unlock", nullptr);
-    logind.emit("/org/freedesktop/login1/session/_32", interface, "Lock", nullptr); // another person's
+    logind.emit("/org/freedesktop/login1/session/_32", interface, "Lock", nullptr); // another user's
     EXPECT_TRUE(lockChangesAre({true, false}));
-    logind.emit(session, interface, "Lock", nullptr); // and no locker obeys
+    logind.emit(session, interface, "Lock", nullptr); // no locker locks
     EXPECT_TRUE(lockChangesAre({true, false, true, false}));
 }
 
@@ -153,13 +154,13 @@ constexpr guint32 usualStates = 1U << 24 | 1U << 25 | 1U << 30; // sensitive, sh
 struct Published {
     guint32 role;
     Rect place;
-    std::vector<int> children = {}; // numbers among the program's objects
+    std::vector<int> children = {}; // indexes of the program's objects
     const char* name = "";
 };
 
 class Publisher {
 public:
-    /// Number 0 is the application.
+    /// Object 0 is the application.
     explicit Publisher(std::vector<Published> published, int answersBeforeItStops = 1 << 30)
         : objects(std::move(published)), answersLeft(answersBeforeItStops) {
         bus.call("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root", "org.a11y.atspi.Socket",
@@ -212,8 +213,8 @@ private:
         BusProgram(nullptr).call("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", nullptr)};
 };
 
-/// The left edges of what was found below each root.
-using Lefts = std::vector<std::vector<int>>;
+/// The left edges of the elements below each root.
+using LeftEdges = std::vector<std::vector<int>>;
 
 class LinuxElements : public ContractTest {
 protected:
@@ -231,18 +232,18 @@ protected:
         XSync(other.get(), 0);
     }
 
-    static Lefts search(std::size_t enough = 1 << 20) {
+    static LeftEdges search(std::size_t enough = 1 << 20) {
         const ElementSearch wanted{ElementScope::windowAndTaskbar, {}, [=](const FoundElements& beginning) {
                                        return !beginning.roots.empty() && beginning.roots[0].size() >= enough;
                                    }};
-        Lefts lefts;
+        LeftEdges edges;
         for (const auto& root : std::async(std::launch::async, findElements, wanted).get().roots) {
-            lefts.emplace_back();
+            edges.emplace_back();
             for (const ScreenElement& element : root)
                 if (element.isEnabled && !element.isOffscreen)
-                    lefts.back().push_back(element.rect.left);
+                    edges.back().push_back(element.rect.left);
         }
-        return lefts;
+        return edges;
     }
 
     static constexpr Rect place{200, 200, 800, 600};
@@ -250,8 +251,8 @@ protected:
     const Published someProgram{application, {}, {1}}, something{button, {300, 300, 350, 320}};
 };
 
-/// What the program tells is the place of the frame, scaled.
-TEST_F(LinuxElements, ManySearchesOfATreeThatBitesItsTailLeaveNothingBehind) {
+/// The program reports the scaled position of the frame.
+TEST_F(LinuxElements, ManySearchesOfACyclicTreeLeakNoDescriptors) {
     openFront(getpid());
     setFrontNumbers("_NET_FRAME_EXTENTS", {2, 2, 40, 10});
     const Publisher program({someProgram,
@@ -261,32 +262,31 @@ TEST_F(LinuxElements, ManySearchesOfATreeThatBitesItsTailLeaveNothingBehind) {
     const auto descriptors = [] {
         return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
     };
-    ASSERT_EQ(search(), (Lefts{{300}}));
+    ASSERT_EQ(search(), (LeftEdges{{300}}));
     const auto before = descriptors();
     for (int i = 0; i < 100; ++i)
         search();
     EXPECT_LE(descriptors(), before + 2);
 }
 
-/// Windows that fill the screen have one place, and titles may be alike.
-TEST_F(LinuxElements, NoOtherWindowIsTakenForTheOneInFrontAndAStoppedProgramHoldsNothingUp) {
-    openFront(1); // a game's, a terminal's, one in a container: its process publishes nothing
+/// Full-screen windows share one place, and titles may be equal.
+TEST_F(LinuxElements, NoOtherWindowIsMistakenForTheFrontOneAndAStoppedProgramDoesNotBlock) {
+    openFront(1); // a game, a terminal, a program in a container: its process publishes nothing
     const Publisher stopped({}, 0);
     constexpr Rect elsewhere{0, 0, 200, 100};
-    const std::pair<Published, Lefts> cases[] = {
+    const std::pair<Published, LeftEdges> cases[] = {
         {{frame, place, {2}, "Other"}, {}},
         {{frame, elsewhere, {2}, "In front"}, {}},
         {{frame, place, {2}, "In front"}, {{300}}},
     };
     for (const auto& [window, expected] : cases) {
         const Publisher program({someProgram, window, something});
-        // Nothing would be found, too, if the stopped one were waited for; a busy machine may answer too
-        // late.
+        // Waiting for the stopped program would find nothing. Repeated: a busy machine may reply too late.
         EXPECT_TRUE(pumpUntil([&wanted = expected] { return search() == wanted; })) << window.name;
     }
 }
 
-TEST_F(LinuxElements, OfAWindowOfThousandsTheFirstAreFoundWithoutTheRestAlsoIfItStops) {
+TEST_F(LinuxElements, TheFirstOfThousandsOfElementsAreFoundAloneAlsoIfTheProgramStops) {
     openFront(getpid());
     std::vector<Published> objects{someProgram, {frame, place}};
     for (int i = 0; i < 5000; ++i) {
@@ -295,11 +295,11 @@ TEST_F(LinuxElements, OfAWindowOfThousandsTheFirstAreFoundWithoutTheRestAlsoIfIt
     }
     for (const int answers : {1 << 30, 300}) {
         const Publisher program(objects, answers);
-        const Lefts lefts = search(99);
-        ASSERT_EQ(lefts.size(), 1U);
-        ASSERT_GE(lefts[0].size(), answers == 300 ? 20U : 99U);
+        const LeftEdges edges = search(99);
+        ASSERT_EQ(edges.size(), 1U);
+        ASSERT_GE(edges[0].size(), answers == 300 ? 20U : 99U);
         for (std::size_t i = 0; i < 20; ++i)
-            EXPECT_EQ(lefts[0][i], static_cast<int>(i));
+            EXPECT_EQ(edges[0][i], static_cast<int>(i));
         EXPECT_LT(program.asked, 4000);
     }
 }

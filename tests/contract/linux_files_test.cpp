@@ -1,4 +1,4 @@
-// Oddities of files that only Linux has: permissions, symbolic links, pipes.
+// File features of Linux: permissions, symbolic links, pipes.
 
 #include "common/data_folder.h"
 #include "contract_test.h"
@@ -19,11 +19,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-int renameError = 0; // of all renames, as of a disk without room for another name
+int renameError = 0; // of all renames, as on a full disk
 
 } // namespace
 
-/// In the place of the system's.
+/// Replaces the system's function.
 extern "C" int rename(const char* from, const char* to) noexcept {
     errno = renameError;
     return renameError != 0 ? -1 : ::renameat(AT_FDCWD, from, AT_FDCWD, to);
@@ -43,8 +43,8 @@ protected:
         fs::permissions(folder / name, static_cast<fs::perms>(mode));
     }
 
-    /// As "nobody" if need be: the superuser knows no read-only file. A file cannot grow beyond the limit
-    /// there, as on a full disk.
+    /// As "nobody" when run by root, for whom no file is read-only. Files cannot grow beyond the limit, as on
+    /// a full disk.
     void asOrdinaryUser(const std::function<void()>& body, rlim_t sizeLimit = RLIM_INFINITY) const {
         const uid_t own = ::getuid(), user = own == 0 ? 65534 : own;
         EXPECT_TRUE(own != 0 || std::system(("chown -hR nobody: " + folder.string()).c_str()) == 0);
@@ -58,7 +58,7 @@ protected:
     const fs::path folder = temporaryFolder();
 };
 
-TEST_F(LinuxFiles, ALinkStaysALinkAndItsTargetGetsTheContentAndKeepsItsMode) {
+TEST_F(LinuxFiles, ALinkIsKeptAndItsTargetIsReplacedWithItsMode) {
     ASSERT_TRUE(write("file", "old"));
     setMode("file", 0606);
     fs::create_symlink("file", folder / "link");
@@ -69,7 +69,7 @@ TEST_F(LinuxFiles, ALinkStaysALinkAndItsTargetGetsTheContentAndKeepsItsMode) {
     EXPECT_TRUE(fs::is_symlink(folder / "link") && fs::is_symlink(folder / "chain"));
 }
 
-TEST_F(LinuxFiles, WhatIsReadOnlyIsLeftAloneAndAPipeNeitherHoldsTheReaderNorIsReplaced) {
+TEST_F(LinuxFiles, AReadOnlyFileIsKeptAndAPipeNeitherBlocksNorIsReplaced) {
     ASSERT_TRUE(write("file", "old"));
     setMode("file", 0444);
     asOrdinaryUser([&] { EXPECT_FALSE(write("file", "new")); });
@@ -80,8 +80,8 @@ TEST_F(LinuxFiles, WhatIsReadOnlyIsLeftAloneAndAPipeNeitherHoldsTheReaderNorIsRe
     EXPECT_TRUE(fs::is_fifo(folder / "pipe"));
 }
 
-/// Also in a folder where nothing may be made: there the old bytes have kept their room on the disk.
-TEST_F(LinuxFiles, AFullDiskLeavesTheOldFileAndNothingBehind) {
+/// Also in a read-only folder, where the file is overwritten in place.
+TEST_F(LinuxFiles, AFullDiskKeepsTheOldFileAndLeavesNoOther) {
     const std::string old(3000, 'o'), tooLong(10'000, 'x');
     ASSERT_TRUE(write("file", old));
     for (const unsigned mode : {0755U, 0555U}) {
@@ -98,8 +98,8 @@ TEST_F(LinuxFiles, AFullDiskLeavesTheOldFileAndNothingBehind) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
 }
 
-/// The second start is after the person has deleted a wheel.
-TEST_F(LinuxFiles, AProgramInAPackageTakesOverWhatItsAdministratorPreparedOnce) {
+/// The second start is after the user has deleted a wheel.
+TEST_F(LinuxFiles, APackagedProgramCopiesTheAdministratorsFilesOnce) {
     const fs::path own = folder / "data/rotika";
     fs::create_directories(own);
     ::setenv("XDG_DATA_HOME", own.parent_path().c_str(), 1);

@@ -13,8 +13,8 @@ namespace fs = std::filesystem;
 
 using SystemContract = ContractTest;
 
-/// The name leaves no room for that of a temporary file: Windows counts the whole path, others the name.
-TEST_F(SystemContract, AFileIsReplacedAsAWholeOrStaysAsItIs) {
+/// The name is too long to append ".tmp": Windows limits the whole path, other systems the name.
+TEST_F(SystemContract, AFileIsReplacedCompletelyOrUnchanged) {
     const std::u16string folder = temporaryFolder();
     constexpr bool countsPaths = fs::path::preferred_separator == '\\';
     const std::u16string path =
@@ -30,7 +30,7 @@ TEST_F(SystemContract, AFileIsReplacedAsAWholeOrStaysAsItIs) {
     EXPECT_TRUE(fs::is_empty(folder)) << "a temporary file was left";
 }
 
-TEST_F(SystemContract, ALibraryIsFoundAndOneThatWasCutShortIsRefused) {
+TEST_F(SystemContract, ALibraryIsLoadedAndATruncatedOneIsRefused) {
     const std::u16string path = fs::path(ROTIKA_CONTRACT_LIBRARY).make_preferred().u16string();
     const LibraryHandle library = loadLibrary(path, LibrarySearch::besideItself);
     ASSERT_NE(library, nullptr);

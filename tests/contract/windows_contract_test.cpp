@@ -1,6 +1,5 @@
-// What Windows alone asks for: a clip that belongs to everybody, a desktop that refuses input, faults in code
-// that tells the system nothing of itself, and the search for elements, which a stand-in for UI Automation
-// serves.
+// Windows only: the shared cursor clip, a desktop that refuses input, faults in code without unwind tables,
+// and the search for elements with a test double of UI Automation.
 
 #include "contract_test.h"
 #include "platform/elements.h"
@@ -21,8 +20,8 @@ using namespace rotika;
 extern "C" decltype(&SendInput) __imp_SendInput;
 extern "C" decltype(&MapVirtualKeyW) __imp_MapVirtualKeyW;
 
-// Spoils a register that a callee must put back, and nothing tells the system where it or the return address
-// lies: as in hand-written matrix kernels.
+// Overwrites a callee-saved register, and has no unwind tables for it or the return address, as in
+// hand-written matrix kernels.
 extern "C" void faultWithoutUnwindTables(void*);
 __asm__(".text\n"
         "faultWithoutUnwindTables:\n"
@@ -32,7 +31,7 @@ __asm__(".text\n"
 
 namespace {
 
-/// Another function in place of one of the system's, for as long as this lives.
+/// Replaces a function of the system while it exists.
 template <typename Function>
 class StandIn {
 public:
@@ -53,7 +52,7 @@ protected:
     const std::unique_ptr<Recorder> recorder = openRecorder(recorderPlace);
 };
 
-TEST_F(WindowsContract, ACaptureThatFallsSilentIsEndedByTheGuardAndGivesTheClipBackThatStoodBefore) {
+TEST_F(WindowsContract, TheGuardEndsAStaleCaptureAndRestoresTheEarlierClip) {
     constexpr RECT before{120, 120, 480, 380}; // as games do
     const auto clipIs = [](const RECT& wanted) {
         RECT clip{};
@@ -67,18 +66,18 @@ TEST_F(WindowsContract, ACaptureThatFallsSilentIsEndedByTheGuardAndGivesTheClipB
     EXPECT_TRUE(pumpUntil([&] { return clipIs(before); }));
     clickRealButton(2);
     PostMessageW(nativeWindow(wheelWindow()), WM_LBUTTONDOWN, MK_LBUTTON, 0);
-    EXPECT_TRUE(recorder->hears("button 2 up"));
+    EXPECT_TRUE(recorder->receives("button 2 up"));
     EXPECT_FALSE(renewPointerCapture());
-    EXPECT_EQ(heard.capturePresses + heard.windowPresses, 0);
+    EXPECT_EQ(received.capturePresses + received.windowPresses, 0);
     endPointerCapture();
-    EXPECT_TRUE(clipIs(before) && renewPointerCapture()) << "there is nothing to be silent about";
+    EXPECT_TRUE(clipIs(before) && renewPointerCapture()) << "no capture, so it cannot be stale";
     ClipCursor(nullptr);
 }
 
-TEST_F(WindowsContract, AReleaseThatTheSystemRefusesComesLaterAndNotAfterANewPress) {
+TEST_F(WindowsContract, ARefusedReleaseIsRetriedButNotAfterANewPress) {
     injectKey('A', false, InputMotion::downUntilReleased);
     injectKey('B', false, InputMotion::downUntilReleased);
-    ASSERT_TRUE(recorder->hears("key 66 down"));
+    ASSERT_TRUE(recorder->receives("key 66 down"));
     {
         const StandIn refusal(__imp_SendInput, [](UINT, LPINPUT, int) -> UINT { return 0; });
         injectKey('A', false, InputMotion::up);
@@ -86,20 +85,20 @@ TEST_F(WindowsContract, AReleaseThatTheSystemRefusesComesLaterAndNotAfterANewPre
         injectKey('B', false, InputMotion::up);
         tapInjected('B');
         tapInjected('C');
-        keybd_event('C', 0, 0, 0); // the person's, who alone has pressed it
+        keybd_event('C', 0, 0, 0); // the user's press, the only one that arrives
     }
-    EXPECT_TRUE(recorder->hears("key 66 up"));
+    EXPECT_TRUE(recorder->receives("key 66 up"));
     for (const char* const early : {"key 65 up", "key 67 up"})
         EXPECT_FALSE(contains(recorder->events(), early)) << early;
     keybd_event('C', 0, KEYEVENTF_KEYUP, 0);
     injectKey('A', false, InputMotion::up);
-    EXPECT_TRUE(recorder->hears("key 65 up"));
+    EXPECT_TRUE(recorder->receives("key 65 up"));
 }
 
 WORD sentScanCode = 0;
 
-TEST_F(WindowsContract, PrintScreenHasItsOwnScanCodeWhateverTheSystemSays) {
-    // Windows answers with the code of the key under Alt, and Wine knows better.
+TEST_F(WindowsContract, PrintScreenHasItsOwnScanCodeWhateverTheSystemReturns) {
+    // Windows returns the code of the key with Alt, Wine the right one.
     const StandIn mapping(__imp_MapVirtualKeyW, [](UINT, UINT) -> UINT { return 0x54; });
     const StandIn sending(__imp_SendInput, [](UINT, LPINPUT input, int) -> UINT {
         sentScanCode = input->ki.wScan;
@@ -111,7 +110,7 @@ TEST_F(WindowsContract, PrintScreenHasItsOwnScanCodeWhateverTheSystemSays) {
     EXPECT_EQ(sentScanCode, 0x54);
 }
 
-TEST_F(WindowsContract, FaultsInCodeWithoutUnwindTablesLeaveOnlyTheInnermostGuard) {
+TEST_F(WindowsContract, AFaultWithoutUnwindTablesEndsOnlyTheInnermostGuard) {
     int survived = 0;
     const auto faultInside = [](void* count) {
         *static_cast<int*>(count) += runGuarded(faultWithoutUnwindTables, nullptr) ? 0 : 1;
@@ -121,7 +120,7 @@ TEST_F(WindowsContract, FaultsInCodeWithoutUnwindTablesLeaveOnlyTheInnermostGuar
     EXPECT_EQ(survived, 1000);
 }
 
-TEST_F(WindowsContract, OurWindowsStayWhenAskedToCloseAndTellWhatTheSystemSays) {
+TEST_F(WindowsContract, OurWindowsIgnoreCloseRequestsAndReportSystemEvents) {
     const WindowHandle windows[] = {mainWindow(), wheelWindow(), gridWindow()};
     for (const WindowHandle window : windows) {
         PostMessageW(nativeWindow(window), WM_CLOSE, 0, 0);
@@ -129,13 +128,13 @@ TEST_F(WindowsContract, OurWindowsStayWhenAskedToCloseAndTellWhatTheSystemSays) 
     }
     for (const WPARAM change : {WTS_SESSION_LOCK, WTS_SESSION_UNLOCK})
         PostMessageW(nativeWindow(mainWindow()), WM_WTSSESSION_CHANGE, change, 1);
-    EXPECT_TRUE(pumpUntil([] { return heard.lockChanges == std::vector<bool>{true, false}; }));
-    EXPECT_TRUE(pumpUntil([] { return heard.closeRequests == 1 && heard.monitorChanges >= 1; }));
+    EXPECT_TRUE(pumpUntil([] { return received.lockChanges == std::vector<bool>{true, false}; }));
+    EXPECT_TRUE(pumpUntil([] { return received.closeRequests == 1 && received.monitorChanges >= 1; }));
     for (const WindowHandle window : windows)
         EXPECT_TRUE(IsWindow(nativeWindow(window)));
 }
 
-/// The left edges of what was found below each root: no two elements are alike in it.
+/// The left edges of the elements below each root; they differ for all elements.
 using Found = std::vector<std::vector<int>>;
 
 class WindowsElements : public ContractTest {
@@ -164,11 +163,11 @@ protected:
         WNDCLASSA description{};
         description.lpszClassName = name;
         description.lpfnWndProc = DefWindowProcA;
-        RegisterClassA(&description); // fails harmlessly from the second time on
+        RegisterClassA(&description); // fails harmlessly if registered already
         return CreateWindowA(name, "", style, 0, 0, size.x, size.y, parent, nullptr, nullptr, nullptr);
     }
 
-    /// Searches as the engine does, from a thread of its own.
+    /// Searches on a thread of its own, as the engine does.
     static FoundElements search(ElementScope scope = ElementScope::windowAndTaskbar,
                                 WindowHandle ownWindow = mainWindow()) {
         const ElementSearch wanted{scope, {gridWindow(), ownWindow}};
@@ -188,7 +187,7 @@ protected:
     const HWND taskbar = makeWindow("Shell_TrayWnd", {400, 40}, WS_POPUP); // shown later, without the focus
 };
 
-TEST_F(WindowsElements, WhatCanBeClickedComesInOrderWithWhatIsKnownOfIt) {
+TEST_F(WindowsElements, ClickableElementsAreReturnedInOrderWithTheirProperties) {
     using enum ControlType;
     const FoundElements found = search();
     EXPECT_EQ(found.area, primaryMonitor());
@@ -201,12 +200,12 @@ TEST_F(WindowsElements, WhatCanBeClickedComesInOrderWithWhatIsKnownOfIt) {
     EXPECT_EQ(leftEdges(search(ElementScope::windowAndTaskbar, windowHandle(front))), Found{{50}});
     const HWND refusing = makeWindow("RotikaRefusing", {700, 600}, WS_OVERLAPPEDWINDOW | WS_VISIBLE);
     EXPECT_TRUE(pumpUntil([&] { return GetForegroundWindow() == refusing; }));
-    EXPECT_EQ(leftEdges(search()), Found{{50}}) << "it costs no more than itself";
+    EXPECT_EQ(leftEdges(search()), Found{{50}}) << "only its own elements are missing";
     DestroyWindow(refusing);
 }
 
-/// A browser's window of the class of its pages may also be narrow, and shows none then.
-TEST_F(WindowsElements, APageIsWhereTheBrowserShowsIt) {
+/// A narrow browser window of a page's class shows no page.
+TEST_F(WindowsElements, APageIsTheBrowsersPageWindow) {
     constexpr DWORD style = WS_CHILD | WS_VISIBLE;
     makeWindow("MozillaWindowClass", {200, 400}, style, front);
     EXPECT_EQ(leftEdges(search(ElementScope::page)), (Found{{10, 20, 30}}));

@@ -98,7 +98,6 @@ public:
     }
     void clickMouse() {
         desktop.pressMouse(0);
-        desktop.releaseMouse(0);
         desktop.settle();
     }
 

@@ -4,10 +4,10 @@
 
 namespace rotika {
 
-/// Opens the bus on which programs publish what their windows hold. False if there is none.
+/// Opens the bus on which programs publish the contents of their windows. False if there is none.
 bool openAccessibilityBus(BusConnection& bus);
 
-/// The root of all that is published there: its children are the programs.
+/// The root of the accessibility tree: its children are the programs.
 BusObject accessibilityDesktop();
 
 } // namespace rotika

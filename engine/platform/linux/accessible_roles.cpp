@@ -14,7 +14,7 @@ bool hasState(std::uint64_t states, AtspiStateType state) {
 } // namespace
 
 ControlType AccessibleTraits::type() const {
-    // An item of a list in a text is not there to be clicked, one that can be chosen is.
+    // A bullet of a text list is not clickable, a selectable item is.
     const bool canBeChosen =
         hasState(states, ATSPI_STATE_SELECTABLE) || hasState(states, ATSPI_STATE_EXPANDABLE) || isFocusable();
     switch (role) {
@@ -49,7 +49,7 @@ ControlType AccessibleTraits::type() const {
     case ATSPI_ROLE_RADIO_MENU_ITEM:
     case ATSPI_ROLE_TEAROFF_MENU_ITEM:
         return ControlType::menuItem;
-    case ATSPI_ROLE_MENU: // an entry with a menu behind it, or a menu as a whole
+    case ATSPI_ROLE_MENU: // an entry that opens a submenu, or a whole menu
         return canBeChosen ? ControlType::menuItem : ControlType::pane;
     case ATSPI_ROLE_PAGE_TAB:
         return ControlType::tabItem;
@@ -91,7 +91,7 @@ ControlType AccessibleTraits::type() const {
     }
 }
 
-/// Enabled in the protocol's sense is also what a half-checked box of GTK is not.
+/// Not ATSPI_STATE_ENABLED: GTK clears that for a half-checked box.
 bool AccessibleTraits::isEnabled() const {
     return hasState(states, ATSPI_STATE_SENSITIVE);
 }
@@ -112,7 +112,7 @@ bool AccessibleTraits::isWebPage() const {
     return role == ATSPI_ROLE_DOCUMENT_WEB;
 }
 
-bool AccessibleTraits::mayHoldVeryMany() const {
+bool AccessibleTraits::mayHaveManyChildren() const {
     return hasState(states, ATSPI_STATE_MANAGES_DESCENDANTS) || role == ATSPI_ROLE_TABLE ||
            role == ATSPI_ROLE_TREE_TABLE || role == ATSPI_ROLE_TREE;
 }
@@ -140,12 +140,12 @@ bool AccessibleTraits::isLeaf() const {
     }
 }
 
-bool AccessibleTraits::cutsOff() const {
-    return role == ATSPI_ROLE_SCROLL_PANE || role == ATSPI_ROLE_VIEWPORT || mayHoldVeryMany() ||
+bool AccessibleTraits::clipsDescendants() const {
+    return role == ATSPI_ROLE_SCROLL_PANE || role == ATSPI_ROLE_VIEWPORT || mayHaveManyChildren() ||
            type() == ControlType::document;
 }
 
-bool AccessibleTraits::popsUp() const {
+bool AccessibleTraits::opensOwnWindow() const {
     return role == ATSPI_ROLE_COMBO_BOX || role == ATSPI_ROLE_MENU || role == ATSPI_ROLE_POPUP_MENU ||
            type() == ControlType::window;
 }

@@ -11,25 +11,24 @@ struct AccessibleTraits {
     std::uint32_t role = 0;
     std::uint64_t states = 0;
 
-    /// By what a person would do with it: what merely holds or tells is unknown.
+    /// Containers without a use of their own and static texts are unknown.
     ControlType type() const;
     bool isEnabled() const;
     bool isShowing() const;
     bool isFocusable() const;
     bool isActive() const;
-    /// A page in a browser, as against any document.
+    /// A page in a browser, not any document.
     bool isWebPage() const;
-    /// Whether it may hold more than can be asked for one by one.
-    bool mayHoldVeryMany() const;
-    /// Whether nothing below it can be clicked apart from itself.
+    /// Whether it may have too many children to request each.
+    bool mayHaveManyChildren() const;
+    /// Whether no descendant can be clicked separately.
     bool isLeaf() const;
-    /// Whether what is below it shows only within its bounds.
-    bool cutsOff() const;
-    /// Whether what is below it comes up in a window of its own.
-    bool popsUp() const;
-    /// Whether the entries of an open menu or list may be below it.
+    /// Whether its descendants are clipped to its bounds.
+    bool clipsDescendants() const;
+    /// Whether its descendants appear in a window of their own.
+    bool opensOwnWindow() const;
+    /// Whether the entries of an open menu or list may be its descendants.
     bool opensMenu() const;
-    /// A menu by itself, as against one that hangs on an entry.
     bool isPopupMenu() const;
 };
 

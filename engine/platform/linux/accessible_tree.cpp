@@ -1,6 +1,6 @@
 #include "platform/linux/accessible_tree.h"
 
-#include "platform/linux/accessible_questions.h"
+#include "platform/linux/accessible_requests.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,26 +9,26 @@ namespace rotika {
 
 namespace {
 
-// A program with a fault may publish a tree without an end.
-constexpr std::size_t deepest = 150;
-constexpr std::size_t mostNodes = 30000;
+// A faulty program may publish an endless tree.
+constexpr std::size_t maxDepth = 150;
+constexpr std::size_t maxNodes = 30000;
 
-// With more children than this GTK and Qt are busy for long if asked for all at once: 5,000 stop the program
-// for one or two seconds.
-constexpr std::int32_t mostAskedAtOnce = 250;
+// GTK and Qt block for long when a call requests more children than this: 5,000 stop the program for one or
+// two seconds.
+constexpr std::int32_t maxChildrenPerCall = 250;
 
-// Objects asked about at a time: enough to keep a program busy, and little to throw away in the end.
-constexpr std::size_t mostInProgress = 48;
+// Objects loaded at a time: enough to keep a program busy, and few to discard at the end.
+constexpr std::size_t maxInProgress = 48;
 
-// A spreadsheet has more cells than anyone can ask for: above this many only what lies under these points is
-// asked for, each about as far from the next as a row is high.
-constexpr std::int32_t mostAskedOneByOne = 1000;
+// A spreadsheet has too many cells to request each: above this many children only those at grid points are
+// requested, with a step of about a row's height.
+constexpr std::int32_t maxChildrenByIndex = 1000;
 constexpr std::int32_t pointStepY = 14;
 constexpr std::int32_t pointStepX = 80;
-constexpr std::int32_t mostPointsPerSide = 80;
+constexpr std::int32_t maxPointsPerSide = 80;
 constexpr int pointsAtOnce = 32;
 
-Rect common(const Rect& a, const Rect& b) {
+Rect intersection(const Rect& a, const Rect& b) {
     return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
             std::min(a.bottom, b.bottom)};
 }
@@ -37,56 +37,55 @@ bool isEmpty(const Rect& rect) {
     return rect.width() <= 0 || rect.height() <= 0;
 }
 
-/// `shown` cut down to where `node` lets things show that are below it.
-std::optional<Rect> shownPartBelow(const AccessibleNode& node, const std::optional<Rect>& shown) {
-    if (node.traits.popsUp())
+/// `shown` clipped to where descendants of `node` are visible; nullopt: unlimited.
+std::optional<Rect> clipBelow(const AccessibleNode& node, const std::optional<Rect>& shown) {
+    if (node.traits.opensOwnWindow())
         return std::nullopt;
-    if (!node.traits.cutsOff() || !node.place)
+    if (!node.traits.clipsDescendants() || !node.place)
         return shown;
-    return shown ? common(*shown, *node.place) : *node.place;
+    return shown ? intersection(*shown, *node.place) : *node.place;
 }
 
-/// Where `node` can be seen for all that is known, in the program's coordinates; nothing for anywhere.
-std::optional<Rect> shownPartAround(const AccessibleNode& node) {
-    return node.parent == nullptr ? std::nullopt
-                                  : shownPartBelow(*node.parent, shownPartAround(*node.parent));
+/// Where `node` can be visible as far as is known, in the program's coordinates; nullopt: unlimited.
+std::optional<Rect> clipAround(const AccessibleNode& node) {
+    return node.parent == nullptr ? std::nullopt : clipBelow(*node.parent, clipAround(*node.parent));
 }
 
-bool mayMatter(const AccessibleTraits& traits) {
+bool mayBeUseful(const AccessibleTraits& traits) {
     const ControlType type = traits.type();
-    return traits.cutsOff() || type == ControlType::document || traits.isFocusable() ||
+    return traits.clipsDescendants() || type == ControlType::document || traits.isFocusable() ||
            (type != ControlType::unknown && type != ControlType::pane && type != ControlType::window);
 }
 
-bool isNothing(const BusObject& object) {
+bool isNullObject(const BusObject& object) {
     return object.program.empty() || object.path == "/org/a11y/atspi/null";
 }
 
-/// Sorts what is below a node into a window's own elements and those of the open menus.
-class Sorter {
+/// Sorts the descendants of a node into a window's own elements and those of the open menus.
+class ElementSorter {
 public:
-    Sorter(const WindowView& seenWindow, Extent wanted, WindowElements& sorted)
+    ElementSorter(const WindowView& seenWindow, Extent wanted, WindowElements& sorted)
         : view(seenWindow), extent(wanted), elements(sorted) {}
 
-    /// False if the rest is not known yet.
-    bool sortBelow(const AccessibleNode& node, const std::optional<Rect>& around, bool isInMenu) {
-        const std::optional<Rect> shown = shownPartBelow(node, around);
+    /// False if the rest is not loaded yet.
+    bool sortDescendants(const AccessibleNode& node, const std::optional<Rect>& around, bool isInMenu) {
+        const std::optional<Rect> shown = clipBelow(node, around);
         for (const auto& child : node.children) {
-            if (extent == Extent::beginning && !child->isKnown) {
+            if (extent == Extent::beginning && !child->isLoaded) {
                 elements.endsInMenu = isInMenu;
                 return false;
             }
             if (child->place)
-                take(*child, shown, isInMenu);
-            if (!sortBelow(*child, shown, isInMenu || child->traits.opensMenu()))
+                add(*child, shown, isInMenu);
+            if (!sortDescendants(*child, shown, isInMenu || child->traits.opensMenu()))
                 return false;
         }
         return true;
     }
 
 private:
-    void take(const AccessibleNode& node, const std::optional<Rect>& shown, bool isInMenu) {
-        const Rect seen = shown ? common(*shown, *node.place) : *node.place;
+    void add(const AccessibleNode& node, const std::optional<Rect>& shown, bool isInMenu) {
+        const Rect seen = shown ? intersection(*shown, *node.place) : *node.place;
         const bool isSeen = !isEmpty(seen);
         const Rect rect = view.fix.applied(isSeen ? seen : *node.place);
         ScreenElement element{rect, node.traits.type(), node.traits.isEnabled(),
@@ -109,34 +108,34 @@ private:
 
 } // namespace
 
-void TreeGrower::grow(AccessibleNode& root) {
-    known.insert({root.object.program, root.object.path});
+void TreeLoader::load(AccessibleNode& root) {
+    foundObjects.insert({root.object.program, root.object.path});
     ++inProgress;
-    ++root.openQuestions;
-    growBelow(root);
-    answered(root);
+    ++root.pendingCalls;
+    loadChildren(root);
+    finishCall(root);
 }
 
-/// A taker for one more question about the node.
-template <typename Taker>
-auto TreeGrower::counted(AccessibleNode& node, Taker taker) {
-    ++node.openQuestions;
-    return [this, &node, taker = std::move(taker)](const auto& answer) {
-        taker(answer);
-        answered(node);
+/// Wraps the handler of one more call for the node.
+template <typename Handler>
+auto TreeLoader::counted(AccessibleNode& node, Handler handler) {
+    ++node.pendingCalls;
+    return [this, &node, handler = std::move(handler)](const auto& reply) {
+        handler(reply);
+        finishCall(node);
     };
 }
 
-void TreeGrower::answered(AccessibleNode& node) {
-    if (--node.openQuestions > 0)
+void TreeLoader::finishCall(AccessibleNode& node) {
+    if (--node.pendingCalls > 0)
         return;
-    node.isKnown = true;
+    node.isLoaded = true;
     --inProgress;
-    askNext();
+    startWaiting();
 }
 
-void TreeGrower::askNext() {
-    while (inProgress < mostInProgress && !waiting.empty()) {
+void TreeLoader::startWaiting() {
+    while (inProgress < maxInProgress && !waiting.empty()) {
         AccessibleNode& next = *waiting.begin()->second;
         waiting.erase(waiting.begin());
         ++inProgress;
@@ -144,128 +143,128 @@ void TreeGrower::askNext() {
     }
 }
 
-void TreeGrower::visit(AccessibleNode& node) {
+void TreeLoader::visit(AccessibleNode& node) {
     if (!node.object.path.empty()) {
-        visitFound(node);
+        visitObject(node);
         return;
     }
     const auto index = static_cast<std::int32_t>(node.position.back());
-    askForChildAtIndex(bus, node.parent->object, index,
-                       counted(node, [this, &node](const std::optional<BusObject>& child) {
-                           if (!child || !isNew(*child))
-                               return;
-                           node.object = *child;
-                           visitFound(node);
-                       }));
+    requestChildAtIndex(bus, node.parent->object, index,
+                        counted(node, [this, &node](const std::optional<BusObject>& child) {
+                            if (!child || !insertIfNew(*child))
+                                return;
+                            node.object = *child;
+                            visitObject(node);
+                        }));
 }
 
-void TreeGrower::visitFound(AccessibleNode& node) {
-    askForStates(bus, node.object, counted(node, [this, &node](std::uint64_t states) {
-                     node.traits.states = states;
-                     // Most of a long page lies outside its window, and nothing else is asked about that.
-                     if (!node.traits.isShowing())
-                         return;
-                     askForRole(bus, node.object, counted(node, [this, &node](std::uint32_t role) {
-                                    node.traits.role = role;
-                                    expand(node);
-                                }));
-                 }));
+void TreeLoader::visitObject(AccessibleNode& node) {
+    requestStates(bus, node.object, counted(node, [this, &node](std::uint64_t states) {
+                      node.traits.states = states;
+                      // Most of a long page lies outside its window: no further calls for that part.
+                      if (!node.traits.isShowing())
+                          return;
+                      requestRole(bus, node.object, counted(node, [this, &node](std::uint32_t role) {
+                                      node.traits.role = role;
+                                      expand(node);
+                                  }));
+                  }));
 }
 
-void TreeGrower::expand(AccessibleNode& node) {
+void TreeLoader::expand(AccessibleNode& node) {
     const AccessibleTraits& traits = node.traits;
-    // Qt publishes a menu below the entry that opens it.
+    // Qt publishes a menu as a child of the entry that opens it.
     const bool mayOpenMenu = menus == Menus::open && traits.type() == ControlType::menuItem;
-    const bool isEnd = (traits.isLeaf() && !mayOpenMenu) || node.position.size() >= deepest ||
-                       (traits.isWebPage() && pages == WebPages::leaveOut);
-    if (!isEnd && shownPartAround(node)) {
-        // Of a long list only what is scrolled into sight is worth the questions, and not every toolkit calls
-        // the rest hidden.
-        askForPlace(bus, node.object, counted(node, [this, &node](const std::optional<Rect>& place) {
-                        node.place = place;
-                        if (!place || !isEmpty(common(*place, *shownPartAround(node))))
-                            growBelow(node);
-                    }));
+    const bool skipsChildren = (traits.isLeaf() && !mayOpenMenu) || node.position.size() >= maxDepth ||
+                               (traits.isWebPage() && pages == WebPages::skip);
+    if (!skipsChildren && clipAround(node)) {
+        // Load only the part of a long list that is scrolled into view; not every toolkit reports the rest as
+        // hidden.
+        requestPlace(bus, node.object, counted(node, [this, &node](const std::optional<Rect>& place) {
+                         node.place = place;
+                         if (!place || !isEmpty(intersection(*place, *clipAround(node))))
+                             loadChildren(node);
+                     }));
         return;
     }
-    if (mayMatter(traits))
-        askForPlace(bus, node.object,
-                    counted(node, [&node](const std::optional<Rect>& place) { node.place = place; }));
-    if (!isEnd)
-        growBelow(node);
+    if (mayBeUseful(traits))
+        requestPlace(bus, node.object,
+                     counted(node, [&node](const std::optional<Rect>& place) { node.place = place; }));
+    if (!skipsChildren)
+        loadChildren(node);
 }
 
-void TreeGrower::growBelow(AccessibleNode& node) {
-    askForChildCount(bus, node.object, counted(node, [this, &node](std::int32_t count) {
-                         if (count > mostAskedOneByOne && node.traits.mayHoldVeryMany())
-                             growShownOfMany(node);
-                         else if (count > mostAskedAtOnce)
-                             growOneByOne(node, count);
-                         else if (count != 0)
-                             growFew(node);
-                     }));
+void TreeLoader::loadChildren(AccessibleNode& node) {
+    requestChildCount(bus, node.object, counted(node, [this, &node](std::int32_t count) {
+                          if (count > maxChildrenByIndex && node.traits.mayHaveManyChildren())
+                              loadChildrenAtPoints(node);
+                          else if (count > maxChildrenPerCall)
+                              loadChildrenByIndex(node, count);
+                          else if (count != 0)
+                              loadAllChildren(node);
+                      }));
 }
 
-void TreeGrower::growFew(AccessibleNode& node) {
-    askForChildren(bus, node.object, counted(node, [this, &node](const std::vector<BusObject>& children) {
-                       for (const BusObject& child : children)
-                           adopt(node, child);
-                   }));
+void TreeLoader::loadAllChildren(AccessibleNode& node) {
+    requestChildren(bus, node.object, counted(node, [this, &node](const std::vector<BusObject>& children) {
+                        for (const BusObject& child : children)
+                            addChild(node, child);
+                    }));
 }
 
-void TreeGrower::growOneByOne(AccessibleNode& node, std::int32_t count) {
-    for (std::int32_t i = 0; i < count && nodeCount < mostNodes; ++i)
-        addBelow(node);
+void TreeLoader::loadChildrenByIndex(AccessibleNode& node, std::int32_t count) {
+    for (std::int32_t i = 0; i < count && nodeCount < maxNodes; ++i)
+        appendChild(node);
 }
 
-/// The points of a rectangle, row by row.
-struct TreeGrower::PointRaster {
+/// Points of a rectangle, row by row.
+struct TreeLoader::PointGrid {
     Rect area;
     std::int32_t stepX;
     std::int32_t stepY;
     Point next;
 };
 
-/// The place is known by now: it was asked for before the count, and programs answer in order.
-void TreeGrower::growShownOfMany(AccessibleNode& node) {
+/// The place has arrived by now: it was requested before the count, and programs reply in order.
+void TreeLoader::loadChildrenAtPoints(AccessibleNode& node) {
     if (!node.place)
         return;
-    const Rect shown = common(*node.place, shownPartAround(node).value_or(*node.place));
-    const std::int32_t stepX = std::max(pointStepX, shown.width() / mostPointsPerSide);
-    const std::int32_t stepY = std::max(pointStepY, shown.height() / mostPointsPerSide);
-    const auto raster = std::make_shared<PointRaster>(
-        PointRaster{shown, stepX, stepY, {shown.left + stepX / 4, shown.top + stepY / 2}});
+    const Rect shown = intersection(*node.place, clipAround(node).value_or(*node.place));
+    const std::int32_t stepX = std::max(pointStepX, shown.width() / maxPointsPerSide);
+    const std::int32_t stepY = std::max(pointStepY, shown.height() / maxPointsPerSide);
+    const auto grid = std::make_shared<PointGrid>(
+        PointGrid{shown, stepX, stepY, {shown.left + stepX / 4, shown.top + stepY / 2}});
     for (int i = 0; i < pointsAtOnce; ++i)
-        askForNextPoint(node, raster);
+        requestNextPoint(node, grid);
 }
 
-void TreeGrower::askForNextPoint(AccessibleNode& node, const std::shared_ptr<PointRaster>& raster) {
-    const Point point = raster->next;
-    if (!raster->area.contains(point))
+void TreeLoader::requestNextPoint(AccessibleNode& node, const std::shared_ptr<PointGrid>& grid) {
+    const Point point = grid->next;
+    if (!grid->area.contains(point))
         return;
-    raster->next.x += raster->stepX;
-    if (raster->next.x >= raster->area.right)
-        raster->next = {raster->area.left + raster->stepX / 4, point.y + raster->stepY};
-    askForChildAt(bus, node.object, point,
-                  counted(node, [this, &node, raster](const std::optional<BusObject>& child) {
-                      if (child)
-                          adopt(node, *child);
-                      askForNextPoint(node, raster);
-                      askNext();
-                  }));
+    grid->next.x += grid->stepX;
+    if (grid->next.x >= grid->area.right)
+        grid->next = {grid->area.left + grid->stepX / 4, point.y + grid->stepY};
+    requestChildAt(bus, node.object, point,
+                   counted(node, [this, &node, grid](const std::optional<BusObject>& child) {
+                       if (child)
+                           addChild(node, *child);
+                       requestNextPoint(node, grid);
+                       startWaiting();
+                   }));
 }
 
-bool TreeGrower::isNew(const BusObject& object) {
-    return !isNothing(object) && known.insert({object.program, object.path}).second;
+bool TreeLoader::insertIfNew(const BusObject& object) {
+    return !isNullObject(object) && foundObjects.insert({object.program, object.path}).second;
 }
 
-/// Nothing for an object that is in the tree already.
-void TreeGrower::adopt(AccessibleNode& node, const BusObject& child) {
-    if (nodeCount < mostNodes && isNew(child))
-        addBelow(node).object = child;
+/// Ignores an object that is in the tree already.
+void TreeLoader::addChild(AccessibleNode& node, const BusObject& child) {
+    if (nodeCount < maxNodes && insertIfNew(child))
+        appendChild(node).object = child;
 }
 
-AccessibleNode& TreeGrower::addBelow(AccessibleNode& node) {
+AccessibleNode& TreeLoader::appendChild(AccessibleNode& node) {
     ++nodeCount;
     auto child = std::make_unique<AccessibleNode>();
     child->parent = &node;
@@ -278,8 +277,8 @@ AccessibleNode& TreeGrower::addBelow(AccessibleNode& node) {
 WindowElements elementsBelow(const AccessibleNode& root, const WindowView& view, Extent extent) {
     WindowElements elements;
     elements.menus.resize(view.menus.size());
-    elements.isWhole = (extent == Extent::everything || root.isKnown) &&
-                       Sorter(view, extent, elements).sortBelow(root, std::nullopt, view.isMenu);
+    elements.isWhole = (extent == Extent::everything || root.isLoaded) &&
+                       ElementSorter(view, extent, elements).sortDescendants(root, std::nullopt, view.isMenu);
     return elements;
 }
 

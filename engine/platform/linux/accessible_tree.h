@@ -17,98 +17,96 @@
 
 namespace rotika {
 
-/// An object of the accessibility tree, as far as it is known.
+/// An object of the accessibility tree, as far as it is loaded.
 struct AccessibleNode {
-    BusObject object; // without a path as long as only its number among its parent's children is known
+    BusObject object; // its path is empty while only its index among its parent's children is known
     AccessibleTraits traits;
-    std::optional<Rect> place; // as the program says
+    std::optional<Rect> place; // as the program reports it
     const AccessibleNode* parent = nullptr;
     std::vector<std::unique_ptr<AccessibleNode>> children;
 
-    // The grower's own.
-    std::vector<std::uint32_t> position; // the indexes on the way from the root
-    int openQuestions = 0;
-    bool isKnown = false; // all of the above; of the children, which there are
+    // Used by the loader.
+    std::vector<std::uint32_t> position; // child indexes from the root
+    int pendingCalls = 0;
+    bool isLoaded = false; // all of the above is loaded, not the children's own data
 };
 
-enum class WebPages { enter, leaveOut };
+enum class WebPages { include, skip };
 enum class Menus { closed, open };
 
-/// Asks for what is on show below an object. What comes first in the order of the tree is asked first, so
-/// that the beginning is known as early as can be.
-class TreeGrower {
+/// Loads the visible descendants of an object, in tree order: the beginning is complete as early as possible.
+class TreeLoader {
 public:
-    TreeGrower(BusConnection& askedBus, WebPages webPages, Menus openMenus)
-        : bus(askedBus), pages(webPages), menus(openMenus) {}
+    TreeLoader(BusConnection& usedBus, WebPages webPages, Menus openMenus)
+        : bus(usedBus), pages(webPages), menus(openMenus) {}
 
-    /// Fills in what is below `root` while the bus's answers arrive. Grower and root must stay where they are
-    /// until then.
-    void grow(AccessibleNode& root);
+    /// Fills in the descendants of `root` while the bus's replies arrive. Loader and root must not move until
+    /// then.
+    void load(AccessibleNode& root);
 
-    /// Whether everything has been asked and answered.
+    /// Whether every call was made and has its reply.
     bool isDone() const { return inProgress == 0 && waiting.empty(); }
 
-    /// The paths of all objects that have been come across.
-    const std::set<std::pair<std::string, std::string>>& seen() const { return known; }
+    /// Program and path of every object found so far.
+    const std::set<std::pair<std::string, std::string>>& found() const { return foundObjects; }
 
 private:
-    template <typename Taker>
-    auto counted(AccessibleNode& node, Taker taker);
-    void answered(AccessibleNode& node);
-    void askNext();
+    template <typename Handler>
+    auto counted(AccessibleNode& node, Handler handler);
+    void finishCall(AccessibleNode& node);
+    void startWaiting();
     void visit(AccessibleNode& node);
-    void visitFound(AccessibleNode& node);
+    void visitObject(AccessibleNode& node);
     void expand(AccessibleNode& node);
-    void growBelow(AccessibleNode& node);
-    void growFew(AccessibleNode& node);
-    void growOneByOne(AccessibleNode& node, std::int32_t count);
-    void growShownOfMany(AccessibleNode& node);
-    struct PointRaster;
-    void askForNextPoint(AccessibleNode& node, const std::shared_ptr<PointRaster>& raster);
-    bool isNew(const BusObject& object);
-    void adopt(AccessibleNode& node, const BusObject& child);
-    AccessibleNode& addBelow(AccessibleNode& node);
+    void loadChildren(AccessibleNode& node);
+    void loadAllChildren(AccessibleNode& node);
+    void loadChildrenByIndex(AccessibleNode& node, std::int32_t count);
+    void loadChildrenAtPoints(AccessibleNode& node);
+    struct PointGrid;
+    void requestNextPoint(AccessibleNode& node, const std::shared_ptr<PointGrid>& grid);
+    bool insertIfNew(const BusObject& object);
+    void addChild(AccessibleNode& node, const BusObject& child);
+    AccessibleNode& appendChild(AccessibleNode& node);
 
     BusConnection& bus;
     WebPages pages;
     Menus menus;
-    std::map<std::vector<std::uint32_t>, AccessibleNode*> waiting; // in the order of the tree
+    std::map<std::vector<std::uint32_t>, AccessibleNode*> waiting; // in tree order
     std::size_t inProgress = 0;
     std::size_t nodeCount = 0;
-    std::set<std::pair<std::string, std::string>> known; // program and path: guards against cycles
+    std::set<std::pair<std::string, std::string>> foundObjects; // program and path: guards against cycles
 };
 
-/// What was found in a window, each part in the order of the tree.
+/// The elements of a window, each part in tree order.
 struct WindowElements {
-    std::vector<std::vector<ScreenElement>> menus; // of each open menu, what this tree holds of it
+    std::vector<std::vector<ScreenElement>> menus; // for each open menu, its elements in this tree
     std::vector<ScreenElement> others;
     bool isWhole = true;
-    bool endsInMenu = false; // not whole, and what is missing may belong to a menu
+    bool endsInMenu = false; // not whole, and the missing part may belong to a menu
 };
 
 enum class Extent {
     everything,
-    beginning // up to the first object, in the order of the tree, of which something is not known yet
+    beginning // up to the first object in tree order that is not fully loaded
 };
 
-/// How a window stands on the screen.
+/// The window's coordinates and the menus that may cover it.
 struct WindowView {
     CoordinateFix fix;
-    std::vector<Rect> menus; // open ones, on the screen, the topmost first
-    bool isMenu = false;     // it is one of these
+    std::vector<Rect> menus; // open menus in screen coordinates, topmost first
+    bool isMenu = false;     // the window is one of these
 };
 
-/// What is below `root`. What lies under an open menu counts as off the screen: a click would not reach it.
+/// The elements below `root`. One covered by an open menu counts as off-screen: a click would not reach it.
 WindowElements elementsBelow(const AccessibleNode& root, const WindowView& view, Extent extent);
 
-/// The first node below `root` in the order of the tree of the greatest `value`, or null if none has more
-/// than 0.
+/// The first descendant of `root` in tree order with the greatest `value`, or null if none is above 0.
 template <typename Value>
-const AccessibleNode* bestBelow(const AccessibleNode& root, const Value& value) {
+const AccessibleNode* bestDescendant(const AccessibleNode& root, const Value& value) {
     const AccessibleNode* best = nullptr;
     for (const auto& child : root.children)
         for (const AccessibleNode* node :
-             {static_cast<const AccessibleNode*>(child.get()), bestBelow(*child, value)})
+             {static_cast<const AccessibleNode*>(child.get()), bestDescendant(*child, value)})
             if (node != nullptr && value(*node) > (best == nullptr ? 0 : value(*best)))
                 best = node;
     return best;

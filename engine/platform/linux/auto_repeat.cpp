@@ -9,22 +9,22 @@ namespace rotika {
 
 namespace {
 
-struct Silence {
+struct DisabledKey {
     int users = 0;
-    bool didRepeat = false; // before the first user
+    bool wasEnabled = false; // the state before the first user
 };
 
-// Run threads may come here to the very end of the process, so this is never destroyed.
-struct Silences {
+// Never destroyed: run threads may use it until the process ends.
+struct DisabledKeys {
     std::mutex mutex;
-    std::map<KeyCode, Silence> byKeycode;
+    std::map<KeyCode, DisabledKey> byKeycode;
 };
-Silences& silences() {
-    static Silences* const instance = new Silences;
+DisabledKeys& disabledKeys() {
+    static DisabledKeys* const instance = new DisabledKeys;
     return *instance;
 }
 
-bool repeats(Display* display, KeyCode code) {
+bool isAutoRepeatOn(Display* display, KeyCode code) {
     XKeyboardState state{};
     XGetKeyboardControl(display, &state);
     return (static_cast<unsigned char>(state.auto_repeats[code / 8]) >> (code % 8) & 1) != 0;
@@ -39,30 +39,30 @@ void setAutoRepeat(Display* display, KeyCode code, int mode) {
 
 } // namespace
 
-void silenceAutoRepeat(Display* display, KeyCode code) {
-    const std::lock_guard lock(silences().mutex);
-    Silence& silence = silences().byKeycode[code];
-    if (silence.users++ > 0)
+void disableAutoRepeat(Display* display, KeyCode code) {
+    const std::lock_guard lock(disabledKeys().mutex);
+    DisabledKey& key = disabledKeys().byKeycode[code];
+    if (key.users++ > 0)
         return;
-    silence.didRepeat = repeats(display, code);
-    if (!silence.didRepeat)
+    key.wasEnabled = isAutoRepeatOn(display, code);
+    if (!key.wasEnabled)
         return;
-    tellInputGuard(GuardedThing::autoRepeat, true, code);
+    notifyInputGuard(GuardedThing::autoRepeat, true, code);
     setAutoRepeat(display, code, AutoRepeatModeOff);
 }
 
 void restoreAutoRepeat(Display* display, KeyCode code) {
-    const std::lock_guard lock(silences().mutex);
-    const auto known = silences().byKeycode.find(code);
-    if (known == silences().byKeycode.end() || --known->second.users > 0)
+    const std::lock_guard lock(disabledKeys().mutex);
+    const auto known = disabledKeys().byKeycode.find(code);
+    if (known == disabledKeys().byKeycode.end() || --known->second.users > 0)
         return;
-    const bool didRepeat = known->second.didRepeat;
-    silences().byKeycode.erase(known);
-    if (!didRepeat)
+    const bool wasEnabled = known->second.wasEnabled;
+    disabledKeys().byKeycode.erase(known);
+    if (!wasEnabled)
         return;
     setAutoRepeat(display, code, AutoRepeatModeOn);
     XSync(display, 0);
-    tellInputGuard(GuardedThing::autoRepeat, false, code);
+    notifyInputGuard(GuardedThing::autoRepeat, false, code);
 }
 
 } // namespace rotika

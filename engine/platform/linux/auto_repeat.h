@@ -4,11 +4,10 @@
 
 namespace rotika {
 
-// A key that repeats by itself: switched off for keys that we hold down. The guard switches it on again
-// should the process die. Counted, since two virtual keys may be one keycode. Any thread, on its own
-// connection.
+// The server's auto-repeat, disabled for keys that the program holds down. The guard restores it if the
+// process dies. Counted, since two virtual keys may share a keycode. Any thread, on its own connection.
 
-void silenceAutoRepeat(Display* display, KeyCode code);
+void disableAutoRepeat(Display* display, KeyCode code);
 void restoreAutoRepeat(Display* display, KeyCode code);
 
 } // namespace rotika

@@ -4,8 +4,8 @@
 
 namespace rotika {
 
-/// The address of the person's session bus, empty if there is none. GIO's own ways of looking for one may
-/// start a bus that nobody else is on. Any thread.
+/// The address of the user's session bus, empty if there is none. GIO's own search is not used: it may start
+/// a new, empty bus. Any thread.
 std::string sessionBusAddress();
 
 } // namespace rotika

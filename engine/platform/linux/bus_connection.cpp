@@ -7,63 +7,64 @@ namespace rotika {
 
 namespace {
 
-// A program that was stopped must not find more than this many questions when it goes on.
-constexpr std::size_t mostUnanswered = 256;
+// A stopped program that continues finds at most this many calls queued.
+constexpr std::size_t maxPendingCalls = 256;
 
-// How often it is looked whether a wait is over.
+// How often the end of a wait is checked.
 constexpr guint tickMs = 5;
 
-constexpr std::chrono::milliseconds partingLimit{500};
+constexpr std::chrono::milliseconds closeLimit{500};
 
-/// A connection on its way out. The thread that drops its last reference may be GIO's own.
-struct Parting {
+/// Atomic: GIO's own thread may drop the connection's last reference.
+struct Closing {
     std::atomic<bool> isOver = false;
 };
 
 } // namespace
 
-struct BusConnection::Question {
+struct BusConnection::PendingCall {
     BusConnection* bus;
-    Line* line;
+    ProgramQueue* queue;
     BusObject object;
     const char* interface;
     const char* method;
     GVariant* arguments;
-    const char* answerType;
-    AnswerHandler handler;
+    const char* replyType;
+    ReplyHandler handler;
 
-    Question(BusConnection* asker, Line* itsLine, BusObject asked, const char* itsInterface,
-             const char* itsMethod, GVariant* itsArguments, const char* itsAnswerType,
-             AnswerHandler itsHandler)
-        : bus(asker), line(itsLine), object(std::move(asked)), interface(itsInterface), method(itsMethod),
-          arguments(itsArguments == nullptr ? nullptr : g_variant_ref_sink(itsArguments)),
-          answerType(itsAnswerType), handler(std::move(itsHandler)) {}
-    ~Question() {
+    PendingCall(BusConnection* caller, ProgramQueue* callQueue, BusObject target, const char* interfaceName,
+                const char* methodName, GVariant* callArguments, const char* expectedType,
+                ReplyHandler replyHandler)
+        : bus(caller), queue(callQueue), object(std::move(target)), interface(interfaceName),
+          method(methodName),
+          arguments(callArguments == nullptr ? nullptr : g_variant_ref_sink(callArguments)),
+          replyType(expectedType), handler(std::move(replyHandler)) {}
+    ~PendingCall() {
         if (arguments != nullptr)
             g_variant_unref(arguments);
     }
-    Question(const Question&) = delete;
-    Question& operator=(const Question&) = delete;
+    PendingCall(const PendingCall&) = delete;
+    PendingCall& operator=(const PendingCall&) = delete;
 };
 
-BusConnection::BusConnection(std::chrono::milliseconds limit, std::chrono::milliseconds silence)
+BusConnection::BusConnection(std::chrono::milliseconds limit, std::chrono::milliseconds timeout)
     : context(g_main_context_new()), limitSource(g_timeout_source_new(static_cast<guint>(limit.count()))),
-      silenceSource(g_timeout_source_new(static_cast<guint>(silence.count()))),
-      cancellable(g_cancellable_new()), longestSilence(silence) {
-    // What GIO begins while it is the thread's default ends in this context.
+      replyTimeoutSource(g_timeout_source_new(static_cast<guint>(timeout.count()))),
+      cancellable(g_cancellable_new()), replyTimeout(timeout) {
+    // GIO operations started while it is the thread's default complete in this context.
     g_main_context_push_thread_default(context);
-    g_source_set_callback(limitSource, endTime, this, nullptr);
+    g_source_set_callback(limitSource, onTimeLimit, this, nullptr);
     g_source_attach(limitSource, context);
-    g_source_set_callback(silenceSource, endSilence, this, nullptr);
-    g_source_attach(silenceSource, context);
+    g_source_set_callback(replyTimeoutSource, onReplyTimeout, this, nullptr);
+    g_source_attach(replyTimeoutSource, context);
 }
 
 BusConnection::~BusConnection() {
-    endTime(this);
-    // Cancelled calls still report, at once, to the objects that they were begun with.
-    waitForAnswers();
+    onTimeLimit(this);
+    // Cancelled calls still call back at once, with pointers to these objects.
+    waitForReplies();
     close();
-    for (GSource* source : {limitSource, silenceSource}) {
+    for (GSource* source : {limitSource, replyTimeoutSource}) {
         g_source_destroy(source);
         g_source_unref(source);
     }
@@ -72,22 +73,22 @@ BusConnection::~BusConnection() {
     g_main_context_unref(context);
 }
 
-/// A closed connection leaves sources in the context, and with them its descriptors, until they have run.
+/// A closed connection's sources, and with them its descriptors, stay in the context until they have run.
 void BusConnection::close() {
     if (connection == nullptr)
         return;
-    const auto parting = std::make_shared<Parting>();
+    const auto closing = std::make_shared<Closing>();
     const auto end = [](gpointer data, GObject*) {
-        const std::unique_ptr<std::shared_ptr<Parting>> ended(static_cast<std::shared_ptr<Parting>*>(data));
+        const std::unique_ptr<std::shared_ptr<Closing>> ended(static_cast<std::shared_ptr<Closing>*>(data));
         (*ended)->isOver = true;
     };
     g_object_weak_ref(G_OBJECT(connection), end,
-                      std::make_unique<std::shared_ptr<Parting>>(parting).release());
+                      std::make_unique<std::shared_ptr<Closing>>(closing).release());
     g_dbus_connection_close(connection, nullptr, nullptr, nullptr);
     g_object_unref(connection);
     connection = nullptr;
-    const auto limit = std::chrono::steady_clock::now() + partingLimit;
-    runUntil([&] { return parting->isOver || std::chrono::steady_clock::now() >= limit; });
+    const auto limit = std::chrono::steady_clock::now() + closeLimit;
+    runUntil([&] { return closing->isOver || std::chrono::steady_clock::now() >= limit; });
 }
 
 void BusConnection::runUntil(const std::function<bool()>& isOver) {
@@ -101,25 +102,25 @@ void BusConnection::runUntil(const std::function<bool()>& isOver) {
     g_source_unref(tick);
 }
 
-gboolean BusConnection::endTime(gpointer data) noexcept {
+gboolean BusConnection::onTimeLimit(gpointer data) noexcept {
     auto* bus = static_cast<BusConnection*>(data);
     bus->isTimeUp = true;
-    for (auto& [program, line] : bus->lines)
-        line.waiting.clear();
+    for (auto& [program, queue] : bus->queues)
+        queue.waiting.clear();
     g_cancellable_cancel(bus->cancellable);
     return G_SOURCE_CONTINUE;
 }
 
-gboolean BusConnection::endSilence(gpointer data) noexcept {
+gboolean BusConnection::onReplyTimeout(gpointer data) noexcept {
     auto* bus = static_cast<BusConnection*>(data);
-    return bus->unanswered > 0 || bus->isOpening ? endTime(bus) : G_SOURCE_CONTINUE;
+    return bus->pendingCount > 0 || bus->isOpening ? onTimeLimit(bus) : G_SOURCE_CONTINUE;
 }
 
-void BusConnection::restartSilence() {
-    g_source_set_ready_time(silenceSource, g_get_monotonic_time() + longestSilence.count());
+void BusConnection::restartReplyTimeout() {
+    g_source_set_ready_time(replyTimeoutSource, g_get_monotonic_time() + replyTimeout.count());
 }
 
-void BusConnection::takeConnection(GObject*, GAsyncResult* result, gpointer data) noexcept {
+void BusConnection::onConnected(GObject*, GAsyncResult* result, gpointer data) noexcept {
     auto* bus = static_cast<BusConnection*>(data);
     bus->connection = g_dbus_connection_new_for_address_finish(result, nullptr);
     bus->isOpening = false;
@@ -130,60 +131,60 @@ bool BusConnection::open(const std::string& address) {
     if (isTimeUp || address.empty())
         return false;
     isOpening = true;
-    restartSilence();
+    restartReplyTimeout();
     const auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    g_dbus_connection_new_for_address(address.c_str(), flags, nullptr, cancellable, takeConnection, this);
+    g_dbus_connection_new_for_address(address.c_str(), flags, nullptr, cancellable, onConnected, this);
     runUntil([this] { return !isOpening; });
     return connection != nullptr;
 }
 
-void BusConnection::ask(const BusObject& object, const char* interface, const char* method,
-                        GVariant* arguments, const char* answerType, AnswerHandler handler) {
-    Line& line = lines[object.program];
-    auto question = std::make_unique<Question>(this, &line, object, interface, method, arguments, answerType,
-                                               std::move(handler));
+void BusConnection::call(const BusObject& object, const char* interface, const char* method,
+                         GVariant* arguments, const char* replyType, ReplyHandler handler) {
+    ProgramQueue& queue = queues[object.program];
+    auto pendingCall = std::make_unique<PendingCall>(this, &queue, object, interface, method, arguments,
+                                                     replyType, std::move(handler));
     if (isTimeUp || connection == nullptr)
         return;
-    if (unanswered == 0)
-        restartSilence();
-    line.waiting.push_back(std::move(question));
-    sendWaiting(line);
+    if (pendingCount == 0)
+        restartReplyTimeout();
+    queue.waiting.push_back(std::move(pendingCall));
+    sendWaiting(queue);
 }
 
-void BusConnection::sendWaiting(Line& line) {
-    while (!line.waiting.empty() && line.unanswered < mostUnanswered) {
-        Question* question = line.waiting.front().release();
-        line.waiting.pop_front();
-        ++line.unanswered;
-        ++unanswered;
-        g_dbus_connection_call(connection, question->object.program.c_str(), question->object.path.c_str(),
-                               question->interface, question->method, question->arguments,
-                               G_VARIANT_TYPE(question->answerType), G_DBUS_CALL_FLAGS_NONE, G_MAXINT,
-                               cancellable, takeAnswer, question);
+void BusConnection::sendWaiting(ProgramQueue& queue) {
+    while (!queue.waiting.empty() && queue.pendingCount < maxPendingCalls) {
+        PendingCall* pendingCall = queue.waiting.front().release();
+        queue.waiting.pop_front();
+        ++queue.pendingCount;
+        ++pendingCount;
+        g_dbus_connection_call(connection, pendingCall->object.program.c_str(),
+                               pendingCall->object.path.c_str(), pendingCall->interface, pendingCall->method,
+                               pendingCall->arguments, G_VARIANT_TYPE(pendingCall->replyType),
+                               G_DBUS_CALL_FLAGS_NONE, G_MAXINT, cancellable, onReply, pendingCall);
     }
 }
 
-void BusConnection::takeAnswer(GObject* source, GAsyncResult* result, gpointer data) noexcept {
-    const std::unique_ptr<Question> question(static_cast<Question*>(data));
-    BusConnection* bus = question->bus;
+void BusConnection::onReply(GObject* source, GAsyncResult* result, gpointer data) noexcept {
+    const std::unique_ptr<PendingCall> pendingCall(static_cast<PendingCall*>(data));
+    BusConnection* bus = pendingCall->bus;
     GVariant* values = g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr);
-    --question->line->unanswered;
-    --bus->unanswered;
-    bus->restartSilence();
+    --pendingCall->queue->pendingCount;
+    --bus->pendingCount;
+    bus->restartReplyTimeout();
     if (!bus->isTimeUp)
-        question->handler(values);
+        pendingCall->handler(values);
     if (values != nullptr)
         g_variant_unref(values);
-    bus->sendWaiting(*question->line);
+    bus->sendWaiting(*pendingCall->queue);
 }
 
-void BusConnection::waitForAnswers() {
-    waitForAnswers([] { return false; });
+void BusConnection::waitForReplies() {
+    waitForReplies([] { return false; });
 }
 
-void BusConnection::waitForAnswers(const std::function<bool()>& isEnough) {
-    runUntil([&] { return isEnough() || unanswered == 0; });
+void BusConnection::waitForReplies(const std::function<bool()>& isEnough) {
+    runUntil([&] { return isEnough() || pendingCount == 0; });
 }
 
 bool BusConnection::pause(std::chrono::milliseconds time) {

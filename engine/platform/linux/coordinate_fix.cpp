@@ -9,9 +9,9 @@ namespace rotika {
 
 namespace {
 
-// Scales are known to be of at least a quarter; what is nearer to one is a shadow around the window.
-constexpr double leastScale = 1.2;
-constexpr double unevenness = 0.05;
+// Real scales are 1.25 and above; a ratio nearer to 1 comes from the window's shadow.
+constexpr double minScale = 1.2;
+constexpr double maxSideDifference = 0.05;
 
 Rect scaled(const Rect& rect, double scale) {
     const auto times = [scale](std::int32_t value) {
@@ -20,18 +20,18 @@ Rect scaled(const Rect& rect, double scale) {
     return {times(rect.left), times(rect.top), times(rect.right), times(rect.bottom)};
 }
 
-/// What makes of the one the other, if the sides agree. `error` tells how well.
+/// The scale between two rectangles, if both sides agree. `error`: how much they differ.
 struct Scaling {
     double scale = 1;
     double error = 1;
 };
 
-Scaling scalingOf(const Rect& said, const Rect& real) {
-    const double x = static_cast<double>(real.width()) / said.width();
-    const double y = static_cast<double>(real.height()) / said.height();
-    const double quarter = std::round(x * 4) / 4; // nearly all scales are some of these
+Scaling scalingOf(const Rect& reported, const Rect& actual) {
+    const double x = static_cast<double>(actual.width()) / reported.width();
+    const double y = static_cast<double>(actual.height()) / reported.height();
+    const double quarter = std::round(x * 4) / 4; // nearly all scales are multiples of 0.25
     const double error = (std::abs(x - y) + std::abs(x - quarter)) / x;
-    if (x <= leastScale || std::abs(x - y) >= unevenness * x)
+    if (x <= minScale || std::abs(x - y) >= maxSideDifference * x)
         return {};
     return {std::abs(x - quarter) < 0.01 * x ? quarter : x, error};
 }
@@ -46,26 +46,28 @@ Rect CoordinateFix::applied(const Rect& rect) const {
             moved(rect.bottom, from.y, to.y)};
 }
 
-CoordinateFix coordinateFix(const Rect& said, const WindowFacts& window) {
-    // GTK tells the frame of a window that the window manager decorates, Qt never.
-    const Scaling byPlace = scalingOf(said, window.place);
-    const Scaling byFrame = scalingOf(said, window.frame);
+CoordinateFix coordinateFix(const Rect& reported, const WindowFacts& window) {
+    // GTK reports the frame of a window that the window manager decorates, Qt never.
+    const Scaling byPlace = scalingOf(reported, window.place);
+    const Scaling byFrame = scalingOf(reported, window.frame);
     const bool isFrame = byFrame.error < byPlace.error;
-    const Rect& real = isFrame ? window.frame : window.place;
+    const Rect& actual = isFrame ? window.frame : window.place;
     const double scale = isFrame ? byFrame.scale : byPlace.scale;
     if (scale == 1)
         return {};
-    return {{said.left, said.top}, {real.left, real.top}, scale};
+    return {{reported.left, reported.top}, {actual.left, actual.top}, scale};
 }
 
-bool isPlaceOf(const Rect& said, const WindowFacts& window, std::int32_t tolerancePx) {
-    const auto isNear = [&](const Rect& seen, const Rect& real) {
-        return std::abs(seen.left - real.left) + std::abs(seen.top - real.top) +
-                   std::abs(seen.right - real.right) + std::abs(seen.bottom - real.bottom) <
+bool isPlaceOf(const Rect& reported, const WindowFacts& window, std::int32_t tolerancePx) {
+    const auto isNear = [&](const Rect& reportedPlace, const Rect& actual) {
+        return std::abs(reportedPlace.left - actual.left) + std::abs(reportedPlace.top - actual.top) +
+                   std::abs(reportedPlace.right - actual.right) +
+                   std::abs(reportedPlace.bottom - actual.bottom) <
                4 * tolerancePx;
     };
-    return std::ranges::any_of(std::array{window.place, window.frame}, [&](const Rect& real) {
-        return isNear(said, real) || isNear(scaled(said, scalingOf(said, real).scale), real);
+    return std::ranges::any_of(std::array{window.place, window.frame}, [&](const Rect& actual) {
+        return isNear(reported, actual) ||
+               isNear(scaled(reported, scalingOf(reported, actual).scale), actual);
     });
 }
 

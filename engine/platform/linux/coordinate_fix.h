@@ -6,20 +6,20 @@
 
 namespace rotika {
 
-/// How a program's coordinates become the screen's: some leave out the scale of the screen. Where it is 1
-/// they are taken as they are.
+/// Converts a program's coordinates to the screen's: some programs ignore the screen's scale. A scale of 1
+/// changes nothing.
 struct CoordinateFix {
-    Point from; // a corner, as the program says
+    Point from; // a corner, as the program reports it
     Point to;   // the same corner on the screen
     double scale = 1;
 
     Rect applied(const Rect& rect) const;
 };
 
-/// By where the program says that the window is.
-CoordinateFix coordinateFix(const Rect& said, const WindowFacts& window);
+/// Compares the place that the program reports with the window's actual place.
+CoordinateFix coordinateFix(const Rect& reported, const WindowFacts& window);
 
-/// Whether that can be this window: each edge may be off by about `tolerancePx`.
-bool isPlaceOf(const Rect& said, const WindowFacts& window, std::int32_t tolerancePx);
+/// Whether the reported place can be this window's: each edge may differ by about `tolerancePx`.
+bool isPlaceOf(const Rect& reported, const WindowFacts& window, std::int32_t tolerancePx);
 
 } // namespace rotika

@@ -13,15 +13,15 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds lookPeriod{100};
+constexpr std::chrono::milliseconds checkPeriod{100};
 
-// A program that answers each motion by a move of its own must not drag us into an endless contest.
-constexpr int mostReturns = 20;
+// Guard against an endless loop with a program that moves the cursor after each motion.
+constexpr int maxReturns = 20;
 
 struct Pin {
     Point position;
-    Clock::time_point lastLook;
-    int returnsLeft = mostReturns;
+    Clock::time_point lastCheck;
+    int returnsLeft = maxReturns;
 };
 std::optional<Pin> pin;
 
@@ -41,9 +41,9 @@ bool isCursorPinned() {
 
 void keepCursorPinned() {
     const Clock::time_point now = Clock::now();
-    if (!pin || pin->returnsLeft == 0 || now - pin->lastLook < lookPeriod)
+    if (!pin || pin->returnsLeft == 0 || now - pin->lastCheck < checkPeriod)
         return;
-    pin->lastLook = now;
+    pin->lastCheck = now;
     if (cursorPosition() == pin->position)
         return;
     --pin->returnsLeft;

@@ -4,15 +4,15 @@
 
 namespace rotika {
 
-// X11 cannot confine the cursor to a pixel without taking the pointer from everybody, what is injected
-// included. So our own moves are left out while the cursor is pinned, and where another program has moved it,
-// it is put back. Owner thread.
+// X11 cannot confine the cursor to a pixel without a pointer grab, which would also block injected input. So
+// the program's own moves are skipped while the cursor is pinned, and it is put back when another program has
+// moved it. Owner thread.
 
 void pinCursor(Point position);
 void unpinCursor();
 bool isCursorPinned();
 
-/// Called by each tick of a capture; looks at the cursor ten times a second.
+/// Call on each tick of a capture; checks the cursor ten times a second.
 void keepCursorPinned();
 
 } // namespace rotika

@@ -17,8 +17,8 @@ namespace rotika {
 
 namespace {
 
-/// Whether the file holds all that its program headers name. The loader takes their word for it, and a
-/// library that was cut short, by a download for instance, would end the program with a bus error.
+/// Whether the file contains all segments of its program headers. The loader does not check: a truncated
+/// library, for instance an incomplete download, would end the program with SIGBUS.
 bool isWholeLibrary(std::ifstream& file, std::uint64_t byteCount) {
     ElfW(Ehdr) header{};
     file.read(reinterpret_cast<char*>(&header), sizeof header);
@@ -38,7 +38,7 @@ bool isWholeLibrary(std::ifstream& file, std::uint64_t byteCount) {
 
 bool isWholeLibrary(const std::string& path) {
     std::error_code failure;
-    // The opening of a pipe would wait for a writer.
+    // Opening a pipe would block until there is a writer.
     if (!std::filesystem::is_regular_file(path, failure)) {
         return false;
     }
@@ -47,15 +47,15 @@ bool isWholeLibrary(const std::string& path) {
     return !failure && isWholeLibrary(file, byteCount);
 }
 
-/// Text that no file name can hold would name another file after the conversion.
+/// Text that is not a valid file name would name another file after the conversion.
 bool canBeFileName(const std::u16string& text, const std::string& converted) {
     return !text.empty() && text.find(u'\0') == std::u16string::npos && utf16FromUtf8(converted) == text;
 }
 
 } // namespace
 
-// The loader has no search beside the library: it follows the RUNPATH that the library itself carries,
-// LD_LIBRARY_PATH as it was when the program started, and the system's folders. Both kinds are the same here.
+// The loader does not search the library's own folder for what it needs: it uses the library's RUNPATH,
+// LD_LIBRARY_PATH as of program start, and the system's folders. Both search kinds are the same here.
 LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch) {
     const std::string name = utf8FromUtf16(pathOrName);
     if (!canBeFileName(pathOrName, name)) {
@@ -69,7 +69,7 @@ LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch) {
 }
 
 void* findLibraryFunction(LibraryHandle library, const char* name) {
-    // Without a library the search would go through the whole program.
+    // A null library would search the whole program.
     return library == nullptr ? nullptr : ::dlsym(library, name);
 }
 

@@ -13,11 +13,11 @@ namespace rotika {
 namespace {
 
 struct GuardFrame {
-    sigjmp_buf wayBack;
+    sigjmp_buf jumpBuffer;
     GuardFrame* outer;
 };
 
-/// The handler reads it: no initialiser that would have to run.
+/// constinit: the signal handler reads it, so no dynamic initialiser may run.
 constinit thread_local GuardFrame* innermostFrame = nullptr;
 
 constexpr std::array guardedSignals{SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
@@ -31,8 +31,8 @@ const struct sigaction& earlierAction(int signal) {
     return earlierActions[index];
 }
 
-/// As if this file's handler had never stood before the earlier one.
-void passOn(int signal, siginfo_t* info, void* context) {
+/// Calls the handler that was installed before ours.
+void callEarlierAction(int signal, siginfo_t* info, void* context) {
     const struct sigaction& earlier = earlierAction(signal);
     const bool isFault = info->si_code > 0;
     if ((earlier.sa_flags & SA_SIGINFO) != 0) {
@@ -40,8 +40,8 @@ void passOn(int signal, siginfo_t* info, void* context) {
     } else if (earlier.sa_handler != SIG_DFL && earlier.sa_handler != SIG_IGN) {
         earlier.sa_handler(signal);
     } else if (isFault || earlier.sa_handler == SIG_DFL) {
-        // The instruction that faulted runs again and meets the system's own action; nobody can ignore a
-        // fault. A signal that was merely sent has to be sent again.
+        // The faulting instruction runs again and triggers the default action; a fault cannot be ignored. A
+        // signal that was only sent has to be sent again.
         struct sigaction plain {};
         plain.sa_handler = SIG_DFL;
         ::sigaction(signal, &plain, nullptr);
@@ -51,18 +51,18 @@ void passOn(int signal, siginfo_t* info, void* context) {
     }
 }
 
-/// A code above 0 is the kernel's word for a fault of this very thread; sent signals have 0 or less. abort()
-/// sends its signal to the calling thread, and holds no lock of its own meanwhile.
-bool isMadeHere(int signal, const siginfo_t* info) {
+/// The kernel sets si_code above 0 for a fault of this thread; sent signals have 0 or less. abort() sends its
+/// signal to the calling thread, without holding a lock.
+bool isRaisedByThisThread(int signal, const siginfo_t* info) {
     const bool isAbort = signal == SIGABRT && info->si_code == SI_TKILL && info->si_pid == ::getpid();
     return isAbort || info->si_code > 0;
 }
 
 void onGuardedSignal(int signal, siginfo_t* info, void* context) {
-    if (innermostFrame != nullptr && isMadeHere(signal, info)) {
-        ::siglongjmp(innermostFrame->wayBack, 1);
+    if (innermostFrame != nullptr && isRaisedByThisThread(signal, info)) {
+        ::siglongjmp(innermostFrame->jumpBuffer, 1);
     }
-    passOn(signal, info, context);
+    callEarlierAction(signal, info, context);
 }
 
 bool installHandlers() {
@@ -72,15 +72,15 @@ bool installHandlers() {
     ours.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
     ::sigemptyset(&ours.sa_mask);
     for (std::size_t i = 0; i < guardedSignals.size(); ++i) {
-        // Another thread's signal may need the earlier action at once.
+        // Stored first: a signal of another thread may need the earlier action at once.
         ::sigaction(guardedSignals[i], nullptr, &earlierActions[i]);
         ::sigaction(guardedSignals[i], &ours, nullptr);
     }
     return true;
 }
 
-/// A stack for the handler, for when the thread's own is used up. One that the thread has already, a
-/// sanitizer's for instance, does as well.
+/// An alternate signal stack, for a stack overflow of the thread. One that the thread already has, for
+/// instance a sanitizer's, is used instead.
 class HandlerStack {
 public:
     HandlerStack() {
@@ -88,14 +88,14 @@ public:
         if (::sigaltstack(nullptr, &present) != 0 || (present.ss_flags & SS_DISABLE) == 0) {
             return;
         }
-        void* const room = ::mmap(nullptr, byteCount, PROT_READ | PROT_WRITE,
-                                  MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
-        if (room == MAP_FAILED) {
+        void* const mapping = ::mmap(nullptr, byteCount, PROT_READ | PROT_WRITE,
+                                     MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
+        if (mapping == MAP_FAILED) {
             return;
         }
-        const stack_t fresh{.ss_sp = room, .ss_flags = 0, .ss_size = byteCount};
-        ::sigaltstack(&fresh, nullptr);
-        memory = room;
+        const stack_t handlerStack{.ss_sp = mapping, .ss_flags = 0, .ss_size = byteCount};
+        ::sigaltstack(&handlerStack, nullptr);
+        memory = mapping;
     }
     HandlerStack(const HandlerStack&) = delete;
     HandlerStack& operator=(const HandlerStack&) = delete;
@@ -105,19 +105,19 @@ public:
         }
         stack_t present{};
         if (::sigaltstack(nullptr, &present) == 0 && present.ss_sp == memory) {
-            const stack_t none{.ss_sp = nullptr, .ss_flags = SS_DISABLE, .ss_size = 0};
-            ::sigaltstack(&none, nullptr);
+            const stack_t disabled{.ss_sp = nullptr, .ss_flags = SS_DISABLE, .ss_size = 0};
+            ::sigaltstack(&disabled, nullptr);
         }
         ::munmap(memory, byteCount);
     }
 
 private:
-    // Room for a processor's largest set of registers, some 11 KiB, and for whoever had the signal before.
+    // For the largest register set of a processor, some 11 KiB, and the earlier handler's needs.
     static constexpr std::size_t byteCount = 64 * 1024;
     void* memory = nullptr;
 };
 
-/// Kept apart so that nothing in the function with the jump stands to be destroyed.
+/// A separate function: the one with the jump must have no objects to destroy.
 void prepareThread() {
     [[maybe_unused]] static const bool installed = installHandlers();
     [[maybe_unused]] static thread_local const HandlerStack stack;
@@ -129,8 +129,8 @@ bool runGuarded(void (*body)(void* context), void* context) {
     prepareThread();
     GuardFrame frame{};
     frame.outer = innermostFrame;
-    // The signal mask is not saved: that would be a call into the kernel for each run.
-    if (::sigsetjmp(frame.wayBack, 0) != 0) {
+    // The signal mask is not saved: that would cost a system call for each run.
+    if (::sigsetjmp(frame.jumpBuffer, 0) != 0) {
         innermostFrame = frame.outer;
         return false;
     }

@@ -13,8 +13,7 @@ bool isViewable(Window window) {
            attributes.map_state == IsViewable;
 }
 
-/// Override-redirect windows are out of the window manager's sight: they can be given the focus only
-/// directly.
+/// Override-redirect windows are unknown to the window manager: they get the focus only directly.
 bool isManaged(Window window) {
     XWindowAttributes attributes;
     const ErrorTrap trap;
@@ -23,7 +22,7 @@ bool isManaged(Window window) {
            windowProperty(rootWindow(), atomNamed("_NET_SUPPORTING_WM_CHECK"), XA_WINDOW, noXid) != noXid;
 }
 
-void askWindowManagerToActivate(Window window) {
+void requestActivation(Window window) {
     XEvent request{};
     request.xclient.type = ClientMessage;
     request.xclient.window = window;
@@ -42,8 +41,8 @@ WindowHandle foregroundWindow() {
     Window focused = noXid;
     int revertTo = 0;
     XGetInputFocus(ownerDisplay(), &focused, &revertTo);
-    // A layer of ours that took the focus is unknown to the window manager, which still names the program
-    // below.
+    // One of our layers with the focus is unknown to the window manager, whose property still names the
+    // program below.
     XWindowAttributes attributes;
     {
         const ErrorTrap trap;
@@ -70,7 +69,7 @@ void bringToForeground(WindowHandle window) {
     if (ownerDisplay() == nullptr || window == nullptr)
         return;
     if (isManaged(windowOf(window)))
-        askWindowManagerToActivate(windowOf(window));
+        requestActivation(windowOf(window));
     const ErrorTrap trap;
     if (isViewable(windowOf(window)))
         XSetInputFocus(ownerDisplay(), windowOf(window), RevertToParent, CurrentTime);

@@ -21,20 +21,21 @@ struct PropertyValue {
 };
 
 PropertyValue propertyOf(Display* display, Window window, const char* name) {
-    constexpr long mostWords = 4096;
+    constexpr long maxWords = 4096;
     PropertyValue value;
     Atom type = 0;
-    unsigned long left = 0;
+    unsigned long unreadBytes = 0;
     unsigned char* data = nullptr;
-    const int failure = XGetWindowProperty(display, window, XInternAtom(display, name, 0), 0, mostWords, 0,
-                                           AnyPropertyType, &type, &value.format, &value.count, &left, &data);
+    const int failure =
+        XGetWindowProperty(display, window, XInternAtom(display, name, 0), 0, maxWords, 0, AnyPropertyType,
+                           &type, &value.format, &value.count, &unreadBytes, &data);
     value.data.reset(data);
     if (failure != 0 || data == nullptr)
         value.count = 0;
     return value;
 }
 
-/// Windows, atoms or numbers.
+/// A property of 32-bit values: windows, atoms or numbers.
 std::vector<unsigned long> numbersOf(Display* display, Window window, const char* name) {
     const PropertyValue value = propertyOf(display, window, name);
     if (value.format != 32)
@@ -52,20 +53,20 @@ std::string titleOf(Display* display, Window window) {
     return {reinterpret_cast<const char*>(value.data.get()), value.count};
 }
 
-/// 0 if the window does not tell.
+/// 0 if the window has no such property.
 pid_t processOf(Display* display, Window window) {
     const std::vector<unsigned long> process = numbersOf(display, window, "_NET_WM_PID");
     return process.empty() ? 0 : static_cast<pid_t>(process.front());
 }
 
-struct Placed {
+struct WindowPlace {
     Rect place;
-    bool isOnShow = false;
-    bool isUnmanaged = false; // the window manager has no say in it, as in menus and tool tips
+    bool isVisible = false;
+    bool isUnmanaged = false; // override-redirect, as menus and tool tips are
 };
 
-/// Nothing for a window that is gone.
-std::optional<Placed> placeOf(Display* display, Window window) {
+/// Nullopt for a window that no longer exists.
+std::optional<WindowPlace> placeOf(Display* display, Window window) {
     XWindowAttributes attributes;
     Window child = noXid;
     int x = 0;
@@ -73,15 +74,15 @@ std::optional<Placed> placeOf(Display* display, Window window) {
     if (window == noXid || XGetWindowAttributes(display, window, &attributes) == 0 ||
         XTranslateCoordinates(display, window, DefaultRootWindow(display), 0, 0, &x, &y, &child) == 0)
         return std::nullopt;
-    return Placed{{x, y, x + attributes.width, y + attributes.height},
-                  attributes.map_state == IsViewable && attributes.c_class == InputOutput,
-                  attributes.override_redirect != 0};
+    return WindowPlace{{x, y, x + attributes.width, y + attributes.height},
+                       attributes.map_state == IsViewable && attributes.c_class == InputOutput,
+                       attributes.override_redirect != 0};
 }
 
-/// Nothing for a window that is gone or not on show.
+/// Nullopt for a window that no longer exists or is not visible.
 std::optional<WindowFacts> factsOf(Display* display, Window window) {
-    const std::optional<Placed> placed = placeOf(display, window);
-    if (!placed || !placed->isOnShow)
+    const std::optional<WindowPlace> placed = placeOf(display, window);
+    if (!placed || !placed->isVisible)
         return std::nullopt;
     WindowFacts facts{placed->place, placed->place, 0, titleOf(display, window)};
     const std::vector<unsigned long> extents = numbersOf(display, window, "_NET_FRAME_EXTENTS");
@@ -122,12 +123,12 @@ std::vector<WindowFacts> panelsOn(Display* display) {
     return panels;
 }
 
-bool isMenu(Display* display, Window window, const Placed& placed) {
-    constexpr std::int32_t leastSidePx = 8;
-    if (!placed.isOnShow || !placed.isUnmanaged || placed.place.width() < leastSidePx ||
-        placed.place.height() < leastSidePx || placed.place.right <= 0 || placed.place.bottom <= 0)
+bool isMenu(Display* display, Window window, const WindowPlace& placed) {
+    constexpr std::int32_t minSidePx = 8;
+    if (!placed.isVisible || !placed.isUnmanaged || placed.place.width() < minSidePx ||
+        placed.place.height() < minSidePx || placed.place.right <= 0 || placed.place.bottom <= 0)
         return false;
-    // Not every toolkit says that a menu is one.
+    // Not every toolkit marks a menu as one: exclude the other types.
     const std::vector<unsigned long> types = numbersOf(display, window, "_NET_WM_WINDOW_TYPE");
     constexpr std::array others{"_NET_WM_WINDOW_TYPE_TOOLTIP", "_NET_WM_WINDOW_TYPE_NOTIFICATION",
                                 "_NET_WM_WINDOW_TYPE_DND",     "_NET_WM_WINDOW_TYPE_SPLASH",
@@ -139,10 +140,12 @@ bool isMenu(Display* display, Window window, const Placed& placed) {
 
 std::vector<WindowFacts> menusOn(Display* display, const ScreenFacts& facts, Window active,
                                  const std::vector<WindowHandle>& ownWindows) {
-    const auto isOfTheirs = [&facts](const WindowFacts& menu) {
-        const auto isIts = [&menu](const WindowFacts& other) { return other.process == menu.process; };
-        return menu.process != 0 &&
-               ((facts.front && isIts(*facts.front)) || std::ranges::any_of(facts.panels, isIts));
+    const auto isOfShownProgram = [&facts](const WindowFacts& menu) {
+        const auto hasSameProcess = [&menu](const WindowFacts& other) {
+            return other.process == menu.process;
+        };
+        return menu.process != 0 && ((facts.front && hasSameProcess(*facts.front)) ||
+                                     std::ranges::any_of(facts.panels, hasSameProcess));
     };
     Window root = noXid;
     Window parent = noXid;
@@ -152,21 +155,21 @@ std::vector<WindowFacts> menusOn(Display* display, const ScreenFacts& facts, Win
     if (XQueryTree(display, DefaultRootWindow(display), &root, &parent, &windows, &count) == 0)
         return menus;
     const XOwned<Window> owned(windows);
-    for (unsigned i = count; i-- > 0;) { // the topmost comes last
-        const std::optional<Placed> placed = placeOf(display, windows[i]);
+    for (unsigned i = count; i-- > 0;) { // the topmost is last
+        const std::optional<WindowPlace> placed = placeOf(display, windows[i]);
         if (!placed || windows[i] == active || !isMenu(display, windows[i], *placed) ||
             std::ranges::find(ownWindows, handleOf(windows[i])) != ownWindows.end())
             continue;
         const auto menu = factsOf(display, windows[i]);
-        if (menu && isOfTheirs(*menu))
+        if (menu && isOfShownProgram(*menu))
             menus.push_back(*menu);
     }
     return menus;
 }
 
-/// The monitor that holds the middle of the window, or the primary one.
+/// The monitor that contains the centre of the window, or the primary one.
 Rect monitorOf(Display* display, Window window) {
-    const std::optional<Placed> placed = placeOf(display, window);
+    const std::optional<WindowPlace> placed = placeOf(display, window);
     const int screen = DefaultScreen(display);
     Rect chosen{0, 0, DisplayWidth(display, screen), DisplayHeight(display, screen)};
     int count = 0;
@@ -186,7 +189,7 @@ Rect monitorOf(Display* display, Window window) {
 
 } // namespace
 
-ScreenFacts lookAtScreen(const std::vector<WindowHandle>& ownWindows) {
+ScreenFacts readScreen(const std::vector<WindowHandle>& ownWindows) {
     ScreenFacts facts;
     const OwnDisplay display(XOpenDisplay(nullptr));
     if (display == nullptr)

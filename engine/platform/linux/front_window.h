@@ -11,7 +11,7 @@
 
 namespace rotika {
 
-/// What the X server and the window manager know about a window of another program.
+/// Facts about another program's window from the X server and the window manager.
 struct WindowFacts {
     Rect place;                                // without the window manager's frame
     Rect frame;                                // with it
@@ -24,11 +24,11 @@ struct ScreenFacts {
     Rect monitor; // of the window in front
     std::optional<WindowFacts> front;
     std::vector<WindowFacts> panels;
-    std::vector<WindowFacts> menus; // what the programs of these have open over their windows, topmost first
+    std::vector<WindowFacts> menus; // open menus of these programs, topmost first
 };
 
-/// The window in front, unless it is one of `ownWindows`, the panels on show, and open menus. Any thread,
-/// over a connection of its own.
-ScreenFacts lookAtScreen(const std::vector<WindowHandle>& ownWindows);
+/// The window in front, unless it is one of `ownWindows`, the visible panels, and open menus. Any thread;
+/// opens a connection of its own.
+ScreenFacts readScreen(const std::vector<WindowHandle>& ownWindows);
 
 } // namespace rotika

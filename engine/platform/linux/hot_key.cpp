@@ -22,10 +22,9 @@
 
 namespace rotika {
 
-// The server gives the whole keyboard to us while a grabbed key goes down, until we give it back. What other
-// keys do meanwhile never reaches the program in front, so the time must be short: hot keys have a connection
-// and a thread of their own, which no painting holds up. The thread only passes presses on to the owner
-// thread.
+// A press of a grabbed key activates a grab of the whole keyboard until it is released here. Meanwhile other
+// keys do not reach the program in front, so the time must be short: hot keys have a connection and a thread
+// of their own, which painting cannot delay. The thread only posts presses to the owner thread.
 
 namespace {
 
@@ -35,18 +34,18 @@ struct HotKey {
     int id = 0;
     std::uint16_t virtualKey = 0;
     KeyCode keycode = 0;
-    bool hasFired = false; // for the press under way: what comes now are its repeats
-    std::set<int> holders; // devices that have it down
+    bool hasFired = false; // in the current press: further presses are its repeats
+    std::set<int> holders; // devices on which it is down
 };
 
-constexpr int unknownDevice = -1; // its raw press came before anybody listened
+constexpr int unknownDevice = -1; // its raw press came before raw events were selected
 
 struct HotKeys {
-    std::mutex mutex; // held for all below and for every use of the connection
+    std::mutex mutex; // guards all below and every use of the connection
     Display* display = nullptr;
     std::vector<HotKey> keys;
-    unsigned int heldModifiers = 0; // those that the program itself holds down
-    int wakeUp = -1;                // the owner thread may have read events that the thread waits for
+    unsigned int heldModifiers = 0; // those that this program holds down
+    int wakeUp = -1;                // eventfd: the owner thread may have read the thread's events
 };
 
 /// Never destroyed: its thread lives as long as the process.
@@ -57,7 +56,7 @@ HotKeys& hotKeys() {
 
 void (*pressHandler)(int id) noexcept = nullptr; // owner thread
 
-/// The modifier bit that a key has on this keyboard, 0 if none.
+/// The modifier bit of a key on this keyboard, 0 if none.
 unsigned int modifierOf(Display* display, KeyCode code) {
     XModifierKeymap* map = XGetModifierMapping(display);
     unsigned int found = 0;
@@ -98,12 +97,12 @@ void ungrab(Display* display, HotKey& key) {
     key.keycode = 0;
 }
 
-/// False when another program holds the key or the keyboard has none for it.
+/// False when another program has grabbed the key or the keyboard lacks it.
 bool grab(HotKeys& all, HotKey& key) {
     key.keycode = keycodeOfHotKey(all.display, key.virtualKey);
     if (key.keycode == 0)
         return false;
-    const ErrorTrap trap(all.display); // BadAccess: another program holds it
+    const ErrorTrap trap(all.display); // BadAccess: another program has grabbed it
     grabWith(all.display, key.keycode, 0);
     if (!trap.hasFailed()) {
         if (all.heldModifiers != 0)
@@ -114,22 +113,22 @@ bool grab(HotKeys& all, HotKey& key) {
     return false;
 }
 
-/// The person's typing is heard of only while a key that has fired is down.
-void noteHolders(HotKeys& all, HotKey& key, bool hasFired) {
+/// Raw key events, which include all typing, are selected only while a key that has fired is down.
+void setFired(HotKeys& all, HotKey& key, bool hasFired) {
     key.hasFired = hasFired;
     if (!hasFired)
         key.holders.clear();
     selectRawKeys(all.display, std::ranges::any_of(all.keys, &HotKey::hasFired));
 }
 
-/// A new layout or keyboard may have put the key elsewhere.
-void grabAnew(HotKeys& all) {
+/// A new layout or keyboard may have moved the key.
+void regrab(HotKeys& all) {
     for (HotKey& key : all.keys) {
         if (keycodeOfHotKey(all.display, key.virtualKey) == key.keycode)
             continue;
         ungrab(all.display, key);
         grab(all, key);
-        noteHolders(all, key, false); // the press under way was that of another key
+        setFired(all, key, false); // the current press was that of another key
     }
 }
 
@@ -138,12 +137,12 @@ struct Press {
     Clock::time_point at;
 };
 
-// A press that the owner thread could not hear of in time is not made up for: nobody waits for it any more.
-constexpr std::chrono::seconds longestDelay{2};
+// An older press is discarded: the owner thread was blocked, and the user no longer expects a reaction.
+constexpr std::chrono::seconds maxDelay{2};
 
 gboolean deliverPress(gpointer data) {
     const std::unique_ptr<Press> press(static_cast<Press*>(data));
-    if (pressHandler != nullptr && Clock::now() - press->at < longestDelay)
+    if (pressHandler != nullptr && Clock::now() - press->at < maxDelay)
         pressHandler(press->id);
     return G_SOURCE_REMOVE;
 }
@@ -152,15 +151,15 @@ void postPress(int id) {
     callOwnerSoon(deliverPress, new Press{id, Clock::now()});
 }
 
-/// The raw events are asked for before the keyboard is given back: the key's release then comes by one of the
-/// two roads. The program in front sees that release without its press, which means nothing to it.
+/// Raw events are selected before the keyboard is released, so the key's release arrives in one of the two
+/// ways. The program in front gets the release without a press, which is harmless.
 void handlePress(HotKeys& all, const XKeyEvent& event) {
     const auto key = std::ranges::find(all.keys, event.keycode, &HotKey::keycode);
     const bool isNew = key != all.keys.end() && !key->hasFired; // else an auto-repeat
     if (isNew) {
         if (key->holders.empty())
             key->holders.insert(unknownDevice);
-        noteHolders(all, *key, true);
+        setFired(all, *key, true);
     }
     XUngrabKeyboard(all.display, CurrentTime);
     XFlush(all.display);
@@ -168,22 +167,22 @@ void handlePress(HotKeys& all, const XKeyEvent& event) {
         postPress(key->id);
 }
 
-/// Another key was let go before the keyboard was given back, and would stay down for the program in front.
-void passReleaseOn(Display* display, XKeyEvent event) {
+/// Another key was released while the keyboard was grabbed, and would stay down for the program in front.
+void forwardRelease(Display* display, XKeyEvent event) {
     if (isKeyDown(display, static_cast<KeyCode>(event.keycode)))
         return; // pressed again already
     int revertTo = 0;
     XGetInputFocus(display, &event.window, &revertTo);
-    const ErrorTrap trap(display); // the window may go
+    const ErrorTrap trap(display); // the window may be destroyed meanwhile
     XSendEvent(display, InputFocus, 1, KeyReleaseMask, reinterpret_cast<XEvent*>(&event));
 }
 
 void handleRelease(HotKeys& all, const XKeyEvent& event) {
     const auto key = std::ranges::find(all.keys, event.keycode, &HotKey::keycode);
     if (key != all.keys.end())
-        noteHolders(all, *key, false);
+        setFired(all, *key, false);
     else
-        passReleaseOn(all.display, event);
+        forwardRelease(all.display, event);
 }
 
 void handleRawKey(HotKeys& all, const RawKey& raw) {
@@ -196,10 +195,10 @@ void handleRawKey(HotKeys& all, const RawKey& raw) {
     }
     if (key->holders.erase(raw.device) == 0)
         key->holders.erase(unknownDevice);
-    // A release may have been lost, to a program that grabbed the keyboard itself for example: what the
-    // server says is true in any case, but says nothing of a key that is down again already.
+    // A release may have been lost, for example to a program that grabbed the keyboard. The server's key
+    // state is reliable, but misses a key that is down again already.
     if (key->holders.empty() || !isKeyDown(all.display, key->keycode))
-        noteHolders(all, *key, false);
+        setFired(all, *key, false);
 }
 
 void handleEvent(HotKeys& all, XEvent& event) {
@@ -209,7 +208,7 @@ void handleEvent(HotKeys& all, XEvent& event) {
         handleRelease(all, event.xkey);
     } else if (event.type == MappingNotify) {
         XRefreshKeyboardMapping(&event.xmapping);
-        grabAnew(all);
+        regrab(all);
     } else if (event.type == GenericEvent && XGetEventData(all.display, &event.xcookie) != 0) {
         if (const auto raw = rawKeyOf(event))
             handleRawKey(all, *raw);
@@ -247,7 +246,7 @@ bool startListening(HotKeys& all) {
     int major = 2;
     int minor = 2;
     XIQueryVersion(all.display, &major, &minor);
-    // A held key then repeats as presses alone.
+    // A held key then repeats as presses only.
     XkbSetDetectableAutoRepeat(all.display, 1, nullptr);
     if (startDetachedThread(listen))
         return true;
@@ -257,13 +256,13 @@ bool startListening(HotKeys& all) {
     return false;
 }
 
-/// For the owner thread: the connection's events may have been read here.
-class OwnersTurn {
+/// Locks the hot keys for the owner thread. At the end wakes their thread, whose events may have been read.
+class OwnerAccess {
 public:
-    OwnersTurn() : lock(hotKeys().mutex) {}
-    OwnersTurn(const OwnersTurn&) = delete;
-    OwnersTurn& operator=(const OwnersTurn&) = delete;
-    ~OwnersTurn() {
+    OwnerAccess() : lock(hotKeys().mutex) {}
+    OwnerAccess(const OwnerAccess&) = delete;
+    OwnerAccess& operator=(const OwnerAccess&) = delete;
+    ~OwnerAccess() {
         if (hotKeys().display == nullptr)
             return;
         XFlush(hotKeys().display);
@@ -277,7 +276,7 @@ private:
 } // namespace
 
 void followHeldModifiers() {
-    const OwnersTurn turn;
+    const OwnerAccess access;
     HotKeys& all = hotKeys();
     if (all.display == nullptr)
         return;
@@ -285,7 +284,7 @@ void followHeldModifiers() {
     for (const KeyCode code : heldKeycodes())
         now |= modifierOf(all.display, code);
     for (const unsigned int lock : lockCombinations(all.display))
-        now &= ~lock; // grabbed for in any case
+        now &= ~lock; // grabbed in any case
     if (now == all.heldModifiers)
         return;
     const ErrorTrap trap(all.display); // another program may hold a combination
@@ -307,7 +306,7 @@ void setHotKeyHandler(void (*handler)(int id) noexcept) {
 }
 
 bool registerHotKey(WindowHandle, int id, std::uint16_t virtualKey) {
-    const OwnersTurn turn;
+    const OwnerAccess access;
     HotKeys& all = hotKeys();
     HotKey key{id, virtualKey, 0, false, {}};
     if (!startListening(all) || !grab(all, key))
@@ -317,7 +316,7 @@ bool registerHotKey(WindowHandle, int id, std::uint16_t virtualKey) {
 }
 
 void unregisterHotKey(WindowHandle, int id) {
-    const OwnersTurn turn;
+    const OwnerAccess access;
     HotKeys& all = hotKeys();
     for (HotKey& key : all.keys)
         if (key.id == id)

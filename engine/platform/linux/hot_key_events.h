@@ -2,11 +2,11 @@
 
 namespace rotika {
 
-/// Who hears of presses of registered hot keys. Owner thread.
+/// Sets the handler for presses of registered hot keys. Owner thread.
 void setHotKeyHandler(void (*handler)(int id) noexcept);
 
-/// Follows heldKeycodes(): a hot key must work while the program itself holds a modifier down, and a
-/// modifier that the person holds must not make it one. Owner thread.
+/// Updates the grabs to heldKeycodes(): a hot key must work while this program holds a modifier down, but
+/// not with a modifier that the user holds. Owner thread.
 void followHeldModifiers();
 
 } // namespace rotika

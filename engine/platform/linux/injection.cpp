@@ -84,7 +84,7 @@ KeyCode borrowKeycode(Display* display, std::uint16_t virtualKey) {
     const KeyCode code = keysym == NoSymbol ? KeyCode{0} : unusedKeycode(display);
     if (code == 0)
         return 0;
-    tellInputGuard(GuardedThing::borrowedKeycode, true, code);
+    notifyInputGuard(GuardedThing::borrowedKeycode, true, code);
     XChangeKeyboardMapping(display, code, 1, &keysym, 1);
     XSync(display, 0);
     // Programs read the new map only after its notification; they would ignore a press that comes earlier.
@@ -127,8 +127,8 @@ void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMot
     XSync(display, 0);
     // Unlike on Windows, a key held by XTest would repeat, even after the end of this process.
     if (noteHeld(virtualKey, {code, false}))
-        silenceAutoRepeat(display, code);
-    tellInputGuard(GuardedThing::key, motion == InputMotion::downUntilReleased, code);
+        disableAutoRepeat(display, code);
+    notifyInputGuard(GuardedThing::key, motion == InputMotion::downUntilReleased, code);
     XTestFakeKeyEvent(display, code, 1, CurrentTime);
     XSync(display, 0);
     // Only now: a key that is not down yet would count as tapped by the user.
@@ -140,7 +140,7 @@ void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMot
 bool releaseKey(Display* display, std::uint16_t virtualKey, KeyCode code) {
     XTestFakeKeyEvent(display, code, 0, CurrentTime);
     XSync(display, 0);
-    tellInputGuard(GuardedThing::key, false, code);
+    notifyInputGuard(GuardedThing::key, false, code);
     const HeldKey held = forgetHeld(virtualKey);
     if (held.code != 0)
         restoreAutoRepeat(display, code);
@@ -242,11 +242,11 @@ void injectMouseButton(std::uint32_t button, InputMotion motion) {
         return;
     const bool isPress = motion != InputMotion::up;
     if (motion == InputMotion::downUntilReleased)
-        tellInputGuard(GuardedThing::button, true, xButtons[button]);
+        notifyInputGuard(GuardedThing::button, true, xButtons[button]);
     XTestFakeButtonEvent(connection.display, xButtons[button], isPress ? 1 : 0, CurrentTime);
     XSync(connection.display, 0);
     if (!isPress)
-        tellInputGuard(GuardedThing::button, false, xButtons[button]);
+        notifyInputGuard(GuardedThing::button, false, xButtons[button]);
 }
 
 } // namespace rotika

@@ -6,8 +6,8 @@
 
 namespace rotika {
 
-/// The connection of the threads that inject input, held locked: keys of two runs must not mix with each
-/// other's look-ups. `display` is null without a display.
+/// The connection of the threads that inject input, locked: keys of two runs must not interleave with each
+/// other's look-ups. `display` is null without an X server.
 struct InjectionConnection {
     std::unique_lock<std::mutex> lock;
     Display* display = nullptr;

@@ -8,7 +8,7 @@ namespace rotika {
 
 namespace {
 
-/// XTest speaks to devices by the first version of the input extension.
+/// XTest addresses devices by the first version of the input extension.
 class OpenedDevice {
 public:
     OpenedDevice(Display* display, int device)
@@ -31,7 +31,7 @@ private:
 DeviceInfos queryDevices(Display* display, int device, int& count) {
     DeviceInfos infos(XIQueryDevice(display, device, &count));
     if (infos == nullptr)
-        count = 0; // Xlib says -1
+        count = 0; // Xlib sets -1
     return infos;
 }
 

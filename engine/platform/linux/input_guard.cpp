@@ -23,34 +23,34 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// A guard that dies at once each time, say for want of memory, must not be started without end.
-constexpr milliseconds shortLife{10'000};
-constexpr milliseconds shortestPause{1000};
-constexpr milliseconds longestPause{60'000};
+// A guard that dies at once each time, for instance out of memory, must not be restarted in a tight loop.
+constexpr milliseconds minLifetime{10'000};
+constexpr milliseconds minPause{1000};
+constexpr milliseconds maxPause{60'000};
 
 struct Guard {
     std::mutex mutex;
     int socket = -1;                                       // guarded by mutex
-    std::set<std::pair<GuardedThing, std::uint32_t>> down; // guarded by mutex; what a new guard is told
+    std::set<std::pair<GuardedThing, std::uint32_t>> down; // guarded by mutex; sent to a new guard
     Clock::time_point startedAt;                           // owner thread
     milliseconds pause{0};                                 // owner thread; before the next start
 };
 
-// Run threads tell the guard to the very end of the process, so this is never destroyed.
+// Never destroyed: run threads use it until the process ends.
 Guard& guard() {
     static Guard* const instance = new Guard;
     return *instance;
 }
 
-/// The guard must outlive us, our terminal and our session, and must not keep anybody's pipes open. 0 when it
-/// cannot be started.
-pid_t spawnGuard(const std::string& path, int itsSocket) {
+/// The guard must outlive this process, its terminal and its session, and must not keep inherited pipes open.
+/// 0 when it cannot be started.
+pid_t spawnGuard(const std::string& path, int guardSocket) {
     posix_spawnattr_t attributes;
     posix_spawn_file_actions_t actions;
     posix_spawnattr_init(&attributes);
     posix_spawn_file_actions_init(&actions);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
-    posix_spawn_file_actions_adddup2(&actions, itsSocket, STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, guardSocket, STDIN_FILENO);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     std::string name = path;
@@ -73,7 +73,7 @@ void sendRecord(GuardedThing kind, bool down, std::uint32_t code) {
     send(guard().socket, &record, sizeof record, MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 
-void adoptSocket(int socket) {
+void replaceSocket(int socket) {
     const std::lock_guard lock(guard().mutex);
     if (guard().socket >= 0)
         close(guard().socket);
@@ -92,8 +92,8 @@ gboolean launchAgain(gpointer) {
 void launchAfterPause() {
     Guard& dead = guard();
     callOwnerAfter(static_cast<guint>(dead.pause.count()), launchAgain, nullptr);
-    const bool diedYoung = Clock::now() - dead.startedAt < shortLife;
-    dead.pause = diedYoung ? std::clamp(dead.pause * 2, shortestPause, longestPause) : milliseconds(0);
+    const bool diedEarly = Clock::now() - dead.startedAt < minLifetime;
+    dead.pause = diedEarly ? std::clamp(dead.pause * 2, minPause, maxPause) : milliseconds(0);
 }
 
 void onGuardDeath(GPid child, gint /*status*/, gpointer) {
@@ -102,23 +102,23 @@ void onGuardDeath(GPid child, gint /*status*/, gpointer) {
 }
 
 /// 0 when it could not be started.
-pid_t launchOne() {
+pid_t startGuardProcess() {
     int ends[2] = {-1, -1};
     guard().startedAt = Clock::now();
-    // A stream: of packets a system may keep as few as ten that have not been read yet.
+    // A stream: a packet socket may queue as few as ten unread packets.
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
         return 0;
-    // What is held stands in the socket before its reader exists: we may be killed at any moment.
-    adoptSocket(ends[0]);
+    // The records are in the socket before the guard starts: this process may be killed at any moment.
+    replaceSocket(ends[0]);
     const pid_t child = spawnGuard(executableFolder() / "rotika-guard", ends[1]);
     close(ends[1]);
     if (child == 0)
-        adoptSocket(-1);
+        replaceSocket(-1);
     return child;
 }
 
 void launchGuard() {
-    const pid_t child = launchOne();
+    const pid_t child = startGuardProcess();
     if (child == 0) {
         launchAfterPause();
         return;
@@ -136,7 +136,7 @@ void startInputGuard() {
         launchGuard();
 }
 
-void tellInputGuard(GuardedThing kind, bool down, std::uint32_t code) {
+void notifyInputGuard(GuardedThing kind, bool down, std::uint32_t code) {
     const std::lock_guard lock(guard().mutex);
     if (kind != GuardedThing::heartbeat) {
         if (down)

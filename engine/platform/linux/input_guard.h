@@ -4,12 +4,11 @@
 
 namespace rotika {
 
-/// Starts the guard process beside the program, which lets go of keys and mice should this process die or
-/// stand still. One that dies is started again and told what is held. Without it the program works all the
-/// same. Owner thread, once.
+/// Starts the guard process, which releases keys and mice if this process dies or hangs. A guard that dies is
+/// restarted and gets the current state. The program also works without it. Owner thread, once.
 void startInputGuard();
 
-/// Any thread; never blocks and never fails visibly.
-void tellInputGuard(GuardedThing kind, bool down, std::uint32_t code);
+/// Any thread; never blocks, ignores failures.
+void notifyInputGuard(GuardedThing kind, bool down, std::uint32_t code);
 
 } // namespace rotika

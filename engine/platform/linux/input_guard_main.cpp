@@ -1,7 +1,7 @@
-// The guard: a small process beside the program that knows which keys and buttons the program has down for a
-// moment and which mice it holds back. When the program dies, in whatever way, the guard lets go of them,
-// undoes what the program had changed on the keyboard, and ends. When the program stands still while it holds
-// the mice back, the guard gives them back and goes on watching.
+// The guard: a small separate process with a list of the keys and buttons that the program holds down and the
+// mice that it has detached. When the program dies, the guard releases them, restores the keyboard settings
+// that the program had changed, and ends. When the program hangs while mice are detached, the guard
+// reattaches them and continues.
 
 #include "platform/input_guard_protocol.h"
 #include "platform/pointer_capture.h"
@@ -27,9 +27,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using GuardedItem = std::pair<GuardedThing, std::uint32_t>;
 
-constexpr std::chrono::milliseconds silenceLimit{captureSilenceLimitMs};
+constexpr std::chrono::milliseconds heartbeatLimit{captureSilenceLimitMs};
 
-/// A device that is unplugged at the wrong moment must not end the guard.
+/// A device that was just unplugged must not end the guard.
 int ignoreError(Display*, XErrorEvent*) {
     return 0;
 }
@@ -40,8 +40,8 @@ bool isAttached(Display* display, int device) {
     return count > 0 && info->use == XISlavePointer;
 }
 
-/// Works whether or not the program's grab still stands.
-void giveBackMouse(Display* display, std::uint32_t code) {
+/// Works with and without an active grab by the program.
+void reattachMouse(Display* display, std::uint32_t code) {
     const int device = static_cast<int>(code & 0xFFFF);
     if (isAttached(display, device))
         return;
@@ -52,7 +52,7 @@ void giveBackMouse(Display* display, std::uint32_t code) {
     XIChangeHierarchy(display, &change, 1);
 }
 
-void letGo(Display* display, const GuardedItem& item) {
+void release(Display* display, const GuardedItem& item) {
     const auto& [kind, code] = item;
     switch (kind) {
     case GuardedThing::key:
@@ -62,7 +62,7 @@ void letGo(Display* display, const GuardedItem& item) {
         XTestFakeButtonEvent(display, code, 0, CurrentTime);
         break;
     case GuardedThing::pointerPin:
-        giveBackMouse(display, code);
+        reattachMouse(display, code);
         break;
     case GuardedThing::autoRepeat: {
         XKeyboardControl control{};
@@ -76,7 +76,7 @@ void letGo(Display* display, const GuardedItem& item) {
         XChangeKeyboardMapping(display, static_cast<int>(code), 1, &nothing, 1);
         break;
     }
-    case GuardedThing::heldButton: // after all mice are back
+    case GuardedThing::heldButton: // handled after all mice are attached
     case GuardedThing::heartbeat:
         break;
     }
@@ -86,9 +86,9 @@ class Guard {
 public:
     explicit Guard(Display* opened) : display(opened) {}
 
-    /// Returns when the program is gone.
-    void followProgram();
-    void letGoOfEverything();
+    /// Returns when the program has ended.
+    void watchProgram();
+    void releaseAll();
 
 private:
     bool isPinned() const {
@@ -96,29 +96,30 @@ private:
                            [](const GuardedItem& item) { return item.first == GuardedThing::pointerPin; });
     }
     int waitMs() const;
-    void note(const GuardRecord& record);
-    void releaseHeldButtons();
-    void giveBackMice();
+    void apply(const GuardRecord& record);
+    void releaseDetachedButtons();
+    void reattachMice();
 
     Display* display;
     std::set<GuardedItem> down;
-    Clock::time_point lastHeard = Clock::now(); // of the thread that holds the mice
-    bool hasGivenBack = false;                  // since lastHeard
+    Clock::time_point lastHeartbeat = Clock::now(); // from the thread that detached the mice
+    bool hasReattached = false;                     // since lastHeartbeat
 };
 
-/// How long the program may stay silent from now on; -1 for ever.
+/// How long the program may send nothing from now on; -1: unlimited.
 int Guard::waitMs() const {
-    if (hasGivenBack || !isPinned())
+    if (hasReattached || !isPinned())
         return -1;
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(lastHeard + silenceLimit - Clock::now());
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(lastHeartbeat + heartbeatLimit - Clock::now());
     return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
 }
 
-void Guard::note(const GuardRecord& record) {
-    // Other threads press keys while the one that holds the mice stands still.
+void Guard::apply(const GuardRecord& record) {
+    // Records of other threads say nothing about the thread that detached the mice.
     if (record.kind == GuardedThing::heartbeat || record.kind == GuardedThing::pointerPin) {
-        lastHeard = Clock::now();
-        hasGivenBack = false;
+        lastHeartbeat = Clock::now();
+        hasReattached = false;
     }
     if (record.kind == GuardedThing::heartbeat)
         return;
@@ -128,8 +129,7 @@ void Guard::note(const GuardRecord& record) {
         down.erase({record.kind, record.code});
 }
 
-/// Those alone: a click that a window manager still holds back looks the same, and would be doubled.
-void Guard::releaseHeldButtons() {
+void Guard::releaseDetachedButtons() {
     std::set<std::size_t> held;
     std::erase_if(down, [&held](const GuardedItem& item) {
         const bool isHeld = item.first == GuardedThing::heldButton;
@@ -141,23 +141,23 @@ void Guard::releaseHeldButtons() {
         releaseForgottenButtons(display, held);
 }
 
-void Guard::giveBackMice() {
+void Guard::reattachMice() {
     for (const GuardedItem& item : down)
         if (item.first == GuardedThing::pointerPin)
-            letGo(display, item);
-    releaseHeldButtons();
+            release(display, item);
+    releaseDetachedButtons();
     XSync(display, 0);
-    hasGivenBack = true;
+    hasReattached = true;
 }
 
-void Guard::followProgram() {
+void Guard::watchProgram() {
     while (true) {
         pollfd input{STDIN_FILENO, POLLIN, 0};
         const int ready = poll(&input, 1, waitMs());
         if (ready < 0 && errno == EINTR)
             continue;
         if (ready == 0) {
-            giveBackMice();
+            reattachMice();
             continue;
         }
         GuardRecord record;
@@ -166,15 +166,15 @@ void Guard::followProgram() {
             continue;
         if (received != sizeof record)
             return;
-        note(record);
+        apply(record);
     }
 }
 
-void Guard::letGoOfEverything() {
+void Guard::releaseAll() {
     XTestGrabControl(display, 1);
     for (const GuardedItem& item : down)
-        letGo(display, item);
-    releaseHeldButtons();
+        release(display, item);
+    releaseDetachedButtons();
 }
 
 } // namespace
@@ -182,7 +182,7 @@ void Guard::letGoOfEverything() {
 int main() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE})
         std::signal(number, SIG_IGN);
-    // Opened now: when it is needed there is no time to lose.
+    // Opened in advance: it must be ready when the program dies.
     Display* display = XOpenDisplay(nullptr);
     if (display == nullptr)
         return 1;
@@ -191,8 +191,8 @@ int main() {
     int minor = 2;
     XIQueryVersion(display, &major, &minor);
     Guard guard(display);
-    guard.followProgram();
-    guard.letGoOfEverything();
+    guard.watchProgram();
+    guard.releaseAll();
     XCloseDisplay(display);
     return 0;
 }

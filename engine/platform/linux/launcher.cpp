@@ -24,7 +24,7 @@ bool openAddress(const std::string& address) {
     return g_app_info_launch_default_for_uri(address.c_str(), nullptr, nullptr) != FALSE;
 }
 
-/// "http:", "mailto:"; a single letter is a drive of a file written on Windows.
+/// "http:", "mailto:"; a single letter is a Windows drive.
 bool isAddress(const std::string& target) {
     const GPointer<char> scheme(g_uri_parse_scheme(target.c_str()));
     return scheme != nullptr && scheme.get()[1] != '\0';
@@ -47,7 +47,7 @@ void openTarget(const std::u16string& target) {
     const bool isFolder = g_file_test(text.c_str(), G_FILE_TEST_IS_DIR) != FALSE;
     const bool isFile = g_file_test(text.c_str(), G_FILE_TEST_EXISTS) != FALSE;
     const bool isProgram = !isFolder && (!isFile || access(text.c_str(), X_OK) == 0);
-    // Foreign file systems mark documents as executable too: what cannot be run is opened.
+    // Foreign file systems mark documents as executable too: a file that cannot be run is opened.
     if (isProgram && runProgram(text))
         return;
     if (isFile)

@@ -31,7 +31,7 @@ LayerImage::~LayerImage() {
     XDestroyImage(image);
 }
 
-/// False where the server is on another machine or has no such extension.
+/// False if the server is on another machine or lacks the extension.
 bool LayerImage::attachSharedMemory(Visual* visual, int depth, int width, int height) {
     if (XShmQueryExtension(ownerDisplay()) == 0)
         return false;
@@ -53,7 +53,7 @@ bool LayerImage::attachSharedMemory(Visual* visual, int depth, int width, int he
             shmdt(memory);
     }
     if (segment.shmid >= 0)
-        shmctl(segment.shmid, IPC_RMID, nullptr); // lives on until both sides let go, even if we are killed
+        shmctl(segment.shmid, IPC_RMID, nullptr); // freed once both sides detach, even if we are killed
     if (!isAttached) {
         image->data = nullptr;
         XDestroyImage(image);
@@ -65,8 +65,8 @@ bool LayerImage::attachSharedMemory(Visual* visual, int depth, int width, int he
 void LayerImage::waitUntilRead() {
     if (!hasUnreadPuts)
         return;
-    // A round trip rather than completion events: those do not come for a put that the server refuses, and a
-    // wait for them would then hold the owner thread for ever.
+    // A round trip, not completion events: the server sends none for a put that it refuses, and waiting for
+    // them would block the owner thread for ever.
     XSync(ownerDisplay(), 0);
     hasUnreadPuts = false;
 }

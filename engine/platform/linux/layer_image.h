@@ -10,8 +10,7 @@
 
 namespace rotika {
 
-/// A 32-bit picture that Cairo draws on and that the X server can take over without copying it through the
-/// wire, where the two share memory. Owner thread.
+/// A 32-bit image for Cairo to draw on, in memory shared with the X server where possible. Owner thread.
 class LayerImage {
 public:
     LayerImage(Visual* visual, int depth, int width, int height);
@@ -27,10 +26,10 @@ public:
         return reinterpret_cast<const std::uint32_t*>(image->data + y * image->bytes_per_line);
     }
 
-    /// Blocks until the server has read what was put before: drawing may begin.
+    /// Blocks until the server has processed earlier puts: then the pixels may be changed.
     void waitUntilRead();
 
-    /// Has the server copy a part to the same place of `target`.
+    /// Makes the server copy a part to the same position of `target`.
     void putTo(Drawable target, GC gc, int x, int y, int partWidth, int partHeight);
 
 private:

@@ -8,7 +8,7 @@
 
 namespace rotika {
 
-// The main window only receives: it is never mapped, so its status page's handlers are never called.
+// The main window only receives messages: it is never mapped, so the status page's handlers are not called.
 
 WindowHandle createMainWindow(const MainWindowHandlers& handlers) {
     if (ownerDisplay() == nullptr)

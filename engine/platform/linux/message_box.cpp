@@ -13,29 +13,29 @@
 
 namespace rotika {
 
-// The desktop's notifications are read out by screen readers and cover nothing; a window of our own says it
-// where no notification server answers.
+// Desktop notifications are read out by screen readers and do not cover the screen; without a notification
+// server the warning is shown in a window.
 
 namespace {
 
-// A server may have to be started first.
-constexpr guint answerLimitMs = 3000;
-constexpr guchar criticalUrgency = 2; // stays until the person dismisses it
+// The call may start the server first.
+constexpr guint replyLimitMs = 3000;
+constexpr guchar criticalUrgency = 2; // stays until the user dismisses it
 
 struct Warning {
     std::string title;
     std::string text;
-    bool isTold = false;
+    bool isShown = false;
 };
 using SharedWarning = std::shared_ptr<Warning>;
 
-void tellByWindow(Warning& warning) {
-    if (!std::exchange(warning.isTold, true))
+void showInWindow(Warning& warning) {
+    if (!std::exchange(warning.isShown, true))
         openWarningWindow(warning.title, warning.text);
 }
 
-/// The body of a notification is markup to the servers that know some. Those that know none show quotation
-/// marks as they are, so only what would be lost is escaped.
+/// Some servers parse the body as markup, others show it as it is: only characters that would be lost are
+/// escaped.
 std::string bodyOf(const std::string& text) {
     std::string body;
     for (const char c : text) {
@@ -58,10 +58,10 @@ GVariant* notificationOf(const Warning& warning) {
                          bodyOf(warning.text).c_str(), nullptr, &hints, neverExpires);
 }
 
-/// `bus` is null where there is none.
-void tellByNotification(GDBusConnection* bus, const SharedWarning& warning) {
+/// `bus` may be null.
+void showAsNotification(GDBusConnection* bus, const SharedWarning& warning) {
     if (bus == nullptr) {
-        tellByWindow(*warning);
+        showInWindow(*warning);
         return;
     }
     const BusCall call{"org.freedesktop.Notifications",
@@ -70,24 +70,24 @@ void tellByNotification(GDBusConnection* bus, const SharedWarning& warning) {
                        "Notify",
                        "(u)",
                        G_DBUS_CALL_FLAGS_NONE,
-                       answerLimitMs};
-    askOnOwnerBus(bus, call, notificationOf(*warning), [warning](GVariant* identifier) {
+                       replyLimitMs};
+    callOnOwnerBus(bus, call, notificationOf(*warning), [warning](GVariant* identifier) {
         if (identifier != nullptr)
-            warning->isTold = true;
+            warning->isShown = true;
         else
-            tellByWindow(*warning);
+            showInWindow(*warning);
     });
 }
 
-gboolean onAnswerLimit(gpointer data) noexcept {
+gboolean onReplyLimit(gpointer data) noexcept {
     const std::unique_ptr<SharedWarning> warning(static_cast<SharedWarning*>(data));
-    tellByWindow(**warning);
+    showInWindow(**warning);
     return G_SOURCE_REMOVE;
 }
 
-/// A bus that lets one connect and says nothing must not swallow the warning.
-void limitAnswerTime(const SharedWarning& warning) {
-    callOwnerAfter(answerLimitMs, onAnswerLimit, std::make_unique<SharedWarning>(warning).release());
+/// A bus that accepts the connection but never replies must not lose the warning.
+void limitReplyTime(const SharedWarning& warning) {
+    callOwnerAfter(replyLimitMs, onReplyLimit, std::make_unique<SharedWarning>(warning).release());
 }
 
 } // namespace
@@ -98,11 +98,11 @@ void showWarningBox(const std::u16string& title, const std::u16string& text) {
     const auto warning = std::make_shared<Warning>(Warning{utf8FromUtf16(title), utf8FromUtf16(text)});
     const std::string address = sessionBusAddress();
     if (address.empty()) {
-        tellByWindow(*warning);
+        showInWindow(*warning);
         return;
     }
-    limitAnswerTime(warning);
-    openOwnerBus(address, [warning](GDBusConnection* bus) { tellByNotification(bus, warning); });
+    limitReplyTime(warning);
+    openOwnerBus(address, [warning](GDBusConnection* bus) { showAsNotification(bus, warning); });
 }
 
 } // namespace rotika

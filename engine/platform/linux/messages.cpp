@@ -19,7 +19,7 @@ struct PostedMessage {
     std::intptr_t lParam = 0;
 };
 
-// Worker threads that were abandoned may still post at the very end, so the queue is never destroyed.
+// Never destroyed: abandoned worker threads may post until the process ends.
 struct Queue {
     std::mutex mutex;
     std::map<WindowHandle, MessageHandler> handlers;
@@ -45,7 +45,7 @@ std::optional<Delivery> takeNext() {
     return Delivery{all.handlers[posted.window], posted};
 }
 
-/// One message a dispatch: a handler that opens a modal loop leaves the rest to that loop.
+/// One message per dispatch: if a handler opens a modal loop, that loop delivers the rest.
 gboolean deliverOne(gpointer) {
     if (const auto delivery = takeNext())
         delivery->handler(delivery->posted.message, delivery->posted.wParam, delivery->posted.lParam);
@@ -68,7 +68,7 @@ bool postWindowMessage(WindowHandle window, std::uint32_t message, std::uintptr_
             return false;
         queue().messages.push_back({window, message, wParam, lParam});
     }
-    // Soon: a press counts where the cursor stood when it came, however fast the mouse moves on.
+    // With priority: a press must be handled before the next motion changes the cursor position.
     callOwnerSoon(deliverOne, nullptr);
     return true;
 }

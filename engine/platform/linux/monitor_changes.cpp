@@ -9,7 +9,7 @@ namespace rotika {
 
 namespace {
 
-// A mode change comes as several events, some of them while the screen is half way.
+// A mode change sends several events, some of them in an intermediate state.
 constexpr guint settlingMs = 100;
 
 struct MonitorWatch {
@@ -43,7 +43,7 @@ bool handleMonitorEvent(XEvent& event) {
                          event.type == watch.randrEventBase + RRNotify;
     if (!isResize && !isRandr)
         return false;
-    XRRUpdateConfiguration(&event); // Xlib's own idea of the screen's size
+    XRRUpdateConfiguration(&event); // updates Xlib's cached screen size
     compareWhenSettled();
     return isRandr;
 }
@@ -58,7 +58,7 @@ void watchMonitors(void (*changed)() noexcept) {
     addEventHandler(handleMonitorEvent);
     XRRSelectInput(ownerDisplay(), rootWindow(),
                    RRScreenChangeNotifyMask | RRCrtcChangeNotifyMask | RROutputChangeNotifyMask);
-    selectRootEvents(StructureNotifyMask); // monitors that a person has defined come as a resize alone
+    selectRootEvents(StructureNotifyMask); // user-defined monitors are reported only by a resize
 }
 
 } // namespace rotika

@@ -2,8 +2,8 @@
 
 namespace rotika {
 
-/// Calls `changed` from now on by the owner's loop, once for each change of the set of monitors, however many
-/// events the server makes of it. Call once. Owner thread.
+/// From now on the owner's loop calls `changed` once for each change of the set of monitors, however many
+/// events the server sends. Call once. Owner thread.
 void watchMonitors(void (*changed)() noexcept);
 
 } // namespace rotika

@@ -13,7 +13,7 @@ struct Monitors {
     bool operator==(const Monitors&) const = default;
 };
 
-/// Asks the server, and makes the answer the one that primaryMonitor() goes by. Owner thread.
+/// Queries the server and stores the result for primaryMonitor(). Owner thread.
 const Monitors& refreshMonitors();
 
 } // namespace rotika

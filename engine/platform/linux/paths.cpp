@@ -20,12 +20,12 @@ std::u16string programFilePath(const std::u16string& name) {
 }
 
 std::u16string folderOfTemporaryFiles() {
-    const char* const folder = std::getenv("XDG_RUNTIME_DIR"); // nobody else's, unlike /tmp
+    const char* const folder = std::getenv("XDG_RUNTIME_DIR"); // private to the user, unlike /tmp
     return folder != nullptr && folder[0] == '/' ? utf16FromUtf8(folder) : u"/tmp";
 }
 
 std::u16string joinPath(const std::u16string& folder, const std::u16string& name) {
-    // A wheel file made on Windows names its pictures with backslashes.
+    // A wheel file made on Windows has backslashes in the paths of its pictures.
     std::u16string native = name;
     std::replace(native.begin(), native.end(), u'\\', u'/');
     return folder + u'/' + native;

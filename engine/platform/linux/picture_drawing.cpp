@@ -23,8 +23,7 @@ Bounds grown(const PictureBox& box, double margin) {
     return {box.x - margin, box.y - margin, box.x + box.width + margin, box.y + box.height + margin};
 }
 
-/// The box of a sector: its centre, its two corners, and the extremes of the ellipse that lie inside the
-/// sweep.
+/// The bounds of a sector: of its centre, its two corners, and the ellipse's extremes inside the sweep.
 Bounds sectorBounds(const PictureBox& box, float startAngle, float sweepAngle, double margin) {
     const double centreX = box.x + box.width / 2;
     const double centreY = box.y + box.height / 2;
@@ -48,7 +47,7 @@ Bounds sectorBounds(const PictureBox& box, float startAngle, float sweepAngle, d
 Bounds boundsOf(const FilledPie& pie) {
     return sectorBounds(pie.box, pie.startAngle, pie.sweepAngle, 0);
 }
-// The mitre at a narrow pie's tip reaches far beyond the pen.
+// The mitre at a narrow pie's tip extends far beyond the pen's width.
 Bounds boundsOf(const OutlinedPie& pie) {
     return sectorBounds(pie.box, pie.startAngle, pie.sweepAngle, pie.penWidth * 10);
 }
@@ -174,7 +173,7 @@ void draw(cairo_t* context, const TextInBox& text) {
     if (mask.coverage == nullptr)
         return;
     setColor(context, text.color);
-    // On whole pixels, where the letters keep their edges.
+    // On whole pixels, so that the letters stay sharp.
     cairo_mask_surface(context, mask.coverage, std::floor(text.box.x + 0.5) + mask.offsetX,
                        std::floor(text.box.y + 0.5) + mask.offsetY);
 }
@@ -212,12 +211,12 @@ bool isOnWholePixels(const PictureBox& box) {
     return isWhole(box.x) && isWhole(box.y) && isWhole(box.width) && isWhole(box.height);
 }
 
-/// What of a region still holds an earlier picture. It is cleared only where something with soft edges will
-/// be drawn: to go over the pixels of a large screen twice takes more time than all the rest.
-class Ground {
+/// The part of a region that still shows the previous picture. It is cleared only where something with soft
+/// edges will be drawn: writing all pixels of a large screen twice takes more time than all the rest.
+class StaleRegion {
 public:
-    Ground(cairo_t* drawnOn, const cairo_region_t* region)
-        : context(drawnOn), stale(cairo_region_copy(region)) {}
+    StaleRegion(cairo_t* target, const cairo_region_t* region)
+        : context(target), stale(cairo_region_copy(region)) {}
 
     void clear(const cairo_rectangle_int_t& pixels) {
         if (cairo_region_is_empty(stale.get()))
@@ -290,24 +289,24 @@ PixelRegion changedPixels(const Picture& before, const Picture& after) {
 void drawPicture(cairo_surface_t* surface, const Picture& picture, const cairo_region_t* region) {
     cairo_t* context = cairo_create(surface);
     clipTo(context, region);
-    Ground ground(context, region);
+    StaleRegion staleRegion(context, region);
     const bool beginsWithArea =
         !picture.commands.empty() && std::holds_alternative<FilledRectangle>(picture.commands.front());
     if (!beginsWithArea)
-        ground.clearAll();
+        staleRegion.clearAll();
     for (const DrawCommand& command : picture.commands) {
         const cairo_rectangle_int_t pixels = pixelsOf(command);
         if (cairo_region_contains_rectangle(region, &pixels) == CAIRO_REGION_OVERLAP_OUT)
             continue;
         const auto* rectangle = std::get_if<FilledRectangle>(&command);
         if (rectangle != nullptr && isOnWholePixels(rectangle->box)) {
-            ground.fill(*rectangle);
+            staleRegion.fill(*rectangle);
             continue;
         }
-        ground.clear(pixels);
+        staleRegion.clear(pixels);
         std::visit([context](const auto& drawn) { draw(context, drawn); }, command);
     }
-    ground.clearAll();
+    staleRegion.clearAll();
     cairo_destroy(context);
     cairo_surface_flush(surface);
 }

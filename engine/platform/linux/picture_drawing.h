@@ -8,7 +8,7 @@
 
 namespace rotika {
 
-/// A region in whole pixels, given back by its owner.
+/// A region in whole pixels.
 struct PixelRegionDeleter {
     void operator()(cairo_region_t* region) const noexcept { cairo_region_destroy(region); }
 };
@@ -17,10 +17,10 @@ using PixelRegion = std::unique_ptr<cairo_region_t, PixelRegionDeleter>;
 /// The pixels that may differ between two pictures of one size.
 PixelRegion changedPixels(const Picture& before, const Picture& after);
 
-/// Draws `picture` anew inside `region` of a 32-bit surface with alpha; pixels outside stay. Owner thread.
+/// Redraws `picture` inside `region` of a 32-bit surface with alpha; pixels outside are kept. Owner thread.
 void drawPicture(cairo_surface_t* surface, const Picture& picture, const cairo_region_t* region);
 
-/// Loads fonts and draws a first text, which costs tens of milliseconds once.
+/// Loads fonts and draws a first text, which takes tens of milliseconds once.
 void warmUpDrawing();
 
 } // namespace rotika

@@ -46,7 +46,7 @@ cairo_surface_t* surfaceOf(const GdkPixbuf& pixels) {
     return surface;
 }
 
-/// A regular file of bearable size, open for reading. Opening anything else must not wait for its other end.
+/// A regular file of limited size, open for reading. O_NONBLOCK: opening a pipe must not block.
 class ImageFile {
 public:
     explicit ImageFile(const char* path) : file(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
@@ -62,7 +62,7 @@ public:
     ImageFile& operator=(const ImageFile&) = delete;
 
     bool isUsable() const { return isGood; }
-    /// Leads to the very file that was looked at, whatever has taken its place meanwhile.
+    /// Opens the file that was checked, even if its path has been replaced meanwhile.
     std::string path() const { return "/proc/self/fd/" + std::to_string(file); }
 
 private:
@@ -79,7 +79,7 @@ const PictureImage* loadPictureImage(const std::u16string& path, std::int32_t si
     if (!file.isUsable() || gdk_pixbuf_get_file_info(file.path().c_str(), &width, &height) == nullptr ||
         width > largestImageSidePx || height > largestImageSidePx)
         return nullptr;
-    // A loader that takes the bytes one by one would not mind if some were missing.
+    // Not an incremental loader: that would accept a truncated file.
     const GObjectPointer<GdkPixbuf> whole(gdk_pixbuf_new_from_file(file.path().c_str(), nullptr));
     if (whole == nullptr)
         return nullptr;

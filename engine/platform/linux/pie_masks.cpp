@@ -9,7 +9,7 @@ namespace rotika {
 
 namespace {
 
-constexpr std::size_t mostMasks = 256; // a wheel of 24 fields uses 48
+constexpr std::size_t maxMasks = 256; // a wheel of 24 fields uses 48
 
 using MaskKey = std::tuple<float, float, float, float, float, float, float>;
 std::map<MaskKey, PieMask> masks;
@@ -52,7 +52,7 @@ PieMask drawMask(const PictureBox& box, float startAngle, float sweepAngle, floa
     return mask;
 }
 
-void dropAllMasks() {
+void clearMasks() {
     for (auto& [key, mask] : masks)
         if (mask.coverage != nullptr)
             cairo_surface_destroy(mask.coverage);
@@ -63,10 +63,10 @@ void dropAllMasks() {
 
 const PieMask& pieMaskFor(const PictureBox& box, float startAngle, float sweepAngle, float penWidth) {
     const MaskKey key{box.x, box.y, box.width, box.height, startAngle, sweepAngle, penWidth};
-    if (const auto known = masks.find(key); known != masks.end())
-        return known->second;
-    if (masks.size() >= mostMasks)
-        dropAllMasks();
+    if (const auto cached = masks.find(key); cached != masks.end())
+        return cached->second;
+    if (masks.size() >= maxMasks)
+        clearMasks();
     return masks.emplace(key, drawMask(box, startAngle, sweepAngle, penWidth)).first->second;
 }
 

@@ -16,7 +16,7 @@ bool openPlatform() {
         return false;
     }
     startInputGuard();
-    lockInjectionConnection(); // opened now, so that the first step of the first run need not
+    lockInjectionConnection(); // opens it now, so that the first step of a run is not delayed
     warmUpDrawing();
     return true;
 }

@@ -12,7 +12,7 @@ namespace rotika {
 
 namespace {
 
-Monitors known;
+Monitors knownMonitors;
 
 Monitors queryMonitors() {
     int count = 0;
@@ -38,8 +38,8 @@ Monitors queryMonitors() {
 } // namespace
 
 const Monitors& refreshMonitors() {
-    known = queryMonitors();
-    return known;
+    knownMonitors = queryMonitors();
+    return knownMonitors;
 }
 
 Point cursorPosition() {
@@ -56,11 +56,11 @@ Point cursorPosition() {
 }
 
 void setCursorPosition(Point position) {
-    // A warp to where the cursor stands would still send a motion event to the program below.
+    // A warp to the current position would still send a motion event to the program below.
     if (ownerDisplay() == nullptr || isCursorPinned() || cursorPosition() == position)
         return;
     XWarpPointer(ownerDisplay(), noXid, rootWindow(), 0, 0, 0, 0, position.x, position.y);
-    // Clicks go over another connection, and must not come there before the warp.
+    // Clicks use another connection and must not reach the server before the warp.
     XSync(ownerDisplay(), 0);
 }
 
@@ -68,17 +68,17 @@ Rect monitorAt(Point point) {
     if (ownerDisplay() == nullptr)
         return {};
     refreshMonitors();
-    const auto holder = std::find_if(known.all.begin(), known.all.end(),
+    const auto holder = std::find_if(knownMonitors.all.begin(), knownMonitors.all.end(),
                                      [&](const Rect& monitor) { return monitor.contains(point); });
-    return holder == known.all.end() ? known.primary : *holder;
+    return holder == knownMonitors.all.end() ? knownMonitors.primary : *holder;
 }
 
 Rect primaryMonitor() {
     if (ownerDisplay() == nullptr)
         return {};
-    // The gaze asks on each tick: the answer is as old as the last opening of the wheel or change of the
-    // monitors, which spares a round trip.
-    return (known.all.empty() ? refreshMonitors() : known).primary;
+    // The gaze calls this on each tick: the stored monitors, refreshed when the wheel opens and when the
+    // monitors change, avoid a round trip.
+    return (knownMonitors.all.empty() ? refreshMonitors() : knownMonitors).primary;
 }
 
 bool mouseButtonsAreSwapped() {

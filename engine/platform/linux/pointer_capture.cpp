@@ -76,14 +76,14 @@ GrabbedMouse describe(const XIDeviceInfo& info) {
 void rememberHeldButtons(const ButtonStates& states) {
     for (std::size_t button = 1; button < states.size(); ++button)
         if (states[button] && capture.heldBefore.insert(button).second)
-            tellInputGuard(GuardedThing::heldButton, true, static_cast<std::uint32_t>(button));
+            notifyInputGuard(GuardedThing::heldButton, true, static_cast<std::uint32_t>(button));
 }
 
 void releaseHeldButtons() {
     releaseForgottenButtons(ownerDisplay(), capture.heldBefore);
     XFlush(ownerDisplay()); // before the guard forgets them
     for (const std::size_t button : std::exchange(capture.heldBefore, {}))
-        tellInputGuard(GuardedThing::heldButton, false, static_cast<std::uint32_t>(button));
+        notifyInputGuard(GuardedThing::heldButton, false, static_cast<std::uint32_t>(button));
 }
 
 /// Includes presses between the first query and the grab: programs have received them too.
@@ -103,7 +103,7 @@ void grabMouse(const XIDeviceInfo& info) {
     // The guard is told first: if this process is killed in between, the mouse is released once too often
     // instead of not at all.
     if (isNew)
-        tellInputGuard(GuardedThing::pointerPin, true, codeOfPinnedDevice(info.deviceid, info.attachment));
+        notifyInputGuard(GuardedThing::pointerPin, true, codeOfPinnedDevice(info.deviceid, info.attachment));
     unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
     XISetMask(bits, XI_RawMotion);
     XISetMask(bits, XI_RawButtonPress);
@@ -114,7 +114,7 @@ void grabMouse(const XIDeviceInfo& info) {
     if (isNew && refused == 0)
         capture.mice[info.deviceid] = describeGrabbed(info);
     else if (isNew)
-        tellInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(info.deviceid, info.attachment));
+        notifyInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(info.deviceid, info.attachment));
 }
 
 /// Also called after devices were added, removed, enabled or disabled: an enabled device is attached again
@@ -127,8 +127,8 @@ void grabAllMice() {
             return info.deviceid == entry.first;
         });
         if (isGone)
-            tellInputGuard(GuardedThing::pointerPin, false,
-                           codeOfPinnedDevice(entry.first, entry.second.master));
+            notifyInputGuard(GuardedThing::pointerPin, false,
+                             codeOfPinnedDevice(entry.first, entry.second.master));
         return isGone;
     });
     for (int i = 0; i < count; ++i)
@@ -223,7 +223,7 @@ void releaseMice(bool all) {
             return false;
         releaseDeviceButtons(ownerDisplay(), deviceId, pressed);
         XIUngrabDevice(ownerDisplay(), deviceId, CurrentTime);
-        tellInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(deviceId, mouse.master));
+        notifyInputGuard(GuardedThing::pointerPin, false, codeOfPinnedDevice(deviceId, mouse.master));
         return true;
     });
     // A button pressed before the capture may still be held on a detached mouse, where no attached slave
@@ -237,7 +237,7 @@ gboolean releaseMiceWithoutPresses(gpointer) {
     if (!capture.isActive)
         releaseMice(isOver);
     if (!capture.isActive && !capture.mice.empty()) {
-        tellInputGuard(GuardedThing::heartbeat, false, 0);
+        notifyInputGuard(GuardedThing::heartbeat, false, 0);
         return G_SOURCE_CONTINUE;
     }
     capture.isWaitingForRelease = false;
@@ -290,7 +290,7 @@ bool renewPointerCapture() {
     capture.lastRenewal = Clock::now();
     if (capture.lastRenewal - capture.lastHeartbeat >= heartbeatPeriod) {
         capture.lastHeartbeat = capture.lastRenewal;
-        tellInputGuard(GuardedThing::heartbeat, false, 0);
+        notifyInputGuard(GuardedThing::heartbeat, false, 0);
     }
     keepCursorPinned();
     return true;

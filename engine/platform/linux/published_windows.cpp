@@ -1,7 +1,7 @@
 #include "platform/linux/published_windows.h"
 
 #include "platform/linux/accessibility.h"
-#include "platform/linux/accessible_questions.h"
+#include "platform/linux/accessible_requests.h"
 
 #include <algorithm>
 
@@ -9,7 +9,7 @@ namespace rotika {
 
 namespace {
 
-// Of each side on average: frames and shadows count for some programs and not for others.
+// Per side on average: some programs include frames and shadows, others do not.
 constexpr std::int32_t windowTolerancePx = 75;
 constexpr std::int32_t menuTolerancePx = 15;
 
@@ -18,15 +18,15 @@ struct Likeness {
     bool hasPlace = false;
     bool isActive = false;
     bool isShowing = false;
-    bool isAnother = false; // by its name
+    bool isOtherWindow = false; // its name is another window's title
 
     int rank() const {
         return (hasTitle ? 4 : 0) + (hasPlace ? 4 : 0) + (isActive ? 2 : 0) + (isShowing ? 1 : 0);
     }
 };
 
-/// Qt's titles go on after the name.
-bool isAnother(const std::string& name, const WindowFacts& facts) {
+/// Qt's window titles have a suffix after the name.
+bool isOtherWindow(const std::string& name, const WindowFacts& facts) {
     return !name.empty() && !facts.title.starts_with(name) &&
            std::ranges::any_of(facts.otherTitles,
                                [&name](const std::string& title) { return title.starts_with(name); });
@@ -38,64 +38,64 @@ Likeness likenessOf(const PublishedWindow& window, const WindowFacts& facts, Win
     return {!window.name.empty() && window.name == facts.title,
             node.place && isPlaceOf(*node.place, facts, tolerancePx),
             kind == WindowKind::front && node.traits.isActive(), node.traits.isShowing(),
-            isAnother(window.name, facts)};
+            isOtherWindow(window.name, facts)};
 }
 
 bool isLikely(const Likeness& likeness, WindowKind kind, bool isProcessKnown) {
     if (kind == WindowKind::menu)
         return likeness.hasPlace && likeness.isShowing;
-    // A program's picture over the whole screen may be published by nobody, the window behind it is.
-    if (likeness.isAnother && !likeness.isActive)
+    // A full-screen picture may be unpublished while the window behind it is published.
+    if (likeness.isOtherWindow && !likeness.isActive)
         return false;
     const int signs = (likeness.hasTitle ? 1 : 0) + (likeness.hasPlace ? 1 : 0) + (likeness.isActive ? 1 : 0);
-    // Windows that fill the screen have one place, and titles may be alike.
+    // Full-screen windows share one place, and titles may be equal.
     return isProcessKnown ? signs >= 1 : signs >= 2 && likeness.isShowing;
 }
 
 } // namespace
 
-void PublishingPrograms::ask() {
-    askForChildren(bus, accessibilityDesktop(), [this](const std::vector<BusObject>& roots) {
+void PublishingPrograms::load() {
+    requestChildren(bus, accessibilityDesktop(), [this](const std::vector<BusObject>& roots) {
         for (const BusObject& root : roots)
             programs.push_back({root, 0, {}});
         for (PublishingProgram& program : programs)
-            askForProcess(bus, program.root.program,
-                          [&program](pid_t process) { program.process = process; });
+            requestProcess(bus, program.root.program,
+                           [&program](pid_t process) { program.process = process; });
     });
-    bus.waitForAnswers();
+    bus.waitForReplies();
 }
 
-void PublishingPrograms::askForWindows(PublishingProgram& program) {
-    if (program.isAsked)
+void PublishingPrograms::requestWindows(PublishingProgram& program) {
+    if (program.areWindowsRequested)
         return;
-    program.isAsked = true;
-    ++program.openQuestions;
-    askForChildren(bus, program.root, [this, &program](const std::vector<BusObject>& windows) {
+    program.areWindowsRequested = true;
+    ++program.pendingCalls;
+    requestChildren(bus, program.root, [this, &program](const std::vector<BusObject>& windows) {
         for (const BusObject& window : windows)
             addWindow(program, window);
-        --program.openQuestions;
+        --program.pendingCalls;
     });
 }
 
 void PublishingPrograms::addWindow(PublishingProgram& program, const BusObject& object) {
     PublishedWindow& window = program.windows.emplace_back();
     window.node.object = object;
-    program.openQuestions += 4;
-    askForRole(bus, object, [&](std::uint32_t role) {
+    program.pendingCalls += 4;
+    requestRole(bus, object, [&](std::uint32_t role) {
         window.node.traits.role = role;
-        --program.openQuestions;
+        --program.pendingCalls;
     });
-    askForStates(bus, object, [&](std::uint64_t states) {
+    requestStates(bus, object, [&](std::uint64_t states) {
         window.node.traits.states = states;
-        --program.openQuestions;
+        --program.pendingCalls;
     });
-    askForName(bus, object, [&](const std::string& name) {
+    requestName(bus, object, [&](const std::string& name) {
         window.name = name;
-        --program.openQuestions;
+        --program.pendingCalls;
     });
-    askForPlace(bus, object, [&](const std::optional<Rect>& place) {
+    requestPlace(bus, object, [&](const std::optional<Rect>& place) {
         window.node.place = place;
-        --program.openQuestions;
+        --program.pendingCalls;
     });
 }
 
@@ -114,8 +114,8 @@ std::vector<PublishingProgram*> PublishingPrograms::ofProcess(pid_t process) {
     return chosen;
 }
 
-PublishedWindow* likeliestWindow(const std::vector<PublishingProgram*>& programs, const WindowFacts& facts,
-                                 WindowKind kind, bool isProcessKnown) {
+PublishedWindow* bestMatch(const std::vector<PublishingProgram*>& programs, const WindowFacts& facts,
+                           WindowKind kind, bool isProcessKnown) {
     PublishedWindow* best = nullptr;
     int bestRank = 0;
     for (PublishingProgram* program : programs) {

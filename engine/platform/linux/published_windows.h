@@ -15,36 +15,36 @@ namespace rotika {
 
 /// A window as its program publishes it.
 struct PublishedWindow {
-    AccessibleNode node; // without what is below
+    AccessibleNode node; // without children
     std::string name;
-    bool isTaken = false; // it is another window of the screen
+    bool isTaken = false; // already matched to a window of the screen
 };
 
 struct PublishingProgram {
     BusObject root;
     pid_t process = 0;
     std::deque<PublishedWindow> windows;
-    bool isAsked = false;
-    int openQuestions = 0;
+    bool areWindowsRequested = false;
+    int pendingCalls = 0;
 
-    bool hasAnswered() const { return isAsked && openQuestions == 0; }
+    bool hasAnswered() const { return areWindowsRequested && pendingCalls == 0; }
 };
 
-/// The programs on the accessibility bus. Must stay where it is while the bus's answers arrive.
+/// The programs on the accessibility bus. Must not move while the bus's replies arrive.
 class PublishingPrograms {
 public:
-    explicit PublishingPrograms(BusConnection& askedBus) : bus(askedBus) {}
+    explicit PublishingPrograms(BusConnection& usedBus) : bus(usedBus) {}
 
-    /// Fills the list, without windows; waits for the answers, which no program can hold up.
-    void ask();
+    /// Fills the list, without windows; waits for the bus's replies, which no program can delay.
+    void load();
 
-    /// Nothing from the second time on.
-    void askForWindows(PublishingProgram& program);
-    /// One that the program's own list leaves out.
+    /// Does nothing after the first call for a program.
+    void requestWindows(PublishingProgram& program);
+    /// Adds a window that is missing from the program's own list.
     void addWindow(PublishingProgram& program, const BusObject& object);
 
-    /// Those of the process. All of them where it has none: the window manager's number means nothing for a
-    /// program in a container.
+    /// The programs of the process, or all if it has none: for a program in a container the window manager's
+    /// process id is wrong.
     std::vector<PublishingProgram*> ofProcess(pid_t process);
     bool hasProcess(pid_t process) const;
 
@@ -55,9 +55,9 @@ private:
 
 enum class WindowKind { front, menu, panel };
 
-/// The window among those of the programs that is the one of the screen; null if there is none that is likely
-/// enough: labels of another window are worse than none. `isProcessKnown`: the programs are of its process.
-PublishedWindow* likeliestWindow(const std::vector<PublishingProgram*>& programs, const WindowFacts& facts,
-                                 WindowKind kind, bool isProcessKnown);
+/// The published window that best matches the window of the screen; null if none matches well enough: labels
+/// of another window are worse than none. `isProcessKnown`: the programs belong to its process.
+PublishedWindow* bestMatch(const std::vector<PublishingProgram*>& programs, const WindowFacts& facts,
+                           WindowKind kind, bool isProcessKnown);
 
 } // namespace rotika

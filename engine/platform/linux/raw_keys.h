@@ -6,9 +6,8 @@
 
 namespace rotika {
 
-// Raw presses and releases of all keyboards, whoever has the focus or a grab; auto-repeats are not among
-// them. They are asked for only while they are needed, so that people's typing is not listened to otherwise.
-// Each on its own connection.
+// Raw presses and releases of all keyboards, regardless of focus and grabs, without auto-repeats. Selected
+// only while needed, so that the user's typing is not read otherwise. Each on its own connection.
 
 struct RawKey {
     KeyCode code = 0;
@@ -18,7 +17,7 @@ struct RawKey {
 
 void selectRawKeys(Display* display, bool isOn);
 
-/// Empty for any other event. The event's data has been fetched.
+/// Nullopt for any other event. The event's data must have been fetched.
 std::optional<RawKey> rawKeyOf(const XEvent& event);
 
 /// Whether the key is down now, as the server sees it.

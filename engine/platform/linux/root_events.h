@@ -2,8 +2,8 @@
 
 namespace rotika {
 
-/// The connection has one mask for the events of the root window, and several parts want some of them. Each
-/// names only its own. Owner thread.
+/// The connection has one event mask for the root window, shared by several users. Each adds and removes only
+/// its own events. Owner thread.
 void selectRootEvents(long events);
 void unselectRootEvents(long events);
 

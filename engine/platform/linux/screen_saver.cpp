@@ -10,7 +10,7 @@ void wakeScreen() {
         return;
     XForceScreenSaver(ownerDisplay(), ScreenSaverReset);
     XFlush(ownerDisplay());
-    tellLockersOfActivity();
+    reportActivityToLockers();
 }
 
 } // namespace rotika

@@ -13,10 +13,10 @@
 
 namespace rotika {
 
-// There is no one place that knows whether a session is locked. Each desktop's locker says so on the session
-// bus, logind keeps a hint that some lockers set, and XScreenSaver has a property. The session counts as
-// locked as long as any of them says so. A locker that tells nobody cannot be known: a grabbed keyboard may
-// as well be an open menu.
+// No single source reports whether a session is locked. Each desktop's locker reports it on the session bus,
+// logind keeps a hint that some lockers set, and XScreenSaver sets a property. The session counts as locked
+// while any of them reports it. A locker that reports nowhere is not detected: a grabbed keyboard may as well
+// be an open menu.
 
 namespace {
 
@@ -37,41 +37,41 @@ constexpr char sessionInterface[] = "org.freedesktop.login1.Session";
 constexpr char lockRequest[] = "lock request";
 constexpr char screenSaverProperty[] = "_SCREENSAVER_STATUS";
 
-// Lock only asks for it. By then a locker has said that it has obeyed, or there is none.
+// The signal Lock is only a request. Within this time a locker reports that it has locked, or there is none.
 constexpr guint lockRequestSeconds = 5;
 
 struct SessionLock {
     void (*changed)(bool isLocked) noexcept = nullptr;
-    std::set<std::string> saying; // who says that the session is locked
-    std::string sessionPath;      // of our session in logind, empty if unknown
+    std::set<std::string> lockedSources; // sources that report the session as locked
+    std::string sessionPath;             // of our session in logind, empty if unknown
     GSource* requestEnd = nullptr;
-    GDBusConnection* sessionBus = nullptr; // null: none, or not yet open
+    GDBusConnection* sessionBus = nullptr; // null: none, or not open yet
 };
 
 SessionLock& sessionLock() {
-    static SessionLock* const instance = new SessionLock; // the bus may still call at the very end
+    static SessionLock* const instance = new SessionLock; // never destroyed: late bus callbacks
     return *instance;
 }
 
 void setLocked(const std::string& source, bool isLocked) {
     SessionLock& lock = sessionLock();
-    const bool wasLocked = !lock.saying.empty();
+    const bool wasLocked = !lock.lockedSources.empty();
     if (isLocked)
-        lock.saying.insert(source);
+        lock.lockedSources.insert(source);
     else
-        lock.saying.erase(source);
-    if (lock.saying.empty() == wasLocked)
+        lock.lockedSources.erase(source);
+    if (lock.lockedSources.empty() == wasLocked)
         lock.changed(!wasLocked);
 }
 
 // The lockers of the desktops
 
-void askLocker(GDBusConnection* bus, const Locker& locker) {
+void queryLocker(GDBusConnection* bus, const Locker& locker) {
     for (const char* path : locker.paths) {
         const BusCall call{locker.name, path, locker.name, "GetActive", "(b)"};
-        askOnOwnerBus(bus, call, nullptr, [&locker](GVariant* values) {
+        callOnOwnerBus(bus, call, nullptr, [&locker](GVariant* values) {
             gboolean isActive = FALSE;
-            if (values == nullptr) // not at this path, or a program that only keeps the screen on
+            if (values == nullptr) // not at this path, or a program that only inhibits the screen saver
                 return;
             g_variant_get(values, "(b)", &isActive);
             setLocked(locker.name, isActive != FALSE);
@@ -88,12 +88,12 @@ void onActiveChanged(GDBusConnection*, const gchar*, const gchar*, const gchar* 
     setLocked(interface, isActive != FALSE);
 }
 
-void onLockerCame(GDBusConnection* bus, const gchar*, const gchar*, gpointer locker) noexcept {
-    askLocker(bus, *static_cast<const Locker*>(locker));
+void onLockerAppeared(GDBusConnection* bus, const gchar*, const gchar*, gpointer locker) noexcept {
+    queryLocker(bus, *static_cast<const Locker*>(locker));
 }
 
-/// Also when the bus itself is gone.
-void onLockerWent(GDBusConnection*, const gchar* name, gpointer) noexcept {
+/// Also called when the bus itself has closed.
+void onLockerVanished(GDBusConnection*, const gchar* name, gpointer) noexcept {
     setLocked(name, false);
 }
 
@@ -104,8 +104,8 @@ void watchLockers(GDBusConnection* bus) {
     for (const Locker& locker : lockers) {
         g_dbus_connection_signal_subscribe(bus, locker.name, locker.name, "ActiveChanged", nullptr, nullptr,
                                            G_DBUS_SIGNAL_FLAGS_NONE, onActiveChanged, nullptr, nullptr);
-        g_bus_watch_name_on_connection(bus, locker.name, G_BUS_NAME_WATCHER_FLAGS_NONE, onLockerCame,
-                                       onLockerWent, const_cast<Locker*>(&locker), nullptr);
+        g_bus_watch_name_on_connection(bus, locker.name, G_BUS_NAME_WATCHER_FLAGS_NONE, onLockerAppeared,
+                                       onLockerVanished, const_cast<Locker*>(&locker), nullptr);
     }
 }
 
@@ -136,10 +136,10 @@ void beginLockRequest() {
     g_source_attach(end, ownerContext());
 }
 
-void askLockedHint(GDBusConnection* bus) {
+void queryLockedHint(GDBusConnection* bus) {
     const BusCall call{logind, sessionLock().sessionPath.c_str(), "org.freedesktop.DBus.Properties", "Get",
                        "(v)"};
-    askOnOwnerBus(bus, call, g_variant_new("(ss)", sessionInterface, "LockedHint"), [](GVariant* values) {
+    callOnOwnerBus(bus, call, g_variant_new("(ss)", sessionInterface, "LockedHint"), [](GVariant* values) {
         if (values == nullptr)
             return;
         GVariant* hint = nullptr;
@@ -150,23 +150,23 @@ void askLockedHint(GDBusConnection* bus) {
     });
 }
 
-void onLogindCame(GDBusConnection* bus, const gchar*, const gchar*, gpointer) noexcept {
+void onLogindAppeared(GDBusConnection* bus, const gchar*, const gchar*, gpointer) noexcept {
     const char* id = std::getenv("XDG_SESSION_ID");
-    // "auto" is the caller's session or, for a program that a service manager started, the person's.
+    // "auto" is the caller's session or, for a program started by a service manager, the user's.
     GVariant* arguments = g_variant_new("(s)", id == nullptr || *id == '\0' ? "auto" : id);
     const BusCall call{logind, "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "GetSession",
                        "(o)"};
-    askOnOwnerBus(bus, call, arguments, [bus](GVariant* values) {
+    callOnOwnerBus(bus, call, arguments, [bus](GVariant* values) {
         if (values == nullptr)
             return;
         const char* path = nullptr;
         g_variant_get(values, "(&o)", &path);
         sessionLock().sessionPath = path;
-        askLockedHint(bus);
+        queryLockedHint(bus);
     });
 }
 
-void onLogindWent(GDBusConnection*, const gchar*, gpointer) noexcept {
+void onLogindVanished(GDBusConnection*, const gchar*, gpointer) noexcept {
     sessionLock().sessionPath.clear();
     endLockRequest();
     setLocked(logind, false);
@@ -182,7 +182,7 @@ void onSessionSignal(GDBusConnection* bus, const gchar*, const gchar* path, cons
     else if (name == "Unlock")
         endLockRequest();
     else if (name == "PropertiesChanged")
-        askLockedHint(bus);
+        queryLockedHint(bus);
 }
 
 void watchLogind(GDBusConnection* bus) {
@@ -193,8 +193,8 @@ void watchLogind(GDBusConnection* bus) {
     g_dbus_connection_signal_subscribe(bus, logind, "org.freedesktop.DBus.Properties", "PropertiesChanged",
                                        nullptr, sessionInterface, G_DBUS_SIGNAL_FLAGS_NONE, onSessionSignal,
                                        nullptr, nullptr);
-    g_bus_watch_name_on_connection(bus, logind, G_BUS_NAME_WATCHER_FLAGS_NONE, onLogindCame, onLogindWent,
-                                   nullptr, nullptr);
+    g_bus_watch_name_on_connection(bus, logind, G_BUS_NAME_WATCHER_FLAGS_NONE, onLogindAppeared,
+                                   onLogindVanished, nullptr, nullptr);
 }
 
 std::string systemBusAddress() {
@@ -230,16 +230,16 @@ void watchSessionLock(void (*changed)(bool isLocked) noexcept) {
         openOwnerBus(sessionBus, watchLockers);
 }
 
-void tellLockersOfActivity() {
+void reportActivityToLockers() {
     if (sessionLock().sessionBus == nullptr)
         return;
     for (const Locker& locker : lockers) {
-        if (!sessionLock().saying.contains(locker.name))
+        if (!sessionLock().lockedSources.contains(locker.name))
             continue;
         for (const char* path : locker.paths)
-            askOnOwnerBus(sessionLock().sessionBus,
-                          {locker.name, path, locker.name, "SimulateUserActivity", "()"}, nullptr,
-                          [](GVariant*) {});
+            callOnOwnerBus(sessionLock().sessionBus,
+                           {locker.name, path, locker.name, "SimulateUserActivity", "()"}, nullptr,
+                           [](GVariant*) {});
     }
 }
 

@@ -16,11 +16,11 @@ namespace rotika {
 
 namespace {
 
-// The first one installed draws; Pango takes letters that it lacks from another.
+// The first installed family is used; Pango takes missing letters from another.
 constexpr char fontFamilies[] = "Segoe UI,Selawik,Noto Sans,DejaVu Sans,sans-serif";
 
-constexpr std::size_t longestShapedText = 512; // far more than any box can show
-constexpr std::size_t mostMasks = 1024;        // two pages of 24 fields use under 100
+constexpr std::size_t maxShapedLength = 512; // far more than any box can show
+constexpr std::size_t maxMasks = 1024;       // two pages of 24 fields use under 100
 
 using MaskKey = std::tuple<std::u16string, float, bool, float, float>;
 std::map<MaskKey, TextMask> masks;
@@ -30,7 +30,7 @@ PangoContext* textContext() {
         PangoContext* made = pango_font_map_create_context(pango_cairo_font_map_get_default());
         cairo_font_options_t* options = cairo_font_options_create();
         cairo_font_options_set_antialias(options,
-                                         CAIRO_ANTIALIAS_GRAY); // coloured edges need an opaque ground
+                                         CAIRO_ANTIALIAS_GRAY); // subpixel edges need an opaque background
         cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_SLIGHT);
         pango_cairo_context_set_font_options(made, options);
         cairo_font_options_destroy(options);
@@ -46,7 +46,7 @@ GObjectPointer<PangoLayout> layOut(const TextInBox& text) {
     pango_font_description_set_weight(font, text.bold ? PANGO_WEIGHT_BOLD : PANGO_WEIGHT_NORMAL);
     pango_layout_set_font_description(layout.get(), font);
     pango_font_description_free(font);
-    const std::string utf8 = utf8FromUtf16(cutTo(text.text, longestShapedText));
+    const std::string utf8 = utf8FromUtf16(cutTo(text.text, maxShapedLength));
     pango_layout_set_text(layout.get(), utf8.c_str(), static_cast<int>(utf8.size()));
     pango_layout_set_width(layout.get(), static_cast<int>(text.box.width) * PANGO_SCALE);
     pango_layout_set_height(layout.get(), static_cast<int>(text.box.height) * PANGO_SCALE);
@@ -78,7 +78,7 @@ TextMask drawMask(const TextInBox& text) {
     return mask;
 }
 
-void dropAllMasks() {
+void clearMasks() {
     for (auto& [key, mask] : masks)
         if (mask.coverage != nullptr)
             cairo_surface_destroy(mask.coverage);
@@ -89,10 +89,10 @@ void dropAllMasks() {
 
 const TextMask& textMaskFor(const TextInBox& text) {
     MaskKey key{text.text, text.sizePx, text.bold, text.box.width, text.box.height};
-    if (const auto known = masks.find(key); known != masks.end())
-        return known->second;
-    if (masks.size() >= mostMasks)
-        dropAllMasks();
+    if (const auto cached = masks.find(key); cached != masks.end())
+        return cached->second;
+    if (masks.size() >= maxMasks)
+        clearMasks();
     return masks.emplace(std::move(key), drawMask(text)).first->second;
 }
 

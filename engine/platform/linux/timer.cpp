@@ -21,8 +21,8 @@ gboolean callTick(gpointer tick) {
 void startWindowTimer(WindowHandle window, std::uint32_t periodMs, void (*tick)() noexcept) {
     stopWindowTimer(window);
     GSource* source = g_timeout_source_new(periodMs);
-    // After the display's events and after what they post. At the same priority a tick that is due with them
-    // would come between a press and the message that it posts.
+    // A lower priority than the display's events and the messages that they post. At the same priority a due
+    // tick could run between a press and the message that it posts.
     g_source_set_priority(source, G_PRIORITY_DEFAULT + 1);
     g_source_set_callback(source, callTick, reinterpret_cast<gpointer>(tick), nullptr);
     g_source_attach(source, ownerContext());

@@ -13,10 +13,10 @@ namespace {
 constexpr std::string_view pathStart = "/org/a11y/atspi/accessible/";
 constexpr std::uint32_t firstNumber = 0x80000000; // of Qt alone
 
-// A menu comes up with a few objects around it.
-constexpr std::uint32_t mostBefore = 64;
-constexpr std::uint32_t mostAfter = 64;
-constexpr std::size_t mostGuesses = 600;
+// A menu is published with a few objects around it.
+constexpr std::uint32_t maxBefore = 64;
+constexpr std::uint32_t maxAfter = 64;
+constexpr std::size_t maxGuesses = 600;
 
 /// 0 for other paths.
 std::uint32_t numberOf(std::string_view path) {
@@ -39,9 +39,9 @@ std::vector<BusObject> unlistedObjects(const std::set<std::pair<std::string, std
     std::vector<BusObject> objects;
     if (listed.empty())
         return objects;
-    const std::uint32_t lowest = *listed.begin() - std::min(*listed.begin() - firstNumber, mostBefore);
-    for (std::uint32_t number = *listed.rbegin() + mostAfter;
-         number >= lowest && objects.size() < mostGuesses; --number)
+    const std::uint32_t lowest = *listed.begin() - std::min(*listed.begin() - firstNumber, maxBefore);
+    for (std::uint32_t number = *listed.rbegin() + maxAfter; number >= lowest && objects.size() < maxGuesses;
+         --number)
         if (!listed.contains(number))
             objects.push_back({program, std::string(pathStart) + std::to_string(number)});
     return objects;

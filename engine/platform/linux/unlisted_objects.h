@@ -9,9 +9,9 @@
 
 namespace rotika {
 
-/// Qt publishes an open context menu, but lists it nowhere. It numbers what it publishes one by one, so the
-/// menu is among the numbers that are missing in between or follow. `seen` are program and path of what is
-/// listed; the latest come first. Nothing for other toolkits.
+/// Qt publishes an open context menu, but does not list it as a child. It numbers objects consecutively, so
+/// the menu has one of the unused numbers between or after those seen. `seen`: program and path of the listed
+/// objects. The result starts with the highest number; it is empty for other toolkits.
 std::vector<BusObject> unlistedObjects(const std::set<std::pair<std::string, std::string>>& seen,
                                        const std::string& program);
 

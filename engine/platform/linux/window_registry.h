@@ -5,7 +5,7 @@
 
 namespace rotika {
 
-// The windows of this process and who handles what is posted to them. Owner thread.
+// The windows of this process and the handlers of messages posted to them. Owner thread.
 
 void registerWindow(WindowHandle window, MessageHandler handler);
 

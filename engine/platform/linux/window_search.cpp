@@ -1,6 +1,6 @@
 #include "platform/linux/window_search.h"
 
-#include "platform/linux/accessible_questions.h"
+#include "platform/linux/accessible_requests.h"
 #include "platform/linux/unlisted_objects.h"
 
 #include <algorithm>
@@ -12,20 +12,20 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// For a window whose process is not on the bus every program is asked, and some may have stopped.
-constexpr std::chrono::milliseconds patience{300};
+// For a window whose process is not on the bus all programs are queried, and some may be stopped.
+constexpr std::chrono::milliseconds unknownProcessLimit{300};
 
-constexpr std::chrono::milliseconds betweenLooks{10};
+constexpr std::chrono::milliseconds checkInterval{10};
 
-// For a menu that is not found where there is enough besides.
-constexpr std::chrono::milliseconds menuPatience{1000};
+// For a menu that is not found although there are enough other elements.
+constexpr std::chrono::milliseconds menuLimit{1000};
 
 } // namespace
 
-WindowSearch::WindowSearch(BusConnection& askedBus, const ScreenFacts& facts, WebPages webPages,
-                           Besides besides)
-    : bus(askedBus), screen(facts), pages(webPages), programs(askedBus) {
-    if (besides == Besides::menusAndPanels) {
+WindowSearch::WindowSearch(BusConnection& usedBus, const ScreenFacts& facts, WebPages webPages,
+                           OtherWindows otherWindows)
+    : bus(usedBus), screen(facts), pages(webPages), programs(usedBus) {
+    if (otherWindows == OtherWindows::menusAndPanels) {
         for (const WindowFacts& menu : screen.menus) {
             add(menu, WindowKind::menu);
             menus.push_back(menu.place);
@@ -35,7 +35,7 @@ WindowSearch::WindowSearch(BusConnection& askedBus, const ScreenFacts& facts, We
         add(*screen.front, WindowKind::front);
         frontWindow = windows.back().get();
     }
-    if (besides == Besides::menusAndPanels)
+    if (otherWindows == OtherWindows::menusAndPanels)
         for (const WindowFacts& panel : screen.panels)
             add(panel, WindowKind::panel);
 }
@@ -47,12 +47,12 @@ void WindowSearch::add(const WindowFacts& facts, WindowKind kind) {
 }
 
 void WindowSearch::run(const std::function<bool(const FoundElements&)>& isEnough) {
-    programs.ask();
-    start = nextLook = Clock::now();
-    bus.waitForAnswers([&] { return isOver(isEnough); });
+    programs.load();
+    start = nextCheck = Clock::now();
+    bus.waitForReplies([&] { return isOver(isEnough); });
 }
 
-/// A menu belongs to the front window's program even if the window manager's number says nothing.
+/// A menu belongs to the front window's program even if the window manager's process id is of no use.
 std::vector<PublishingProgram*> WindowSearch::programsOf(const SearchedWindow& window, bool& isProcessKnown) {
     isProcessKnown = programs.hasProcess(window.facts.process);
     if (isProcessKnown || window.kind != WindowKind::menu)
@@ -62,25 +62,26 @@ std::vector<PublishingProgram*> WindowSearch::programsOf(const SearchedWindow& w
     return {frontProgram};
 }
 
-void WindowSearch::decide(SearchedWindow& window) {
-    // Nothing that the front window may be is taken for another one.
-    if (frontWindow != nullptr && &window != frontWindow && !frontWindow->isDecided &&
+void WindowSearch::match(SearchedWindow& window) {
+    // A published window that may be the front window is not matched to another one.
+    if (frontWindow != nullptr && &window != frontWindow && !frontWindow->isMatched &&
         window.facts.process == frontWindow->facts.process)
         return;
     bool isProcessKnown = false;
-    const std::vector<PublishingProgram*> asked = programsOf(window, isProcessKnown);
-    for (PublishingProgram* program : asked)
-        programs.askForWindows(*program);
+    const std::vector<PublishingProgram*> candidates = programsOf(window, isProcessKnown);
+    for (PublishingProgram* program : candidates)
+        programs.requestWindows(*program);
     const auto hasAnswered = [](const PublishingProgram* program) { return program->hasAnswered(); };
-    if (!std::ranges::all_of(asked, hasAnswered) && (isProcessKnown || Clock::now() < start + patience))
+    if (!std::ranges::all_of(candidates, hasAnswered) &&
+        (isProcessKnown || Clock::now() < start + unknownProcessLimit))
         return;
-    window.isDecided = true;
-    PublishedWindow* chosen = likeliestWindow(asked, window.facts, window.kind, isProcessKnown);
+    window.isMatched = true;
+    PublishedWindow* chosen = bestMatch(candidates, window.facts, window.kind, isProcessKnown);
     if (chosen == nullptr)
         return;
     chosen->isTaken = true;
     if (&window == frontWindow)
-        for (PublishingProgram* program : asked)
+        for (PublishingProgram* program : candidates)
             if (program->root.program == chosen->node.object.program)
                 frontProgram = program;
     window.root.object = chosen->node.object;
@@ -88,56 +89,57 @@ void WindowSearch::decide(SearchedWindow& window) {
     window.root.place = chosen->node.place;
     if (chosen->node.place)
         window.fix = coordinateFix(*chosen->node.place, window.facts);
-    window.grower = std::make_unique<TreeGrower>(bus, pages, menus.empty() ? Menus::closed : Menus::open);
-    window.grower->grow(window.root);
+    window.loader = std::make_unique<TreeLoader>(bus, pages, menus.empty() ? Menus::closed : Menus::open);
+    window.loader->load(window.root);
 }
 
-bool WindowSearch::isAllKnown() const {
-    return openGuesses == 0 && std::ranges::all_of(windows, [](const auto& window) {
-               return window->isDecided && (window->grower == nullptr || window->grower->isDone());
+bool WindowSearch::isComplete() const {
+    return pendingGuesses == 0 && std::ranges::all_of(windows, [](const auto& window) {
+               return window->isMatched && (window->loader == nullptr || window->loader->isDone());
            });
 }
 
 bool WindowSearch::isOver(const std::function<bool(const FoundElements&)>& isEnough) {
-    // The front window first: the others wait for it, and nothing may be left to be answered after it.
-    if (frontWindow != nullptr && !frontWindow->isDecided)
-        decide(*frontWindow);
+    // The front window first: the others depend on it, and there may be no later reply to continue with.
+    if (frontWindow != nullptr && !frontWindow->isMatched)
+        match(*frontWindow);
     for (const auto& window : windows)
-        if (!window->isDecided)
-            decide(*window);
-    const bool isWhole = isAllKnown();
-    if (!isWhole && Clock::now() < nextLook)
+        if (!window->isMatched)
+            match(*window);
+    const bool isWhole = isComplete();
+    if (!isWhole && Clock::now() < nextCheck)
         return false;
     const Found beginning = found(isWhole ? Extent::everything : Extent::beginning);
-    nextLook = Clock::now() + betweenLooks;
+    nextCheck = Clock::now() + checkInterval;
     if (!isWhole && (beginning.endsInMenu || !isEnough || !isEnough(beginning.elements)))
         return false;
     if (std::ranges::find(beginning.hasMenu, false) == beginning.hasMenu.end())
         return true;
-    // A menu is what a person wants who has opened it, wherever in the tree it may be.
+    // A user who has opened a menu wants its entries, wherever the menu is in the tree.
     if (!hasGuessed) {
         hasGuessed = true;
-        menuPatienceEnd = Clock::now() + menuPatience;
-        askForUnlistedMenus();
+        menuLimitEnd = Clock::now() + menuLimit;
+        requestUnlistedMenus();
         return false;
     }
-    return isWhole || Clock::now() >= menuPatienceEnd;
+    return isWhole || Clock::now() >= menuLimitEnd;
 }
 
-/// Qt's context menus are in no list of children, but published all the same.
-void WindowSearch::askForUnlistedMenus() {
+/// Qt's context menus are published, but not in any list of children.
+void WindowSearch::requestUnlistedMenus() {
     if (frontProgram == nullptr)
         return;
-    for (const BusObject& object : unlistedObjects(frontWindow->grower->seen(), frontProgram->root.program)) {
-        ++openGuesses;
-        askForRole(bus, object, [this, object](std::uint32_t role) {
-            --openGuesses;
+    for (const BusObject& object :
+         unlistedObjects(frontWindow->loader->found(), frontProgram->root.program)) {
+        ++pendingGuesses;
+        requestRole(bus, object, [this, object](std::uint32_t role) {
+            --pendingGuesses;
             if (!AccessibleTraits{role, 0}.isPopupMenu())
                 return;
             programs.addWindow(*frontProgram, object);
             for (const auto& window : windows)
-                if (window->kind == WindowKind::menu && window->grower == nullptr)
-                    window->isDecided = false;
+                if (window->kind == WindowKind::menu && window->loader == nullptr)
+                    window->isMatched = false;
         });
     }
 }
@@ -147,25 +149,25 @@ FoundElements WindowSearch::found() const {
 }
 
 WindowSearch::Found WindowSearch::found(Extent extent) const {
-    Found found = foundBeside(menus, extent);
+    Found found = foundWithMenus(menus, extent);
     std::vector<Rect> real;
     for (std::size_t i = 0; i < menus.size(); ++i)
         if (found.hasMenu[i])
             real.push_back(menus[i]);
-    // What holds nothing may be a mere effect, which clicks pass through: it hides nothing.
+    // A menu window without entries may be a visual effect that clicks pass through: it covers nothing.
     if (real.size() < menus.size())
-        found.elements = foundBeside(real, extent).elements;
+        found.elements = foundWithMenus(real, extent).elements;
     return found;
 }
 
-WindowSearch::Found WindowSearch::foundBeside(const std::vector<Rect>& places, Extent extent) const {
+WindowSearch::Found WindowSearch::foundWithMenus(const std::vector<Rect>& places, Extent extent) const {
     Found found{{screen.monitor, {}}, std::vector<bool>(places.size(), false), false};
     std::vector<std::vector<ScreenElement>> others;
     found.elements.roots.resize(places.size());
     for (const auto& window : windows) {
-        if (extent == Extent::beginning && !window->isDecided)
+        if (extent == Extent::beginning && !window->isMatched)
             break;
-        if (window->grower == nullptr)
+        if (window->loader == nullptr)
             continue;
         const bool isMenu = window->kind == WindowKind::menu;
         WindowElements below = elementsBelow(window->root, {window->fix, places, isMenu}, extent);

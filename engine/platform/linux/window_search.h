@@ -12,48 +12,49 @@
 
 namespace rotika {
 
-/// A window of the screen, and what its program publishes of it.
+/// A window of the screen and its published contents.
 struct SearchedWindow {
     WindowFacts facts;
     WindowKind kind = WindowKind::front;
-    bool isDecided = false; // whether it is found, and as what
+    bool isMatched = false; // whether it is published, and as which window
     AccessibleNode root;
     CoordinateFix fix;
-    std::unique_ptr<TreeGrower> grower; // null unless it is found
+    std::unique_ptr<TreeLoader> loader; // null unless it is found
 };
 
-/// Looks for the front window and, if wanted, for the open menus and the panels, and for what is on show in
-/// them. Must outlive the bus's questions.
+/// Finds the front window and, if wanted, the open menus and the panels, and their visible elements. Must
+/// outlive the bus's calls.
 class WindowSearch {
 public:
-    enum class Besides { nothing, menusAndPanels };
+    enum class OtherWindows { none, menusAndPanels };
 
-    WindowSearch(BusConnection& askedBus, const ScreenFacts& facts, WebPages webPages, Besides besides);
+    WindowSearch(BusConnection& usedBus, const ScreenFacts& facts, WebPages webPages,
+                 OtherWindows otherWindows);
 
-    /// Until everything is found, the time is up, or `isEnough`, which may be empty, says so of the beginning
-    /// of what there is: first the menus, then the front window, then the panels.
+    /// Returns when everything is found, the time is up, or `isEnough`, which may be empty, accepts the
+    /// beginning of the result: first the menus, then the front window, then the panels.
     void run(const std::function<bool(const FoundElements&)>& isEnough);
 
     FoundElements found() const;
 
-    /// The front window; its grower is null if it is not published.
+    /// The front window; its loader is null if it is not published.
     const SearchedWindow& front() const { return *frontWindow; }
 
 private:
     struct Found {
         FoundElements elements;
-        std::vector<bool> hasMenu; // of each menu, whether something of it is among them
+        std::vector<bool> hasMenu; // for each menu, whether it has elements among these
         bool endsInMenu = false;
     };
 
     void add(const WindowFacts& facts, WindowKind kind);
-    void decide(SearchedWindow& window);
+    void match(SearchedWindow& window);
     std::vector<PublishingProgram*> programsOf(const SearchedWindow& window, bool& isProcessKnown);
     bool isOver(const std::function<bool(const FoundElements&)>& isEnough);
-    bool isAllKnown() const;
+    bool isComplete() const;
     Found found(Extent extent) const;
-    Found foundBeside(const std::vector<Rect>& places, Extent extent) const;
-    void askForUnlistedMenus();
+    Found foundWithMenus(const std::vector<Rect>& places, Extent extent) const;
+    void requestUnlistedMenus();
 
     BusConnection& bus;
     const ScreenFacts& screen;
@@ -64,9 +65,9 @@ private:
     SearchedWindow* frontWindow = nullptr;
     PublishingProgram* frontProgram = nullptr;
     std::chrono::steady_clock::time_point start;
-    std::chrono::steady_clock::time_point nextLook;
-    std::chrono::steady_clock::time_point menuPatienceEnd;
-    int openGuesses = 0;
+    std::chrono::steady_clock::time_point nextCheck;
+    std::chrono::steady_clock::time_point menuLimitEnd;
+    int pendingGuesses = 0;
     bool hasGuessed = false;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The one place that includes Xlib and its extensions, whose macros and names would break other headers.
+// The only header that includes Xlib and its extensions, whose macros and names would break other headers.
 
 #include <X11/XKBlib.h>
 #include <X11/Xatom.h>

@@ -2,7 +2,7 @@
 
 namespace rotika {
 
-/// Ends the process with a message: a caller broke a promise of the seam.
+/// Aborts the process with a message: a caller violated the platform interface.
 [[noreturn]] void breakContract(const char* what);
 
 } // namespace rotika

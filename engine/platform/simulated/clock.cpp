@@ -5,8 +5,8 @@
 namespace rotika {
 
 std::uint64_t tickCount() {
-    const SimulatedDesktop& desktop = simulatedDesktop();
-    return desktop.bootedBeforeMs + desktop.clock.now();
+    constexpr std::uint64_t startTick = 1'000'000;
+    return startTick + simulatedDesktop().clock.now();
 }
 
 void sleepMs(std::uint32_t durationMs) {

@@ -1,7 +1,5 @@
 #include "platform/device_libraries.h"
 
-#include "platform/simulated/simulated_desktop.h"
-
 namespace rotika {
 
 std::u16string speechLibraryName() {
@@ -13,7 +11,7 @@ std::u16string gazeLibraryName() {
 }
 
 std::vector<std::u16string> gazeLibraryRoots() {
-    return simulatedDesktop().gazeRoots;
+    return {};
 }
 
 } // namespace rotika

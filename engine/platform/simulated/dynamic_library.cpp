@@ -6,8 +6,7 @@
 
 namespace rotika {
 
-// Only workers load libraries, one at a time, so the owner thread may look at the desktop between their
-// turns.
+// No lock: only workers load libraries, and only one thread runs at a time.
 
 LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch) {
     SimulatedDesktop& desktop = simulatedDesktop();

@@ -4,15 +4,13 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
-#include <utility>
-
 namespace rotika {
 
 namespace {
 
 constexpr char windowName[] = "editor";
 
-/// Null for a window that is gone.
+/// Null for a destroyed window.
 SimulatedEditor* editorOf(WindowHandle window) {
     SimulatedDesktop& desktop = simulatedDesktop();
     desktop.requireOwner("editor window used by a worker");
@@ -38,21 +36,20 @@ SimulatedEditor::Control* listOf(WindowHandle window, std::int32_t id) {
     return control;
 }
 
-/// What the box or dialog says, and what happens meanwhile.
-void open(const std::string& words) {
+/// Records the box or dialog and runs its modal loop once.
+void openBox(const std::string& description) {
     SimulatedDesktop& desktop = simulatedDesktop();
-    desktop.note(JournalKind::box, words);
+    desktop.note(JournalKind::box, description);
     desktop.pumpMessages();
-    if (const auto happening = std::exchange(desktop.editor.whileBoxWaits, nullptr))
-        happening();
 }
 
-std::string boxWords(const char* kind, const std::u16string& title, const std::u16string& text) {
+std::string describeBox(const char* kind, const std::u16string& title, const std::u16string& text) {
     return std::string(kind) + " [" + utf8FromUtf16(title) + "] " + utf8FromUtf16(text);
 }
 
+/// The default value if no answer was prepared.
 template <typename Answer>
-Answer next(std::deque<Answer>& answers) {
+Answer takeNext(std::deque<Answer>& answers) {
     if (answers.empty())
         return {};
     Answer answer = answers.front();
@@ -60,11 +57,12 @@ Answer next(std::deque<Answer>& answers) {
     return answer;
 }
 
-std::string dialogWords(const char* kind, std::span<const FileFilter> filters, const std::u16string& folder) {
-    std::string words = std::string(kind) + " in " + utf8FromUtf16(folder);
+std::string describeDialog(const char* kind, std::span<const FileFilter> filters,
+                           const std::u16string& folder) {
+    std::string description = std::string(kind) + " in " + utf8FromUtf16(folder);
     for (const FileFilter& filter : filters)
-        words += ", " + utf8FromUtf16(filter.text) + " = " + utf8FromUtf16(filter.patterns);
-    return words;
+        description += ", " + utf8FromUtf16(filter.text) + " = " + utf8FromUtf16(filter.patterns);
+    return description;
 }
 
 } // namespace
@@ -106,8 +104,7 @@ void addEditorControl(WindowHandle window, const EditorControl& control) {
 }
 
 void setInterfaceFont(WindowHandle window) {
-    if (SimulatedEditor* editor = editorOf(window))
-        editor->hasInterfaceFont = true;
+    static_cast<void>(editorOf(window));
 }
 
 void showEditorWindow(WindowHandle window) {
@@ -118,7 +115,6 @@ void showEditorWindow(WindowHandle window) {
 void restoreEditorWindow(WindowHandle window) {
     if (SimulatedEditor* editor = editorOf(window)) {
         editor->isShown = true;
-        ++editor->restoreCount;
         simulatedDesktop().foreground = window;
     }
 }
@@ -168,22 +164,22 @@ void setListSelection(WindowHandle window, std::int32_t id, std::int32_t index) 
 bool askInBox(WindowHandle window, const std::u16string& title, const std::u16string& text) {
     if (editorOf(window) == nullptr)
         return false;
-    open(boxWords("ask", title, text));
-    return next(simulatedDesktop().editor.answers);
+    openBox(describeBox("ask", title, text));
+    return takeNext(simulatedDesktop().editor.answers);
 }
 
 void tellInBox(WindowHandle window, const std::u16string& title, const std::u16string& text,
                EditorBoxIcon icon) {
     if (editorOf(window) != nullptr)
-        open(boxWords(icon == EditorBoxIcon::warning ? "warn" : "inform", title, text));
+        openBox(describeBox(icon == EditorBoxIcon::warning ? "warn" : "inform", title, text));
 }
 
 std::optional<std::u16string> pickFileToOpen(WindowHandle window, std::span<const FileFilter> filters,
                                              const std::u16string& folder) {
     if (editorOf(window) == nullptr)
         return std::nullopt;
-    open(dialogWords("open", filters, folder));
-    return next(simulatedDesktop().editor.pickedFiles);
+    openBox(describeDialog("open", filters, folder));
+    return takeNext(simulatedDesktop().editor.pickedFiles);
 }
 
 std::optional<std::u16string> pickFileToSave(WindowHandle window, std::span<const FileFilter> filters,
@@ -191,8 +187,9 @@ std::optional<std::u16string> pickFileToSave(WindowHandle window, std::span<cons
                                              const std::u16string& extension) {
     if (editorOf(window) == nullptr)
         return std::nullopt;
-    open(dialogWords("save", filters, folder) + ", " + utf8FromUtf16(name) + ", " + utf8FromUtf16(extension));
-    return next(simulatedDesktop().editor.pickedFiles);
+    openBox(describeDialog("save", filters, folder) + ", " + utf8FromUtf16(name) + ", " +
+            utf8FromUtf16(extension));
+    return takeNext(simulatedDesktop().editor.pickedFiles);
 }
 
 } // namespace rotika

@@ -16,37 +16,37 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::optional<std::size_t> diskRoom;
+std::optional<std::size_t> freeDiskBytes;
 
-/// By way of UTF-8, which every path takes: a path made of char16_t directly throws on a lone surrogate.
+/// Converted through UTF-8: the path constructor for char16_t throws on a lone surrogate.
 fs::path nativePath(const std::u16string& path) {
     const std::string bytes = utf8FromUtf16(path);
     return std::u8string(bytes.begin(), bytes.end());
 }
 
 fs::path resolveLinks(fs::path path) {
-    constexpr int mostLinks = 40;
+    constexpr int maxLinks = 40;
     std::error_code error;
-    for (int i = 0; i < mostLinks && fs::is_symlink(path, error); ++i) {
+    for (int i = 0; i < maxLinks && fs::is_symlink(path, error); ++i) {
         path = path.parent_path() / fs::read_symlink(path, error);
     }
     return path;
 }
 
-enum class Written { whole, notAtAll, cut };
+enum class WriteResult { whole, failed, cut };
 
-Written writeAll(const fs::path& path, const std::string& bytes) {
+WriteResult writeAll(const fs::path& path, const std::string& bytes) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     if (!file) {
-        return Written::notAtAll;
+        return WriteResult::failed;
     }
-    const std::size_t fits = diskRoom ? std::min(*diskRoom, bytes.size()) : bytes.size();
-    if (diskRoom) {
-        *diskRoom -= fits;
+    const std::size_t fits = freeDiskBytes ? std::min(*freeDiskBytes, bytes.size()) : bytes.size();
+    if (freeDiskBytes) {
+        *freeDiskBytes -= fits;
     }
     file.write(bytes.data(), static_cast<std::streamsize>(fits));
     file.close();
-    return file.good() && fits == bytes.size() ? Written::whole : Written::cut;
+    return file.good() && fits == bytes.size() ? WriteResult::whole : WriteResult::cut;
 }
 
 } // namespace
@@ -73,11 +73,11 @@ bool replaceFileBytes(const std::u16string& path, const std::string& bytes) {
     }
     fs::path temporary = target;
     temporary += ".tmp";
-    const Written written = writeAll(temporary, bytes);
-    if (written == Written::notAtAll) { // in place, where a full disk is not simulated
-        return writeAll(target, bytes) == Written::whole;
+    const WriteResult written = writeAll(temporary, bytes);
+    if (written == WriteResult::failed) { // write in place; a full disk is not simulated for this
+        return writeAll(target, bytes) == WriteResult::whole;
     }
-    bool replaced = written == Written::whole;
+    bool replaced = written == WriteResult::whole;
     if (replaced && fs::exists(old)) {
         fs::permissions(temporary, old.permissions(), error);
     }
@@ -110,12 +110,12 @@ std::vector<std::u16string> foldersIn(const std::u16string& folder) {
         if (entry->is_directory(unknown))
             names.push_back(entry->path().filename().u16string());
     }
-    std::ranges::sort(names); // any order is a system's own; this one is the same in every run
+    std::ranges::sort(names); // the order of real systems varies; tests need a fixed one
     return names;
 }
 
 void setSimulatedDiskRoom(std::optional<std::size_t> bytes) {
-    diskRoom = bytes;
+    freeDiskBytes = bytes;
 }
 
 } // namespace rotika

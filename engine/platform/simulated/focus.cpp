@@ -5,12 +5,12 @@
 namespace rotika {
 
 WindowHandle foregroundWindow() {
-    simulatedDesktop().requireOwner("foreground asked on a worker");
+    simulatedDesktop().requireOwner("foreground window queried on a worker");
     return simulatedDesktop().foreground;
 }
 
 bool windowExists(WindowHandle window) {
-    simulatedDesktop().requireOwner("window asked on a worker");
+    simulatedDesktop().requireOwner("window queried on a worker");
     return window != nullptr && window->isAlive;
 }
 

@@ -20,7 +20,7 @@ void unregisterHotKey(WindowHandle mainWindow, int id) {
     SimulatedDesktop& desktop = simulatedDesktop();
     if (!desktop.hasDisplay)
         return;
-    desktop.requireWindow(mainWindow, "hot key given back without its window");
+    desktop.requireWindow(mainWindow, "hot key unregistered without its window");
     if (desktop.hotKeys.erase(id) > 0)
         desktop.note(JournalKind::hotKey, "unregister");
 }

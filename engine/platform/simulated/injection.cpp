@@ -19,31 +19,15 @@ std::string motionName(InputMotion motion) {
 } // namespace
 
 void injectKey(std::uint16_t virtualKey, bool extended, InputMotion motion) {
-    SimulatedDesktop& desktop = simulatedDesktop();
     const std::string name = (extended ? "extended key " : "key ") + std::to_string(virtualKey);
-    desktop.note(JournalKind::input, name + motionName(motion));
-    const std::lock_guard lock(desktop.guard);
-    if (motion == InputMotion::up) {
-        desktop.keysDown.erase(virtualKey);
-    } else {
-        desktop.keysDown.insert(virtualKey);
-    }
+    simulatedDesktop().note(JournalKind::input, name + motionName(motion));
 }
 
 void injectMouseButton(std::uint32_t button, InputMotion motion) {
     SimulatedDesktop& desktop = simulatedDesktop();
     desktop.note(JournalKind::input, "button " + std::to_string(button) + motionName(motion));
-    if (motion == InputMotion::up) {
-        desktop.deliverRelease(button, true);
-    } else {
-        desktop.deliverPress(button, true);
-    }
-    const std::lock_guard lock(desktop.guard);
-    if (motion == InputMotion::up) {
-        desktop.buttonsDown.erase(button);
-    } else {
-        desktop.buttonsDown.insert(button);
-    }
+    if (motion != InputMotion::up)
+        desktop.deliverPress(button);
 }
 
 } // namespace rotika

@@ -28,7 +28,7 @@ constexpr LayoutKey punctuation[] = {
     {0xDD, u']', u'}'}, {0xDE, u'\'', u'"'},
 };
 
-/// The Polish letters stand on the right Alt of these keys.
+/// These keys with the right Alt give the Polish letters.
 constexpr std::u16string_view letterKeys = u"ACELNOSXZ";
 constexpr std::u16string_view smallLetters = u"ąćęłńóśźż";
 constexpr std::u16string_view capitalLetters = u"ĄĆĘŁŃÓŚŹŻ";
@@ -53,21 +53,21 @@ Layout polishProgrammers() {
     return layout;
 }
 
-Layout layoutInForce = polishProgrammers();
+Layout currentLayout = polishProgrammers();
 
 } // namespace
 
 std::uint16_t virtualKeyOfCharacter(char16_t character) {
-    const auto row = layoutInForce.find(character);
-    return row != layoutInForce.end() ? row->second : noVirtualKey;
+    const auto row = currentLayout.find(character);
+    return row != currentLayout.end() ? row->second : noVirtualKey;
 }
 
 void setSimulatedLayoutKey(char16_t character, std::uint16_t keyAndShift) {
-    layoutInForce[character] = keyAndShift;
+    currentLayout[character] = keyAndShift;
 }
 
 void resetSimulatedLayout() {
-    layoutInForce = polishProgrammers();
+    currentLayout = polishProgrammers();
 }
 
 } // namespace rotika

@@ -14,12 +14,12 @@ std::string describe(const Rect& place) {
 WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int32_t height,
                                  const OverlayWindowHandlers& handlers) {
     SimulatedDesktop& desktop = simulatedDesktop();
-    desktop.requireOwner("overlay made on a worker");
+    desktop.requireOwner("overlay created on a worker");
     if (!desktop.hasDisplay)
         return nullptr;
     PlatformWindow& window =
         desktop.addWindow(kind == OverlayKind::wheel ? "wheel" : "grid", {0, 0, width, height});
-    window.letsPointerThrough = kind == OverlayKind::grid;
+    window.isClickThrough = kind == OverlayKind::grid;
     window.messageArrived = handlers.messageArrived;
     window.overlayHandlers = handlers;
     return &window;
@@ -62,7 +62,6 @@ void presentPicture(WindowHandle window, const Picture& picture) {
     SimulatedDesktop& desktop = simulatedDesktop();
     PlatformWindow& painted = desktop.requireWindow(window, "a dead overlay painted");
     painted.picture = picture;
-    ++painted.paintCount;
     desktop.note(JournalKind::picture, "paint " + painted.name);
 }
 

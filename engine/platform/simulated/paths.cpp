@@ -10,18 +10,18 @@ namespace rotika {
 
 namespace {
 
-constexpr char16_t nowhere[] = u"no-such-folder";
+constexpr char16_t missingFolder[] = u"no-such-folder";
 constexpr auto separator = static_cast<char16_t>(std::filesystem::path::preferred_separator);
 
-std::mutex folderLock;
-std::u16string folderInForce = nowhere;
-std::u16string temporaryFolderInForce = nowhere;
+std::mutex folderMutex;
+std::u16string currentFolder = missingFolder;
+std::u16string currentTemporaryFolder = missingFolder;
 
 } // namespace
 
 std::u16string programFolder() {
-    const std::lock_guard lock(folderLock);
-    return folderInForce;
+    const std::lock_guard lock(folderMutex);
+    return currentFolder;
 }
 
 std::u16string programFilePath(const std::u16string& name) {
@@ -29,8 +29,8 @@ std::u16string programFilePath(const std::u16string& name) {
 }
 
 std::u16string folderOfTemporaryFiles() {
-    const std::lock_guard lock(folderLock);
-    return temporaryFolderInForce;
+    const std::lock_guard lock(folderMutex);
+    return currentTemporaryFolder;
 }
 
 std::u16string joinPath(const std::u16string& folder, const std::u16string& name) {
@@ -42,18 +42,18 @@ std::u16string joinPath(const std::u16string& folder, const std::u16string& name
 }
 
 void setSimulatedProgramFolder(const std::u16string& folder) {
-    const std::lock_guard lock(folderLock);
-    folderInForce = folder;
+    const std::lock_guard lock(folderMutex);
+    currentFolder = folder;
 }
 
 void setSimulatedTemporaryFolder(const std::u16string& folder) {
-    const std::lock_guard lock(folderLock);
-    temporaryFolderInForce = folder;
+    const std::lock_guard lock(folderMutex);
+    currentTemporaryFolder = folder;
 }
 
 void resetSimulatedFiles() {
-    setSimulatedProgramFolder(nowhere);
-    setSimulatedTemporaryFolder(nowhere);
+    setSimulatedProgramFolder(missingFolder);
+    setSimulatedTemporaryFolder(missingFolder);
     setSimulatedDiskRoom(std::nullopt);
     resetSimulatedLayout();
 }

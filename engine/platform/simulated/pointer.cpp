@@ -7,7 +7,7 @@
 namespace rotika {
 
 Point cursorPosition() {
-    simulatedDesktop().requireOwner("cursor asked on a worker");
+    simulatedDesktop().requireOwner("cursor queried on a worker");
     return simulatedDesktop().cursor;
 }
 
@@ -21,7 +21,7 @@ void setCursorPosition(Point position) {
 }
 
 Rect monitorAt(Point point) {
-    simulatedDesktop().requireOwner("monitor asked on a worker");
+    simulatedDesktop().requireOwner("monitor queried on a worker");
     const std::vector<Rect>& monitors = simulatedDesktop().monitors;
     const auto found =
         std::ranges::find_if(monitors, [point](const Rect& rect) { return rect.contains(point); });
@@ -29,7 +29,7 @@ Rect monitorAt(Point point) {
 }
 
 Rect primaryMonitor() {
-    simulatedDesktop().requireOwner("monitor asked on a worker");
+    simulatedDesktop().requireOwner("monitor queried on a worker");
     return simulatedDesktop().monitors.front();
 }
 

@@ -27,7 +27,8 @@ void endPointerCapture() {
     SimulatedDesktop& desktop = simulatedDesktop();
     desktop.requireOwner("capture ended by a worker");
     if (desktop.capture) {
-        desktop.endCapture();
+        desktop.capture.reset();
+        desktop.pinnedAt.reset();
         desktop.note(JournalKind::capture, "capture ended");
     }
 }

@@ -16,7 +16,7 @@ SimulatedDesktop& simulatedDesktop() {
 }
 
 void resetSimulatedDesktop() {
-    // Workers act on the desktop in force, so they must end before it goes.
+    // Workers use the current desktop, so they must end before it is destroyed.
     desktopSlot()->clock.drain();
     desktopSlot() = std::make_unique<SimulatedDesktop>();
 }
@@ -157,20 +157,20 @@ bool SimulatedDesktop::sendData(std::uintptr_t kind, const void* bytes, std::siz
 
 void SimulatedDesktop::destroyMainWindow() {
     mainHandlers->destroyed();
-    destroyEditorWindow(windowNamed("editor")); // which the main window owns
+    destroyEditorWindow(windowNamed("editor")); // owned by the main window
     windowNamed("main")->isAlive = false;
 }
 
 void SimulatedDesktop::askToClose(const std::string& windowName) {
-    if (const auto asked = windowNamed(windowName)->overlayHandlers.closeRequested)
-        asked();
+    if (const auto closeRequested = windowNamed(windowName)->overlayHandlers.closeRequested)
+        closeRequested();
 }
 
 void SimulatedDesktop::destroyOverlay(const std::string& windowName) {
     const WindowHandle window = windowNamed(windowName);
     window->overlayHandlers.destroyed();
     window->isAlive = false;
-    window->name += " that was";
+    window->name += " (destroyed)";
 }
 
 void SimulatedDesktop::changeMonitors(std::vector<Rect> now) {

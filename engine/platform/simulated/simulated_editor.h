@@ -3,7 +3,6 @@
 #include "platform/editor_window.h"
 
 #include <deque>
-#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -11,8 +10,8 @@
 
 namespace rotika {
 
-/// The editor's window as the person at the machine has it. Boxes and file dialogs go to the journal, each
-/// with its answer taken from the queues here, or "no" and "cancel".
+/// The editor's window as the user operates it. Boxes and file dialogs are recorded in the journal; their
+/// answers come from the queues here, or are "no" and "cancel".
 class SimulatedEditor {
 public:
     struct Control {
@@ -23,14 +22,11 @@ public:
     };
 
     bool isShown = false;
-    int restoreCount = 0;
-    bool hasInterfaceFont = false;
     std::map<std::int32_t, Control> controls; // those with an id
-    std::deque<bool> answers;                 // to coming questions; true for yes
+    std::deque<bool> answers;                 // to the next questions; true for yes
     std::deque<std::optional<std::u16string>> pickedFiles;
-    std::function<void()> whileBoxWaits; // happens while the next box is open, once
 
-    // The person
+    // The user
     void press(std::int32_t id) const { handlers.controlUsed(id, false); }
     void type(std::int32_t id, const std::u16string& text) { controls.at(id).text = text; }
     /// Clicks a row of a list.
@@ -42,7 +38,7 @@ public:
     std::string rows(std::int32_t id) const;
     std::int32_t selection(std::int32_t id) const { return controls.at(id).selection; }
 
-    // For the functions of the seam alone
+    // Only for the platform's functions
     EditorWindowHandlers handlers{};
 };
 

@@ -7,27 +7,25 @@
 
 namespace rotika {
 
-// The simulated machine's files lie on the real disk, in a folder that the test chooses, so that loaders and
-// writers meet real bytes. Owner thread, unless said otherwise.
+// The simulated machine's files are real files in a folder that the test chooses. Owner thread.
 
-/// What programFolder() answers from now on. Without it, it is a folder that does not exist, so that a test
-/// that forgets it writes nowhere.
+/// Sets the result of programFolder(). By default it is a folder that does not exist, so that a test without
+/// one cannot write anywhere.
 void setSimulatedProgramFolder(const std::u16string& folder);
 
-/// The same of folderOfTemporaryFiles().
+/// The same for folderOfTemporaryFiles().
 void setSimulatedTemporaryFolder(const std::u16string& folder);
 
-/// A disk with room for this many more bytes; a write that does not fit stops there and fails. Empty: no
-/// limit.
+/// Sets the free disk space in bytes; a write that does not fit is cut off and fails. Nullopt: no limit.
 void setSimulatedDiskRoom(std::optional<std::size_t> bytes);
 
-/// Puts a character on a key of the layout, `keyAndShift` as virtualKeyOfCharacter answers it; noVirtualKey
-/// takes the character off. The layout starts as the Polish programmer's.
+/// Sets the result of virtualKeyOfCharacter() for a character; noVirtualKey removes the character. The
+/// initial layout is the Polish programmer's.
 void setSimulatedLayoutKey(char16_t character, std::uint16_t keyAndShift);
 
 void resetSimulatedLayout();
 
-/// No folders, no limit, the first layout.
+/// No folders, no limit, the initial layout.
 void resetSimulatedFiles();
 
 } // namespace rotika

@@ -17,7 +17,7 @@ bool waitForEnd(const std::future<void>& ended, std::uint32_t limitMs) {
     const auto isReady = [&ended] {
         return ended.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
     };
-    simulatedDesktop().clock.playWorkersUntil(isReady, limitMs);
+    simulatedDesktop().clock.runWorkersUntil(isReady, limitMs);
     return isReady();
 }
 

@@ -8,7 +8,7 @@
 namespace rotika {
 
 namespace {
-// Far beyond what one turn takes even under a sanitizer: only a worker that hangs meets it.
+// Far longer than a turn takes even with a sanitizer: only a worker that hangs exceeds it.
 constexpr std::chrono::seconds turnLimit{120};
 } // namespace
 
@@ -24,17 +24,17 @@ void VirtualClock::startWorker(std::function<void()> body) {
     worker.wakesAt = nowMs;
     worker.hasTurn = isFree;
     worker.thread = std::thread(
-        [this, &worker, moved = std::move(body)]() mutable { playWorker(worker, std::move(moved)); });
+        [this, &worker, moved = std::move(body)]() mutable { runWorker(worker, std::move(moved)); });
 }
 
-void VirtualClock::playWorker(Worker& worker, std::function<void()> body) {
+void VirtualClock::runWorker(Worker& worker, std::function<void()> body) {
     callingWorker = &worker;
     {
         std::unique_lock lock(guard);
-        worker.turnCame.wait(lock, [&worker] { return worker.hasTurn; });
+        worker.turnStarted.wait(lock, [&worker] { return worker.hasTurn; });
     }
     body();
-    body = nullptr; // what the body owned is freed within its last turn
+    body = nullptr; // frees what the body owns within its last turn
     const std::lock_guard lock(guard);
     worker.hasTurn = false;
     worker.hasEnded = true;
@@ -43,7 +43,7 @@ void VirtualClock::playWorker(Worker& worker, std::function<void()> body) {
 
 void VirtualClock::sleepCallingWorker(std::uint32_t durationMs) {
     if (callingWorker == nullptr)
-        breakContract("the owner thread went to sleep");
+        breakContract("the owner thread called sleepMs");
     if (isFree) {
         std::this_thread::yield();
         return;
@@ -55,7 +55,7 @@ void VirtualClock::sleepCallingWorker(std::uint32_t durationMs) {
     worker.wakesAt = nowMs + durationMs;
     worker.hasTurn = false;
     turnEnded.notify_all();
-    worker.turnCame.wait(lock, [&worker] { return worker.hasTurn; });
+    worker.turnStarted.wait(lock, [&worker] { return worker.hasTurn; });
 }
 
 std::optional<std::uint64_t> VirtualClock::nextWake() const {
@@ -82,15 +82,15 @@ bool VirtualClock::runDueWorker() {
     if (next == nullptr)
         return false;
     next->hasTurn = true;
-    next->turnCame.notify_all();
+    next->turnStarted.notify_all();
     if (!turnEnded.wait_for(lock, turnLimit, [next] { return !next->hasTurn; }))
         breakContract("a worker neither slept nor ended");
     lock.unlock();
-    forgetEndedWorkers();
+    removeEndedWorkers();
     return true;
 }
 
-void VirtualClock::forgetEndedWorkers() {
+void VirtualClock::removeEndedWorkers() {
     workers.remove_if([this](const std::unique_ptr<Worker>& worker) {
         {
             const std::lock_guard lock(guard);
@@ -115,7 +115,7 @@ void VirtualClock::drain() {
     }
 }
 
-void VirtualClock::playWorkersUntil(const std::function<bool()>& condition, std::uint32_t limitMs) {
+void VirtualClock::runWorkersUntil(const std::function<bool()>& condition, std::uint32_t limitMs) {
     if (isFree) {
         while (!condition())
             std::this_thread::yield();

@@ -12,10 +12,9 @@
 
 namespace rotika {
 
-/// Time that moves only when the owner thread says so, and the threads that sleep on it. Exactly one thread
-/// runs at any moment: the owner, or the one worker whose turn it is, so that every order of events is exact
-/// and the same in each run. Due workers take their turns by wake time, then by the order in which they were
-/// started.
+/// Time that only the owner thread advances, and the threads that sleep on it. Exactly one thread runs at any
+/// time: the owner or one worker, so the order of events is the same in each run. Due workers run in order of
+/// wake time, then of start.
 class VirtualClock {
 public:
     VirtualClock() = default;
@@ -23,49 +22,48 @@ public:
     VirtualClock(const VirtualClock&) = delete;
     VirtualClock& operator=(const VirtualClock&) = delete;
 
-    /// Milliseconds since the clock was made. Any thread.
+    /// Milliseconds since the clock was created. Any thread.
     std::uint64_t now() const { return nowMs.load(); }
 
-    /// Starts a worker; its first turn comes with the next runDueWorker. Any thread.
+    /// Starts a worker; it first runs in the next runDueWorker(). Any thread.
     void startWorker(std::function<void()> body);
 
-    /// Blocks the calling worker until its time has come. 0 returns at once.
+    /// Blocks the calling worker for that time. 0 returns at once.
     void sleepCallingWorker(std::uint32_t durationMs);
 
     static bool callerIsWorker();
 
-    /// When the next sleeping worker wakes; empty when none sleeps. Owner thread, like all below.
+    /// When the next sleeping worker wakes; nullopt when none sleeps. Owner thread, like all below.
     std::optional<std::uint64_t> nextWake() const;
 
-    /// Moves time forward without a turn for anybody.
+    /// Advances time without running anything.
     void setNow(std::uint64_t tick) { nowMs = tick; }
 
-    /// Gives one worker that is due its turn and waits until it blocks again or ends. False when none is due.
+    /// Runs one due worker until it sleeps again or ends. False when none is due.
     bool runDueWorker();
 
-    /// Lets time pass for the workers alone, while the owner is blocked: until `condition` holds, or for
+    /// Advances time for workers only, as while the owner is blocked: until `condition` holds, or for
     /// `limitMs`.
-    void playWorkersUntil(const std::function<bool()>& condition, std::uint32_t limitMs);
+    void runWorkersUntil(const std::function<bool()>& condition, std::uint32_t limitMs);
 
-    /// From now on workers start at once, run side by side and never wait: for tests that hunt data races.
+    /// From now on workers start at once, run concurrently and never wait: for tests that look for data
+    /// races.
     void runWorkersFreely() { isFree = true; }
 
-    /// Plays every worker to its end, however long it sleeps, and joins the threads.
+    /// Runs every worker to its end, however long it sleeps, and joins the threads.
     void drain();
-
-    std::size_t workerCount() const { return workers.size(); }
 
 private:
     struct Worker {
         std::thread thread;
-        std::condition_variable turnCame;
+        std::condition_variable turnStarted;
         std::uint64_t wakesAt = 0;
         bool hasTurn = false;
         bool hasEnded = false;
     };
 
-    void playWorker(Worker& worker, std::function<void()> body);
-    void forgetEndedWorkers();
+    void runWorker(Worker& worker, std::function<void()> body);
+    void removeEndedWorkers();
 
     static thread_local Worker* callingWorker;
 

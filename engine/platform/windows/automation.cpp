@@ -21,7 +21,7 @@ constexpr std::array<PROPERTYID, 5> readProperties{
     UIA_IsEnabledPropertyId,         UIA_IsOffscreenPropertyId,
 };
 
-/// Fetching these with the elements spares a call into the other program for each of them.
+/// Fetched together with the elements: avoids a call into the other program for each property.
 ComPointer<IUIAutomationCacheRequest> propertyRequest(IUIAutomation& automation) {
     ComPointer<IUIAutomationCacheRequest> request;
     if (FAILED(automation.CreateCacheRequest(request.slot())) || !request) {
@@ -33,7 +33,7 @@ ComPointer<IUIAutomationCacheRequest> propertyRequest(IUIAutomation& automation)
     return request;
 }
 
-/// Empty if it could not be made.
+/// Empty on failure.
 Condition propertyIs(IUIAutomation& automation, PROPERTYID property, const VARIANT& value) {
     Condition condition;
     if (FAILED(automation.CreatePropertyCondition(property, value, condition.slot()))) {

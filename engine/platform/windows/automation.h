@@ -13,18 +13,18 @@ namespace rotika {
 
 using AutomationElement = ComPointer<IUIAutomationElement>;
 
-/// UI Automation, made ready to search for what can be clicked or focused. Used and ended on one thread,
-/// within its COM session.
+/// UI Automation with conditions for elements that can be clicked or focused. Used and destroyed on one
+/// thread, within its COM session.
 class Automation {
 public:
-    /// Nothing where the system has no such service.
+    /// Nullopt where the system has no such service.
     static std::optional<Automation> open();
 
-    /// Empty if the window has none or its program does not answer in the time that the system gives it.
+    /// Empty if the window has none or its program does not reply within the system's time limit.
     AutomationElement elementOf(HWND window) const;
     /// The first document below the element; empty without one.
     AutomationElement firstDocument(const AutomationElement& element) const;
-    /// What can be clicked or focused below the element, in the order of the tree; empty on failure.
+    /// Clickable or focusable descendants of the element, in tree order; empty on failure.
     std::vector<ScreenElement> targetsBelow(const AutomationElement& element) const;
 
 private:

@@ -6,13 +6,13 @@ namespace rotika {
 
 namespace {
 
-/// Left, top, right and bottom as `extended` counts them, from 1.
+/// In the order of the numbers in `extended`, which start at 1.
 constexpr LONG RECT::*sides[] = {&RECT::left, &RECT::top, &RECT::right, &RECT::bottom};
 
-/// The system may round a pin of one pixel where monitors differ in scale.
-bool leavesNoRoom(const RECT& clip) {
-    constexpr LONG roomPx = 4;
-    return clip.right - clip.left <= roomPx && clip.bottom - clip.top <= roomPx;
+/// More than one pixel: the system may round a pin where monitors differ in scale.
+bool isPinSized(const RECT& clip) {
+    constexpr LONG maxPinPx = 4;
+    return clip.right - clip.left <= maxPinPx && clip.bottom - clip.top <= maxPinPx;
 }
 
 bool isWholeDesktop(const RECT& clip) {
@@ -31,7 +31,7 @@ void setClip(const std::optional<RECT>& clip) {
 
 std::optional<RECT> cursorClip() {
     RECT clip{};
-    if (GetClipCursor(&clip) == 0 || isWholeDesktop(clip) || leavesNoRoom(clip)) {
+    if (GetClipCursor(&clip) == 0 || isWholeDesktop(clip) || isPinSized(clip)) {
         return std::nullopt;
     }
     return clip;
@@ -44,11 +44,11 @@ void pinCursor(Point pinned) {
 
 void unpinCursor(const std::optional<RECT>& before) {
     RECT clip{};
-    if (GetClipCursor(&clip) == 0 || leavesNoRoom(clip)) {
+    if (GetClipCursor(&clip) == 0 || isPinSized(clip)) {
         setClip(before);
         return;
     }
-    // Told once more by the one who set the pin: Wine would leave a part of it standing.
+    // Set again by the process that set the pin: Wine would keep a part of the pin otherwise.
     setClip(isWholeDesktop(clip) ? std::nullopt : std::optional(clip));
 }
 
@@ -76,15 +76,15 @@ bool isPinRecord(const GuardRecord& record) {
 
 std::optional<RECT> clipBefore(const HeldThings& held) {
     RECT clip{};
-    std::size_t known = 0;
+    std::size_t foundSides = 0;
     for (const GuardRecord& record : held.all()) {
         if (record.kind == GuardedThing::pointerPin && record.extended >= 1 &&
             record.extended <= std::size(sides)) {
             clip.*sides[record.extended - 1] = static_cast<LONG>(record.code);
-            ++known;
+            ++foundSides;
         }
     }
-    return known == std::size(sides) ? std::optional(clip) : std::nullopt;
+    return foundSides == std::size(sides) ? std::optional(clip) : std::nullopt;
 }
 
 } // namespace rotika

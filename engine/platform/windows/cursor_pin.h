@@ -10,21 +10,21 @@
 
 namespace rotika {
 
-// The rectangle that holds the cursor: ours, and the one that a program (a game, most often) had set before.
-// Shared by the program and its guard. Any thread.
+// The cursor's clip rectangle: ours, and the one that a program (usually a game) had set before. Shared by
+// the program and its guard. Any thread.
 
-/// The clip in force; nothing when the cursor may go everywhere, and for one that lets it go nowhere, which
-/// must never be put back.
+/// The current clip; nullopt if the cursor is free, and for a clip of about one pixel, which must never be
+/// restored.
 std::optional<RECT> cursorClip();
 
 void pinCursor(Point pinned);
 
-/// Puts `before` back, nothing being everywhere. A clip that has taken the pin's place meanwhile stays: the
-/// system drops the pin with a change of the foreground, and a game may set its own anew.
+/// Restores `before`; nullopt frees the cursor. A clip that has replaced the pin meanwhile is kept: the
+/// system removes the pin when the foreground changes, and a game may then set its own again.
 void unpinCursor(const std::optional<RECT>& before);
 
-// In the records of the guard's pipe a pin is one record with 0 in `extended`, sent again as long as the
-// owner thread lives, and before it, if there was a clip, one for each of its sides.
+// In the guard's pipe a pin is one record with 0 in `extended`, repeated as a heartbeat of the owner thread,
+// and before it, if there was a clip, one record for each of its sides.
 
 GuardRecord pinRecord(bool pinned);
 std::vector<GuardRecord> clipRecords(const RECT& clip);

@@ -9,13 +9,15 @@ namespace rotika {
 
 namespace {
 
-/// While it lives, the loader says nothing to the user: neither of a missing file nor of a broken one.
-class QuietLoading {
+/// Suppresses the loader's error dialogs on this thread while it exists.
+class ErrorDialogsOff {
 public:
-    QuietLoading() noexcept { SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &former); }
-    QuietLoading(const QuietLoading&) = delete;
-    QuietLoading& operator=(const QuietLoading&) = delete;
-    ~QuietLoading() { SetThreadErrorMode(former, nullptr); }
+    ErrorDialogsOff() noexcept {
+        SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &former);
+    }
+    ErrorDialogsOff(const ErrorDialogsOff&) = delete;
+    ErrorDialogsOff& operator=(const ErrorDialogsOff&) = delete;
+    ~ErrorDialogsOff() { SetThreadErrorMode(former, nullptr); }
 
 private:
     DWORD former = 0;
@@ -24,11 +26,11 @@ private:
 /// Empty when the code page lacks one of the characters.
 std::string inSystemCodePage(const std::wstring& path) {
     std::string bytes(4 * path.size(), '\0');
-    BOOL lacksOne = FALSE;
+    BOOL hasUnmappable = FALSE;
     const int size =
         WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, path.data(), static_cast<int>(path.size()),
-                            bytes.data(), static_cast<int>(bytes.size()), nullptr, &lacksOne);
-    bytes.resize(lacksOne == 0 ? static_cast<std::size_t>(size) : 0);
+                            bytes.data(), static_cast<int>(bytes.size()), nullptr, &hasUnmappable);
+    bytes.resize(hasUnmappable == 0 ? static_cast<std::size_t>(size) : 0);
     return bytes;
 }
 
@@ -36,9 +38,9 @@ std::string inSystemCodePage(const std::wstring& path) {
 
 LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch search) {
     if (pathOrName.find(u'\0') != std::u16string::npos) {
-        return nullptr; // the system would load what the part before it names
+        return nullptr; // the system would load the name before the zero
     }
-    const QuietLoading quiet;
+    const ErrorDialogsOff dialogsOff;
     const bool isPath = pathOrName.find(u'\\') != std::u16string::npos;
     const std::wstring name = isPath ? unlimitedPath(wideText(pathOrName)) : wideText(pathOrName);
     const HMODULE loaded = search == LibrarySearch::besideItself
@@ -51,8 +53,8 @@ void* findLibraryFunction(LibraryHandle library, const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(reinterpret_cast<HMODULE>(library), name));
 }
 
-// Our manifest makes the code page UTF-8. Windows before 1903 does not heed it: there the paths of the user's
-// own language still fit the code page, and others may have a short form.
+// The manifest makes the code page UTF-8. Windows before 1903 ignores it: there paths in the user's own
+// language fit the code page, and others may have a short form.
 std::string pathForLibrary(const std::u16string& path) {
     if (GetACP() != CP_UTF8) {
         for (const std::wstring& form : {std::wstring(wideText(path)), shortPath(wideText(path))}) {

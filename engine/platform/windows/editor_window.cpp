@@ -17,13 +17,13 @@ constexpr int innerHeightPx = 492;
 /// There is one editor window at a time.
 EditorWindowHandlers handlers{};
 
-LRESULT paintLabelGround(HDC surface) noexcept {
+LRESULT paintLabelBackground(HDC surface) noexcept {
     SetBkMode(surface, TRANSPARENT);
     return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_BTNFACE));
 }
 
 void controlUsed(WPARAM wParam) noexcept {
-    // Drop-downs and lists tell of a new selection by the same number.
+    // Drop-downs and lists report a new selection by the same number.
     static_assert(CBN_SELCHANGE == LBN_SELCHANGE);
     handlers.controlUsed(LOWORD(wParam), HIWORD(wParam) == LBN_SELCHANGE);
 }
@@ -42,7 +42,7 @@ LRESULT CALLBACK editorProcedure(HWND window, UINT message, WPARAM wParam, LPARA
         controlUsed(wParam);
         return 0;
     case WM_CTLCOLORSTATIC:
-        return paintLabelGround(reinterpret_cast<HDC>(wParam));
+        return paintLabelBackground(reinterpret_cast<HDC>(wParam));
     default:
         return DefWindowProcW(window, message, wParam, lParam);
     }
@@ -79,7 +79,7 @@ ControlLook lookOf(EditorControlKind kind) {
     return {L"STATIC", 0};
 }
 
-/// Drop-downs and lists know the same messages under different numbers.
+/// Drop-downs and lists have the same messages with different numbers.
 struct ListMessages {
     UINT empty;
     UINT add;
@@ -104,12 +104,12 @@ HWND controlOf(WindowHandle window, std::int32_t id) {
     return GetDlgItem(nativeWindow(window), id);
 }
 
-BOOL CALLBACK useInterfaceFont(HWND control, LPARAM) noexcept {
+BOOL CALLBACK setControlFont(HWND control, LPARAM) noexcept {
     SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(interfaceFont()), TRUE);
     return TRUE;
 }
 
-/// Texts and patterns in turn, each ended by a zero and the whole by another.
+/// Texts and patterns alternate, each zero-terminated; a further zero ends the list.
 std::u16string filterText(std::span<const FileFilter> filters) {
     std::u16string text;
     for (const FileFilter& filter : filters) {
@@ -121,16 +121,16 @@ std::u16string filterText(std::span<const FileFilter> filters) {
     return text;
 }
 
-/// The dialogs take the process to the folder of the file that was picked, and the programs that functions
-/// open would then begin there.
-class KeptCurrentFolder {
+/// Restores the current folder: the dialogs change it to the folder of the picked file, and programs opened
+/// by functions would inherit it.
+class CurrentFolderRestorer {
 public:
-    KeptCurrentFolder() : folder(GetCurrentDirectoryW(0, nullptr)) {
+    CurrentFolderRestorer() : folder(GetCurrentDirectoryW(0, nullptr)) {
         GetCurrentDirectoryW(static_cast<DWORD>(folder.size()), folder.data());
     }
-    KeptCurrentFolder(const KeptCurrentFolder&) = delete;
-    KeptCurrentFolder& operator=(const KeptCurrentFolder&) = delete;
-    ~KeptCurrentFolder() { SetCurrentDirectoryW(folder.data()); }
+    CurrentFolderRestorer(const CurrentFolderRestorer&) = delete;
+    CurrentFolderRestorer& operator=(const CurrentFolderRestorer&) = delete;
+    ~CurrentFolderRestorer() { SetCurrentDirectoryW(folder.data()); }
 
 private:
     std::vector<wchar_t> folder; // zero-terminated
@@ -139,7 +139,7 @@ private:
 struct FileDialog {
     BOOL(WINAPI* show)(OPENFILENAMEW*);
     DWORD flags;
-    std::u16string name; // at first
+    std::u16string name; // initial
     std::u16string extension;
 };
 
@@ -148,11 +148,11 @@ std::optional<std::u16string> pickFile(WindowHandle window, std::span<const File
     if (IsWindow(nativeWindow(window)) == 0) {
         return std::nullopt;
     }
-    const KeptCurrentFolder kept;
+    const CurrentFolderRestorer restorer;
     const std::u16string filter = filterText(filters);
-    constexpr std::size_t longestPath = 32767;
+    constexpr std::size_t maxPathLength = 32767;
     std::u16string file = dialog.name;
-    file.resize(longestPath);
+    file.resize(maxPathLength);
     OPENFILENAMEW request{};
     request.lStructSize = sizeof(request);
     request.hwndOwner = nativeWindow(window);
@@ -179,7 +179,7 @@ WindowHandle createEditorWindow(WindowHandle owner, const EditorWindowHandlers& 
     description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
     description.hIcon = LoadIconW(nullptr, IDI_APPLICATION);
     description.hbrBackground = reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_BTNFACE + 1));
-    RegisterClassW(&description); // refused once it is there
+    RegisterClassW(&description); // fails harmlessly if registered already
     RECT outer{0, 0, innerWidthPx, innerHeightPx};
     AdjustWindowRect(&outer, windowStyle, FALSE);
     return windowHandle(CreateWindowExW(0, description.lpszClassName, L"Rotika — edytor funkcji", windowStyle,
@@ -197,7 +197,7 @@ void addEditorControl(WindowHandle window, const EditorControl& control) {
 }
 
 void setInterfaceFont(WindowHandle window) {
-    EnumChildWindows(nativeWindow(window), useInterfaceFont, 0);
+    EnumChildWindows(nativeWindow(window), setControlFont, 0);
 }
 
 void showEditorWindow(WindowHandle window) {

@@ -14,12 +14,12 @@ namespace rotika {
 
 namespace {
 
-/// Part of the class name of the windows in which browsers show their pages.
+/// Parts of the class names of browser windows that show pages.
 constexpr std::array<std::wstring_view, 3> pageClasses{L"Chrome_RenderWidgetHostHWND", L"MozillaWindowClass",
                                                        L"MozillaContentWindowClass"};
 
-/// Browsers have windows of these classes that show no page; those are this narrow or low, or less.
-constexpr LONG longestIdleSidePx = 200;
+/// Browsers also have windows of these classes without a page; one of their sides is at most this long.
+constexpr LONG maxIdleSidePx = 200;
 
 Rect rectOf(const RECT& rect) {
     return {rect.left, rect.top, rect.right, rect.bottom};
@@ -48,15 +48,15 @@ BOOL CALLBACK findBrowserChild(HWND window, LPARAM out) noexcept {
     }
     RECT rect{};
     GetWindowRect(window, &rect);
-    if (IsWindowVisible(window) == 0 || rect.right - rect.left <= longestIdleSidePx ||
-        rect.bottom - rect.top <= longestIdleSidePx) {
+    if (IsWindowVisible(window) == 0 || rect.right - rect.left <= maxIdleSidePx ||
+        rect.bottom - rect.top <= maxIdleSidePx) {
         return TRUE;
     }
     *reinterpret_cast<HWND*>(out) = window;
     return FALSE;
 }
 
-/// The page's element alone, if the window shows a page; empty otherwise. Cuts the area down to its window.
+/// The page's element if the window shows a page, otherwise empty. Clips the area to the page's window.
 AutomationElement browserPage(const Automation& automation, HWND front, Rect& area) {
     HWND page = nullptr;
     if (front != nullptr) {
@@ -111,7 +111,7 @@ std::vector<AutomationElement> searchRoots(const Automation& automation, const E
 
 } // namespace
 
-// UI Automation asks the programs itself.
+// UI Automation needs no preparation.
 void prepareElementSearches() {}
 
 FoundElements findElements(const ElementSearch& search) {

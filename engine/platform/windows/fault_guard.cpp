@@ -8,16 +8,16 @@
 
 namespace rotika {
 
-// A fault is found by the frame handler of callInFaultFrame, after every handler of the code below has had
-// its turn. The system's search for handlers fails, and ends the process, where it meets code without unwind
-// tables, as the matrix kernels of a speech recogniser are. So a vectored handler, which comes before that
-// search, looks whether it would arrive, and takes the way out by itself if not.
+// A fault is handled by the frame handler of callInFaultFrame, after all handlers of the code that it calls.
+// The system's search for handlers fails, and ends the process, at code without unwind tables, for instance
+// the matrix kernels of a speech recogniser. So a vectored handler, which runs before that search, checks
+// whether the search would reach the frame, and otherwise jumps there itself.
 
 extern "C" {
 
 unsigned callInFaultFrame(void (*body)(void* context), void* context, void** stackPointer);
 
-/// Not to be called: where the way goes on after a fault, inside callInFaultFrame.
+/// Not to be called: the label inside callInFaultFrame where execution continues after a fault.
 void faultLanding();
 
 EXCEPTION_DISPOSITION frameFaultHandler(EXCEPTION_RECORD* record, void* frame, CONTEXT* context,
@@ -41,14 +41,14 @@ DWORD64 address(void (*function)()) {
 bool isFault(const EXCEPTION_RECORD& record) {
     constexpr DWORD severityMask = 0xF0000000;
     constexpr DWORD systemError = 0xC0000000;
-    // A stack overflow leaves no room for a search of our own.
+    // After a stack overflow there is no stack left for our own search.
     return (record.ExceptionCode & severityMask) == systemError &&
            record.ExceptionCode != EXCEPTION_STACK_OVERFLOW;
 }
 
-/// One step towards the caller; false where no table tells the way. Only the function that faulted may be a
-/// leaf, which has no table and its return address on top of the stack.
-bool stepToCaller(CONTEXT& context, bool mayBeLeaf) {
+/// Unwinds one frame; false without an unwind table. Only the function that faulted may be a leaf, which has
+/// no table and its return address on top of the stack.
+bool unwindFrame(CONTEXT& context, bool mayBeLeaf) {
     DWORD64 image = 0;
     RUNTIME_FUNCTION* const function = RtlLookupFunctionEntry(context.Rip, &image, nullptr);
     if (function != nullptr) {
@@ -65,12 +65,12 @@ bool stepToCaller(CONTEXT& context, bool mayBeLeaf) {
     return mayBeLeaf;
 }
 
-/// Whether the system's search from `context` comes to the frame at `frameStackPointer`.
-bool searchArrives(CONTEXT context, DWORD64 frameStackPointer) {
+/// Whether the system's search from `context` reaches the frame at `frameStackPointer`.
+bool searchReaches(CONTEXT context, DWORD64 frameStackPointer) {
     bool mayBeLeaf = true;
     while (context.Rsp < frameStackPointer) {
         const DWORD64 former = context.Rsp;
-        if (!stepToCaller(context, mayBeLeaf) || context.Rsp <= former) {
+        if (!unwindFrame(context, mayBeLeaf) || context.Rsp <= former) {
             return false;
         }
         mayBeLeaf = false;
@@ -78,13 +78,13 @@ bool searchArrives(CONTEXT context, DWORD64 frameStackPointer) {
     return context.Rsp == frameStackPointer;
 }
 
-/// The innermost guard of each thread. A slot of the system's, since those of the compiler allocate memory.
+/// The innermost guard of each thread. A TLS slot of the system: thread_local may allocate memory.
 DWORD guardSlot() {
     static const DWORD slot = TlsAlloc();
     return slot;
 }
 
-LONG CALLBACK firstToSeeFault(EXCEPTION_POINTERS* exception) {
+LONG CALLBACK onException(EXCEPTION_POINTERS* exception) {
     if (!isFault(*exception->ExceptionRecord)) {
         return EXCEPTION_CONTINUE_SEARCH;
     }
@@ -96,11 +96,11 @@ LONG CALLBACK firstToSeeFault(EXCEPTION_POINTERS* exception) {
     }
     CONTEXT& context = *exception->ContextRecord;
     const auto frameStackPointer = reinterpret_cast<DWORD64>(guard->stackPointer);
-    // A search that faults itself has been led astray.
+    // A fault during the search: the unwind data are corrupt.
     if (!std::exchange(guard->isSearching, true)) {
-        const bool arrives = searchArrives(context, frameStackPointer);
+        const bool reaches = searchReaches(context, frameStackPointer);
         guard->isSearching = false;
-        if (arrives) {
+        if (reaches) {
             return EXCEPTION_CONTINUE_SEARCH;
         }
     }
@@ -110,19 +110,19 @@ LONG CALLBACK firstToSeeFault(EXCEPTION_POINTERS* exception) {
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 
-void watchFaults() {
-    // The last of its kind, so that those of a library keep their turn.
-    static void* const handler = AddVectoredExceptionHandler(0, firstToSeeFault);
+void installExceptionHandler() {
+    // Last in order, so that vectored handlers of libraries run first.
+    static void* const handler = AddVectoredExceptionHandler(0, onException);
     static_cast<void>(handler);
 }
 
-/// The search for a handler and the way back need several register sets, up to 3 kB each with the wide
-/// vectors, when the stack has overflown; the system's own reserve is two pages. A thread is asked once.
-void keepRoomForHandling() {
-    constexpr ULONG roomBytes = 64 * 1024;
-    ULONG room = roomBytes;
-    if (SetThreadStackGuarantee(&room) != 0 && room < roomBytes) {
-        // Wine guards the end of a new stack alone, and minds the reserve once a guard page is set anew.
+/// After a stack overflow the search for a handler and the unwinding need several register sets, up to 3 kB
+/// each with wide vectors; the system's own reserve is two pages.
+void reserveHandlerStack() {
+    constexpr ULONG reservedBytes = 64 * 1024;
+    ULONG reserved = reservedBytes;
+    if (SetThreadStackGuarantee(&reserved) != 0 && reserved < reservedBytes) {
+        // The first call in this thread. Wine applies the reserve only when a guard page is set again.
         _resetstkoflw();
     }
 }
@@ -133,7 +133,7 @@ EXCEPTION_DISPOSITION frameFaultHandler(EXCEPTION_RECORD* record, void* frame, C
                                         DISPATCHER_CONTEXT* dispatch) {
     const FrameOutcome outcome =
         record->ExceptionCode == EXCEPTION_STACK_OVERFLOW ? stackOverflowed : bodyFaulted;
-    // Without the record: the runtime of a thrown exception would take the unwinding for its own search.
+    // Without the record: the C++ runtime would mistake the unwinding for its own search.
     RtlUnwindEx(frame, reinterpret_cast<void*>(address(faultLanding)), nullptr,
                 reinterpret_cast<void*>(static_cast<ULONG_PTR>(outcome)), dispatch->ContextRecord,
                 dispatch->HistoryTable);
@@ -142,14 +142,14 @@ EXCEPTION_DISPOSITION frameFaultHandler(EXCEPTION_RECORD* record, void* frame, C
 
 bool runGuarded(void (*body)(void* context), void* context) {
     const DWORD slot = guardSlot();
-    watchFaults();
-    keepRoomForHandling();
+    installExceptionHandler();
+    reserveHandlerStack();
     Guard guard{.outer = static_cast<Guard*>(TlsGetValue(slot))};
     TlsSetValue(slot, &guard);
     const unsigned outcome = callInFaultFrame(body, context, &guard.stackPointer);
     TlsSetValue(slot, guard.outer);
     if (outcome == stackOverflowed) {
-        // Puts the guard page back; without it the next overflow would end the process.
+        // Restores the guard page; without it the next overflow would end the process.
         _resetstkoflw();
     }
     return outcome == bodyReturned;

@@ -1,12 +1,12 @@
 // unsigned callInFaultFrame(void (*body)(void*), void* context, void** stackPointer)
 //
-// Calls body(context) below a frame with a structured exception handler, which GCC cannot make by itself.
-// Zero if the body returned, else what was in eax when the way went on at faultLanding. The stack pointer
-// that faultLanding needs is stored in *stackPointer.
+// Calls body(context) from a frame with a structured exception handler, which GCC cannot generate. Returns zero
+// if the body returned, else the value of eax on arrival at faultLanding. The stack pointer that faultLanding
+// needs is stored in *stackPointer.
 //
-// Everything that a caller may count on is kept in the frame, the control words of the floating-point units
-// included: a body that changed them did not get to put them back, and the tables from which the system
-// restores registers are missing for hand-written code.
+// All callee-saved state is kept in the frame, including the control words of the floating-point units: a
+// faulted body did not restore them, and hand-written code has no tables from which the system could restore
+// registers.
 
     .text
     .globl  callInFaultFrame
@@ -30,7 +30,7 @@ callInFaultFrame:
     .seh_pushreg %r14
     pushq   %r15
     .seh_pushreg %r15
-    // 32 bytes for the callee, ten xmm registers, the control words; a multiple of 16 with what is above.
+    // 32 bytes for the callee, ten xmm registers, the control words; 16-byte alignment with the pushes above.
     subq    $200, %rsp
     .seh_stackalloc 200
     movaps  %xmm6, 32(%rsp)

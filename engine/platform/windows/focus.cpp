@@ -13,7 +13,7 @@ bool windowExists(WindowHandle window) {
 }
 
 void bringToForeground(WindowHandle window) {
-    // Only the thread that has the foreground may give it away, so we share its input for a moment.
+    // Only the foreground thread may change the foreground, so attach to its input state temporarily.
     const HWND present = GetForegroundWindow();
     const DWORD presentThread = present == nullptr ? 0 : GetWindowThreadProcessId(present, nullptr);
     const DWORD ownThread = GetCurrentThreadId();

@@ -1,6 +1,6 @@
 #pragma once
 
-// GDI+ in its flat form, and an owner for each kind of its objects.
+// The flat API of GDI+, and an owning handle for each kind of object.
 
 #include "platform/windows/handles.h"
 
@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-// The header counts on the macros of this name.
+// The header expects the macros min and max.
 namespace Gdiplus {
 using std::max;
 using std::min;

@@ -30,7 +30,7 @@ public:
             close(std::exchange(handle, Handle{}));
         }
     }
-    /// Gives the ownership away.
+    /// Gives up ownership.
     Handle release() noexcept { return std::exchange(handle, Handle{}); }
     /// Where a system call stores the object it makes. The handle must be empty.
     Handle* slot() noexcept { return &handle; }
@@ -78,12 +78,12 @@ using HookHandle = UniqueHandle<HHOOK, unhook>;
 template <typename Interface>
 using ComPointer = UniqueHandle<Interface*, releaseInterface<Interface>>;
 
-/// Files answer a failed opening with a value of their own instead of null.
+/// CreateFile reports failure by INVALID_HANDLE_VALUE, not null.
 inline KernelHandle fileHandle(HANDLE opened) {
     return KernelHandle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
 }
 
-/// Selects an object into a device context and puts the former one back.
+/// Selects an object into a device context and restores the former one at the end.
 class SelectedObject {
 public:
     SelectedObject(HDC context, HGDIOBJ object) noexcept

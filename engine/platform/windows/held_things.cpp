@@ -6,8 +6,7 @@ namespace rotika {
 
 namespace {
 
-/// The cursor is pinned or not, so the records of a pin go together; what tells them apart when they come is
-/// not their code.
+/// The records of a pin are removed together, and distinguished by `extended`, not by their code.
 bool replaces(const GuardRecord& record, const GuardRecord& earlier) {
     if (record.kind != earlier.kind) {
         return false;

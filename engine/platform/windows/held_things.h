@@ -6,8 +6,8 @@
 
 namespace rotika {
 
-/// What the records of the guard's pipe say to be down. The program keeps it too, for the guard that follows
-/// on one that died. Not locked.
+/// The state described by the records of the guard's pipe: what is held down or pinned. The program keeps it
+/// too, for the successor of a guard that died. Not thread-safe.
 class HeldThings {
 public:
     void apply(const GuardRecord& record);

@@ -30,21 +30,21 @@ constexpr std::array<Modifier, 11> modifiers{{
     {VK_RWIN, MOD_WIN},
 }};
 
-/// A bit for each of them.
+/// A bit for each entry of `modifiers`.
 std::atomic<unsigned> heldModifiers{0};
 
 struct HotKey {
     HWND window;
     int id;
     std::uint16_t virtualKey;
-    UINT withModifiers; // registered once more with these; 0: not
+    UINT withModifiers; // a second registration with these; 0: none
 };
 
 std::vector<HotKey> hotKeys;
-/// Of all hot keys; null while there are none.
+/// The window of all hot keys; null while there are none.
 std::atomic<HWND> hotKeyWindow{nullptr};
 
-/// The same key with modifiers, as the system counts it. A program's own numbers end below 0xC000.
+/// Id offset of the second registration, with modifiers. A program's own ids end below 0xC000.
 constexpr int modifiedIdOffset = 0x4000;
 
 constexpr UINT_PTR modifierTimerId = 2;
@@ -60,25 +60,25 @@ UINT heldHotKeyFlags() {
     return flags;
 }
 
-void forgetModified(HotKey& key) {
+void unregisterModified(HotKey& key) {
     if (key.withModifiers != 0) {
         UnregisterHotKey(key.window, key.id + modifiedIdOffset);
         key.withModifiers = 0;
     }
 }
 
-/// Another program may have the combination: then the wheel has to wait for the modifiers' release.
-void takeWith(HotKey& key, UINT flags) {
-    forgetModified(key);
+/// If another program has the combination, the hot key works only after the modifiers' release.
+void registerModified(HotKey& key, UINT flags) {
+    unregisterModified(key);
     if (flags != 0 &&
         RegisterHotKey(key.window, key.id + modifiedIdOffset, MOD_NOREPEAT | flags, key.virtualKey) != 0) {
         key.withModifiers = flags;
     }
 }
 
-/// The person lets go of a modifier that a function holds by a tap of it. Nobody tells, and from then on the
-/// combination is the person's own.
-void CALLBACK lookForReleases(HWND, UINT, UINT_PTR, DWORD) noexcept {
+/// The user can release a modifier that a function holds by tapping it. There is no notification, and from
+/// then on the combination belongs to the user.
+void CALLBACK checkReleases(HWND, UINT, UINT_PTR, DWORD) noexcept {
     for (std::size_t i = 0; i < modifiers.size(); ++i) {
         if (GetAsyncKeyState(modifiers[i].virtualKey) >= 0) {
             heldModifiers &= ~(1U << i);
@@ -87,10 +87,10 @@ void CALLBACK lookForReleases(HWND, UINT, UINT_PTR, DWORD) noexcept {
     followHeldModifiers();
 }
 
-void lookForReleasesWhile(UINT flags) {
+void checkReleasesWhile(UINT flags) {
     constexpr UINT periodMs = 200;
     if (flags != 0) {
-        SetTimer(hotKeyWindow, modifierTimerId, periodMs, lookForReleases);
+        SetTimer(hotKeyWindow, modifierTimerId, periodMs, checkReleases);
     } else {
         KillTimer(hotKeyWindow, modifierTimerId);
     }
@@ -113,12 +113,12 @@ void unregisterHotKey(WindowHandle mainWindow, int id) {
     UnregisterHotKey(nativeWindow(mainWindow), id);
     std::erase_if(hotKeys, [id](HotKey& key) {
         if (key.id == id) {
-            forgetModified(key);
+            unregisterModified(key);
         }
         return key.id == id;
     });
     if (hotKeys.empty()) {
-        lookForReleasesWhile(0);
+        checkReleasesWhile(0);
         hotKeyWindow = nullptr;
     }
 }
@@ -141,11 +141,11 @@ void followHeldModifiers() noexcept {
     const UINT flags = heldHotKeyFlags();
     for (HotKey& key : hotKeys) {
         if (key.withModifiers != flags) {
-            takeWith(key, flags);
+            registerModified(key, flags);
         }
     }
     if (!hotKeys.empty()) {
-        lookForReleasesWhile(flags);
+        checkReleasesWhile(flags);
     }
 }
 

@@ -15,15 +15,16 @@ namespace rotika {
 
 namespace {
 
-/// Never destroyed: a thread that nobody waits for works on it.
+/// Never destroyed: used by a detached thread.
 struct Injection {
-    // Keeps an event and its record together when two runs press the same key.
+    // Keeps an event and its record together when two runs press the same key. Held during SendInput, which
+    // may wait for low-level hooks, but no longer than the system's limit for hooks.
     std::mutex mutex;
-    /// Whose release the system refused. The guard has them as down meanwhile.
+    /// Release refused by the system. For the guard they are still down.
     HeldThings unreleased;
     HeldThings pressed;
-    /// Whose press did not arrive, while they were up. Their release, refused as well, is not tried again:
-    /// it would come when the person holds the key.
+    /// Press refused while they were up. If the release is refused too, it is not retried: it could end a
+    /// later press by the user.
     HeldThings unpressed;
     bool isRetrying = false;
 };
@@ -49,17 +50,18 @@ void notePress(GuardRecord record, bool hasArrived) {
     noteKey(record, true);
 }
 
-/// From now on the thing is up, for all that we know.
+/// From now on the key or button is considered up.
 void noteRelease(GuardRecord record) {
     record.down = 0;
     injection().unreleased.apply(record);
     injection().pressed.apply(record);
     injection().unpressed.apply(record);
-    tellInputGuard(record);
+    notifyInputGuard(record);
     noteKey(record, false);
 }
 
-/// Until all are up: what stays down makes the desktop unusable, and the desktop may be away for hours.
+/// Runs until all are up: a key left down makes the desktop unusable, and the desktop may be locked for
+/// hours.
 void releaseAgain() noexcept {
     while (true) {
         Sleep(releaseRetryMs);
@@ -77,30 +79,30 @@ void releaseAgain() noexcept {
     }
 }
 
-void keepForLater(GuardRecord record) {
+void scheduleRelease(GuardRecord record) {
     record.down = 1;
-    tellInputGuard(record);
+    notifyInputGuard(record);
     injection().unreleased.apply(record);
     if (!injection().isRetrying) {
         injection().isRetrying = startDetachedThread(releaseAgain);
     }
 }
 
-/// The guard hears of a press before it happens and of a release after it: killed in between, it lets go once
-/// too often rather than once too seldom.
+/// The guard gets a press before it is sent and a release after it: if this process is killed in between, a
+/// superfluous release is sent rather than none.
 void inject(GuardRecord record, InputMotion motion) {
     const std::lock_guard<std::mutex> hold(injection().mutex);
     if (motion == InputMotion::up) {
         if (sendRelease(record) || injection().unpressed.contains(record)) {
             noteRelease(record);
         } else {
-            keepForLater(record);
+            scheduleRelease(record);
         }
         return;
     }
     injection().unreleased.apply(record); // this press has a release of its own
     record.down = motion == InputMotion::downUntilReleased ? 1 : 0;
-    tellInputGuard(record);
+    notifyInputGuard(record);
     notePress(record, sendPress(record));
 }
 

@@ -16,11 +16,11 @@ namespace rotika {
 
 namespace {
 
-/// Never destroyed: its end must come with the end of the process, and with nothing else.
+/// Never destroyed: the pipe must close only when the process ends.
 struct GuardLink {
     std::mutex mutex;
-    KernelHandle pipe; // our end
-    HeldThings told;
+    KernelHandle pipe;  // our end
+    HeldThings current; // sent to a new guard
 };
 
 GuardLink& guardLink() {
@@ -28,7 +28,7 @@ GuardLink& guardLink() {
     return link;
 }
 
-/// A start-up record that lets the child inherit one handle and no other.
+/// Start-up information that lets the child inherit exactly one handle.
 class SingleHandleStartup {
 public:
     explicit SingleHandleStartup(HANDLE handle) : inherited(handle) {
@@ -63,14 +63,14 @@ private:
     bool usable = false;
 };
 
-/// Its process; empty when it could not be started.
+/// Returns the process; empty if it could not be started.
 KernelHandle runGuardProgram(HANDLE readEnd) {
     SingleHandleStartup startup(readEnd);
     if (startup.record() == nullptr) {
         return {};
     }
     const std::wstring program = wideText(joinPath(programFolder(), u"rotika-guard.exe"));
-    // Not every system starts a program by a long path, and not every one keeps short names.
+    // Some systems cannot start a program by a long path, others have no short names.
     for (const std::wstring& form : {unlimitedPath(program), shortPath(program)}) {
         PROCESS_INFORMATION started{};
         if (CreateProcessW(form.c_str(), nullptr, nullptr, nullptr, TRUE,
@@ -88,7 +88,7 @@ void writeRecord(HANDLE pipe, const GuardRecord& record) {
     WriteFile(pipe, &record, sizeof(record), &written, nullptr);
 }
 
-/// Starts a guard that knows what is held. Its process; empty when it could not be started.
+/// Starts a guard and sends it the current state. Returns the process; empty if it could not be started.
 KernelHandle startGuard() {
     constexpr DWORD pipeBytes = 64 * 1024;
     KernelHandle readEnd;
@@ -97,7 +97,7 @@ KernelHandle startGuard() {
         SetHandleInformation(readEnd.get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT) == 0) {
         return {};
     }
-    // A guard that does not read must not stop our keys: a record that finds no room is lost instead.
+    // A guard that does not read must not block injection: a record that does not fit is discarded.
     DWORD mode = PIPE_READMODE_BYTE | PIPE_NOWAIT;
     SetNamedPipeHandleState(writeEnd.get(), &mode, nullptr, nullptr);
     KernelHandle process = runGuardProgram(readEnd.get());
@@ -105,23 +105,23 @@ KernelHandle startGuard() {
         GuardLink& link = guardLink();
         const std::lock_guard<std::mutex> hold(link.mutex);
         link.pipe = std::move(writeEnd);
-        for (const GuardRecord& record : link.told.all()) {
+        for (const GuardRecord& record : link.current.all()) {
             writeRecord(link.pipe.get(), record);
         }
     }
     return process;
 }
 
-/// Before the next start: none at first, then longer and longer while guards die as soon as they are started.
-DWORD pauseAfter(ULONGLONG lifeMs, DWORD lastPauseMs) {
-    constexpr ULONGLONG shortLifeMs = 1000;
-    constexpr DWORD firstPauseMs = 1000;
-    constexpr DWORD longestPauseMs = 60'000;
-    return lifeMs >= shortLifeMs ? 0 : std::clamp(2 * lastPauseMs, firstPauseMs, longestPauseMs);
+/// Delay before the next start: none at first, then doubled while guards die soon after their start.
+DWORD pauseAfter(ULONGLONG lifetimeMs, DWORD lastPauseMs) {
+    constexpr ULONGLONG minLifetimeMs = 1000;
+    constexpr DWORD minPauseMs = 1000;
+    constexpr DWORD maxPauseMs = 60'000;
+    return lifetimeMs >= minLifetimeMs ? 0 : std::clamp(2 * lastPauseMs, minPauseMs, maxPauseMs);
 }
 
-/// Follows each guard that dies, or could not be started, by a new one, to the end of this process. A thread
-/// of its own: starting a program may take its time.
+/// Replaces each guard that died or could not be started, until this process ends. Runs on its own thread:
+/// starting a program may take long.
 void replaceDeadGuards(KernelHandle guard) noexcept {
     DWORD pauseMs = 0;
     while (true) {
@@ -131,7 +131,7 @@ void replaceDeadGuards(KernelHandle guard) noexcept {
         }
         pauseMs = pauseAfter(GetTickCount64() - startedAt, pauseMs);
         Sleep(pauseMs);
-        // The system ends the guard with the session, and lets no program start any more.
+        // At the end of the session the system ends the guard and starts no more programs.
         if (GetSystemMetrics(SM_SHUTTINGDOWN) != 0) {
             return;
         }
@@ -142,15 +142,15 @@ void replaceDeadGuards(KernelHandle guard) noexcept {
 } // namespace
 
 void startInputGuard() {
-    // Without a thread a guard that dies is not replaced.
+    // Without the thread a guard that dies is not replaced.
     static_cast<void>(
         startDetachedThread([guard = startGuard().release()] { replaceDeadGuards(KernelHandle(guard)); }));
 }
 
-void tellInputGuard(const GuardRecord& record) {
+void notifyInputGuard(const GuardRecord& record) {
     GuardLink& link = guardLink();
     const std::lock_guard<std::mutex> hold(link.mutex);
-    link.told.apply(record);
+    link.current.apply(record);
     if (link.pipe) {
         writeRecord(link.pipe.get(), record);
     }

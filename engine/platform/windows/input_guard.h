@@ -4,13 +4,11 @@
 
 namespace rotika {
 
-/// Starts the guard program that stands beside this one, and another whenever it has died. Without it nothing
-/// is guarded and all else works.
-/// Owner thread, once.
+/// Starts the guard program, and a new one whenever it has died. The program also works without it. Owner
+/// thread, once.
 void startInputGuard();
 
-/// Tells the guard of one change, and the one that may have to follow on it; at once and silently, also when
-/// there is no guard. Any thread.
-void tellInputGuard(const GuardRecord& record);
+/// Sends one change to the guard and stores it for a successor. Never blocks, ignores failures. Any thread.
+void notifyInputGuard(const GuardRecord& record);
 
 } // namespace rotika

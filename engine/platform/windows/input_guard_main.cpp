@@ -1,6 +1,6 @@
-// The guard: a process of its own that lets go of the keys and buttons that the program held when it was
-// killed, and of the cursor; of the cursor also when the program pins it and stops answering, and then ends a
-// program that has stopped for good. It ends with the program.
+// The guard: a separate process that releases the keys and buttons that the program held down when it was
+// killed, and unpins the cursor. If the program hangs while the cursor is pinned, the guard unpins it and
+// later terminates the program. It ends with the program.
 
 #include "platform/input_guard_protocol.h"
 #include "platform/pointer_capture.h"
@@ -19,8 +19,8 @@ using namespace rotika;
 
 namespace {
 
-/// Keys and buttons until they are up: there may be no desktop that takes their release just now.
-void letGoOfAll(const HeldThings& held) {
+/// Retries until all keys and buttons are up: a locked desktop accepts no input.
+void releaseAll(const HeldThings& held) {
     std::vector<GuardRecord> things = held.all();
     if (std::ranges::any_of(things, isPinRecord)) {
         unpinCursor(clipBefore(held));
@@ -32,13 +32,13 @@ void letGoOfAll(const HeldThings& held) {
     }
 }
 
-/// What the guard has done about a program that pins the cursor and says nothing.
+/// Reaction to a program that pins the cursor and sends no heartbeat.
 struct Watchdog {
     ULONGLONG silentMs = 0;
-    bool hasGivenMouseBack = false;
+    bool hasUnpinned = false;
 };
 
-/// The last resort. Whoever made the pipe is the program, and it lives as long as the pipe does.
+/// The last resort. The program created the pipe and exists as long as it is open.
 void endProgram(HANDLE pipe) {
     ULONG processId = 0;
     if (GetNamedPipeServerProcessId(pipe, &processId) == 0) {
@@ -48,13 +48,13 @@ void endProgram(HANDLE pipe) {
     TerminateProcess(program.get(), 1);
 }
 
-/// The system asks the hook of a silent thread no more after a few events that it had to wait for, but the
-/// clip would stay. After that only the end of the program gives back what it still has: the place of the
-/// wheel on the screen and the toggle key, and where the system is more patient the mouse.
-void actOnSilence(HANDLE pipe, const HeldThings& held, Watchdog& watchdog) {
+/// The system stops calling the hook of a hanging thread after a few timeouts, but the clip would stay. Later
+/// only terminating the program frees what it still holds: the screen area of the wheel, the toggle key, and
+/// the mouse where the system's timeouts are longer.
+void handleSilence(HANDLE pipe, const HeldThings& held, Watchdog& watchdog) {
     constexpr ULONGLONG endLimitMs = 10'000;
-    if (watchdog.silentMs >= captureSilenceLimitMs && !watchdog.hasGivenMouseBack) {
-        watchdog.hasGivenMouseBack = true;
+    if (watchdog.silentMs >= captureSilenceLimitMs && !watchdog.hasUnpinned) {
+        watchdog.hasUnpinned = true;
         unpinCursor(clipBefore(held));
     }
     if (watchdog.silentMs >= endLimitMs) {
@@ -62,8 +62,8 @@ void actOnSilence(HANDLE pipe, const HeldThings& held, Watchdog& watchdog) {
     }
 }
 
-/// Waits for the next record, with an eye on the program while the cursor is pinned: a pipe without a name
-/// knows no wait with a limit. False at the end of the pipe.
+/// Waits for the next record and watches the program while the cursor is pinned. Polls: an anonymous pipe has
+/// no wait with a timeout. False at the end of the pipe.
 bool awaitRecord(HANDLE pipe, const HeldThings& held, Watchdog& watchdog) {
     constexpr DWORD pollMs = 50;
     while (std::ranges::any_of(held.all(), isPinRecord)) {
@@ -76,11 +76,11 @@ bool awaitRecord(HANDLE pipe, const HeldThings& held, Watchdog& watchdog) {
         }
         const ULONGLONG before = GetTickCount64();
         Sleep(pollMs);
-        // While the machine slept the program could not speak either.
+        // Limited: during system sleep the program could not send either.
         watchdog.silentMs += std::min<ULONGLONG>(GetTickCount64() - before, 2 * pollMs);
-        actOnSilence(pipe, held, watchdog);
+        handleSilence(pipe, held, watchdog);
     }
-    return true; // reading it waits
+    return true; // the read blocks
 }
 
 /// False at the end of the pipe: the program has died.
@@ -97,8 +97,8 @@ bool readRecord(HANDLE pipe, GuardRecord& record) {
     return true;
 }
 
-/// Returns when the program is gone.
-void followProgram(HANDLE pipe, HeldThings& held) {
+/// Returns when the program has ended.
+void watchProgram(HANDLE pipe, HeldThings& held) {
     Watchdog watchdog;
     GuardRecord record;
     while (awaitRecord(pipe, held, watchdog) && readRecord(pipe, record)) {
@@ -113,7 +113,7 @@ void followProgram(HANDLE pipe, HeldThings& held) {
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
     HeldThings held;
-    followProgram(GetStdHandle(STD_INPUT_HANDLE), held);
-    letGoOfAll(held);
+    watchProgram(GetStdHandle(STD_INPUT_HANDLE), held);
+    releaseAll(held);
     return 0;
 }

@@ -31,8 +31,8 @@ bool isButton(const GuardRecord& thing) {
     return thing.kind == GuardedThing::button && thing.code < buttons.size();
 }
 
-/// The system answers for Print Screen with the code that the key sends under Alt, which no keyboard has in
-/// the extended block.
+/// For Print Screen the system returns the code that the key sends with Alt, which does not exist as an
+/// extended key.
 WORD scanCodeOf(WORD virtualKey) {
     constexpr WORD printScreenCode = 0x37;
     return virtualKey == VK_SNAPSHOT ? printScreenCode
@@ -42,8 +42,7 @@ WORD scanCodeOf(WORD virtualKey) {
 INPUT keyEvent(const GuardRecord& key, bool down) {
     INPUT input{};
     input.type = INPUT_KEYBOARD;
-    // The virtual key travels beside the scan code: from a scan code alone Wine makes neither key nor
-    // character.
+    // The virtual key is set too: from a scan code alone Wine produces neither key nor character.
     input.ki.wVk = static_cast<WORD>(key.code);
     input.ki.wScan = scanCodeOf(input.ki.wVk);
     input.ki.dwFlags = KEYEVENTF_SCANCODE;
@@ -69,7 +68,7 @@ bool canBeSent(const GuardRecord& thing) {
     return isKey(thing) || isButton(thing);
 }
 
-/// Whether the system took it.
+/// False if the system refused it.
 bool send(const GuardRecord& thing, bool down) {
     INPUT input = isKey(thing) ? keyEvent(thing, down) : buttonEvent(thing, down);
     return SendInput(1, &input, sizeof(input)) == 1;
@@ -80,8 +79,8 @@ bool isDown(const GuardRecord& thing) {
     return GetAsyncKeyState(virtualKey) < 0;
 }
 
-/// Whether a program with more rights than ours is in front: it does not let us look at them.
-bool frontIsOutOfReach() {
+/// Whether a program with more rights than ours is in front: opening its token is denied.
+bool frontIsElevated() {
     DWORD processId = 0;
     if (GetWindowThreadProcessId(GetForegroundWindow(), &processId) == 0) {
         return false;
@@ -95,20 +94,20 @@ bool frontIsOutOfReach() {
 } // namespace
 
 bool sendPress(const GuardRecord& thing) {
-    // Asked before: the press itself may bring such a program to the front.
-    const bool isSwallowed = frontIsOutOfReach();
-    return canBeSent(thing) && send(thing, true) && !isSwallowed;
+    // Checked first: the press itself may bring such a program to the front.
+    const bool isDiscarded = frontIsElevated();
+    return canBeSent(thing) && send(thing, true) && !isDiscarded;
 }
 
 bool sendRelease(const GuardRecord& thing) {
-    return !canBeSent(thing) || (send(thing, false) && !frontIsOutOfReach());
+    return !canBeSent(thing) || (send(thing, false) && !frontIsElevated());
 }
 
 bool sendReleaseAgain(const GuardRecord& thing) {
-    if (frontIsOutOfReach()) {
+    if (frontIsElevated()) {
         return false;
     }
-    // No window is in front of a desktop that is not shown, and what is down there is not told.
+    // Without a foreground window the desktop is not shown, and its key state cannot be read.
     const bool isUp = GetForegroundWindow() != nullptr && !isDown(thing);
     return isUp || send(thing, false);
 }

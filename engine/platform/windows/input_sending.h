@@ -6,21 +6,21 @@
 
 namespace rotika {
 
-// One injected event each, of the key or button that the record names; shared by the program and its guard.
-// Other records, and buttons above 4, are none. Any thread.
+// Each injects one event of the record's key or button; shared by the program and its guard. Other records,
+// and buttons above 4, are ignored. Any thread.
 
-/// False when it did not arrive: the system refuses input while it shows a desktop of its own (the locked
-/// screen, the question for an administrator's consent), and swallows it while the program in front has more
-/// rights than ours.
+/// False when it did not arrive: the system refuses input while it shows a desktop of its own (the lock
+/// screen, the prompt for administrator consent), and discards it while the program in front has more rights
+/// than ours.
 bool sendPress(const GuardRecord& thing);
 
-/// False when it may not have arrived, for the same reasons, and must be tried again.
+/// False when it may not have arrived, for the same reasons, and must be retried.
 bool sendRelease(const GuardRecord& thing);
 
-/// The same for one that had to be tried again; nothing is sent, and all is well, if it is up by now.
+/// A retry of sendRelease(). Sends nothing and returns true if the key or button is up by now.
 bool sendReleaseAgain(const GuardRecord& thing);
 
-/// Between two tries.
+/// Between two retries.
 inline constexpr std::uint32_t releaseRetryMs = 100;
 
 } // namespace rotika

@@ -5,7 +5,7 @@
 namespace rotika {
 
 std::uint16_t virtualKeyOfCharacter(char16_t character) {
-    // The system's own answer for "no key" is -1, which is noVirtualKey as an unsigned number.
+    // The system returns -1 for "no key", which is noVirtualKey as an unsigned number.
     return static_cast<std::uint16_t>(VkKeyScanW(static_cast<WCHAR>(character)));
 }
 

@@ -5,7 +5,7 @@
 namespace rotika {
 
 void openTarget(const std::u16string& target) {
-    // The programs that open a target may be started through COM, which each thread has to open for itself.
+    // The handler of a target may be started through COM, which each thread must initialise.
     const ComSession session(COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
     ShellExecuteW(nullptr, L"open", wideText(target), nullptr, nullptr, SW_SHOWNORMAL);
 }

@@ -174,7 +174,7 @@ WindowHandle createMainWindow(const MainWindowHandlers& wanted) {
 }
 
 void repaintMainWindow(WindowHandle mainWindow) {
-    // The system takes no window for all windows of the desktop; a worker may outlive the main window.
+    // A null window would repaint all windows of the desktop; a worker may outlive the main window.
     if (mainWindow != nullptr) {
         InvalidateRect(nativeWindow(mainWindow), nullptr, TRUE);
     }

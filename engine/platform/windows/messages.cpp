@@ -6,7 +6,7 @@ namespace rotika {
 
 bool postWindowMessage(WindowHandle window, std::uint32_t message, std::uintptr_t wParam,
                        std::intptr_t lParam) {
-    // The system takes no window for "post to the calling thread" and reports success.
+    // For a null window the system posts to the calling thread and reports success.
     return window != nullptr && PostMessageW(nativeWindow(window), message, wParam, lParam) != 0;
 }
 

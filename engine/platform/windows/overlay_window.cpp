@@ -24,14 +24,15 @@ void call(void (*handler)() noexcept) noexcept {
 
 LRESULT rawInput(HWND window, WPARAM wParam, LPARAM lParam) noexcept {
     rawInputArrived(reinterpret_cast<HRAWINPUT>(lParam));
-    // Lets the system free the record.
+    // The default procedure frees the record.
     DefWindowProcW(window, WM_INPUT, wParam, lParam);
     return 0;
 }
 
-/// While the capture is silent a press may be one that the person made after the guard gave the mouse back.
+/// While the capture is stale the guard may have freed the mouse, and the press may be meant for another
+/// window.
 void leftButtonDown(const OverlayWindowHandlers& handlers) noexcept {
-    if (!captureIsSilent()) {
+    if (!captureIsStale()) {
         call(handlers.leftPressed);
     }
 }
@@ -45,9 +46,9 @@ void privateMessage(const OverlayWindowHandlers& handlers, UINT message, WPARAM 
 
 template <OverlayKind kind>
 LRESULT CALLBACK overlayProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    const OverlayWindowHandlers handlers = handlersOf<kind>; // a handler may make a new window
+    const OverlayWindowHandlers handlers = handlersOf<kind>; // a copy: a handler may create a new window
     switch (message) {
-    case WM_CLOSE: // the system's answer would be to destroy the window
+    case WM_CLOSE: // the default procedure would destroy the window
         call(handlers.closeRequested);
         return 0;
     case WM_DESTROY:
@@ -61,7 +62,7 @@ LRESULT CALLBACK overlayProcedure(HWND window, UINT message, WPARAM wParam, LPAR
     case WM_LBUTTONDOWN:
         leftButtonDown(handlers);
         return 0;
-    case WM_MOUSEACTIVATE: // what WS_EX_NOACTIVATE means; Wine activates in spite of it
+    case WM_MOUSEACTIVATE: // implied by WS_EX_NOACTIVATE, but Wine activates anyway
         return MA_NOACTIVATE;
     default:
         break;
@@ -88,11 +89,11 @@ const wchar_t* registeredClass(OverlayKind kind) {
     return description.lpszClassName;
 }
 
-bool letsPointerThrough(HWND window) {
+bool isClickThrough(HWND window) {
     return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TRANSPARENT) != 0;
 }
 
-/// Top-down, 32 bits a pixel.
+/// Top-down, 32 bits per pixel.
 BitmapHandle pixelBitmap(HDC screen, std::int32_t width, std::int32_t height) {
     BITMAPINFO info{};
     info.bmiHeader.biSize = sizeof(info.bmiHeader);
@@ -132,7 +133,7 @@ Rect overlayWindowRect(WindowHandle window) {
 }
 
 void showOverlayWindow(WindowHandle window) {
-    if (letsPointerThrough(nativeWindow(window))) {
+    if (isClickThrough(nativeWindow(window))) {
         SetWindowPos(nativeWindow(window), HWND_TOPMOST, 0, 0, 0, 0, keepPlace | SWP_SHOWWINDOW);
         return;
     }

@@ -10,8 +10,8 @@ namespace rotika {
 
 namespace {
 
-/// The longest path that the system knows, with its terminator.
-constexpr DWORD longestPath = 32768;
+/// The system's longest path, with its terminator.
+constexpr DWORD maxPathLength = 32768;
 
 std::u16string withoutTrailingSeparator(std::u16string path) {
     while (path.ends_with(u'\\')) {
@@ -31,8 +31,8 @@ std::u16string programFilePath(const std::u16string& name) {
 }
 
 std::u16string folderOfTemporaryFiles() {
-    std::u16string path(longestPath, u'\0');
-    path.resize(GetTempPathW(longestPath, reinterpret_cast<wchar_t*>(path.data())));
+    std::u16string path(maxPathLength, u'\0');
+    path.resize(GetTempPathW(maxPathLength, reinterpret_cast<wchar_t*>(path.data())));
     return withoutTrailingSeparator(std::move(path));
 }
 

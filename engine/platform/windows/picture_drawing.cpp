@@ -47,7 +47,7 @@ StringFormatHandle centredFormat() {
     return format;
 }
 
-/// Replays one picture. A command that fails leaves its pixels as they were.
+/// Draws the commands of one picture. A command that fails changes nothing.
 class PictureReplay {
 public:
     explicit PictureReplay(HDC surface) : family(interfaceFontFamily()), format(centredFormat()) {

@@ -8,10 +8,10 @@ namespace rotika {
 
 // Owner thread.
 
-/// Before the first picture or image; once.
+/// Call once, before the first picture or image.
 void startDrawing();
 
-/// Clears the bitmap selected into `surface` (32 bits a pixel) to full transparency and draws the picture,
+/// Clears the bitmap selected into `surface` (32 bits per pixel) to full transparency and draws the picture,
 /// premultiplied.
 void drawPicture(HDC surface, const Picture& picture);
 

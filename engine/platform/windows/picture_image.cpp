@@ -21,10 +21,10 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-/// Of a file on a disk: the name may as well be a device's or a pipe's, which could keep us waiting for ever.
+/// Only from a file on a disk: reading a device or a pipe could block for ever.
 std::optional<Bytes> readImageFile(const std::u16string& path) {
     constexpr DWORD anySharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    // Whoever serves a pipe must not act in our user's name.
+    // The server of a pipe must not be able to impersonate the user.
     constexpr DWORD flags = FILE_FLAG_SEQUENTIAL_SCAN | SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS;
     const KernelHandle file = fileHandle(CreateFileW(unlimitedPath(wideText(path)).c_str(), GENERIC_READ,
                                                      anySharing, nullptr, OPEN_EXISTING, flags, nullptr));
@@ -53,7 +53,7 @@ bool isOfGoodSize(IWICBitmapSource& image) {
     return SUCCEEDED(image.GetSize(&width, &height)) && isGoodSize(width, height);
 }
 
-/// A decoder may do all its work on opening, as Wine's does, so the commonest files are looked at before.
+/// A decoder may decode everything on opening, as Wine's does, so the size of a PNG is checked before.
 bool mayBeOpened(const Bytes& bytes) {
     constexpr unsigned char pngStart[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
     constexpr std::size_t widthAt = 16;
@@ -70,7 +70,7 @@ bool mayBeOpened(const Bytes& bytes) {
     return !isPng || isGoodSize(numberAt(widthAt), numberAt(heightAt));
 }
 
-/// The first picture of the file, not decoded yet; empty when it is none or too large.
+/// The first image of the file, not decoded yet; empty if the file has none or it is too large.
 ComPointer<IWICBitmapFrameDecode> openFrame(IWICImagingFactory& factory, Bytes& bytes) {
     ComPointer<IWICStream> stream;
     ComPointer<IWICBitmapDecoder> decoder;
@@ -85,7 +85,7 @@ ComPointer<IWICBitmapFrameDecode> openFrame(IWICImagingFactory& factory, Bytes& 
     return frame;
 }
 
-/// Premultiplied before it is scaled, or transparent pixels would tint their neighbours.
+/// Premultiplied before scaling, or transparent pixels would tint their neighbours.
 ComPointer<IWICBitmapScaler> scaled(IWICImagingFactory& factory, IWICBitmapSource& image, UINT sidePx) {
     ComPointer<IWICFormatConverter> converter;
     ComPointer<IWICBitmapScaler> scaler;
@@ -99,7 +99,7 @@ ComPointer<IWICBitmapScaler> scaled(IWICImagingFactory& factory, IWICBitmapSourc
     return scaler;
 }
 
-/// Null when the data are broken.
+/// Null if the data are corrupt.
 Gdiplus::GpBitmap* decoded(IWICBitmapSource& image, INT sidePx) {
     Gdiplus::GpBitmap* bitmap = nullptr;
     gdip::GdipCreateBitmapFromScan0(sidePx, sidePx, 0, PixelFormat32bppPARGB, nullptr, &bitmap);

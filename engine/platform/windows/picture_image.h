@@ -6,8 +6,7 @@
 
 namespace rotika {
 
-/// Premultiplied pixels in memory: an image that comes from a file keeps it open, and is decoded anew at each
-/// drawing.
+/// Premultiplied pixels in memory: a GDI+ image of a file would keep it open and decode it at each drawing.
 struct PictureImage {
     Gdiplus::GpBitmap* pixels;
 };

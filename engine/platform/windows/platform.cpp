@@ -8,7 +8,7 @@ namespace rotika {
 
 namespace {
 
-/// Fonts are read from disk and their glyphs made at first use, which takes longer than a whole paint.
+/// The first use of a font reads it from disk and renders its glyphs, which takes longer than a whole paint.
 void warmFonts() {
     const std::u16string letters =
         u"AĄBCĆDEĘFGHIJKLŁMNŃOÓPQRSŚTUVWXYZŹŻaąbcćdeęfghijklłmnńoópqrsśtuvwxyzźż 0123456789/";

@@ -17,18 +17,18 @@ namespace rotika {
 namespace {
 
 constexpr ULONGLONG guardPeriodMs = 250;
-/// Shorter than the guard's patience, which begins with the last record that it got.
-constexpr ULONGLONG silenceLimitMs = 1500;
-static_assert(silenceLimitMs + guardPeriodMs < captureSilenceLimitMs);
+/// Shorter than the guard's limit, which starts with the last record that it received.
+constexpr ULONGLONG staleAfterMs = 1500;
+static_assert(staleAfterMs + guardPeriodMs < captureSilenceLimitMs);
 
 struct PointerCapture {
-    bool stands = false;
+    bool isActive = false;
     PointerCaptureHandlers handlers{};
     HookHandle mouseHook;
     std::optional<RECT> clipBefore;
     ULONGLONG renewedAt = 0;
-    ULONGLONG guardToldAt = 0;
-    // Device buttons that were down at the beginning and not touched since, and those that were let go.
+    ULONGLONG guardNotifiedAt = 0;
+    // Device buttons that were down at the start without a change since, and those of them released since.
     std::array<bool, 5> downBefore{};
     std::array<bool, 5> releasedMeanwhile{};
 };
@@ -43,7 +43,7 @@ struct ButtonChange {
     bool down;
 };
 
-/// As the hook sees it: after the user's swap of left and right.
+/// The hook's events are after the user's swap of left and right.
 std::optional<ButtonChange> buttonChange(WPARAM message, const MSLLHOOKSTRUCT& event) {
     const std::size_t left = mouseButtonsAreSwapped() ? 1 : 0;
     switch (message) {
@@ -64,8 +64,8 @@ std::optional<ButtonChange> buttonChange(WPARAM message, const MSLLHOOKSTRUCT& e
     }
 }
 
-/// A button that is pressed here was not held by the person before: if it was down, then because a function
-/// holds it, and letting go here means nothing to the programs.
+/// A button that is pressed now was not held by the user before: if it was down, a function holds it, and its
+/// release here must not reach the programs.
 void noteChange(PointerCapture& state, const ButtonChange& change) {
     if (!change.down && state.downBefore[change.button]) {
         state.releasedMeanwhile[change.button] = true;
@@ -76,7 +76,7 @@ void noteChange(PointerCapture& state, const ButtonChange& change) {
 LRESULT CALLBACK mouseHookProcedure(int code, WPARAM message, LPARAM parameter) noexcept {
     const auto& event = *reinterpret_cast<const MSLLHOOKSTRUCT*>(parameter);
     PointerCapture& state = capture();
-    if (code != HC_ACTION || !state.stands || (event.flags & LLMHF_INJECTED) != 0 || captureIsSilent() ||
+    if (code != HC_ACTION || !state.isActive || (event.flags & LLMHF_INJECTED) != 0 || captureIsStale() ||
         !state.handlers.isSwallowing()) {
         return CallNextHookEx(nullptr, code, message, parameter);
     }
@@ -97,16 +97,16 @@ void rememberPressedButtons(PointerCapture& state) {
     }
 }
 
-/// The guard hears of the pin before it stands.
+/// The guard is notified before the pin is set.
 void pin(PointerCapture& state, Point pinned) {
     state.clipBefore = cursorClip();
     if (state.clipBefore) {
         for (const GuardRecord& record : clipRecords(*state.clipBefore)) {
-            tellInputGuard(record);
+            notifyInputGuard(record);
         }
     }
-    tellInputGuard(pinRecord(true));
-    state.renewedAt = state.guardToldAt = GetTickCount64();
+    notifyInputGuard(pinRecord(true));
+    state.renewedAt = state.guardNotifiedAt = GetTickCount64();
     pinCursor(pinned);
 }
 
@@ -120,7 +120,7 @@ void registerRawMouse(DWORD flags, HWND target) {
 void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCaptureHandlers& handlers) {
     PointerCapture& state = capture();
     state.handlers = handlers;
-    state.stands = true;
+    state.isActive = true;
     rememberPressedButtons(state);
     if (!state.mouseHook) {
         state.mouseHook = HookHandle(SetWindowsHookExW(WH_MOUSE_LL, mouseHookProcedure, moduleInstance(), 0));
@@ -129,35 +129,34 @@ void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCa
     registerRawMouse(RIDEV_INPUTSINK, nativeWindow(wheelWindow));
 }
 
-bool captureIsSilent() noexcept {
-    return capture().stands && GetTickCount64() - capture().renewedAt > silenceLimitMs;
+bool captureIsStale() noexcept {
+    return capture().isActive && GetTickCount64() - capture().renewedAt > staleAfterMs;
 }
 
 bool renewPointerCapture() {
     PointerCapture& state = capture();
-    if (captureIsSilent()) {
+    if (captureIsStale()) {
         return false;
     }
     state.renewedAt = GetTickCount64();
-    if (state.stands && state.renewedAt - state.guardToldAt >= guardPeriodMs) {
-        state.guardToldAt = state.renewedAt;
-        tellInputGuard(pinRecord(true));
+    if (state.isActive && state.renewedAt - state.guardNotifiedAt >= guardPeriodMs) {
+        state.guardNotifiedAt = state.renewedAt;
+        notifyInputGuard(pinRecord(true));
     }
     return true;
 }
 
 void endPointerCapture() {
     PointerCapture& state = capture();
-    if (!state.stands) {
+    if (!state.isActive) {
         return;
     }
-    state.stands = false;
+    state.isActive = false;
     registerRawMouse(RIDEV_REMOVE, nullptr);
     unpinCursor(state.clipBefore);
-    tellInputGuard(pinRecord(false));
+    notifyInputGuard(pinRecord(false));
     state.mouseHook.reset();
-    // The hook swallowed these releases, so the system and the programs would hold the buttons for pressed
-    // for ever.
+    // The hook swallowed these releases: for the system and the programs the buttons would stay down.
     for (std::size_t i = 0; i < state.releasedMeanwhile.size(); ++i) {
         if (state.releasedMeanwhile[i]) {
             injectMouseButton(static_cast<std::uint32_t>(i), InputMotion::up);
@@ -168,7 +167,7 @@ void endPointerCapture() {
 void rawInputArrived(HRAWINPUT record) noexcept {
     RAWINPUT input{};
     UINT size = sizeof(input);
-    if (!capture().stands || captureIsSilent() ||
+    if (!capture().isActive || captureIsStale() ||
         GetRawInputData(record, RID_INPUT, &input, &size, sizeof(RAWINPUTHEADER)) == static_cast<UINT>(-1) ||
         input.header.dwType != RIM_TYPEMOUSE) {
         return;

@@ -4,11 +4,11 @@
 
 namespace rotika {
 
-/// The wheel window's share of a pointer capture: WM_INPUT has arrived. Owner thread.
+/// Handles WM_INPUT of the wheel window for a pointer capture. Owner thread.
 void rawInputArrived(HRAWINPUT record) noexcept;
 
-/// The capture stands and the owner thread has not renewed it for so long that the guard may have given the
-/// mouse back: what arrives then was not meant for the wheel. Owner thread.
-bool captureIsSilent() noexcept;
+/// Whether the owner thread has not renewed an active capture for so long that the guard may have freed the
+/// mouse: input then is not meant for the wheel. Owner thread.
+bool captureIsStale() noexcept;
 
 } // namespace rotika

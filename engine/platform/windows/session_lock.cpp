@@ -8,7 +8,7 @@ namespace rotika {
 
 namespace {
 
-/// Not in the compiler's headers: the class WTSSessionInfoEx, and the beginning of what it answers.
+/// Missing from the compiler's headers: the class WTSSessionInfoEx and the start of its data.
 constexpr auto sessionInfoClass = static_cast<WTS_INFO_CLASS>(25);
 struct SessionInfo {
     DWORD level;
@@ -31,7 +31,7 @@ void endSessionNotification(HWND window) {
 
 bool sessionIsLocked() {
     constexpr DWORD knownLevel = 1;
-    constexpr LONG lockedFlags = 0; // Windows 7 had it the other way round
+    constexpr LONG lockedFlags = 0; // inverted in Windows 7
     LPWSTR bytes = nullptr;
     DWORD size = 0;
     if (WTSQuerySessionInformationW(WTS_CURRENT_SERVER_HANDLE, WTS_CURRENT_SESSION, sessionInfoClass, &bytes,

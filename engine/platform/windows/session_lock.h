@@ -6,11 +6,11 @@ namespace rotika {
 
 // The lock of the user's session. Owner thread.
 
-/// From now on the system posts WM_WTSSESSION_CHANGE to the window, until it is told to stop.
+/// Makes the system post WM_WTSSESSION_CHANGE to the window until endSessionNotification().
 void beginSessionNotification(HWND window);
 void endSessionNotification(HWND window);
 
-/// False also where the system cannot tell.
+/// False also if unknown.
 bool sessionIsLocked();
 
 } // namespace rotika

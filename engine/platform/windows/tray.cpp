@@ -10,7 +10,7 @@ namespace rotika {
 
 namespace {
 
-/// Without a tray icon it stays blank, and the system refuses a balloon for it.
+/// Zero without a tray icon: the system then refuses a balloon.
 NOTIFYICONDATAW trayIconData{};
 
 template <std::size_t size>
@@ -53,7 +53,7 @@ void showTrayMenu(HWND mainWindow) noexcept {
     AppendMenuW(menu.get(), MF_STRING, trayQuitCommand, L"Zakończ");
     POINT cursor{};
     GetCursorPos(&cursor);
-    // Else the menu would not close when the user clicks elsewhere.
+    // Otherwise the menu would not close when the user clicks elsewhere.
     SetForegroundWindow(mainWindow);
     TrackPopupMenu(menu.get(), TPM_RIGHTBUTTON, cursor.x, cursor.y, 0, mainWindow, nullptr);
 }

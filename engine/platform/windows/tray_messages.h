@@ -8,7 +8,7 @@ inline constexpr UINT trayCallbackMessage = WM_APP + 1; // lParam: the mouse mes
 inline constexpr WORD trayShowCommand = 1001;
 inline constexpr WORD trayQuitCommand = 1002;
 
-/// Pops the icon's menu up at the cursor; the choice arrives at `mainWindow` as WM_COMMAND. Owner thread.
+/// Shows the icon's menu at the cursor; the choice arrives at `mainWindow` as WM_COMMAND. Owner thread.
 void showTrayMenu(HWND mainWindow) noexcept;
 
 } // namespace rotika

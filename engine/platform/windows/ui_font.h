@@ -4,10 +4,10 @@
 
 namespace rotika {
 
-/// "Segoe UI" of the given height (negative: of the characters, in pixels). The caller deletes it.
+/// "Segoe UI" of the given height (negative: character height in pixels). The caller deletes it.
 HFONT createInterfaceFont(int height);
 
-/// uiFont, the font of the engine's controls; kept to the end of the process. Owner thread.
+/// uiFont, the font of the engine's controls; never deleted. Owner thread.
 HFONT interfaceFont();
 
 } // namespace rotika

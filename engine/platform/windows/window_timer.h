@@ -4,7 +4,7 @@
 
 namespace rotika {
 
-/// The window procedure's share of a timer: WM_TIMER has arrived at `window`. Owner thread.
+/// Handles WM_TIMER of `window`. Owner thread.
 void windowTimerElapsed(HWND window, WPARAM timerId) noexcept;
 
 } // namespace rotika

@@ -1,6 +1,6 @@
 #pragma once
 
-// The one place that includes the system's headers.
+// The only header that includes <windows.h>.
 
 #include "base/window_handle.h"
 
@@ -29,7 +29,7 @@ inline WindowHandle windowHandle(HWND window) {
     return reinterpret_cast<WindowHandle>(window);
 }
 
-/// Private messages end where those that programs agree on by name begin.
+/// Messages registered by name start here: the end of the private ones.
 inline constexpr UINT firstRegisteredMessage = 0xC000;
 
 inline HINSTANCE moduleInstance() {

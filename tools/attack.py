@@ -14,7 +14,7 @@ from collections import Counter
 from pathlib import Path
 
 from desk.desk import CONTROL, SHIFT, TOGGLE_KEY, Desk, field
-from desk.hands import place_cursor
+from desk.input_devices import place_cursor
 from desk.waiting import holds_within, wait_for
 
 PLACE = (450, 350)
@@ -274,7 +274,7 @@ class Rounds(Desk):
             self.choose(index)
 
     def check(self):
-        cursor, left = self.display.cursor(), self.leftovers(() if self.was_killed else ("silent",), SETTLE_S)
+        cursor, left = self.display.cursor(), self.leftovers(() if self.was_killed else ("not repeating",), SETTLE_S)
         assert self.place in (None, cursor), f"the cursor was at {self.place} and is at {cursor}"
         assert not left, f"left behind: {left}"
         typed = {record.name for record in self.recorder.since_mark("key-down", "key-repeat")}

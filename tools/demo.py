@@ -13,7 +13,7 @@ HERE = Path(__file__).parent
 sys.path.insert(0, str(HERE.parent / "tests"))
 
 from desk.desk import CENTRE, Desk  # noqa: E402
-from desk.hands import place_cursor  # noqa: E402
+from desk.input_devices import place_cursor  # noqa: E402
 from desk.waiting import wait_for  # noqa: E402
 from desk.x11 import save_png  # noqa: E402
 

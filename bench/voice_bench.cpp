@@ -1,4 +1,4 @@
-// What voice and gaze cost the engine beside the recogniser and the tracker themselves.
+// Cost of voice and gaze in the engine, without the recogniser and the tracker themselves.
 
 #include "core/dispatch.h"
 #include "gaze/gaze_thread.h"

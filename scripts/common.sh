@@ -30,9 +30,10 @@ source_files() {
 }
 
 # with_lock file command...: runs the command under an exclusive lock, which ends with this process, however it ends.
-# The command does not inherit the lock, so a daemon that it leaves behind cannot hold it.
+# The command does not inherit the lock, so a daemon that it leaves behind cannot hold it. The first failure inside it
+# ends it: "||" here would disable "set -e" for all of it.
 with_lock() {
-    local file=$1 lock status=0
+    local file=$1 lock status
     shift
     mkdir -p "$(dirname "$file")"
     exec {lock}>"$file"
@@ -40,7 +41,14 @@ with_lock() {
         note "Another run holds $file; waiting for it."
         flock "$lock"
     fi
-    "$@" || status=$?
+    set +e
+    (
+        set -e
+        exec {lock}>&-
+        "$@"
+    )
+    status=$?
+    set -e
     exec {lock}>&-
     return "$status"
 }

@@ -1,5 +1,5 @@
-# Building the program for either system, starting it, the demo and the benchmarks. Sourced after common.sh, packages.sh,
-# qt_windows.sh and voice.sh.
+# Building the program for either system, starting it, the demo and the benchmarks. Sourced after common.sh,
+# packages.sh, qt_windows.sh and voice.sh.
 
 use_ccache() {
     have ccache || return 0

@@ -69,6 +69,6 @@ install_missing() {
     mapfile -t missing < <(missing_packages "$@")
     [ "${#missing[@]}" -gt 0 ] || return 0
     say "Installing ${missing[*]}"
-    as_root apt-get update -q
+    as_root apt-get update -q || note "Some package sources could not be read; continuing with the others."
     as_root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}"
 }

@@ -1,4 +1,4 @@
-"""What listening and following the eyes cost the whole program, with stand-ins for both libraries."""
+"""Cost of voice and gaze in the whole program, with doubles of both libraries."""
 
 import time
 from pathlib import Path
@@ -14,14 +14,14 @@ PERIOD_MS = 11
 
 
 def workers_ms(process):
-    """Milliseconds of a processor that all threads but the first have used. The first is the owner thread, whose
-    share is measured with the window."""
+    """Processor time, in milliseconds, of all threads but the first, which is the owner thread. Its share is
+    measured elsewhere."""
     return sum(int((task / "schedstat").read_text().split()[0])
                for task in Path(f"/proc/{process.pid}/task").iterdir() if task.name != str(process.pid)) / 1e6
 
 
 def measure_rest(desk):
-    """The stand-ins read their scripts and write their logs in these threads, so the figure is too high."""
+    """Too high by what the doubles spend in these threads on their scripts and logs."""
     time.sleep(1)
     before, start = workers_ms(desk.program), time.monotonic()
     time.sleep(REST_S)
@@ -41,9 +41,9 @@ def measure_look(desk, gaze):
         start = time.monotonic()
         gaze.add(f"look {(x + 0.5) / desk.screen.size[0]} {(y + 0.5) / desk.screen.size[1]} 1")
         values.append(ms_until(start, lambda: not is_there()))
-        time.sleep((600 + i % 11) / 1000)  # at rest again
-    # The stand-in looks into its script once in its period, which is no part of the figure.
-    report(f"gaze sample (and up to {PERIOD_MS} ms of the stand-in) to moved cursor", values, 17 + PERIOD_MS)
+        time.sleep((600 + i % 11) / 1000)  # until the cursor rests again
+    # The double reads its script once per period, which the figure includes.
+    report(f"gaze sample (and up to {PERIOD_MS} ms of the double) to moved cursor", values, 17 + PERIOD_MS)
 
 
 def measure():

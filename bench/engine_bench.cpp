@@ -1,4 +1,4 @@
-// What the engine does on the owner thread, measured inside the process on a real X server.
+// Work of the engine on the owner thread, measured in-process on a real X server.
 
 #include "files/key_names.h"
 #include "files/wheel_files.h"
@@ -26,12 +26,12 @@ namespace {
 
 std::u16string iconPath;
 
-/// Any question does: its answer comes after all that was sent before has been carried out.
+/// A round trip: the reply comes after the server has executed all earlier requests.
 void waitForServer() {
     cursorPosition();
 }
 
-/// The compositor paints through the same server, and its share of the last frame is not what is measured.
+/// Keeps the compositor's work on the last frame, which uses the same server, out of the figure.
 void waitForCompositor() {
     waitForServer();
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -63,12 +63,12 @@ void showOpenWheel(std::size_t fieldCount, bool hasIcons) {
     waitForServer();
 }
 
-/// Everything anew: every command, every pixel, until the server has it.
+/// A complete repaint of every command and pixel, until the server has finished it.
 void paintWhole(benchmark::State& state, std::size_t fieldCount, bool hasIcons) {
     showOpenWheel(fieldCount, hasIcons);
     waitForCompositor();
     for (auto _ : state) {
-        // A tint that no frame before had: each pie, and so the whole layer, differs from the last picture.
+        // A changed tint, so that every pie, and with it the whole layer, differs from the last picture.
         engineConfig.segmentColor ^= 1;
         paintWheel();
         waitForServer();
@@ -86,7 +86,7 @@ void paint8NamedFields(benchmark::State& state) {
     state.counters["target_ms"] = 1;
 }
 
-/// What a mouse motion costs: one tick with the cursor moved to another field.
+/// Cost of a mouse motion: one tick that moves the cursor to another field.
 void tickWithMotionAcrossFields(benchmark::State& state) {
     showOpenWheel(24, true);
     waitForCompositor();
@@ -131,7 +131,7 @@ void readOneMegabyteWheelFile(benchmark::State& state) {
     state.counters["target_ms"] = 15;
 }
 
-/// What the engine's own editor does at each save, on the largest document that the reader keeps whole.
+/// What the engine's own editor does at each save, on the largest document that the reader does not truncate.
 void serialize24WheelsOf24FieldsOf10Steps(benchmark::State& state) {
     std::vector<Wheel> wheels(24, wheelOf(24, true));
     for (Wheel& wheel : wheels) {

@@ -1,4 +1,4 @@
-// A window of 5,000 buttons, some 300 of which are in sight.
+// A window of 5,000 buttons, about 300 of which are visible.
 
 #include <QApplication>
 #include <QGridLayout>

@@ -1,4 +1,4 @@
-"""From a spoken command to the labels over a full window, with a stand-in for the recogniser."""
+"""From a spoken command to the labels over a full window, with a double of the recogniser."""
 
 import signal
 import time
@@ -15,7 +15,7 @@ PAUSE_S = 0.005
 
 @contextmanager
 def voice_beside(title, *words):
-    """The program with its recogniser, and another program in front."""
+    """The program with a double of the recogniser, and another program in the foreground."""
     with desk() as made:
         SoundServer(made.screen)
         voice = Device(made, "speech")
@@ -27,16 +27,16 @@ def voice_beside(title, *words):
 
 
 def corner(desk):
-    """Of the window in front, on the screen."""
+    """Upper left corner of the active window on the screen."""
     lines = desk.screen.run("xwininfo", "-id", str(desk.display.active_window())).splitlines()
     return [int(line.split()[-1]) for line in lines if "Absolute upper-left" in line]
 
 
 def measure_labels(what, target, title, *words):
-    """The window has something to click in its upper left corner."""
+    """The window must have a clickable element in its upper left corner."""
     with voice_beside(title, *words) as (made, voice, _):
-        time.sleep(2)  # it goes on publishing for a while
-        spot = [place + 4 for place in corner(made)]  # within a badge
+        time.sleep(2)  # it continues to publish elements for a while
+        spot = [value + 4 for value in corner(made)]  # within a badge
         bare = made.display.pixel(*spot)
         values = []
         for _ in range(12):
@@ -49,7 +49,7 @@ def measure_labels(what, target, title, *words):
 
 
 def measure_windows():
-    # 665 buttons, some 240 of which, with the cells around them, are in sight.
+    # 665 buttons, of which about 240, with the cells around them, are visible.
     measure_labels("spoken command to labels over 250 elements, 100 ms of it sound", 400,
                    "Flow Box", "gtk3-demo", "--run=flowbox")
     measure_labels("spoken command to 99 labels on a window of 5,000 elements", 500,
@@ -57,13 +57,13 @@ def measure_windows():
 
 
 def measure_wheel_during_scan():
-    """A program that does not answer keeps the scan waiting for 1.5 s; the wheel must not notice."""
+    """A program that does not answer delays the scan by 1.5 s; this must not slow the wheel down."""
     with voice_beside("Application Class", "gtk3-demo") as (made, voice, other):
         made.open_wheel()
         before = sorted(motion_latencies(made, 24))
         other.send_signal(signal.SIGSTOP)
         voice.add("say pokaż elementy")
-        time.sleep(0.25)  # until it has been heard
+        time.sleep(0.25)  # until the command is recognised
         during = sorted(motion_latencies(made, 24))
         other.send_signal(signal.SIGCONT)
     report("what a scan adds to motion to repainted cursor",

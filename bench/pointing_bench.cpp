@@ -1,4 +1,4 @@
-// Grid and element labels on large screens: from the numbers to the picture on show.
+// Grid and element labels on large screens: from the model to the visible picture.
 
 #include "model/engine_state.h"
 #include "platform/overlay_window.h"
@@ -18,13 +18,13 @@ using namespace rotika;
 
 namespace {
 
-/// As after a narrowed grid: hidden, with surfaces of another size. The compositor is done with it.
+/// As after a narrowed grid: hidden, with surfaces of another size, and with the compositor idle.
 void prepareLayer() {
     if (engineState.gridWindow == nullptr)
         engineState.gridWindow = createOverlayWindow(OverlayKind::grid, 1, 1, {});
     hideOverlayWindow(engineState.gridWindow);
     presentPictureAt(engineState.gridWindow, {0, 0}, Picture{60, 33, {}});
-    cursorPosition(); // any question: its answer comes after all that was sent before
+    cursorPosition(); // a round trip, as in waitForServer() of engine_bench.cpp
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
 }
 
@@ -66,7 +66,7 @@ void show99Labels1920x1080(benchmark::State& state) {
     state.counters["target_ms"] = 15;
 }
 
-/// As many as can be kept without reaching the end, and each of the others compared with all of them.
+/// The worst case: one fewer than the limit is kept, and every other element is compared with all of them.
 void filter5000Elements(benchmark::State& state) {
     FoundElements found{{0, 0, 1920, 1080}, {{}}};
     for (std::int32_t i = 0; i < 5000; ++i) {

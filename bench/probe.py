@@ -1,4 +1,4 @@
-"""What the probes of the whole program share: their arguments, and one table of figures for all."""
+"""Shared by the probes of the whole program: arguments, waiting, and one format of figures."""
 
 import argparse
 import sys
@@ -12,13 +12,13 @@ sys.path.insert(0, str(ROOT / "tests"))
 from desk.desk import CENTRE, Desk  # noqa: E402
 from desk.waiting import DeskError, wait_for  # noqa: E402
 
-PATIENCE_MS = 20000
+TIMEOUT_MS = 20000
 WHITE = (255, 255, 255)
-INSIDE_CURSOR = (3, 10)  # of its picture, which is white there; from its tip
+INSIDE_CURSOR = (3, 10)  # a white point of the cursor's picture, relative to its tip
 
 parser = argparse.ArgumentParser()
-parser.add_argument("--program", type=Path, default=ROOT / "build/linux/rotika", help="its folder")
-parser.add_argument("--doubles", type=Path, default=ROOT / "build/linux/tests/doubles", help="their folder")
+parser.add_argument("--program", type=Path, default=ROOT / "build/linux/rotika", help="the program's folder")
+parser.add_argument("--doubles", type=Path, default=ROOT / "build/linux/tests/doubles", help="the doubles' folder")
 parser.add_argument("--speech", type=Path, default=ROOT / "build/speech", help="folder of library and model")
 parser.add_argument("--full-window", type=Path, default=ROOT / "build/linux/bench/full_window")
 options = parser.parse_args()
@@ -35,7 +35,7 @@ def desk():
 
 
 def report(what, values, target, unit="ms"):
-    """A row as target_reporter.cpp prints it."""
+    """Prints a row in the format of target_reporter.cpp."""
     values = sorted(values)
     median, worst = values[len(values) // 2], values[-1]
     print(f"{what:<62} {median:7.3f} {unit} {worst:7.3f} {unit} {target:7.2f} {unit}  "
@@ -47,10 +47,10 @@ def ms_since(start):
 
 
 def ms_until(start, condition, pause=0.0):
-    """Looks without a pause unless told: a figure of a few milliseconds leaves no room for one."""
+    """Polls, without a pause by default: figures of a few milliseconds allow for none."""
     while not condition():
-        if ms_since(start) > PATIENCE_MS:
-            raise DeskError("what is measured did not come about")
+        if ms_since(start) > TIMEOUT_MS:
+            raise DeskError("the measured event did not occur")
         if pause:
             time.sleep(pause)
     return ms_since(start)
@@ -61,14 +61,14 @@ def is_near(color, wanted, distance=8):
 
 
 def cursor_is_painted(desk, tip):
-    """A question to the screen itself, as an eye sees it."""
+    """A condition that reads the cursor's pixel from the composited screen."""
     shown = desk.wheel()
     spot = (shown.left + tip[0] + INSIDE_CURSOR[0], shown.top + tip[1] + INSIDE_CURSOR[1])
     return lambda: is_near(desk.display.pixel(*spot), WHITE)
 
 
 def motion_latencies(desk, count):
-    """From a motion of the real mouse to the cursor at its new place on the screen."""
+    """From a motion of the real mouse to the virtual cursor at its new position on the screen."""
     x, y = CENTRE
     values = []
     for i in range(count):

@@ -1,4 +1,4 @@
-"""The whole program on a private screen, measured from outside: what a person waits for."""
+"""The whole program on a private screen, measured from outside: latencies for the user, memory and wake-ups."""
 
 import ctypes
 import time
@@ -10,14 +10,14 @@ from probe import desk, motion_latencies, ms_until, report, run, wait_for
 from desk.desk import TOGGLE_KEY, field
 from desk.x11 import InputEvent, xlib
 
-RING_SPOT = (294 + 200, 230 - 30)  # of the wheel, neither text nor edge
-LOCK = 2  # a modifier that the program takes along with the bare key, so that asking is never in its way
+RING_SPOT = (294 + 200, 230 - 30)  # a point of the wheel that is neither text nor edge
+LOCK = 2  # Caps Lock: the program grabs the key with it too, and testing it never blocks the grab of the bare key
 xdamage = ctypes.CDLL("libXdamage.so.1")
 xdamage.XDamageCreate.restype = c_ulong
 
 
 def ring_spot(desk):
-    """Where it is on the screen, of the wheel that is open."""
+    """RING_SPOT of the open wheel in screen coordinates."""
     shown = desk.wheel()
     return shown.left + RING_SPOT[0], shown.top + RING_SPOT[1]
 
@@ -33,11 +33,11 @@ def opening_ms(desk, spot):
 
 
 def measure_opening(compositor, where, target):
-    """A full page of fields, as it is opened over a program."""
+    """Opening of a full page of fields over another program."""
     with desk() as made:
         made.screen.set_compositor(compositor)
         made.start(*[field("a")] * 24)
-        made.open_wheel()  # once, to learn where it stands
+        made.open_wheel()  # once, to find its position
         spot = ring_spot(made)
         shown = made.display.pixel(*spot)
         values = []
@@ -55,16 +55,16 @@ def measure_openings():
 
 
 def measure_first_opening():
-    """Fonts, shapes and the layer's memory must be ready before it."""
+    """Fonts, shapes and the layer's memory must be prepared at the start."""
     values, spot = [], None
     for _ in range(7):
         with desk() as made:
             made.start(field("a"))
-            time.sleep(0.5)  # the start's own work is done
+            time.sleep(0.5)  # until start-up work is done
             if spot:
                 values.append(opening_ms(made, spot))
             else:
-                made.open_wheel()  # to learn where it stands: on each of these screens the same
+                made.open_wheel()  # to find its position, the same on each of these screens
                 spot = ring_spot(made)
     report("first opening after the start: toggle key to first wheel pixel", values, 12)
 
@@ -81,14 +81,14 @@ def memory_megabytes(process):
     return int(status.partition("VmRSS:")[2].split()[0]) / 1024
 
 
-def start_values(desk, has_come, pause):
-    """The first of six starts warms the disk's cache."""
+def start_values(desk, has_started, pause):
+    """Six starts; the first, which warms the disk cache, is left out."""
     values = []
     for _ in range(6):
         wait_for("the key to be free", lambda: not desk.display.key_is_taken(TOGGLE_KEY, LOCK))
         start = time.monotonic()
         desk.program = desk.launch_program()
-        values.append(ms_until(start, has_come, pause))
+        values.append(ms_until(start, has_started, pause))
         wait_for("the window", lambda: desk.display.titled("Rotika"))
         time.sleep(0.5)
         memory = memory_megabytes(desk.program)
@@ -99,13 +99,13 @@ def start_values(desk, has_come, pause):
 def measure_start():
     with desk() as made:
         made.prepare(field("a"))
-        # Rarely, so as not to be in its way.
+        # Polled rarely: each test grabs the server.
         values, memory = start_values(made, lambda: made.display.key_is_taken(TOGGLE_KEY, LOCK), 0.005)
         report("process start to toggle key live", values, 250)
         report("resident memory, engine and shell up", [memory], 70, "MB")
         values, _ = start_values(made, lambda: made.display.titled("Rotika"), 0.002)
         report("process start to main window shown", values, 300)
-        # As the editor had it open when the program was last ended.
+        # As if the editor had this file open when the program last ended.
         actions = [{"name": "Pole", "icon": "icons/tarcza.png", "key": "a"}] * 24
         made.write("full.json", {"wheels": [{"name": "Koło", "actions": actions}] * 24})
         settings = Path(made.screen.environment["HOME"], ".config/Rotika/UI.conf")
@@ -122,7 +122,7 @@ def voluntary_switches(process):
 
 
 def repaints_within(display, window, seconds):
-    """What the server tells of the window's damage, in raw rectangles."""
+    """The number of damage events (raw rectangles) of the window."""
     first, error, event = c_int(), c_int(), InputEvent()
     xdamage.XDamageQueryExtension(display.handle, byref(first), byref(error))
     damage = c_ulong(xdamage.XDamageCreate(display.handle, c_ulong(window), 0))
@@ -143,7 +143,7 @@ def measure_rest():
         time.sleep(2)
         before = voluntary_switches(made.program)
         time.sleep(6)
-        # The shell asks the engine for its status four times in it; the engine itself has nothing to do.
+        # The shell polls the engine's status four times in that period; the engine itself is idle.
         report("wake-ups in 6 s with the wheel closed (4 are the shell's)",
                [voluntary_switches(made.program) - before], 8, "  ")
         made.open_wheel()

@@ -1,4 +1,4 @@
-// What a person waits for in the shell's window, measured inside the process on a real X server.
+// Latencies of the shell's window, measured in-process on a real X server.
 
 #include "licence/licence_check.h"
 #include "shell/main_window.h"
@@ -24,7 +24,7 @@ namespace {
 QString fullFile;
 std::optional<MainWindow> window;
 
-/// Shows the effect of what was done: layout, style and paint included.
+/// Processes pending events: layout, style and painting.
 void settle() {
     QApplication::sendPostedEvents();
     QApplication::processEvents();

@@ -1,5 +1,5 @@
-"""Speaks to the whole program on a private screen and measures how many phrases are understood, and how soon. The
-recogniser is the real one; the voices are espeak-ng's."""
+"""The whole program on a private screen, controlled by speech: accuracy and latency, with the real recogniser and
+espeak-ng's voices."""
 
 import string
 import time
@@ -11,21 +11,21 @@ from desk.device import Device
 from desk.sound import SoundServer
 from desk.waiting import holds_within
 
-VOICES = ("pl", "pl+m5", "pl+m8", "pl+f4", "pl+Alex")  # the model was trained with none of them
-# By the key that the phrase's function presses.
+VOICES = ("pl", "pl+m5", "pl+m8", "pl+f4", "pl+Alex")  # none of them was used for training the model
+# Phrases of functions by the letter that each function presses.
 PHRASES = dict(zip(string.ascii_lowercase, (
     "leczenie", "mapa", "tarcza", "zapisz", "przełącz okno", "mapa jeden", "mapa dwa", "mapa trzy", "tarcza pięć",
     "tarcza sześć", "tarcza dziewięć", "tarcza dziesięć", "okno czternaście", "okno dziewiętnaście",
     "zapisz dwadzieścia jeden", "zapisz trzydzieści dwa", "zapisz pięćdziesiąt sześć", "leczenie sześćdziesiąt pięć",
     "leczenie dziewięćdziesiąt osiem", "następne okno")))
-FOREIGN_WORDS = (
+OUT_OF_GRAMMAR = (
     "dzień dobry", "dziękuję bardzo", "gdzie jest dworzec", "kolorowy zeszyt", "poproszę kawę", "która godzina",
     "samochód", "zielone drzewo", "wieczorem pada", "stary rower", "kolega śpi", "jutro pojadę", "pokój", "kilka",
     "trzeba", "siatkówka", "element", "klinika", "okolica", "praca domowa")
 SHOWN_TIMES = 20
-ACT_LIMIT_S = 0.5  # an act follows the recogniser's answer within 0.1 s
-# The recogniser alone, fed from a file, takes 720 ms to this, depending on where in its blocks of frames the speech
-# ends.
+ACT_LIMIT_S = 0.5  # the program normally acts within 0.1 s of the recogniser's answer
+# The recogniser alone, fed with the same sound from a file, takes from 720 ms to this, depending on where the end of
+# the speech falls within its blocks of frames.
 ANSWER_TARGET_MS = 910
 WHEEL_TARGET_MS = 20
 
@@ -58,24 +58,24 @@ class Probe:
                     self.note(phrase, voice)
                     failures += 1
                 self.desk.recorder.mark()
-        report("phrases of 100 that were not acted on rightly", [failures], 3, "  ")
+        report("phrases of 100 that were not acted on correctly", [failures], 3, "  ")
 
-    def count_foreign_words(self):
+    def count_out_of_grammar(self):
         acted = 0
         for voice in (VOICES[0], VOICES[3]):
-            for text in FOREIGN_WORDS:
+            for text in OUT_OF_GRAMMAR:
                 self.speak(text, voice)
                 if holds_within(ACT_LIMIT_S, lambda: self.desk.recorder.presses() or self.desk.wheel()):
                     self.note(text, voice)
                     acted += 1
                 self.desk.recorder.mark()
-        report("foreign utterances of 40 that were acted on", [acted], 0, "  ")
+        report("out-of-grammar utterances of 40 that were acted on", [acted], 0, "  ")
 
     def measure_wheel(self):
         answers, wheels, wholes = [], [], []
         for _ in range(SHOWN_TIMES):
             ended = self.sound.say("pokaż koło")
-            before = self.recogniser.count("heard")  # it also answers after a long silence
+            before = self.recogniser.count("heard")  # after the speech, since a long silence also yields an answer
             wait_for("the recogniser", lambda: self.recogniser.count("heard") > before)
             answered = time.monotonic()
             wait_for("the wheel", self.desk.wheel)
@@ -94,7 +94,7 @@ def measure():
         probe = Probe(made)
         probe.measure_wheel()
         probe.count_phrases()
-        probe.count_foreign_words()
+        probe.count_out_of_grammar()
 
 
 run(measure)

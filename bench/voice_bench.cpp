@@ -1,4 +1,4 @@
-// The engine's own time for voice and gaze, without the recogniser and the tracker.
+// Cost of voice and gaze in the engine, without the recogniser and the tracker themselves.
 
 #include "core/dispatch.h"
 #include "gaze/gaze_thread.h"

@@ -1,7 +1,7 @@
-# Makes the target automation_headers: the client's side of UI Automation in <uiautomationclient.h>.
+# Defines the target automation_headers: the client interfaces of UI Automation in <uiautomationclient.h>.
 #
-# mingw's own header has none of the client's interfaces up to version 10. Wine's have them, but stand among
-# all its other Windows headers, so the two that are needed are copied away from those.
+# mingw's own header lacks the client interfaces up to version 10. Wine's headers have them, but share a folder with all
+# its other Windows headers, so the two that are needed are copied.
 
 include(CheckCXXSourceCompiles)
 
@@ -25,6 +25,6 @@ if(NOT ROTIKA_COMPILER_HAS_AUTOMATION)
     foreach(header uiautomationcore.h uiautomationclient.h)
         configure_file(${ROTIKA_WINE_HEADERS}/${header} ${folder}/${header} COPYONLY)
     endforeach()
-    # Before the compiler's own, whose incomplete ones have the same names.
+    # Searched before the compiler's own incomplete headers of the same names.
     target_include_directories(automation_headers SYSTEM INTERFACE ${folder})
 endif()

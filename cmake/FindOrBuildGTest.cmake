@@ -1,5 +1,5 @@
-# GTest::gtest, GTest::gmock and their _main companions: the system's for a native build, built from
-# Debian's source package for Windows, which has no ready build of it.
+# Provides GTest::gtest and GTest::gtest_main: the system's for a native build; for Windows, which Debian has no
+# binaries for, built from Debian's source package.
 
 if(NOT CMAKE_CROSSCOMPILING)
     find_package(GTest REQUIRED)

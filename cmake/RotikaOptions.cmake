@@ -5,18 +5,18 @@ find_package(Threads REQUIRED)
 add_library(rotika_options INTERFACE)
 target_compile_options(rotika_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # False alarms of GCC 12 inside std::basic_string, at -O2 and above. What they would find, the sanitizers
-    # find.
+    # False positives of GCC 12 inside std::basic_string at -O2 and above. The sanitizers find real faults of these
+    # kinds.
     target_compile_options(rotika_options INTERFACE -Wno-restrict -Wno-maybe-uninitialized)
 else()
-    # Clang's -Wconversion counts signedness in, GCC's does not; the code keeps to the latter.
+    # Clang's -Wconversion includes signedness, GCC's does not; the code follows GCC's.
     target_compile_options(rotika_options INTERFACE -Wno-sign-conversion)
 endif()
 target_link_libraries(rotika_options INTERFACE Threads::Threads)
 if(ROTIKA_SANITIZE)
     target_compile_options(rotika_options INTERFACE -fsanitize=${ROTIKA_SANITIZE} -fno-sanitize-recover=all
                                                     -fno-omit-frame-pointer -g1)
-    # The types of functions out of a library that is loaded at run time are its own.
+    # Functions of libraries loaded at run time are called through types that the sanitizer cannot match.
     if(ROTIKA_SANITIZE MATCHES undefined AND NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         target_compile_options(rotika_options INTERFACE -fno-sanitize=function)
     endif()
@@ -28,8 +28,8 @@ if(WIN32)
     target_link_options(rotika_options INTERFACE -static $<$<CONFIG:Release>:-s>)
 endif()
 
-# rotika_precompile(target [<header>...]): what most of its files begin with, and more headers, parsed once. Every
-# file includes what it uses all the same: "./dev tidy" builds without.
+# rotika_precompile(target [<header>...]): precompiles the headers that most files include, and the given ones. Every
+# file must still include what it uses: "./dev tidy" builds without precompiled headers.
 function(rotika_precompile target)
     target_precompile_headers(${target} PRIVATE
         <algorithm> <array> <atomic> <chrono> <cstdint> <filesystem> <functional> <map> <memory> <mutex> <optional>

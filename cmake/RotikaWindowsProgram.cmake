@@ -1,4 +1,4 @@
-# rotika_describe_program(target description [ICON]): version information and manifest, and the program's icon.
+# rotika_describe_program(target description [ICON]): adds version information, manifest and, with ICON, the icon.
 
 function(rotika_describe_program target description)
     set(manifest ${CMAKE_CURRENT_BINARY_DIR}/${target}.manifest)

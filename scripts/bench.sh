@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# bench.sh build-tree: every measurement, each figure in a row with its target.
+# bench.sh build-tree: runs every benchmark and prints each figure with its target.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 . "$(dirname "${BASH_SOURCE[0]}")/voice.sh"
@@ -11,14 +11,14 @@ probe() {
         --full-window="$build/bench/full_window" --speech="$speech_folder"
 }
 
-say "Inside the process, on a screen of its own"
+say "The engine, in-process on a private screen"
 on_screen "$build/bench/engine_bench"
 "$build/bench/voice_loop_bench"
-say "Grid and labels, on a screen of 3840 by 2160"
+say "Grid and labels, on a private screen of 3840 by 2160"
 on_screen --size 3840x2160 "$build/bench/pointing_bench"
-say "The shell's window, on a screen of its own"
+say "The shell's window, on a private screen"
 on_screen "$build/bench/shell/shell_bench"
 probe "The whole program, from outside" program
 probe "The whole program, with devices" device
 probe "Labels over another program" labels
-probe "The whole program, spoken to; some five minutes" spoken
+probe "The whole program, controlled by speech; about five minutes" spoken

@@ -1,17 +1,16 @@
-# Building either program, starting it, and the tour. Sourced after common.sh, packages.sh, qt_windows.sh,
-# voice.sh.
+# Building the program for either system, starting it, the demo and the benchmarks. Sourced after common.sh,
+# packages.sh, qt_windows.sh and voice.sh.
 
 use_ccache() {
     have ccache || return 0
     export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
-    export CCACHE_SLOPPINESS=pch_defines,time_macros # or precompiled headers are never found again
+    export CCACHE_SLOPPINESS=pch_defines,time_macros # required for cache hits with precompiled headers
 }
 
-# What makes up the program.
+# The build targets of the program.
 program_targets=(rotika rotika-guard)
 
-# build_preset preset [target...] [-Doption...]: configure one of the presets and compile it, all of it unless
-# targets are named.
+# build_preset preset [target...] [-Doption...]: configures a preset and builds the named targets, or all of them.
 build_preset() {
     local preset=$1 targets=()
     shift
@@ -22,7 +21,7 @@ build_preset() {
     use_ccache
     say "Building $preset"
     mkdir -p "$root/build"
-    # The configuration's chatter is of interest only when it fails.
+    # The output of the configuration is shown only when it fails.
     if ! (cd "$root" && cmake --preset "$preset" "$@") >"$root/build/$preset.configure.log" 2>&1; then
         cat "$root/build/$preset.configure.log"
         return 1
@@ -46,7 +45,7 @@ build_windows() {
 
 run_program() {
     if [ -z "${DISPLAY:-}" ]; then
-        note "No display here: the scripted tour on a private screen instead."
+        note "No display: running the scripted demo on a private screen instead."
         run_demo
         return
     fi
@@ -58,7 +57,7 @@ run_program() {
 run_demo() {
     need_packages build test
     build_preset linux "${program_targets[@]}"
-    say "The tour, on a private screen"
+    say "The demo, on a private screen"
     desk_python "$root/tools/demo.py" "$root/build/linux/rotika" "$root/build/demo"
     note "Pictures:"
     ls -1 "$root"/build/demo/*.png

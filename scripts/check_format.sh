@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Says which source files clang-format would change; fails if there is one.
+# Lists the source files that clang-format would change; fails if there is one.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 cd "$root"

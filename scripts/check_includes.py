@@ -30,9 +30,9 @@ FLOORS = {
 SYSTEMS = ("windows", "linux", "simulated")
 SYSTEM_FOLDER = re.compile(rf"(common|shell|engine/platform)/({'|'.join(SYSTEMS)})$")
 
-# A seam topic has one source file for each system, but for these.
+# A seam topic has one source file for each system, with these exceptions.
 NO_TWIN = {
-    ("editor_window", "linux"): "the engine runs alone on Windows only, and nothing else has that editor",
+    ("editor_window", "linux"): "only the standalone engine has that editor, and that exists on Windows only",
     ("threads", "linux"): "the standard library's threads serve both systems, in platform/threads.cpp",
     ("threads", "windows"): "the same",
 }
@@ -46,7 +46,7 @@ def product_files():
 
 
 def room_of(name):
-    """The folder of FLOORS that a file is in, and the system whose folder it is in, or None."""
+    """The file's folder as in FLOORS, and the system whose subfolder it is in, or None."""
     folder = name.rpartition("/")[0]
     system = None
     if match := SYSTEM_FOLDER.match(folder):
@@ -55,7 +55,7 @@ def room_of(name):
 
 
 def target_of(name, quoted):
-    """The file of the product that an include in `name` means, from the root; None if there is none."""
+    """The product file that an include in `name` refers to, relative to the root; None if there is none."""
     for base in ("", "engine/", name.rpartition("/")[0] + "/"):
         if (ROOT / (base + quoted)).exists():
             return base + quoted
@@ -75,7 +75,7 @@ def fault_of_own(name, target):
     if room == "shell" and target_room.startswith("engine/"):
         return None if target == "engine/core/overlay.h" else "the shell sees only core/overlay.h of the engine"
     if room == "licence":
-        return "the licence check stands alone"
+        return "the licence check includes no other part of the product"
     if system and room == "engine/platform" and target_room not in ("common", "engine/base"):
         return "a platform sees only its seam, base and common"
     if FLOORS[target_room] >= FLOORS[room]:
@@ -86,13 +86,13 @@ def fault_of_own(name, target):
 def fault_of_foreign(name, header):
     """Why `name` may not include <header>; None if it may."""
     room, system = room_of(name)
-    if re.fullmatch(r"[a-z_0-9]+", header):  # the standard library's have no suffix
+    if re.fullmatch(r"[a-z_0-9]+", header):  # standard library headers have no suffix
         return None
     if room in ("shell", "licence") and re.match(r"Q[A-Za-z]*$|Qt[A-Za-z]+/", header):
         return None
     if system in ("windows", "linux") or room == "engine/standalone":
         return "Qt outside the shell" if header.startswith("Q") else None
-    return "a system's header outside the folders of the systems"
+    return "a system header outside the platform folders"
 
 
 def include_faults(files, graph):
@@ -111,12 +111,12 @@ def include_faults(files, graph):
 
 
 def unit_of(name):
-    """A header and the sources of its name are one unit."""
+    """A header and the source files of the same name form one unit."""
     return name.rpartition(".")[0]
 
 
-def circles(graph):
-    """Units of one folder that include each other, each circle once."""
+def cycles(graph):
+    """Include cycles among the units of one folder, each once."""
     edges = {}
     for name, targets in graph.items():
         unit = unit_of(name)
@@ -179,11 +179,11 @@ def main():
     files = product_files()
     graph = {}
     faults = list(include_faults(files, graph))
-    faults += [" -> ".join(circle) + ": a circle of files" for circle in circles(graph)]
+    faults += [" -> ".join(cycle) + ": an include cycle" for cycle in cycles(graph)]
     faults += twin_faults(set(files))
     faults += source_faults(set(files))
     faults += namespace_faults(files)
-    print("\n".join(faults) or "Includes keep to the floors.")
+    print("\n".join(faults) or "All includes respect the floors.")
     return 1 if faults else 0
 
 

@@ -1,7 +1,7 @@
 # ./dev test, attack, format, tidy and doctor. Sourced after builds.sh.
 
-# step name command...: run it and keep the outcome for the closing list. Never call it as a condition, which
-# would take "set -e" from the command; ask step_held afterwards.
+# step name command...: runs the command and records the outcome for the final list. Never call it as a condition, which
+# would disable "set -e" in the command; use step_passed afterwards.
 outcomes=()
 failed_steps=0
 last_status=0
@@ -10,7 +10,7 @@ step() {
     local name=$1 began=$SECONDS
     shift
     say "$name"
-    # In a shell of its own: a failure anywhere inside ends the step, and only the step.
+    # In a subshell: a failure anywhere inside ends the step, and only the step.
     set +e
     (
         set -e
@@ -18,7 +18,7 @@ step() {
     )
     last_status=$?
     set -e
-    if step_held; then
+    if step_passed; then
         outcomes+=("passed  $name ($((SECONDS - began)) s)")
     else
         outcomes+=("FAILED  $name ($((SECONDS - began)) s)")
@@ -26,7 +26,7 @@ step() {
     fi
 }
 
-step_held() { [ "$last_status" = 0 ]; }
+step_passed() { [ "$last_status" = 0 ]; }
 
 conclude() {
     say "$1"
@@ -34,7 +34,7 @@ conclude() {
     [ "$failed_steps" = 0 ] || die "$failed_steps of ${#outcomes[@]} steps failed."
 }
 
-# run_tests [name] [-k case]: all, one group, or what has a case of that name; of a group only that case.
+# run_tests [name] [-k case]: all tests, one group, one case of a group, or every group's cases of that name.
 run_tests() {
     local name=${1:-linux} only=${3:-} group
     [ "${2:--k}" = -k ] || die "Not a test's name: $2"
@@ -67,7 +67,7 @@ test_linux() {
     test_tsan
 }
 
-# The voice model takes one processor for minutes: it is made beside the builds. Whoever needs it waits for it.
+# Making the voice model takes one processor several minutes, so it runs beside the builds; need_speech waits for it.
 prepare_speech() {
     mkdir -p "$root/build"
     need_speech >"$root/build/speech.log" 2>&1 &
@@ -79,8 +79,8 @@ check_style() {
     "$root/scripts/check_format.sh"
 }
 
-# test_natively case group...: the groups of the Linux build, or one case; with "all" what has no tests is built too.
-# A build that fails costs its own tests, not those of the others.
+# test_natively case group...: the groups of the Linux build, or one case of them; with "all" it also builds what has no
+# tests. A failed build skips its own tests only.
 test_natively() {
     local only=$1 group targets=()
     shift
@@ -91,7 +91,7 @@ test_natively() {
         targets=("${@/#/tests_}")
     fi
     step "Build for Linux" build_preset linux "${targets[@]}"
-    step_held || return 0
+    step_passed || return 0
     for group in "$@"; do
         if [ "$group" = scenarios ]; then
             step "Speech library and voice model" need_speech
@@ -102,7 +102,7 @@ test_natively() {
     done
 }
 
-# run_group preset groups case: by ctest; one case by the programs that have it.
+# run_group preset groups case: by ctest, or one case by running the programs that contain it.
 run_group() {
     local preset=$1 group=$2 filter="--gtest_filter=*${3:-}*" program found=
     if [ -z "${3:-}" ]; then
@@ -126,7 +126,7 @@ run_ctest() {
         --label-regex "^($group)\$" "$@"
 }
 
-# run_scenarios target case: each with a screen of its own; most of the time they wait.
+# run_scenarios target case: more processes than processors, since scenarios mostly wait. Each has a private screen.
 run_scenarios() {
     desk_python -m pytest -q -n $((jobs + 1)) "$root/tests/scenarios" --target="$1" ${2:+-k "$2"}
 }
@@ -134,8 +134,8 @@ run_scenarios() {
 test_asan() {
     need_packages build test
     step "Build with address and undefined-behaviour sanitizers" build_preset asan tests_unit tests_shell tests_contract
-    if step_held; then
-        step "Tests under these" run_with_asan "${1:-}"
+    if step_passed; then
+        step "Tests with these sanitizers" run_with_asan "${1:-}"
     fi
 }
 
@@ -147,8 +147,8 @@ run_with_asan() {
 test_tsan() {
     need_packages build test
     step "Build with thread sanitizer" build_preset tsan tests_unit
-    if step_held; then
-        step "Unit tests under it" run_with_tsan "${1:-}"
+    if step_passed; then
+        step "Unit tests with thread sanitizer" run_with_tsan "${1:-}"
     fi
 }
 
@@ -160,20 +160,20 @@ run_with_tsan() {
 test_fuzz() {
     need_packages build test
     step "Build the fuzz targets" build_preset asan fuzz_targets
-    if step_held; then
+    if step_passed; then
         step "A short fuzz run" run_fuzz 10
     fi
 }
 
-# The sanitizer must leave faults to the guard around foreign libraries, which the tests provoke. Paths stand
-# in quotes of the sanitizers' own, since the checkout's may hold a space.
+# The sanitizer must not handle the faults that tests provoke: the guard around foreign libraries does. Paths are in the
+# sanitizers' own quotes, since the checkout's path may contain a space.
 asan_environment() {
     export ASAN_OPTIONS=handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:detect_stack_use_after_return=1
     export UBSAN_OPTIONS=print_stacktrace=1
     export LSAN_OPTIONS="suppressions='$root/scripts/leaks.supp':print_suppressions=0"
 }
 
-# run_fuzz seconds: each target for so long, from the seeds that are kept with it and what earlier runs found.
+# run_fuzz seconds: runs each target that long, from its seeds and the corpus of earlier runs.
 run_fuzz() {
     local seconds=$1 target name work=$root/build/asan
     for target in "$work"/tests/fuzz/fuzz_*; do
@@ -189,7 +189,7 @@ run_fuzz() {
     done
 }
 
-# run_mutants [word...]: the mutants that have one of the words, or all of them.
+# run_mutants [word...]: the mutants whose title contains one of the words, or all of them.
 run_mutants() {
     need_packages build test windows wine
     need_speech
@@ -197,7 +197,7 @@ run_mutants() {
     ROTIKA_MUTANTS_CMAKE="-DROTIKA_QT_WINDOWS=$(qt_windows_prefix)" python3 -B "$root/tools/mutants.py" "$@"
 }
 
-# run_attack seconds [seed]: the fault campaign, half of the time on either build.
+# run_attack seconds [seed]: the random fault campaign, half of the time on each build.
 run_attack() {
     [[ $1 =~ ^[0-9]+$ ]] || die "Not a number of seconds: $1"
     need_packages build test
@@ -205,7 +205,7 @@ run_attack() {
     build_preset asan "${program_targets[@]}"
     step "Attack on the program" attack linux "$1" "${2:-}"
     asan_environment
-    export ASAN_OPTIONS=$ASAN_OPTIONS:detect_leaks=0 # what libraries keep to the end is no harm here
+    export ASAN_OPTIONS=$ASAN_OPTIONS:detect_leaks=0 # libraries keep memory until the process ends
     step "Attack on the program with address and undefined-behaviour sanitizers" attack asan "$1" "${2:-}"
     conclude "Attack"
 }
@@ -222,7 +222,7 @@ test_windows() {
     step "Wine prefix" "$root/scripts/wine.sh" --prepare
     step "Build for Windows" build_preset windows rotika-engine tests_unit tests_shell tests_contract tests_scenarios \
         -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
-    step_held || return 0
+    step_passed || return 0
     if [ -z "$1" ]; then
         step "Tests under Wine: unit, shell" run_under_wine 'unit|shell'
         step "Tests under Wine: contract" run_under_wine contract
@@ -231,12 +231,12 @@ test_windows() {
     step "Scenarios under Wine" run_scenarios windows "$1"
 }
 
-# Wine loses or doubles input on a busy machine: what fails gets another try, which is told.
+# Wine loses or doubles input on a busy machine: failed tests are run once more, which is reported.
 run_under_wine() {
     local failed
     ! run_ctest windows "$1" || return 0
     failed=$(cut -d: -f2 "$root/build/windows/Testing/Temporary/LastTestsFailed.log")
-    note "Another try for $(wc -w <<<"$failed"): "$failed
+    note "Trying again $(wc -w <<<"$failed"): "$failed
     run_ctest windows "$1" --rerun-failed
 }
 
@@ -248,7 +248,7 @@ format_sources() {
 
 tidy_sources() {
     need_packages build test
-    build_preset tidy "${program_targets[@]}" # for what is generated
+    build_preset tidy "${program_targets[@]}" # for generated sources
     (cd "$root" && run-clang-tidy -quiet -p build/tidy -j "$jobs" -extra-arg=-Wno-unknown-warning-option "^$root/(common|engine|shell|licence)/")
 }
 

@@ -1,4 +1,4 @@
-# What every piece of ./dev uses. Sourced, never run; the caller has set -euo pipefail.
+# Functions that all scripts of ./dev use. Sourced, never run; the caller has set -euo pipefail.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
 cache=${ROTIKA_CACHE:-${XDG_CACHE_HOME:-${HOME:-/tmp}/.cache}/rotika}
@@ -13,7 +13,7 @@ die() {
 
 have() { command -v "$1" >/dev/null 2>&1; }
 
-# as_root command...: the command with the rights to install packages.
+# as_root command...: runs the command with the rights to install packages.
 as_root() {
     if [ "$(id -u)" = 0 ]; then
         "$@"
@@ -29,10 +29,11 @@ source_files() {
     (cd "$root" && find common engine shell licence tests bench -name '*.cpp' -o -name '*.h' | sort)
 }
 
-# with_lock file command...: one such command at a time; the lock ends with the process, however it ends.
-# The command does not inherit the lock, so a daemon that it leaves behind cannot hold it.
+# with_lock file command...: runs the command under an exclusive lock, which ends with this process, however it ends.
+# The command does not inherit the lock, so a daemon that it leaves behind cannot hold it. The first failure inside it
+# ends it: "||" here would disable "set -e" for all of it.
 with_lock() {
-    local file=$1 lock status=0
+    local file=$1 lock status
     shift
     mkdir -p "$(dirname "$file")"
     exec {lock}>"$file"
@@ -40,13 +41,20 @@ with_lock() {
         note "Another run holds $file; waiting for it."
         flock "$lock"
     fi
-    "$@" || status=$?
+    set +e
+    (
+        set -e
+        exec {lock}>&-
+        "$@"
+    )
+    status=$?
+    set -e
     exec {lock}>&-
     return "$status"
 }
 
-# desk_python word...: a Python program that uses the desk, by the Python that has Debian's packages.
+# desk_python word...: runs a Python program that uses tests/desk, by the Python that has Debian's packages.
 desk_python() { PYTHONPATH=$root/tests /usr/bin/python3 -B "$@"; }
 
-# on_screen [option...] command...: on a private screen, see tests/desk/screen.py.
+# on_screen [option...] command...: runs a command on a private screen, see tests/desk/screen.py.
 on_screen() { desk_python -m desk.screen "$@"; }

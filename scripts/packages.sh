@@ -1,4 +1,4 @@
-# Debian packages by need. A set is installed only when something of it is missing.
+# Debian packages in sets by purpose. Only missing packages are installed.
 
 package_sets=(build test speech npm windows wine)
 
@@ -8,22 +8,21 @@ packages_build="
     qt6-base-dev qt6-translations-l10n
     libx11-dev libxext-dev libxi-dev libxfixes-dev libxtst-dev libxrandr-dev libxdamage-dev libxkbcommon-dev
     libcairo2-dev libpango1.0-dev libgdk-pixbuf-2.0-dev libglib2.0-dev libatspi2.0-dev libpulse-dev
-    libgtest-dev libgmock-dev libbenchmark-dev"
+    libgtest-dev libbenchmark-dev"
 
-# Running the tests, the tour and the measurements on a private screen.
+# Running the tests, the demo and the benchmarks on a private screen.
 packages_test="
     clang libclang-rt-dev clang-format clang-tidy
-    xvfb openbox picom xdotool imagemagick x11-utils x11-xserver-utils x11-xkb-utils xauth
+    xvfb openbox picom xdotool imagemagick x11-utils x11-xserver-utils x11-xkb-utils
     dbus at-spi2-core libatk-adaptor gtk-3-examples designer-qt6
     pulseaudio pulseaudio-utils espeak-ng
     hsetroot fonts-dejavu-core trayer
     python3-pytest python3-pytest-xdist python3-numpy python3-gi"
 
-# Making the voice model that the tests of speech listen with.
+# Making the voice model for the speech tests.
 packages_speech="python3 python3-numpy libopenblas0-pthread libespeak-ng1"
 
-# Fetching the speech library. With all that npm draws in some 300 MB; not installed where there is an npm from
-# elsewhere.
+# Fetching the speech library. About 300 MB with npm's dependencies; not installed where another npm is present.
 packages_npm="npm"
 
 # Cross-building for Windows, Qt included.
@@ -33,7 +32,7 @@ packages_windows="
     qt6-base-dev qt6-base-dev-tools qt6-translations-l10n googletest
     dpkg-dev perl"
 
-# Running the Windows build here.
+# Running the Windows build under Wine.
 packages_wine="wine wine64 fonts-liberation"
 
 packages_of() {
@@ -46,7 +45,7 @@ package_is_installed() {
     status=$(dpkg-query -W -f '${db:Status-Status}\n' "$1" 2>/dev/null) && grep -qx installed <<<"$status"
 }
 
-# missing_packages set...: the names that are not installed, one a line.
+# missing_packages set...: prints the packages that are not installed, one per line.
 missing_packages() {
     local wanted package
     for wanted in "$@"; do
@@ -56,10 +55,10 @@ missing_packages() {
     done | sort -u
 }
 
-# need_packages set...: install what is missing of these sets.
+# need_packages set...: installs the missing packages of these sets.
 need_packages() {
     if ! have dpkg-query || ! have apt-get; then
-        die "This system has no apt. Install what these Debian packages hold, by your system's own names:" \
+        die "This system has no apt. Install the equivalents of these Debian packages:" \
             "$(for wanted in "$@"; do packages_of "$wanted"; done | sort -u | tr '\n' ' ')"
     fi
     with_lock "$cache/packages.lock" install_missing "$@"
@@ -70,6 +69,6 @@ install_missing() {
     mapfile -t missing < <(missing_packages "$@")
     [ "${#missing[@]}" -gt 0 ] || return 0
     say "Installing ${missing[*]}"
-    as_root apt-get update -q
+    as_root apt-get update -q || note "Some package sources could not be read; continuing with the others."
     as_root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}"
 }

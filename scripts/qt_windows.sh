@@ -2,8 +2,8 @@
 # Sourced after common.sh and packages.sh.
 
 # Only Core, Gui, Widgets and Test: everything else off, bundled copies of the third-party libraries on.
-# OpenGL goes by its input, since the feature alone leaves dynamic OpenGL half on; tablet events go
-# because the package strips wintab. Direct2D and DirectWrite stay: the platform plugin needs them to link.
+# OpenGL is disabled by its input variable, since the feature alone leaves dynamic OpenGL partly enabled; tablet events
+# are off because the package strips wintab. Direct2D and DirectWrite stay: the platform plugin needs them to link.
 qt_windows_options=(
     -DBUILD_SHARED_LIBS=OFF -DQT_BUILD_TESTS=OFF -DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TOOLS_BY_DEFAULT=OFF
     -DINPUT_opengl=no -DFEATURE_vulkan=OFF -DFEATURE_network=OFF -DFEATURE_sql=OFF -DFEATURE_dbus=OFF
@@ -30,12 +30,12 @@ qt_windows_is_built() {
     [ -f "$(qt_windows_prefix)/lib/cmake/Qt6/qt.toolchain.cmake" ]
 }
 
-# need_qt_windows: the build stands in qt_windows_prefix afterwards.
+# need_qt_windows: builds Qt into qt_windows_prefix unless it is there already.
 need_qt_windows() {
     qt_windows_is_built || with_lock "$cache/qt-windows.lock" build_qt_windows
 }
 
-# Everything before the last rename happens in a work folder, where an interrupted run is taken up again.
+# Works in a work folder, where an interrupted run is resumed, and renames it at the end.
 build_qt_windows() {
     local prefix work
     prefix=$(qt_windows_prefix)
@@ -52,11 +52,11 @@ build_qt_windows() {
     rm -rf "$prefix"
     mv "$work/install/qt" "$prefix"
     rm -rf "$work"
-    note "Qt for Windows stands in $prefix"
+    note "Qt for Windows is installed in $prefix"
 }
 
-# The machine's own package sources, turned into their source side, in lists of their own: nothing of
-# the system's apt changes, and no right to change it is needed.
+# apt-get on separate lists with the deb-src counterparts of the system's package sources. It changes nothing in the
+# system's apt and needs no root.
 private_apt_get() {
     local apt=$1
     shift
@@ -89,8 +89,8 @@ fetch_qt_source() {
     version=$(qt_host_version)
     say "Fetching the source package of Qt $version"
     write_private_sources "$work/apt"
-    # A source of the machine that has no source side fails here; what counts is the package itself.
-    private_apt_get "$work/apt" update || note "Some sources could not be read; going on with the others."
+    # A package source without deb-src fails here, which is harmless if another one has the package.
+    private_apt_get "$work/apt" update || note "Some sources could not be read; continuing with the others."
     rm -rf "$work/package"
     mkdir -p "$work/package"
     (cd "$work/package" && private_apt_get "$work/apt" source --download-only "qt6-base=$version")
@@ -99,7 +99,7 @@ fetch_qt_source() {
     mv "$work/source.partial" "$work/source"
 }
 
-# The prefix is a made-up "/qt", installed under DESTDIR: what is built does not depend on where it goes.
+# The prefix is a placeholder "/qt", installed under DESTDIR: the result is relocatable.
 configure_qt_windows() {
     local work=$1
     [ ! -f "$work/build/configured" ] || return 0

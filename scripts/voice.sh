@@ -1,18 +1,18 @@
-# What the tests of speech need: the recogniser's real library and a model that it loads. Neither belongs to the
-# program's sources; both are made ready once, in the cache. Sourced after common.sh and packages.sh.
+# Prerequisites of the speech tests: the recogniser's real library and a model for it. Neither is part of the sources;
+# both are prepared once, in the cache. Sourced after common.sh and packages.sh.
 
-# The last of the library that this package brings ready-made for both systems.
+# The last version whose npm package contains binaries for both systems.
 vosk_version=0.3.39
 vosk_sha512=\
 fe9583e8a2cbc55ff43eefd97e8bcd59a7450baab4d61cafcd8e434c4418e6bffa42540c83ad05698d5b8cad2a716378daba0d38e9d1ac1c6d00eaa4eff38693
 
-# Where the tests look for both.
+# Where the tests expect both.
 speech_folder=$root/build/speech
 
 vosk_runtime() { printf '%s' "$cache/vosk-$vosk_version"; }
 vosk_is_fetched() { [ -f "$(vosk_runtime)/linux-x86_64/libvosk.so" ] && [ -f "$(vosk_runtime)/win-x86_64/libvosk.dll" ]; }
 
-# Another generator or another list of words makes another model.
+# The name has a hash of the generator and the word lists: a change of either makes a new model.
 voice_model() {
     local hash
     hash=$(cat "$root"/tools/voice_model/*.py "$root"/tools/voice_model/*.txt | sha256sum)
@@ -20,7 +20,7 @@ voice_model() {
 }
 voice_model_is_made() { [ -f "$(voice_model)/graph/Gr.fst" ]; }
 
-# The npm client is the one that fetches, from wherever it is told to.
+# Fetched by the npm client, from the registry in its configuration.
 need_vosk_runtime() {
     if ! vosk_is_fetched; then
         have npm || need_packages npm
@@ -36,12 +36,12 @@ fetch_vosk() {
     work=$(mktemp -d "$cache/vosk.XXXXXX")
     (cd "$work" && npm pack --silent "vosk@$vosk_version" >/dev/null) || {
         rm -rf "$work"
-        die "npm could not fetch the package vosk $vosk_version, which the tests of speech need."
+        die "npm could not fetch the package vosk $vosk_version, which the speech tests need."
     }
     found=$(sha512sum "$work/vosk-$vosk_version.tgz")
     if [ "${found%% *}" != "$vosk_sha512" ]; then
         rm -rf "$work"
-        die "The package vosk $vosk_version is not the one that is known here: its sha512 is ${found%% *}."
+        die "The package vosk $vosk_version has an unexpected sha512: ${found%% *}."
     fi
     tar -xzf "$work/vosk-$vosk_version.tgz" -C "$work" package/lib/linux-x86_64 package/lib/win-x86_64
     rm -rf "$(vosk_runtime)"
@@ -62,9 +62,9 @@ make_voice_model() {
     made=$(voice_model)
     partial=$made.partial
     voice_model_is_made && return 0
-    say "Making a voice model, once; some four minutes"
+    say "Making a voice model, once; about four minutes"
     rm -rf "$partial"
-    # The system's own Python: numpy is a package of the system.
+    # The system's own Python, which has Debian's numpy.
     PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 "$root/tools/voice_model/make_voice_model.py" "$partial"
     mv "$partial" "$made"
 }
@@ -92,7 +92,7 @@ show_speech() {
     fi
 }
 
-# show_speech_beside program library: what a person needs besides the program to speak to it.
+# show_speech_beside program library: whether the files for voice control are beside the program.
 show_speech_beside() {
     local folder part
     [ -f "$1" ] || return 0

@@ -1,17 +1,17 @@
 #!/usr/bin/env bash
-# wine.sh program.exe [arguments]: a Windows program in the project's own Wine prefix, which the first
-# call makes. "wine.sh --prepare" only makes it; "wine.sh --alone program.exe" begins with nothing else
-# running in the prefix and leaves nothing behind. WINEPREFIX chooses another prefix.
+# wine.sh program.exe [arguments]: runs a Windows program in the project's own Wine prefix, which the first call
+# creates. "wine.sh --prepare" only creates it; "wine.sh --alone program.exe" first ends everything else in the prefix
+# and leaves nothing running. WINEPREFIX selects another prefix.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix} WINEDEBUG=${WINEDEBUG:--all}
-# In the C locale Wine can make no file whose name has other letters than English ones.
+# In the C locale Wine cannot create files with non-ASCII names.
 export LC_ALL=C.UTF-8
 # No prompt for the two browser and .NET add-ons, and no menu entries on the host's desktop.
 export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=${WINEDLLOVERRIDES:+;$WINEDLLOVERRIDES}"
 
-# Debian's "wine" is a wrapper that complains about the missing 32-bit half.
+# Debian's "wine" is a wrapper that warns about the missing 32-bit part.
 if [ -x /usr/lib/wine/wine64 ]; then
     wine=/usr/lib/wine/wine64 wineserver=/usr/lib/wine/wineserver64
 else
@@ -19,8 +19,8 @@ else
 fi
 [ -x "$wineserver" ] || wineserver=wineserver
 
-# The prefix is finished before it gets its name, so that an interrupted run leaves no half of one.
-# Wine has no Segoe UI: the fonts that the program asks for are played by Liberation Sans.
+# The finished prefix is renamed into place, so that an interrupted run leaves no partial one. Liberation Sans replaces
+# the program's fonts, such as Segoe UI, which Wine does not have.
 make_prefix() {
     [ ! -d "$1" ] || return 0
     local partial=$1.partial font
@@ -47,8 +47,8 @@ case "${1:-}" in
     --prepare) ;;
     --alone)
         shift
-        # What a killed program was just starting stays for ever, and with it Wine's own services, which
-        # are bound to a screen that is gone by the next run and hold this one's output open.
+        # A process that a killed program was just starting stays for ever, and with it Wine's services, which keep
+        # this run's output open and are bound to a screen that no longer exists in the next run.
         end_session() { "$wineserver" -k || :; }
         trap end_session EXIT
         end_session

@@ -1,5 +1,5 @@
-"""demo.py program-folder picture-folder: plays a short tour of the program on a private screen with a real mouse,
-and a picture of each step."""
+"""demo.py program-folder picture-folder: plays a short scripted demo on a private screen with a real mouse, and saves a
+picture of each step."""
 
 import shutil
 import sys
@@ -13,7 +13,7 @@ HERE = Path(__file__).parent
 sys.path.insert(0, str(HERE.parent / "tests"))
 
 from desk.desk import CENTRE, Desk  # noqa: E402
-from desk.hands import place_cursor  # noqa: E402
+from desk.input_devices import place_cursor  # noqa: E402
 from desk.waiting import wait_for  # noqa: E402
 from desk.x11 import save_png  # noqa: E402
 
@@ -21,13 +21,13 @@ ARROW = (CENTRE[0] + 262, CENTRE[1])
 FIELD = (ARROW[0] - 150, ARROW[1] + 50)
 
 
-class Tour:
+class Demo:
     def __init__(self, desk, pictures):
         self.desk, self.pictures = desk, pictures
         self.numbers = count(1)
 
     def is_at_rest(self):
-        """A picture that stays the same for three looks is one that nobody is still painting."""
+        """Painting has ended: the screen stays the same for three polls."""
         first = self.desk.display.picture()
         for _ in range(3):
             time.sleep(0.1)
@@ -52,17 +52,17 @@ class Tour:
             self.desk.display.picture(self.desk.wheel().id), before))
 
     def first_words(self):
-        """Of the other program's text, left of where the wheel opens."""
+        """The part of the other program's text that is left of the wheel."""
         return self.desk.display.picture()[215:275, 195:355]
 
     def start_program(self):
         self.desk.prepare()
-        (self.desk.folder / "config.json").unlink()  # as at the very first start
+        (self.desk.folder / "config.json").unlink()  # as at the first start
         shutil.copy(HERE / "demo_wheels.json", self.desk.folder / "default.json")
         self.desk.start_program()
 
     def start_other_program(self):
-        """A window to type into, whose caret does not blink."""
+        """Starts a program with a text view whose caret does not blink."""
         desk, run = self.desk, self.desk.screen.run
         settings = Path(desk.screen.environment["HOME"], ".config/gtk-3.0/settings.ini")
         settings.parent.mkdir(parents=True)
@@ -106,7 +106,7 @@ def main():
     pictures.mkdir(parents=True)
     desk = Desk(program)
     try:
-        Tour(desk, pictures).play()
+        Demo(desk, pictures).play()
     finally:
         desk.close()
 

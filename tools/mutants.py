@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Takes one behaviour at a time from a copy of the product and sees whether a test notices.
+"""Mutation testing: breaks one behaviour of a copy of the product at a time and checks that a test fails.
 
 mutants.py [--list] [--file list] [word...]: all of mutants.txt or of another list, or those with one of the words
-in their behaviour, groups or file. Prints a line each and ends with 1 if one survived. A test counts only if it
-fails twice. One that fails without a mutant too would count as well, so the tests must pass and the machine be
-quiet. The copy and its build trees are in build/mutants/ and serve the next run.
+in their behaviour, groups or file. Prints a line for each and exits with 1 if one survived. A test counts only if it
+fails twice. A test that also fails without a mutant would count too, so all tests must pass first and the machine must
+be idle. The copy and its build trees are in build/mutants/ and are reused by the next run.
 """
 
 import argparse
@@ -22,7 +22,7 @@ speech = root / "build/speech"
 
 
 def ctest(label, preset="linux"):
-    """A command, and what makes another one of it that tries only what has failed."""
+    """A test command, and a function from failed tests to the command that runs only those again."""
     command = ["ctest", "--test-dir", f"build/{preset}", "--stop-on-failure", "--output-on-failure",
                "--no-tests=error", "--timeout", "600", "-L", f"^{label}$"]
     return command, lambda failed: [*command, "--rerun-failed"]
@@ -34,12 +34,12 @@ def scenarios(target="linux"):
             lambda failed: [*command, *(f"tests/scenarios/{name}" for name in failed)])
 
 
-# Of each group the preset of its build, what is built of it, and its tests; the quickest group first.
+# For each group its preset, the targets to build, and its test commands; the quickest group first.
 groups = {name: ("linux", [f"tests_{name}"], [ctest(name)]) for name in ("unit", "shell", "contract")} | {
     "scenarios": ("linux", ["tests_scenarios"], [scenarios()]),
     "windows": ("windows", ["tests_contract", "tests_scenarios"], [ctest("contract", "windows"), scenarios("windows")]),
 }
-# Of a test of GoogleTest, of one of ctest, of a scenario.
+# Reports of a failed GoogleTest case, ctest test and scenario.
 failure = re.compile(r"^\[  FAILED  \] ([\w/]+\.[\w/]+)|^\s+\d+ - (\S+) \(|"
                      r"^(?:FAILED|ERROR) (\S+?\.py::.+?)(?: - .*)?$", re.M)
 longest_run_s = 1200
@@ -62,7 +62,7 @@ class Mutant:
         path = copy / self.file
         text = path.read_text()
         if text.count(self.old) != 1:
-            sys.exit(f"{self.file} holds this {text.count(self.old)} times:\n{self.old}")
+            sys.exit(f"{self.file} contains this {text.count(self.old)} times:\n{self.old}")
         path.write_text(text.replace(self.old, self.new))
 
 
@@ -72,13 +72,13 @@ def read_mutants(list_file):
 
 
 def allow_warnings():
-    """An edit may leave something unused."""
+    """Disables warnings in the copy: an edit may leave something unused."""
     options = copy / "cmake/RotikaOptions.cmake"
     options.write_text(options.read_text().replace(" -Werror", " -w"))
 
 
 def restore():
-    """Makes the copy what the tree is now; what is the same keeps its time, so that little is built anew."""
+    """Updates the copy to the current tree. Unchanged files keep their time stamps, so that little is rebuilt."""
     listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=root, check=True,
                             capture_output=True, text=True).stdout.splitlines()
     for name in listed:
@@ -98,7 +98,7 @@ def restore():
 
 
 def run(command, log):
-    """Whether it succeeds; what it says is added to the log."""
+    """Whether the command succeeds; its output is appended to the log."""
     with open(log, "ab") as out:
         try:
             return subprocess.run(command, cwd=copy, stdout=out, stderr=out, stdin=subprocess.DEVNULL,
@@ -112,8 +112,8 @@ def failures(command, log):
     before = log.stat().st_size
     if run(command, log):
         return []
-    said = log.read_bytes()[before:].decode(errors="replace")
-    return ["".join(names) for names in failure.findall(said)] or ["a run without an end"]
+    output = log.read_bytes()[before:].decode(errors="replace")
+    return ["".join(names) for names in failure.findall(output)] or ["a run that did not finish"]
 
 
 def build(preset, targets, log):
@@ -128,11 +128,11 @@ def configure(preset):
 
 
 def noticed_by(mutant, log):
-    """The first test that fails twice, or nothing."""
+    """The first test that fails twice, or None."""
     for name in mutant.groups:
         preset, targets, tests = groups[name]
         if not build(preset, targets, log):
-            return "NOBODY: it does not compile"
+            return "NO TEST: it does not compile"
         for command, again in tests:
             failed = failures(command, log)
             if failed and failures(again(failed), log):
@@ -142,7 +142,7 @@ def noticed_by(mutant, log):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--list", action="store_true", help="only name them")
+    parser.add_argument("--list", action="store_true", help="only print the mutants")
     parser.add_argument("--file", type=pathlib.Path, default=root / "tools/mutants.txt", help="another list")
     parser.add_argument("words", nargs="*")
     arguments = parser.parse_args()
@@ -162,7 +162,7 @@ def main():
         mutant.apply()
         noticed = noticed_by(mutant, log)
         restore()
-        survivors += noticed is None or noticed.startswith("NOBODY")
+        survivors += noticed is None or noticed.startswith("NO TEST")
         verdict = f"killed by {noticed}" if noticed else "SURVIVED"
         print(f"{mutant.behaviour}: {verdict} ({time.monotonic() - began:.0f} s)", flush=True)
     print(f"{len(chosen) - survivors} of {len(chosen)} killed")

@@ -1,1 +1,1 @@
-"""A private desktop to try the whole program on: screen, real input, recorder, program under test."""
+"""A private desktop for tests of the whole program: screen, real input, recorder, program under test."""

@@ -1,11 +1,11 @@
-"""What a program tells assistive technology over AT-SPI: its widgets by name, what they hold, where they are. Acting
-on them is left to the person's hands, at those places."""
+"""A program's widgets as it publishes them over AT-SPI: names, values, positions. Read only: tests act on a widget by
+real mouse and keyboard input at its position."""
 
 from gi.repository import Gio, GLib
 
-from desk.waiting import GENEROUS_S, wait_for
+from desk.waiting import TIMEOUT_S, wait_for
 
-ENABLED, FOCUSABLE, FOCUSED, SELECTED, SHOWING = 8, 11, 12, 23, 25  # bits of a state
+ENABLED, FOCUSABLE, FOCUSED, SELECTED, SHOWING = 8, 11, 12, 23, 25  # bits of the state
 CLIENT_OF_BUS = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
 ROOT = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
 open_bus = Gio.DBusConnection.new_for_address_sync
@@ -13,80 +13,81 @@ open_bus = Gio.DBusConnection.new_for_address_sync
 
 def call(bus, name, path, interface, method, signature="()", *values):
     arguments = GLib.Variant(signature, values)
-    return bus.call_sync(name, path, interface, method, arguments, None, 0, int(GENEROUS_S * 1000), None).unpack()[0]
+    return bus.call_sync(name, path, interface, method, arguments, None, 0, int(TIMEOUT_S * 1000), None).unpack()[0]
 
 
-def first(widgets, fits):
-    """The first that fits, or None. One that goes meanwhile fits nothing."""
+def first_match(widgets, matches):
+    """The first widget that matches, or None; also None when one vanishes during the search."""
     try:
-        return next(filter(fits, widgets), None)
+        return next(filter(matches, widgets), None)
     except GLib.Error:
         return None
 
 
 class Widget:
-    """Everything is asked for anew each time, since a program may change it at any moment."""
+    """Nothing is cached, since the program may change it at any moment."""
 
     def __init__(self, bus, reference):
         self.bus, self.reference = bus, reference
 
-    def _ask(self, interface, method, signature="()", *values):
+    def _call(self, interface, method, signature="()", *values):
         return call(self.bus, *self.reference, "org.a11y.atspi." + interface, method, signature, *values)
 
-    def _text(self, name):
+    def _property(self, name):
         return call(self.bus, *self.reference, "org.freedesktop.DBus.Properties", "Get", "(ss)",
                     "org.a11y.atspi.Accessible", name)
 
     def name(self):
-        return self._text("Name")
+        return self._property("Name")
 
     def description(self):
-        return self._text("Description")
+        return self._property("Description")
 
     def role(self):
-        return self._ask("Accessible", "GetRoleName")
+        return self._call("Accessible", "GetRoleName")
 
-    def is_in(self, state):
-        return bool(self._ask("Accessible", "GetState")[state // 32] >> state % 32 & 1)
+    def has_state(self, state):
+        return bool(self._call("Accessible", "GetState")[state // 32] >> state % 32 & 1)
 
-    def place(self):
+    def extents(self):
         """Left, top, width and height on the screen."""
-        return self._ask("Component", "GetExtents", "(u)", 0)
+        return self._call("Component", "GetExtents", "(u)", 0)
 
     def children(self):
-        return [Widget(self.bus, reference) for reference in self._ask("Accessible", "GetChildren")]
+        return [Widget(self.bus, reference) for reference in self._call("Accessible", "GetChildren")]
 
     def shown(self):
-        """All that is to be seen of it, itself first."""
-        if self.is_in(SHOWING):
+        """The visible widgets of its subtree, itself first."""
+        if self.has_state(SHOWING):
             yield self
             for child in self.children():
                 yield from child.shown()
 
-    def look_for(self, fits):
-        return first(self.shown(), fits)
+    def find_shown(self, matches):
+        return first_match(self.shown(), matches)
 
     def focused(self):
-        """The widget within it that has the keyboard, or None. A row says so even while its list has not."""
-        return self.look_for(lambda widget: widget.is_in(FOCUSED) and not widget.role().endswith(" item"))
+        """The widget within it that has the keyboard focus, or None. Rows are left out: they report focus even while
+        their list does not have it."""
+        return self.find_shown(lambda widget: widget.has_state(FOCUSED) and not widget.role().endswith(" item"))
 
     def find(self, name, role):
-        """Waits until it is to be seen. A selector's name is its choice, and its description tells what it is."""
-        return wait_for(f"the {role} {name}", lambda: self.look_for(
+        """Waits until it is visible. A combo box's name is its current choice; its description is its label."""
+        return wait_for(f"the {role} {name}", lambda: self.find_shown(
             lambda widget: name in (widget.name(), widget.description()) and widget.role() == role))
 
 
 class Program(Widget):
-    """The program on a desk whose title that is."""
+    """The accessible root of the program of that name."""
 
     def __init__(self, screen, title):
         session = open_bus(screen.environment["DBUS_SESSION_BUS_ADDRESS"], CLIENT_OF_BUS, None, None)
         address = call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
         bus = open_bus(address, CLIENT_OF_BUS, None, None)
-        super().__init__(bus, wait_for(f"{title} among the accessible programs", lambda: first(
+        super().__init__(bus, wait_for(f"{title} among the accessible programs", lambda: first_match(
             Widget(bus, ROOT).children(), lambda each: each.name() == title)).reference)
 
     def window(self, title):
-        """Waits until the window of that title knows that it has the keyboard."""
-        return wait_for(f"the window {title} in front", lambda: first(
+        """Waits until the window of that title has the keyboard focus."""
+        return wait_for(f"the window {title} in front", lambda: first_match(
             self.children(), lambda each: each.name() == title and each.focused()))

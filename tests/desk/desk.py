@@ -1,4 +1,4 @@
-"""The desk: a screen, the person's hands, a recorder in front, and the program in a folder of its own."""
+"""The desk: a screen, real mouse and keyboard, a recorder window in front, and the program in a folder of its own."""
 
 import json
 import math
@@ -10,20 +10,20 @@ from pathlib import Path
 
 import numpy
 
-from desk.hands import Keyboard, Mouse, place_cursor
+from desk.input_devices import Keyboard, Mouse, place_cursor
 from desk.screen import Screen
 from desk.target import make_target
-from desk.waiting import GENEROUS_S, DeskError, holds_within, wait_for
+from desk.waiting import TIMEOUT_S, DeskError, holds_within, wait_for
 from desk.x11 import save_png
 
 LAYER, CENTRE = (588, 460), (294, 230)
 TOGGLE_KEY = "x"
-ATTEMPTS = 8  # where input may be lost or doubled
-SHIFT, CONTROL, ALT = 1, 4, 8  # the modifiers' bits in an event's state
+ATTEMPTS = 8  # on a target where input may be lost or doubled
+SHIFT, CONTROL, ALT = 1, 4, 8  # modifier bits in an event's state
 
 
 def field(*steps, **more):
-    """A field whose steps are key names, or (key, action, value) with the last two left out at will."""
+    """A field whose steps are key names, or (key, action, value) with the last two optional."""
     made = [step if isinstance(step, dict) else
             dict(zip(("key", "action", "value"), (step,) if isinstance(step, str) else step)) for step in steps]
     return {"name": str(steps[0] if steps else ""), "steps": made} | more
@@ -35,14 +35,14 @@ def field_point(index, count, radius=150):
 
 
 class Desk:
-    """`program` is the folder of the program under test, `target` what it was built for: linux or windows."""
+    """`program` is the folder of the program under test, `target` the system it was built for: linux or windows."""
 
     def __init__(self, program, target="linux"):
         self.screen = Screen()
         self.display = self.screen.display
         self.target = make_target(target, self.screen)
         self.mouse, self.keyboard = Mouse(self.display), Keyboard(self.display)
-        self.patience = GENEROUS_S if self.target.input_is_exact else 3.0
+        self.open_timeout_s = TIMEOUT_S if self.target.input_is_exact else 3.0
         self.original, self.folder = Path(program), self.screen.folder / "program"
         self.program = self.recorder = None
         self.variables = {}
@@ -55,7 +55,7 @@ class Desk:
         return (self.folder / name).read_text(encoding="utf-8")
 
     def prepare(self, *fields, name="Koło", more=(), **settings):
-        """The program's files, with a wheel of these fields, and more wheels as they stand in the file."""
+        """Writes the program's files: a wheel of these fields, and `more` wheels in the file's own format."""
         if not self.folder.exists() or not any(self.folder.iterdir()):
             shutil.copytree(self.original, self.folder, dirs_exist_ok=True,
                             ignore=shutil.ignore_patterns("config.json", "default.json", "voice.json"))
@@ -72,7 +72,7 @@ class Desk:
         wait_for("the program's window in front", lambda: self.is_in_front("Rotika"), 60)
 
     def start(self, *fields, cursor=(450, 350), **settings):
-        """Program running, recorder in front, cursor in place, nothing recorded yet."""
+        """Program running, recorder in front, cursor at its position, nothing recorded yet."""
         self.prepare(*fields, **settings)
         self.start_program()
         self.work_in_recorder(cursor)
@@ -89,18 +89,18 @@ class Desk:
         self.recorder.mark()
 
     def click(self):
-        """In the recorder, to which a window manager passes a press on in its own time."""
+        """In the recorder; waits, since a window manager may pass a press on late."""
         before = self.recorder.presses().count("button-up left")
         self.mouse.click()
         self.recorder.wait_for("button-up left", before + 1)
 
     def is_in_front(self, title):
         if self.program.poll() is not None:
-            raise DeskError(f"the program ended by itself with {self.program.returncode}")
+            raise DeskError(f"the program exited on its own with {self.program.returncode}")
         return self.display.focused_title() == self.display.active_title() == title
 
     def notes(self):
-        """What the target's opener has been given so far."""
+        """What the target's opener has been called with so far."""
         file = self.screen.folder / "notes.txt"
         return file.read_text().splitlines() if file.exists() else []
 
@@ -111,13 +111,13 @@ class Desk:
         return self.target.mouse_is_held(self.program)
 
     def _arrow_tips(self):
-        """Rows of points: whether the virtual cursor may be there, an arrow in white with a black edge on its left.
-        Some points above and below its tip look the same. The layer itself is asked: under many openings in a row a
-        compositor now and then misses one."""
+        """Per pixel of the layer, whether the virtual cursor's tip may be there: a white arrow with a black edge on
+        its left. Some pixels above and below the tip match too. Reads the layer's own picture: a compositor
+        occasionally misses one of many openings in a row."""
         (width, height), whole = LAYER, numpy.zeros((*LAYER[::-1], 3))
-        with suppress(AttributeError, OSError):  # closed meanwhile
+        with suppress(AttributeError, OSError):  # closed in the meantime
             whole = self.display.picture(self.wheel().id)
-        # With a margin where the arrow may hang over, and one column left of it.
+        # Padded by the arrow's overhang on the right and below, and by one column on the left.
         seen = numpy.pad(whole, ((0, 20), (1, 9), (0, 0)), constant_values=200)
         white, dark = seen.min(2) > 247, seen.max(2) < 140
 
@@ -132,21 +132,21 @@ class Desk:
 
     def find_wheel_cursor(self):
         tips = numpy.argwhere(self._arrow_tips())
-        return tuple(int(place) for place in tips[len(tips) // 2][::-1]) if len(tips) else None
+        return tuple(int(value) for value in tips[len(tips) // 2][::-1]) if len(tips) else None
 
     def wait_until_open(self):
         wait_for("the wheel", self.wheel)
         self.virtual = CENTRE
         for _ in range(1 if self.target.input_is_exact else ATTEMPTS):
-            if holds_within(self.patience, lambda: self.wheel_cursor_is_at(*CENTRE) and self.mouse_is_held()):
+            if holds_within(self.open_timeout_s, lambda: self.wheel_cursor_is_at(*CENTRE) and self.mouse_is_held()):
                 return
-            for is_open in (False, True):  # as a person would where an opening may fail
+            for is_open in (False, True):  # close and open again where an opening may fail
                 self.keyboard.tap(TOGGLE_KEY)
                 wait_for("another attempt", lambda: bool(self.wheel()) == is_open)
-        raise DeskError("the wheel's cursor is not in the middle or the mouse not held back")
+        raise DeskError("the wheel's cursor is not in the middle or the mouse is not captured")
 
     def wait_until_closed(self):
-        wait_for("the wheel to close and give the mouse back", lambda: not self.wheel() and not self.mouse_is_held())
+        wait_for("the wheel to close and release the mouse", lambda: not self.wheel() and not self.mouse_is_held())
 
     def open_wheel(self):
         self.keyboard.tap(TOGGLE_KEY)
@@ -157,19 +157,19 @@ class Desk:
         self.wait_until_closed()
 
     def aim(self, where):
-        """The virtual cursor onto a field, or a point of the layer."""
+        """Moves the virtual cursor onto a field (by index) or a point of the layer."""
         x, y = field_point(where, self.field_count) if isinstance(where, int) else where
         for attempt in range(1 if self.target.input_is_exact else ATTEMPTS):
-            part = 1 + attempt % 2  # half the way every other time: where movements count twice, that leads there
+            part = 1 + attempt % 2  # half the distance every other time, for movements that arrive twice
             self.mouse.move(int((x - self.virtual[0]) / part), int((y - self.virtual[1]) / part))
             self.virtual = (x, y)
-            if holds_within(self.patience, lambda: self.wheel_cursor_is_at(x, y)):
+            if holds_within(self.open_timeout_s, lambda: self.wheel_cursor_is_at(x, y)):
                 return
-            # As a person would: look where it is, or else begin in the corner, and correct.
+            # Correct from where the cursor is seen, or else from the corner.
             if not (found := self.find_wheel_cursor()):
                 self.mouse.move(-2 * LAYER[0], -2 * LAYER[1])
             self.virtual = found or (0, 0)
-        raise DeskError(f"waited in vain for the virtual cursor at {x}, {y}")
+        raise DeskError(f"the virtual cursor did not reach {x}, {y}")
 
     def pick(self, where):
         self.aim(where)
@@ -181,13 +181,13 @@ class Desk:
         self.pick(where)
 
     def wait_for_hot_key_with(self, *modifiers):
-        """Until the toggle key works beside modifiers that a function holds: a moment after they are down."""
+        """Waits until the toggle key works beside modifiers that a function holds, shortly after they go down."""
         wait_for("the hot key", lambda: self.target.hot_key_is_taken(TOGGLE_KEY, sum(modifiers)), 3)
 
     def guard(self):
-        """The process id of the living guard, or None. A dead one has no command line."""
+        """The process id of the running input guard, or None. A zombie has no command line."""
         for file in Path("/proc").glob("[0-9]*/cmdline"):
-            with suppress(OSError):  # gone meanwhile
+            with suppress(OSError):  # ended in the meantime
                 line = file.read_bytes()
                 if b"rotika-guard" in line and self.screen.folder.name.encode() in line:
                     return int(file.parent.name)
@@ -207,31 +207,32 @@ class Desk:
         return self.program and self.program.poll()
 
     def lock_screen(self, is_locked):
-        """As XScreenSaver tells it: the state, since when, and whether by hand."""
+        """By XScreenSaver's root property: the state, since when, and whether by hand."""
         state = self.display.atom("LOCK").value if is_locked else 0
         self.screen.run("xprop", "-root", "-f", "_SCREENSAVER_STATUS", "32i", "-set", "_SCREENSAVER_STATUS",
                         f"{state},1700000000,1")
 
     def state(self):
         return {"floating": self.display.floating(), "keys": self.target.keys_down(),
-                "buttons": self.target.buttons_down(), "silent": set(range(256)) - self.display.repeating_keys()}
+                "buttons": self.target.buttons_down(), "not repeating": set(range(256)) - self.display.repeating_keys()}
 
     def next_motion(self):
-        """How far the real mouse's next motion of 3, 3, away from the nearer edges, moves the cursor that way."""
+        """How far a motion of the real mouse by 3, 3, away from the nearer edges, moves the cursor that way."""
         before = self.display.cursor()
-        ways = [1 if place < whole / 2 else -1 for place, whole in zip(before, self.screen.size)]
-        self.mouse.move(*(3 * way for way in ways))
-        return tuple((now - then) * way for now, then, way in zip(self.display.cursor(), before, ways))
+        signs = [1 if position < size / 2 else -1 for position, size in zip(before, self.screen.size)]
+        self.mouse.move(*(3 * sign for sign in signs))
+        return tuple((now - then) * sign for now, then, sign in zip(self.display.cursor(), before, signs))
 
-    def leftovers(self, but=(), seconds=2):
-        """What is floating, down or silent that was not before and does not go within the time, and a cursor that
-        is not free, as texts. A function that is still running may press and release in between."""
+    def leftovers(self, ignored=(), seconds=2):
+        """As texts: what is floating, down or without auto-repeat that was not so at the start and stays so beyond
+        the time, and a cursor that does not follow the mouse. A function that is still running may press and release
+        during that time."""
         def new():
             return [f"{what}: {sorted(now - self.before[what])}" for what, now in self.state().items()
-                    if what not in but and now - self.before[what]]
+                    if what not in ignored and now - self.before[what]]
 
         found = [] if holds_within(seconds, lambda: not new()) else new()
-        moved = self.next_motion()  # asked once, since every motion settles it
+        moved = self.next_motion()  # once only: the first motion applies what the device has accumulated
         return found + ([] if moved == (3, 3) else [f"a motion of 3, 3 moved the cursor by {moved}"])
 
     def keep(self, folder, name):

@@ -1,17 +1,17 @@
-"""Stand-ins for the libraries of the speech recogniser and the eye tracker; see tests/doubles/."""
+"""Doubles of the libraries of the speech recogniser and the eye tracker; see tests/doubles/."""
 
 import shutil
 
 from desk.accessible import Program
 from desk.waiting import wait_for
 
-# Of each kind: the library, the device, and its card on the program's first page.
+# For each kind: the library, the device, and the title of its card on the program's first page.
 KINDS = {"speech": ("libvosk", "voice", "Komendy głosowe"), "adapter": ("libvosk_adapter", "voice", "Komendy głosowe"),
          "gaze": ("tobii_stream_engine", "gaze", "Tobii Eye Tracker")}
 
 
 class Device:
-    """One of the two devices of the program on a desk, with a double of its library, or none for "nowhere"."""
+    """Voice or gaze of the program on a desk, with a double of its library, or with none for "nowhere"."""
 
     def __init__(self, desk, kind, variant="complete", script="", **settings):
         name, device, self.card = KINDS[kind]
@@ -30,7 +30,7 @@ class Device:
         desk.variables["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
 
     def write(self, *lines):
-        """In place of what the script held; all its lines at once."""
+        """Replaces the script atomically."""
         made = self.script.with_suffix(".new")
         made.write_text("\n".join([*lines, ""]), encoding="utf-8")
         made.rename(self.script)
@@ -43,14 +43,14 @@ class Device:
         return self.log_file.read_text(encoding="utf-8").splitlines()
 
     def count(self, call):
-        """Lines of the log that begin with this text."""
+        """Number of log lines that begin with this text."""
         return sum(line.startswith(call) for line in self.log())
 
     def wait_for_call(self, call, times=1):
         wait_for(f"{times} x {call} of the library", lambda: self.count(call) >= times)
 
     def wait_for_status(self, text):
-        """The words of the device's card, described by its title, where programs tell what they show."""
+        """Waits for the text of the device's card, on targets that publish their widgets."""
         wait_for(f"the status {text}", lambda: not self.desk.target.is_accessible or
-                 Program(self.desk.screen, "Rotika").look_for(lambda widget: widget.description() == self.card and
+                 Program(self.desk.screen, "Rotika").find_shown(lambda widget: widget.description() == self.card and
                                                               widget.name().partition(" ·")[0] == text))

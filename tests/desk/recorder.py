@@ -1,32 +1,32 @@
-"""The window in front that a person works in while the wheel lies over it: it keeps every event it gets."""
+"""The foreground window below the wheel: it records every input event that it receives."""
 
 from collections import namedtuple
 from ctypes import byref, c_long, c_ulong
 
-from desk.waiting import GENEROUS_S, holds_within, wait_for
+from desk.waiting import TIMEOUT_S, holds_within, wait_for
 from desk.x11 import MAPPING_NOTIFY, Display, InputEvent, xlib
 
 KEYS_BUTTONS_MOTION_AND_FOCUS = c_long(0x0F | 0x40 | 0x200000)  # the core protocol's masks
 KINDS = {2: "key-down", 3: "key-up", 4: "button-down", 5: "button-up", 6: "motion", 9: "focus-in", 10: "focus-out"}
 BUTTONS = {1: "left", 2: "middle", 3: "right", 8: "side1", 9: "side2"}
-CHEQUERED = b"\xff\0" * 8 + b"\0\xff" * 8  # bits of 16 x 16 points
+CHEQUERED = b"\xff\0" * 8 + b"\0\xff" * 8  # bitmap of 16 x 16 pixels
 
 
-class Record(namedtuple("Record", "kind name code state time place")):
+class Record(namedtuple("Record", "kind name code state time position")):
     """`kind` is one of KINDS or key-repeat, `name` that of keysym or button, `code` keycode or button, `state` the
-    modifiers and buttons before it, `time` milliseconds."""
+    modifiers and buttons before it, `time` the server's milliseconds, `position` the cursor on the screen."""
 
     def __str__(self):
         return f"{self.kind} {self.name}"
 
 
 class Recording:
-    """What a recorder has got; `all()` gives it, and after `settle()` all is there that has happened."""
+    """A recorder's events. `all()` returns them; `settle()` waits until everything that has happened is among them."""
 
     marked = 0
 
     def mark(self):
-        """What was received up to now counts no more."""
+        """Later queries leave out what was received until now."""
         self.settle()
         self.marked = len(self.all())
 
@@ -34,19 +34,19 @@ class Recording:
         return [record for record in self.all()[self.marked:] if not kinds or record.kind in kinds]
 
     def presses(self):
-        """Presses and releases as texts, without repeats and releases of what was never pressed here. By their times:
-        a window manager passes a button's on later than a key's."""
+        """Presses and releases as texts, without repeats and without releases of what was never pressed here. Sorted
+        by time: a window manager passes a button's event on later than a key's."""
         seen, down, kinds = [], set(), ("key-down", "key-up", "button-down", "button-up")
         for record in sorted(self.since_mark(*kinds), key=lambda record: record.time):
-            device, _, way = record.kind.partition("-")
-            if way == "down":
+            device, _, direction = record.kind.partition("-")
+            if direction == "down":
                 down.add((device, record.name))
             if (device, record.name) in down:
                 seen.append(str(record))
         return seen
 
-    def wait_for(self, text, count=1, seconds=GENEROUS_S):
-        """Until a press or release, for example "key-up w", has come so often since the mark."""
+    def wait_for(self, text, count=1, seconds=TIMEOUT_S):
+        """Waits until a press or release, for example "key-up w", has come `count` times since the mark."""
         wait_for(f"{count} x {text} among {self.presses()}", lambda: self.presses().count(text) >= count, seconds)
 
     def wait_for_kind(self, kind):
@@ -56,25 +56,25 @@ class Recording:
         self.wait_for_kind("motion")
 
     def expect(self, *texts):
-        """These presses and releases come and no others have since the mark. A mere name is its press and release."""
+        """Exactly these presses and releases come after the mark. A name alone stands for its press and release."""
         wanted = []
         for text in texts:
             device = "button" if text in BUTTONS.values() else "key"
-            wanted += [text] if " " in text else [f"{device}-{way} {text}" for way in ("down", "up")]
-        holds_within(GENEROUS_S, lambda: len(self.presses()) >= len(wanted))
+            wanted += [text] if " " in text else [f"{device}-{direction} {text}" for direction in ("down", "up")]
+        holds_within(TIMEOUT_S, lambda: len(self.presses()) >= len(wanted))
         self.settle()
         assert self.presses() == wanted, f"{self.presses()}, not {wanted}"
 
 
 class Recorder(Recording):
-    """Events wait in the connection until somebody asks; their times are the server's."""
+    """Events stay queued in the X connection until `all()` reads them."""
 
     def __init__(self, screen):
         self.display = Display(screen.environment["DISPLAY"])
         self.settle = self.display.sync
         self.close = self.display.close
         self.records = []
-        self.down = set()  # keycodes, and names of buttons, as the window must believe
+        self.down = set()  # keycodes and button names that are down according to the window's events
         handle, colours = self.display.handle, (c_ulong(0x406080), c_ulong(0x805030))
         xlib.XkbSetDetectableAutoRepeat(handle, 1, None)
         self.window = c_ulong(xlib.XCreateSimpleWindow(handle, self.display.root, 0, 0, *screen.size, 0, 0, 0))
@@ -94,13 +94,13 @@ class Recorder(Recording):
             if event.type == MAPPING_NOTIFY:
                 xlib.XRefreshKeyboardMapping(byref(event))
             elif event.type in KINDS:
-                self._take(event, KINDS[event.type])
+                self._append(event, KINDS[event.type])
         return self.records
 
-    def _take(self, event, kind):
+    def _append(self, event, kind):
         name, code = "-", 0
         if kind.startswith("focus"):
-            if event.root & 3 in (1, 2):  # its mode: the beginning or the end of a key's grab
+            if event.root & 3 in (1, 2):  # the mode NotifyGrab or NotifyUngrab
                 return
         elif kind != "motion":
             code = key = event.detail

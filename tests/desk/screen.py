@@ -1,4 +1,4 @@
-"""A virtual screen of its own, with window manager, compositor, session bus and home folder.
+"""A private virtual screen with window manager, compositor, session bus and home folder.
 `python3 -m desk.screen command...` runs a command on one and passes its exit status on."""
 
 import argparse
@@ -13,16 +13,16 @@ import sys
 import tempfile
 from pathlib import Path
 
-from desk.waiting import GENEROUS_S, DeskError, wait_for
+from desk.waiting import TIMEOUT_S, DeskError, wait_for
 from desk.x11 import Display, xlib
 
 die_with_parent = functools.partial(ctypes.CDLL(None).prctl, 1, signal.SIGKILL)  # PR_SET_PDEATHSIG
-FOREIGN = ("XDG_", "WAYLAND_", "XAUTHORITY", "QT_QPA_PLATFORM", "DISPLAY")
+HOST_VARIABLES = ("XDG_", "WAYLAND_", "XAUTHORITY", "QT_QPA_PLATFORM", "DISPLAY")  # prefixes; not passed on
 COMPOSITORS = {"picom": ("picom", "--backend", "xrender", "--config", "/dev/null"), "none": ()}
 
 
 def end(process, seconds=5):
-    """Asked to end, then made to; the exit status."""
+    """Terminates the process, kills it after the time, and returns its exit status."""
     if process is None:
         return None
     process.terminate()
@@ -30,7 +30,7 @@ def end(process, seconds=5):
         return process.wait(seconds)
     except subprocess.TimeoutExpired:
         process.kill()
-        return process.wait(GENEROUS_S)
+        return process.wait(TIMEOUT_S)
 
 
 class Screen:
@@ -41,20 +41,20 @@ class Screen:
         home.mkdir()
         run.mkdir(mode=0o700)
         bus = f"unix:path={run}/bus"
-        self.environment = {name: value for name, value in os.environ.items() if not name.startswith(FOREIGN)}
+        self.environment = {name: value for name, value in os.environ.items() if not name.startswith(HOST_VARIABLES)}
         self.environment |= {"HOME": str(home), "XDG_RUNTIME_DIR": str(run), "XDG_SESSION_TYPE": "x11",
                              "DBUS_SESSION_BUS_ADDRESS": bus,
-                             "DBUS_SYSTEM_BUS_ADDRESS": bus}  # or the lock of the machine's own session would count
+                             "DBUS_SYSTEM_BUS_ADDRESS": bus}  # not the host's, whose session lock would count
         reading, writing = os.pipe()
         self.server = self.launch("Xvfb", "-displayfd", str(writing), "-screen", "0", "%dx%dx24" % size,
                                   "-nolisten", "tcp", "-noreset", pass_fds=(writing,))
         os.close(writing)
         self.launch("dbus-daemon", "--session", "--nofork", f"--address={bus}")
-        with os.fdopen(reading) as answer:  # its number once it listens, nothing if it fails
+        with os.fdopen(reading) as answer:  # the display number once it listens, nothing if it fails
             self.environment["DISPLAY"] = f":{answer.readline().strip()}"
         self.display = Display(self.environment["DISPLAY"])
         self.launch("openbox", "--sm-disable")
-        self.launch("hsetroot", "-solid", "#404850")  # a compositor clears no screen that has no background
+        self.launch("hsetroot", "-solid", "#404850")  # without a root background the compositor clears nothing
         self.set_compositor(compositor)
         root = self.display.root.value
         wait_for("the window manager", lambda: self.display.property(root, "_NET_SUPPORTING_WM_CHECK"))
@@ -67,7 +67,7 @@ class Screen:
             self.display.handle, self.display.atom("_NET_WM_CM_S0"))))
 
     def launch(self, *words, **more):
-        """A process that ends with us, its output in a log of its name."""
+        """Starts a process that dies with this one; its output goes to a log named after it."""
         with open(self.folder / f"{Path(words[0]).name}.log", "ab") as log:
             process = subprocess.Popen([str(word) for word in words], stdin=subprocess.DEVNULL, stdout=log,
                                        stderr=log, env=self.environment | more.pop("variables", {}),
@@ -76,13 +76,13 @@ class Screen:
         return process
 
     def run(self, *words):
-        done = subprocess.run(words, env=self.environment, capture_output=True, text=True, timeout=GENEROUS_S)
+        done = subprocess.run(words, env=self.environment, capture_output=True, text=True, timeout=TIMEOUT_S)
         if done.returncode:
             raise DeskError(f"{' '.join(words)}: {done.stderr.strip()}")
         return done.stdout
 
     def set_mode(self, width, height):
-        """The monitor gets another size, at most that of the beginning."""
+        """Resizes the monitor, at most to its initial size."""
         mode = f"{width}x{height}"
         if mode not in self.run("xrandr"):
             self.run("xrandr", "--newmode", mode, "40", *(str(side + more) for side, step in ((width, 8), (height, 1))
@@ -91,8 +91,8 @@ class Screen:
         self.run("xrandr", "--output", "screen", "--mode", mode)
 
     def set_monitors(self, *places):
-        """The screen in parts, each (left, top, width, height), or none for the one monitor of the server; at once,
-        as far as programs can tell."""
+        """Splits the screen into monitors, each (left, top, width, height); without any, back to the server's one
+        monitor. Programs see it as one change."""
         words = [word for name in self.parts for word in ("--delmonitor", name)]
         self.parts = [f"part{next(self.numbers)}" for _ in places]
         for name, (left, top, width, height) in zip(self.parts, places):
@@ -105,8 +105,8 @@ class Screen:
         self.display.close()
         for helper in reversed(self.helpers):  # the server last
             end(helper)
-        # A program that is on its way out may still write into it.
-        wait_for("the folder to go", lambda: shutil.rmtree(self.folder, ignore_errors=True) or
+        # A program that is exiting may still write into it.
+        wait_for("the folder to be removed", lambda: shutil.rmtree(self.folder, ignore_errors=True) or
                  not self.folder.exists())
 
 

@@ -1,4 +1,4 @@
-"""A sound server of a desk's own, with one microphone: it hears what somebody says, or a tone, and else silence."""
+"""A private sound server with one microphone, which delivers synthesised speech or a tone, otherwise silence."""
 
 import signal
 import threading
@@ -9,15 +9,15 @@ import numpy
 
 from desk.waiting import wait_for
 
-# What the sink plays is nobody's microphone by itself.
+# The program does not accept a sink's monitor as a microphone, so the monitor is remapped to a source.
 MICROPHONE = {"null-sink": "sink_name=room rate=16000 channels=1", "sine": "sink=room frequency=1003",
               "remap-source": "master=room.monitor source_name=microphone"}
 FORMAT = "--raw", "--format=s16le", "--channels=1"
 
 
 class SoundServer:
-    """It begins with the microphone plugged in. With `tone`, it hears 1003 Hz without end, and a server that ends
-    is started again, as a session does; the file that ROTIKA_SOUND_PID names holds the process id of now."""
+    """Starts with the microphone plugged in. With `tone`, it delivers 1003 Hz continuously, and a killed server is
+    started again, as a session does; the file that ROTIKA_SOUND_PID names holds the current process id."""
 
     def __init__(self, screen, tone=False):
         self.screen = screen
@@ -26,7 +26,7 @@ class SoundServer:
         screen.environment |= {"PULSE_SERVER": f"unix:{self.socket}", "ROTIKA_SOUND_PID": str(self.pid_file)}
         self._launch()
         if tone:
-            threading.Thread(target=self._keep, daemon=True).start()
+            threading.Thread(target=self._restart_when_killed, daemon=True).start()
 
     def _launch(self):
         self.socket.unlink(missing_ok=True)
@@ -35,32 +35,32 @@ class SoundServer:
             "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
             f"--load=module-native-protocol-unix auth-anonymous=1 srbchannel=0 socket={self.socket}")
         self.pid_file.write_text(f"{self.server.pid}\n")
-        # Its socket stands a moment before it listens.
+        # The socket file exists shortly before the server listens.
         wait_for("the sound server", lambda: self.screen.launch("pactl", "info").wait() == 0)
         self.plug_in()
 
-    def _keep(self):
+    def _restart_when_killed(self):
         while self.server.wait() == -signal.SIGKILL and self.screen.folder.exists():
             self._launch()
 
     def plug_in(self):
         for name, words in self.modules.items():
             self.screen.run("pactl", "load-module", f"module-{name}", *words.split())
-        # An idle microphone's first sound comes seconds late.
+        # Fed with silence, since an idle microphone delivers its first sound seconds late.
         self.screen.launch("pacat", "--latency-msec=30", *FORMAT, "--rate=16000", "/dev/zero")
 
     def unplug(self):
-        """As when the microphone's plug is drawn, whoever may be listening."""
-        self.screen.run("pactl", "unload-module", "module-null-sink")  # the microphone goes with it
+        """Removes the microphone, even while it is in use."""
+        self.screen.run("pactl", "unload-module", "module-null-sink")  # this unloads the remapped source too
 
     def say(self, text, voice="pl"):
-        """By one of espeak-ng's voices, such as "pl+f4", to its end. The time at which its last sound was."""
+        """Plays the text by an espeak-ng voice, such as "pl+f4", to its end. Returns the time of its last sound."""
         said = self.screen.folder / "said"
         self.screen.run("espeak-ng", "-v", voice, "-w", str(said), text)
         with wave.open(str(said)) as file:
             rate, samples = file.getframerate(), numpy.frombuffer(file.readframes(file.getnframes()), "<i2")
-        last = numpy.flatnonzero(abs(samples.astype(int)) > 200)[-1]  # the last that is audible
+        last = numpy.flatnonzero(abs(samples.astype(int)) > 200)[-1]  # the last audible sample
         said.write_bytes(samples[:last + 1].tobytes())
-        # The whole of it lies with the server before it begins: a busy machine must not tear holes into it.
+        # The server buffers all of it before it plays: a busy machine must not cause gaps.
         self.screen.run("pacat", "--latency-msec=20000", *FORMAT, f"--rate={rate}", str(said))
         return time.monotonic()

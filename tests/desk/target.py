@@ -1,9 +1,9 @@
-"""All in which the builds of the program differ to somebody who uses them on an X server."""
+"""Everything in which tests must treat the Linux and the Windows build differently on an X server."""
 
 import signal
 from pathlib import Path
 
-from desk.hands import Mouse
+from desk.input_devices import Mouse
 from desk.recorder import Recorder
 from desk.screen import end
 from desk.wine import WineTarget
@@ -13,28 +13,28 @@ class LinuxTarget:
     executable = "rotika"
     runtime_folder = "linux-x86_64"  # in the package of the speech library
     input_is_exact = True  # each movement arrives once and each opening of the wheel holds the mouse
-    is_accessible = True  # its programs tell assistive technology what they show
+    is_accessible = True  # its programs publish their widgets over AT-SPI
     turns_per_press = 1  # pages that one press of the left button on an arrow turns
 
     def __init__(self, screen):
         self.screen = screen
 
-    command = staticmethod(lambda *words: words)  # that starts a program of this kind
-    path_text = staticmethod(str)  # a file's path as such programs write it
+    command = staticmethod(lambda *words: words)  # command line that starts a program of this kind
+    path_text = staticmethod(str)  # a file's path in these programs' notation
 
     def library_file(self, name):
-        """File name of the library that the other system calls `name`.dll."""
+        """File name of the library that is `name`.dll on Windows."""
         return (name if name.startswith("lib") else f"lib{name}") + ".so"
 
     def recorder(self):
         return Recorder(self.screen)
 
     def mouse_is_held(self, program=None):
-        """A device that a program has grabbed is detached from the cursor: it floats."""
+        """A grabbed slave device is detached from the cursor: it is floating."""
         return Mouse.name in self.screen.display.floating()
 
     def keys_down(self):
-        """For the programs, whoever presses them."""
+        """As programs see them, from real and injected presses."""
         return self.screen.display.keys_down()
 
     def buttons_down(self):
@@ -44,9 +44,9 @@ class LinuxTarget:
         return self.screen.display.key_is_taken(key, modifiers)
 
     def ask_to_quit(self, process):
-        """What the system says to a program at the end of a session."""
+        """As the system does at the end of a session; returns the exit status."""
         process.send_signal(signal.SIGCONT)
-        return end(process, 15)  # a device's library may hold it up for some seconds
+        return end(process, 15)  # a device's library may delay it by some seconds
 
     def opener(self):
         """A program of the target's kind that adds its only argument, or "started", to the desk's notes."""
@@ -56,7 +56,7 @@ class LinuxTarget:
         return file
 
     def set_handler(self, handler):
-        """From now on it opens `.txt` files and addresses of the scheme `handled:`."""
+        """Registers it for `.txt` files and addresses of the scheme `handled:`."""
         for name, text in (
                 (".local/share/applications/handler.desktop",
                  f'[Desktop Entry]\nType=Application\nName=Handler\nExec="{handler}" %u\n'
@@ -68,7 +68,7 @@ class LinuxTarget:
             file.write_text(text)
 
     def finish(self):
-        """Ends what has been started beside the program."""
+        """Ends what the target itself has started: nothing here."""
 
 
 def make_target(name, screen):

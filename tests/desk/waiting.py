@@ -1,23 +1,23 @@
-"""Waiting for a condition, never for a time."""
+"""Waiting for a condition instead of sleeping."""
 
 import time
 
-GENEROUS_S = 10.0
+TIMEOUT_S = 10.0
 
 
 class DeskError(AssertionError):
-    """The desk itself or the program under test did not do what a scenario waits for."""
+    """A condition that a scenario waits for did not occur, or the desk itself failed."""
 
 
 def holds_within(seconds, condition, pause=0.005):
-    """The first true value of the condition, or the last false one when the time is over."""
+    """The condition's first true value, or its last false one after the timeout."""
     deadline = time.monotonic() + seconds
     while not (value := condition()) and time.monotonic() < deadline:
         time.sleep(pause)
     return value
 
 
-def wait_for(what, condition, seconds=GENEROUS_S):
+def wait_for(what, condition, seconds=TIMEOUT_S):
     if not (value := holds_within(seconds, condition)):
-        raise DeskError(f"waited {seconds:g} s in vain for {what}")
+        raise DeskError(f"timed out after {seconds:g} s waiting for {what}")
     return value

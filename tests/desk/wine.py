@@ -1,4 +1,4 @@
-"""The Windows build of the program under Wine: the same screen, mouse and keyboard, a prefix of its own."""
+"""The Windows build of the program under Wine: the same screen, mouse and keyboard, a private prefix."""
 
 import shutil
 import subprocess
@@ -7,13 +7,13 @@ from pathlib import Path
 
 from desk.recorder import BUTTONS, Record, Recording
 from desk.screen import end
-from desk.waiting import GENEROUS_S, DeskError, holds_within, wait_for
+from desk.waiting import TIMEOUT_S, DeskError, holds_within, wait_for
 
 ROOT = Path(__file__).parents[2]
 SCRIPT = ROOT / "scripts/wine.sh"
 PREFIX = ROOT / "build/wine-prefix"
 HELPER = ROOT / "build/windows/tests/desk/windows/desk_helper.exe"
-# The names of virtual keys, as X has them for keys without shift.
+# Virtual key codes to X's names of the unshifted keys, and to button names.
 KEYS = {1: "left", 2: "right", 4: "middle", 5: "side1", 6: "side2", 8: "BackSpace", 9: "Tab", 13: "Return",
         16: "Shift_L", 17: "Control_L", 18: "Alt_L", 20: "Caps_Lock", 27: "Escape", 32: "space", 33: "Prior",
         34: "Next", 35: "End", 36: "Home", 37: "Left", 38: "Up", 39: "Right", 40: "Down", 45: "Insert", 46: "Delete",
@@ -23,7 +23,7 @@ SERVER = shutil.which("/usr/lib/wine/wineserver64") or "wineserver"
 
 
 def copy_prefix(made):
-    """A prefix is large and nearly all of it is only read: what is not the registry is linked, where it can be."""
+    """A prefix is large and mostly read-only, so everything but the registry is hard-linked where possible."""
     if subprocess.run(["cp", "-alT", PREFIX.resolve(), made], stderr=subprocess.DEVNULL).returncode != 0:
         subprocess.run(["cp", "-aT", PREFIX.resolve(), made], check=True)
     for registry in PREFIX.glob("*.reg"):
@@ -39,7 +39,7 @@ class WineRecorder(Recording):
         self.screen = target.screen
         self.log = self.screen.folder / "recorder.txt"
         self.log.write_text("")
-        width, height = self.screen.size  # one row less: below a program that fills the screen Wine puts large layers
+        width, height = self.screen.size  # one row less: Wine puts large layers below a program that fills the screen
         self.process = self.screen.launch(SCRIPT, HELPER, "record", target.path_text(self.log), width, height - 1)
         display = self.screen.display
         wait_for("the recorder", lambda: display.active_title() == "recorder", 60)
@@ -64,17 +64,17 @@ class WineRecorder(Recording):
         return self.held
 
     def settle(self):
-        """Nothing tells when Wine has passed everything on, but it does so at once."""
+        """Wine does not report when it has delivered everything, but it does so at once: waits for 100 ms of rest."""
         count = -1
         while count != len(self.all()):
             count = len(self.all())
             holds_within(0.1, lambda: len(self.all()) != count)
 
     def wait_for_motion(self):
-        """To where the cursor is: Wine may tell of other places on the way."""
+        """Waits for a motion to the cursor's position: Wine may report intermediate ones first."""
         place = self.screen.display.cursor()
         wait_for("the cursor's arrival in the recorder",
-                 lambda: [record.place for record in self.since_mark("motion")][-1:] == [place])
+                 lambda: [record.position for record in self.since_mark("motion")][-1:] == [place])
 
 
 class WineTarget:
@@ -91,9 +91,9 @@ class WineTarget:
         screen.environment["WINEPREFIX"] = str(copy_prefix(screen.folder / "prefix"))
 
     def run(self, *words):
-        """To its end; the exit status."""
+        """Runs a command to its end and returns the exit status."""
         return subprocess.run([str(word) for word in words], env=self.screen.environment, stdin=subprocess.DEVNULL,
-                              capture_output=True, timeout=6 * GENEROUS_S).returncode
+                              capture_output=True, timeout=6 * TIMEOUT_S).returncode
 
     def command(self, program, *words):
         return SCRIPT, program, *words
@@ -109,14 +109,14 @@ class WineTarget:
         return self.window
 
     def mouse_is_held(self, program=None):
-        """Wine pins the cursor by a grab, and by a window as large as the place where it may be, here of one pixel.
-        That stays for a while when the program has died; asking for the grab would disturb it."""
+        """Wine confines the cursor by a grab and a window the size of the confinement, here one pixel. The window stays
+        for a while after the program has died; testing the grab itself would disturb it."""
         display = self.screen.display
         is_dead = program is not None and program.poll() is not None
         return not is_dead and display.shown_layer(1, 1, display.cursor()) is not None
 
     def keys_down(self):
-        """For the programs, also by injection, which the X server knows nothing of."""
+        """As Windows programs see them, including injected presses, which never reach the X server."""
         return (self.window.held_now() if self.window else set()) - set(BUTTONS.values())
 
     def buttons_down(self):
@@ -124,14 +124,14 @@ class WineTarget:
 
     def hot_key_is_taken(self, key, modifiers):
         flags = sum(flag for bit, flag in {1: 4, 4: 2, 8: 1}.items() if bit & modifiers)  # of shift, ctrl and alt
-        return self.tell_engine("taken", ord(key.upper()), flags) == 1
+        return self.run_helper("taken", ord(key.upper()), flags) == 1
 
-    def tell_engine(self, *words):
+    def run_helper(self, *words):
         return self.run(SCRIPT, HELPER, *words)
 
     def ask_to_quit(self, process):
-        self.tell_engine("quit")
-        holds_within(2 * GENEROUS_S, lambda: process.poll() is not None)
+        self.run_helper("quit")
+        holds_within(2 * TIMEOUT_S, lambda: process.poll() is not None)
         return end(process)
 
     def opener(self):

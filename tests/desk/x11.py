@@ -1,4 +1,4 @@
-"""The little of Xlib that the desk needs, by ctypes."""
+"""The parts of Xlib that the desk needs, by ctypes."""
 
 import ctypes
 import subprocess
@@ -15,10 +15,10 @@ KINDS = {"i": c_int, "u": c_uint, "L": c_ulong, "p": c_void_p, "s": c_char_p, "w
 
 def structure(fields):
     named = [field.split(":") for field in fields.split()]
-    return type("Made", (ctypes.Structure,), {"_fields_": [(name, KINDS[kind]) for name, kind in named]})
+    return type("Structure", (ctypes.Structure,), {"_fields_": [(name, KINDS[kind]) for name, kind in named]})
 
 
-# Of keys, buttons and motion; `detail` is keycode or button.
+# Key, button and motion events; `detail` is keycode or button.
 InputEvent = structure("type:i serial:L send_event:i display:p window:L root:L subwindow:L time:L x:i y:i x_root:i "
                        "y_root:i state:i detail:i same_screen:i pad:pad")
 ClientMessage = structure("type:i serial:L send_event:i display:p window:L message:L format:i words:words pad:pad")
@@ -38,16 +38,16 @@ for library, result, names in (
     for name in names.split():
         getattr(library, name).restype = result
 
-# A window may go between being listed and being asked about: such errors are nobody's fault.
+# X errors are only counted: a window may be destroyed between being listed and being queried.
 errors = []
 note_error = ctypes.CFUNCTYPE(c_int, c_void_p, c_void_p)(lambda display, error: errors.append(error) or 0)
 xlib.XSetErrorHandler(note_error)
 
 
-def ask(question, *words, answers):
-    """What the function writes to the pointers behind its words, each to one of KINDS."""
-    values = [KINDS[kind]() for kind in answers]
-    question(*words, *map(byref, values))
+def call(function, *arguments, outputs):
+    """The values that the function writes through trailing pointer arguments, one of KINDS for each."""
+    values = [KINDS[kind]() for kind in outputs]
+    function(*arguments, *map(byref, values))
     return [value.value for value in values]
 
 
@@ -56,7 +56,7 @@ def bits_set(octets):
 
 
 class Display:
-    """A connection to the private screen, for looking and asking."""
+    """A connection to the private screen, for queries."""
 
     def __init__(self, name):
         self.name, self.handle = name, c_void_p(xlib.XOpenDisplay(name.encode()))
@@ -77,8 +77,8 @@ class Display:
 
     def property(self, window, name):
         """The value of a property: bytes, or the list of its 32-bit numbers."""
-        _, form, count, _, data = ask(xlib.XGetWindowProperty, self.handle, c_ulong(window), self.atom(name), c_long(0),
-                                      c_long(1024), 0, c_ulong(0), answers="LiLLp")
+        _, form, count, _, data = call(xlib.XGetWindowProperty, self.handle, c_ulong(window), self.atom(name),
+                                       c_long(0), c_long(1024), 0, c_ulong(0), outputs="LiLLp")
         words = (c_ulong * count).from_address(data)[:] if form == 32 else None
         value = words or (ctypes.string_at(data, count) if data else b"")
         xlib.XFree(c_void_p(data))
@@ -91,13 +91,13 @@ class Display:
         return list(map(self.title, self.property(self.root.value, "_NET_CLIENT_LIST")))
 
     def titled(self, title):
-        """The window manager's windows of that title, in the order in which they came."""
+        """The window manager's windows of that title, the oldest first."""
         return [window for window in self.property(self.root.value, "_NET_CLIENT_LIST") if self.title(window) == title]
 
-    def place_of(self, title):
-        """Left and top of the inside of the first such window."""
+    def position_of(self, title):
+        """Left and top of the client area of the first window of that title."""
         window = c_ulong(self.titled(title)[0])
-        return ask(xlib.XTranslateCoordinates, self.handle, window, self.root, 0, 0, answers="iiL")[:2]
+        return call(xlib.XTranslateCoordinates, self.handle, window, self.root, 0, 0, outputs="iiL")[:2]
 
     def active_window(self):
         return (self.property(self.root.value, "_NET_ACTIVE_WINDOW") or [0])[0]
@@ -106,44 +106,44 @@ class Display:
         return self.title(self.active_window())
 
     def focused_title(self):
-        (window, _), title = ask(xlib.XGetInputFocus, self.handle, answers="Li"), ""
+        (window, _), title = call(xlib.XGetInputFocus, self.handle, outputs="Li"), ""
         while window > 1 and not (title := self.title(window)):
             window = self.tree(window)[0]
         return title
 
-    def _ask_window_manager(self, message, window, *words):
+    def _send_to_window_manager(self, message, window, *words):
         event = ClientMessage(CLIENT_MESSAGE, window=window, format=32, words=words, message=self.atom(message).value)
         xlib.XSendEvent(self.handle, self.root, 0, SUBSTRUCTURE_NOTIFY_AND_REDIRECT, byref(event))
         self.sync()
 
     def activate(self, window):
-        self._ask_window_manager("_NET_ACTIVE_WINDOW", window, 2)
+        self._send_to_window_manager("_NET_ACTIVE_WINDOW", window, 2)
 
     def close_window(self, window):
-        self._ask_window_manager("_NET_CLOSE_WINDOW", window, 0, 2)
+        self._send_to_window_manager("_NET_CLOSE_WINDOW", window, 0, 2)
 
     def tree(self, window):
-        """Parent and children of a window, the lowest first."""
-        _, parent, children, count = ask(xlib.XQueryTree, self.handle, c_ulong(window), answers="LLpu")
+        """Parent of a window, and its children, the lowest first."""
+        _, parent, children, count = call(xlib.XQueryTree, self.handle, c_ulong(window), outputs="LLpu")
         found = (c_ulong * count).from_address(children)[:] if children else []
         xlib.XFree(c_void_p(children))
         return parent, found
 
     def shown_windows(self):
-        """Those straight on the screen, the uppermost first."""
+        """Visible children of the root window, the topmost first."""
         for window in reversed(self.tree(self.root.value)[1]):
             seen = WindowAttributes()
             if xlib.XGetWindowAttributes(self.handle, c_ulong(window), byref(seen)) and seen.map_state == IS_VIEWABLE:
                 yield Shown(window, seen.x, seen.y, seen.width, seen.height)
 
     def shown_layer(self, width, height, place=None):
-        """The window of that size, and at that place if told, that is shown without a frame, or None."""
+        """The visible frameless window of that size, and at that place if given, or None."""
         return next((shown for shown in self.shown_windows() if (shown.width, shown.height) == (width, height) and
                      place in (None, (shown.left, shown.top))), None)
 
     def pointer(self):
-        """Place of the cursor, and the buttons that are down."""
-        _, _, x, y, _, _, mask = ask(xlib.XQueryPointer, self.handle, self.root, answers="LLiiiiu")
+        """Position of the cursor, and the buttons that are down."""
+        _, _, x, y, _, _, mask = call(xlib.XQueryPointer, self.handle, self.root, outputs="LLiiiiu")
         return (x, y), {button for button in range(1, 6) if mask >> 7 + button & 1}
 
     def cursor(self):
@@ -163,7 +163,7 @@ class Display:
         return bits_set(state.auto_repeats)
 
     def devices(self):
-        """Id and use of every input device, by its name."""
+        """Id and use of every input device, by name."""
         count = c_int()
         infos = xinput.XIQueryDevice(self.handle, 0, byref(count))
         found = {info.name.decode(): (info.id, info.use) for info in infos[:count.value]}
@@ -174,13 +174,13 @@ class Display:
         return {name for name, (_, use) in self.devices().items() if use == FLOATING_SLAVE}
 
     def enable(self, name, is_on):
-        """As when a device is plugged in or out."""
+        """As when a device is plugged in or unplugged."""
         xinput.XIChangeProperty(self.handle, self.devices()[name][0], self.atom("Device Enabled"),
                                 c_ulong(XA_INTEGER), 8, 0, byref(c_ubyte(is_on)), 1)
         self.sync()
 
     def keycode(self, keysym):
-        """Of the key with the keysym of that name, in the layout of now."""
+        """Keycode of the key with the keysym of that name in the current layout."""
         self.sync()
         event = InputEvent()
         while xlib.XCheckTypedEvent(self.handle, MAPPING_NOTIFY, byref(event)):
@@ -188,10 +188,10 @@ class Display:
         return xlib.XKeysymToKeycode(self.handle, c_ulong(xlib.XStringToKeysym(keysym.encode())))
 
     def key_is_taken(self, keysym, modifiers):
-        """Whether a program has this key, with these modifiers' bits, as its hot key."""
+        """Whether a program has grabbed this key with these modifier bits."""
         key = self.handle, self.keycode(keysym), modifiers, self.root
         before = len(errors)
-        xlib.XGrabServer(self.handle)  # or the question itself might come before the program's own grab
+        xlib.XGrabServer(self.handle)  # or this test grab might make the program's own grab fail
         xlib.XGrabKey(*key, 0, 1, 1)
         xlib.XUngrabKey(*key)
         xlib.XUngrabServer(self.handle)
@@ -199,8 +199,8 @@ class Display:
         return len(errors) > before
 
     def picture(self, window=None):
-        """The screen, or a window as it has drawn itself, as height x width x 3 numbers: red, green, blue."""
-        import numpy  # which those who only start a command on a screen need not have
+        """The screen, or a window's own content, as height x width x 3 numbers: red, green, blue."""
+        import numpy  # here, since desk.screen alone must work without it
         drawn, seen = c_ulong(window or self.root.value), WindowAttributes()
         xlib.XGetWindowAttributes(self.handle, drawn, byref(seen))
         octets = numpy.frombuffer(self._octets(drawn, 0, 0, seen.width, seen.height), numpy.uint8)
@@ -212,7 +212,7 @@ class Display:
     def _octets(self, drawn, x, y, width, height):
         image = xlib.XGetImage(self.handle, drawn, x, y, width, height, ALL_PLANES, Z_PIXMAP)
         if not image:
-            raise OSError("nothing to be seen of it")
+            raise OSError("the window has no picture")
         octets = ctypes.string_at(image.contents.data, image.contents.bytes_per_line * height)
         xlib.XFree(c_void_p(image.contents.data))
         xlib.XFree(image)
@@ -220,7 +220,7 @@ class Display:
 
 
 def save_png(picture, file):
-    """Of three numbers a point, or of four with the opacity."""
+    """Saves a picture of three numbers per pixel, or of four with alpha."""
     height, width, channels = picture.shape
     subprocess.run(["convert", "-size", f"{width}x{height}", "-depth", "8", f"{'rgba'[:channels]}:-", f"png:{file}"],
                    input=picture.tobytes(), check=True)

@@ -1,4 +1,4 @@
-// Stands in for UI Automation as a COM server that knows the same elements at any time.
+// A double of UI Automation: a COM server with a fixed set of elements.
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-// Tables of functions instead of classes: those that the product does not call need no name.
+// Function tables instead of classes, so that functions that the product does not call need not be declared.
 #define CINTERFACE
 #include <ole2.h>
 #include <uiautomationclient.h>
@@ -19,12 +19,12 @@ constexpr PROPERTYID type = UIA_ControlTypePropertyId, enabled = UIA_IsEnabledPr
                      focusable = UIA_IsKeyboardFocusablePropertyId, offscreen = UIA_IsOffscreenPropertyId;
 
 struct Node {
-    std::string windowClass; // of the window below which it is
+    std::string windowClass; // of the window that contains it
     RECT place;
     std::map<PROPERTYID, LONG> values;
 };
 
-// All of them meet every condition.
+// Every condition matches all of them.
 const std::vector<Node> allNodes{
     {"RotikaFront", {10, 11, 12, 13}, {{type, UIA_ButtonControlTypeId}, {enabled, 1}}},
     {"RotikaFront", {20, 21, 22, 23}, {{type, UIA_GroupControlTypeId}, {enabled, 1}, {focusable, 1}}},
@@ -33,23 +33,23 @@ const std::vector<Node> allNodes{
     {"Shell_TrayWnd", {50, 51, 52, 53}, {{type, UIA_ButtonControlTypeId}, {enabled, 1}}},
 };
 
-/// One of any interface. Nobody counts references: the product has no second ones.
+/// An object of any interface. Without a reference count: the product never adds a reference.
 struct Object {
     const void* functions = nullptr;   // first, as callers expect
-    std::vector<Node> nodes{};         // what is below an element, an array's, or itself
-    std::vector<PROPERTYID> fetched{}; // with the elements that are found
+    std::vector<Node> nodes{};         // an element's descendants, an array's elements, or the element itself
+    std::vector<PROPERTYID> fetched{}; // properties cached with the elements that are found
 };
 
 Object& as(void* face) {
     return *static_cast<Object*>(face);
 }
 
-/// Makes an object whose functions refuse, but for those that `fill` puts into the table.
+/// Makes an object whose functions fail with E_NOTIMPL, except for those that `fill` puts into the table.
 template <typename Face>
 HRESULT give(Face** out, const Object& object, auto fill) {
     static const auto table = [&] {
         std::array<void*, sizeof(*Face::lpVtbl) / sizeof(void*)> slots{};
-        // On 64-bit Windows the caller clears the stack: it may pass any arguments.
+        // One function fits every slot: on 64-bit Windows the caller cleans up the arguments.
         slots.fill(reinterpret_cast<void*>(+[] { return E_NOTIMPL; }));
         auto made = std::bit_cast<std::remove_pointer_t<decltype(Face::lpVtbl)>>(slots);
         made.Release = [](Face* self) -> ULONG {
@@ -64,7 +64,7 @@ HRESULT give(Face** out, const Object& object, auto fill) {
     return S_OK;
 }
 
-/// Only what was fetched with the element can be read.
+/// Fails for a property that was not cached with the element.
 template <PROPERTYID property, typename Value>
 HRESULT WINAPI cached(IUIAutomationElement* self, Value* out) {
     Node& node = as(self).nodes[0];
@@ -113,7 +113,7 @@ void fillAutomation(IUIAutomationVtbl& table) {
     table.CreateOrConditionFromNativeArray = [](auto*, auto**, int, auto** out) {
         return give(out, {}, nothing);
     };
-    // A window without elements refuses, as those of programs with more rights do.
+    // A window without elements denies access, as windows of elevated programs do.
     table.ElementFromHandle = [](auto*, UIA_HWND window, auto** out) -> HRESULT {
         char name[128] = {};
         GetClassNameA(static_cast<HWND>(window), name, sizeof(name));

@@ -11,17 +11,16 @@
 #include <thread>
 #include <vector>
 
-/// A fault of the hardware's kind, as a library with a defect brings about. A sanitizer would end the process
-/// in its own way.
+/// Causes a hardware fault, as a defective library does. Not sanitized: a sanitizer would abort the process.
 __attribute__((no_sanitize("undefined"))) inline void faultOnPurpose() {
-    static volatile std::uintptr_t nowhere = 0; // out of the compiler's sight
-    *reinterpret_cast<volatile int*>(nowhere) = 1;
+    static volatile std::uintptr_t nullAddress = 0; // volatile: the compiler must not see that it is null
+    *reinterpret_cast<volatile int*>(nullAddress) = 1;
 }
 
-/// What a stand-in library is told and what it tells, in two files in the folder DOUBLES_FOLDER:
-/// `NAME_script.txt`, which a test can change or lengthen at any time, and `NAME_log.txt`. In the script each
-/// line is a word and what belongs to it. These words hold of every call that begins(), as long as they stand
-/// there: fails CALL, faults CALL, hangs CALL. Any thread may call the members.
+/// The script that controls a double and the log that it writes, two files in the folder DOUBLES_FOLDER:
+/// `NAME_script.txt`, which a test can replace or extend at any time, and `NAME_log.txt`. Each line of the
+/// script is a word and its argument. These words apply to every call that uses begins(), as long as they are
+/// in the script: fails CALL, faults CALL, hangs CALL. Any thread may call the members.
 class DoubleScript {
 public:
     struct Line {
@@ -32,11 +31,11 @@ public:
     explicit DoubleScript(const std::string& name)
         : scriptFile(folder() / (name + "_script.txt")), logFile(folder() / (name + "_log.txt")) {}
 
-    /// Those with one of these words.
+    /// The script's lines with one of these words.
     std::vector<Line> lines(const std::vector<std::string_view>& words) const {
         std::vector<Line> found;
         std::ifstream stream(scriptFile, std::ios::binary);
-        // A line without its end is one that is still being written.
+        // A line without a line feed is still being written.
         for (std::string line; std::getline(stream, line) && !stream.eof();) {
             const std::size_t blank = std::min(line.find(' '), line.size());
             if (std::ranges::count(words, line.substr(0, blank)) > 0)
@@ -49,7 +48,7 @@ public:
         return std::ranges::count(lines({word}), rest, &Line::rest) > 0;
     }
 
-    /// Notes the call and does with it what the script says; false if it shall fail.
+    /// Logs the call, then hangs or faults if the script says so; false if the call must fail.
     bool begins(const std::string& call, const std::string& details = {}) const {
         note(call + (details.empty() ? "" : " ") + details);
         while (says("hangs", call))
@@ -65,8 +64,8 @@ public:
 
 private:
     static std::filesystem::path folder() {
-        const char* const told = std::getenv("DOUBLES_FOLDER");
-        return told == nullptr ? "" : told;
+        const char* const path = std::getenv("DOUBLES_FOLDER");
+        return path == nullptr ? "" : path;
     }
 
     const std::filesystem::path scriptFile;

@@ -1,11 +1,11 @@
-// Stands in for the eye tracker's library. What "gaze_script.txt" may say besides what holds for every call:
+// A double of the eye tracker's library. "gaze_script.txt" may contain, besides the words for every call:
 //
 //   look X Y VALIDITY   each wait ends with this sample, X and Y from 0 to 1 across the screen, valid if
-//                       VALIDITY is 1; the last line holds, and without one each wait is in vain
-//   period MS           how long a wait takes; 10 unless told
+//                       VALIDITY is 1; the last such line counts, and without one each wait times out
+//   period MS           duration of a wait; 10 by default
 //   lost                waits fail, as when the tracker has been unplugged
 //
-// Every call but those of the waiting is noted in "gaze_log.txt".
+// All calls are logged in "gaze_log.txt", except waiting for and processing of callbacks.
 
 #include "double_script.h"
 
@@ -28,7 +28,7 @@ constexpr int timedOut = 6;
 
 const DoubleScript& script = *new DoubleScript("gaze");
 PointReceiver receiver = nullptr;
-void* const handle = &receiver; // of everything: nobody looks behind it
+void* const handle = &receiver; // for every object; never dereferenced
 
 int outcome(const char* call, const std::string& details = {}) {
     return script.begins(call, details) ? 0 : failed;

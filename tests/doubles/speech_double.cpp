@@ -1,21 +1,21 @@
-// Stands in for the speech recogniser's library. What "speech_script.txt" may say besides what holds for
-// every call, for each buffer of sound one line:
+// A double of the speech recogniser's library. "speech_script.txt" may contain, besides the words for every
+// call, one line for each buffer of sound:
 //
-//   say TEXT       this has been heard
-//   answer TEXT    the answer is exactly this text; "answer null": there is none
-//   fault          the buffer faults
+//   say TEXT       the recogniser has understood this text
+//   answer TEXT    the result is exactly this text; "answer null": a null pointer
+//   fault          the buffer causes a fault
 //
-// Every call but those for single words is noted in "speech_log.txt" with what it was called with.
+// All calls are logged with their arguments in "speech_log.txt", except look-ups of single words.
 
 #include "double_script.h"
 
 namespace {
 
 const DoubleScript& script = *new DoubleScript("speech");
-// The sound goes on where it was when a recogniser is replaced.
+// Global, so that a new recogniser continues with the next buffer.
 std::size_t heardCount = 0;
 std::string answer = "null";
-void* const handle = &answer; // of everything: nobody looks behind it
+void* const handle = &answer; // for every object; never dereferenced
 
 } // namespace
 

@@ -1,6 +1,6 @@
-// The speech recogniser's real library with the one name that its version 0.3.39 lacks: a change of grammar
-// makes a new recogniser inside. "adapter_script.txt" names the real one: "library PATH". "adapter_log.txt"
-// gets "listening" with the first sound, and "heard" with each answer.
+// Wraps the speech recogniser's real library and adds the one function that its version 0.3.39 lacks: a
+// change of grammar creates a new recogniser inside. "adapter_script.txt" names the real library: "library
+// PATH". "adapter_log.txt" gets "listening" at the first sound, and "heard" with each result.
 
 #include "double_script.h"
 
@@ -25,13 +25,13 @@ void* find(const char* name) {
 #endif
 }
 
-/// Calls the real function. Without the real library nothing here could go on: this then ends the process.
+/// Calls the real function. Crashes without the real library, since no test could continue.
 template <typename Result, typename... Arguments>
 Result real(const char* name, Arguments... arguments) {
     return reinterpret_cast<Result (*)(Arguments...)>(find(name))(arguments...);
 }
 
-// The program has one at a time.
+// The program uses one model and one recogniser at a time.
 void* modelInUse = nullptr;
 float rateInUse = 0;
 void* inner = nullptr;

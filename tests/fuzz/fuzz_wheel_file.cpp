@@ -19,14 +19,14 @@ void require(bool holds) {
         std::abort();
 }
 
-/// The file through which the bytes go; each of several processes has its own.
-struct PassingFile {
+/// The file that passes the bytes to the reader, one per process, removed at the end.
+struct TemporaryFile {
     const std::string path = "/tmp/rotika-fuzz-" + std::to_string(getpid()) + ".json";
-    ~PassingFile() { std::remove(path.c_str()); }
+    ~TemporaryFile() { std::remove(path.c_str()); }
 };
 
 std::vector<Wheel> load(std::string_view bytes) {
-    static const PassingFile file;
+    static const TemporaryFile file;
     std::ofstream(file.path, std::ios::binary)
         .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     std::vector<Wheel> wheels;
@@ -50,7 +50,7 @@ void requireLimits(const WheelAction& action) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    // What comes out of the decoder is whole UTF-16, so it survives the way back unchanged.
+    // The decoder's output is valid UTF-16, so it survives a round trip unchanged.
     const std::u16string text = utf16FromUtf8(bytes);
     require(utf16FromUtf8(utf8FromUtf16(text)) == text);
     const std::vector<Wheel> wheels = load(bytes);
@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const WheelAction& action : wheel.actions)
             requireLimits(action);
     }
-    // The writer's text is a fixed point: what it wrote once reads back as the same text.
+    // The writer's output is a fixed point of reading and writing.
     const std::string written = serializeWheels(wheels);
     require(serializeWheels(load(written)) == written);
     return 0;

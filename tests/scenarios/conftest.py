@@ -14,14 +14,14 @@ WINE_TRIES = 3  # Wine loses input now and then
 
 def pytest_addoption(parser):
     parser.addoption("--target", choices=("linux", "windows"), default="linux",
-                     help="what the program was built for; Windows' runs under Wine")
+                     help="the system that the program was built for; Windows runs under Wine")
     parser.addoption("--program", help="folder of the program under test, within its build folder")
     parser.addoption("--artefacts", default=ROOT / "build/artefacts/scenarios",
-                     help="folder for what a failure leaves")
+                     help="folder for pictures and logs of failures")
 
 
 def pytest_configure(config):
-    config.addinivalue_line("markers", "only(target, why): a scenario of one system alone")
+    config.addinivalue_line("markers", "only(target, why): a scenario for one system only")
 
 
 def pytest_collection_modifyitems(config, items):
@@ -63,7 +63,7 @@ def pytest_runtest_makereport(item, call):
 
 @pytest.fixture
 def desk(request):
-    """A desk of its own. After every scenario nothing may be left floating, down or silent."""
+    """A private desk. After every scenario no device may be left floating, nothing down, no key without auto-repeat."""
     target = request.config.getoption("target")
     made = Desk(request.config.getoption("program") or ROOT / "build" / target / "rotika", target)
     made.doubles, made.speech = made.original.parent / "tests/doubles", ROOT / "build/speech"
@@ -71,8 +71,8 @@ def desk(request):
         yield made
         has_failed, left = request.node.has_failed, []
         if not has_failed and made.screen.server.poll() is None:
-            if not made.wheel():  # with the wheel open the mouse is rightly held
-                left += made.leftovers(but=("silent",))
+            if not made.wheel():  # an open wheel captures the mouse
+                left += made.leftovers(ignored=("not repeating",))
             made.end_program()
             left += made.leftovers()
         if has_failed or left:

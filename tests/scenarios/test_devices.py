@@ -1,5 +1,5 @@
-"""Voice and gaze with stand-ins for their libraries, which are missing, fail, hang, or hear and see what a scenario
-says; and a microphone that comes and goes."""
+"""Voice and gaze with doubles of their libraries, which are missing, fail, hang, or report scripted speech and gaze;
+and a microphone that is plugged in and out."""
 
 from itertools import groupby
 
@@ -11,7 +11,7 @@ from desk.waiting import wait_for
 FAILED = "błąd inicjalizacji"
 HEARING = ["model_new", "recognizer_new_grm", "accept_waveform"]
 CONNECTED = ["api_create", "enumerate_local_device_urls", "device_create", "gaze_point_subscribe"]
-# Variant of the library, its script, the status, the calls, and those of the end.
+# Variant of the library, its script, the status, the calls at the start, and those at the end.
 VOICE_STARTS = [
     ("without_required", "", FAILED, [], []),
     ("complete", "fails model_new", "brak katalogu modelu języka", HEARING[:1], []),
@@ -29,11 +29,11 @@ GAZE_STARTS = [
 
 
 def calls(library):
-    """Their names, one for many of the same in a row."""
+    """Names of the calls, repeated ones once."""
     return [name for name, _ in groupby(line.split()[0] for line in library.log())]
 
 
-def test_each_failure_has_its_status_frees_what_was_made_and_lets_the_program_end(desk):
+def test_each_failure_shows_its_status_frees_its_resources_and_allows_a_clean_exit(desk):
     SoundServer(desk.screen)
     for starts in zip(VOICE_STARTS, GAZE_STARTS, strict=True):
         devices = [Device(desk, kind, variant, script)
@@ -48,13 +48,13 @@ def test_each_failure_has_its_status_frees_what_was_made_and_lets_the_program_en
             assert calls(device) == begun + ended
 
 
-def test_a_look_turns_the_wheel_and_chooses_by_its_dwell(desk):
+def test_gaze_turns_pages_and_selects_by_dwell(desk):
     def look_at(x, y):
         shown = desk.wheel()
         gaze.add(f"look {(shown.left + x + .5) / desk.screen.size[0]} {(shown.top + y + .5) / desk.screen.size[1]} 1")
 
     gaze = Device(desk, "gaze", script="lost", gazeDwell=400)
-    # The arrow turns again as long as the look rests there, so there are many of the second kind.
+    # The arrow turns a page per dwell as long as the gaze stays, so there are many pages of the second kind.
     blue = {"actions": [field("c", color="#3040E0"), field("d")]}
     desk.start(field("a", color="#E03030"), field("b"), more=[blue] * 20, **gaze.settings)
     gaze.wait_for_call("device_reconnect", 2)
@@ -69,7 +69,7 @@ def test_a_look_turns_the_wheel_and_chooses_by_its_dwell(desk):
     desk.recorder.expect("d")
 
 
-def test_faults_and_odd_answers_cost_no_more_than_their_buffers(desk):
+def test_a_fault_or_a_malformed_answer_loses_only_its_own_buffer(desk):
     SoundServer(desk.screen)
     odd = ["fault", "answer null", "answer {}", 'answer {"text" : ""}', "answer ", "say [unk]", "say pokaż", "fault"]
     voice = Device(desk, "speech", script="\n".join(odd))
@@ -80,7 +80,7 @@ def test_faults_and_odd_answers_cost_no_more_than_their_buffers(desk):
     assert {line for line in voice.log() if line.startswith("accept")} == {"accept_waveform 3200"}
 
 
-def test_a_microphone_comes_later_is_lost_and_comes_back(desk):
+def test_voice_starts_when_a_microphone_appears_and_resumes_after_its_loss(desk):
     sound = SoundServer(desk.screen)
     sound.unplug()
     voice = Device(desk, "speech")

@@ -1,4 +1,4 @@
-"""Labels over what can be clicked in other programs, and the grid, by what a stand-in for the recogniser has heard."""
+"""Labels over clickable elements of other programs, and the grid, driven by a double of the recogniser."""
 
 import signal
 
@@ -7,19 +7,19 @@ import pytest
 from desk.accessible import Program
 from desk.desk import field
 from desk.device import Device
-from desk.hands import place_cursor
+from desk.input_devices import place_cursor
 from desk.sound import SoundServer
 from desk.waiting import holds_within, wait_for
 
-pytestmark = pytest.mark.only("linux")  # Wine's programs tell nobody what they show
+pytestmark = pytest.mark.only("linux")  # under Wine programs publish no elements
 
-# Program, its name for assistive technology, the title of its first window.
+# Program, its accessible name, the title of its first window.
 GTK = "gtk3-demo", "gtk3-demo", "Application Class"
 QT = "/usr/lib/qt6/bin/designer", "Designer", "New Form — Qt Designer"
 
 
 class Speaker:
-    """Voice by a stand-in, and the layers that appear above the windows that are there now."""
+    """Speaks through a double of the recogniser, and finds the layers that appear above the existing windows."""
 
     def __init__(self, desk):
         SoundServer(desk.screen)
@@ -38,7 +38,7 @@ class Speaker:
         self.wait_for_title(title)
         published = Program(self.desk.screen, name)
         wait_for(f"the buttons of {name}", lambda: any(
-            window.look_for(lambda widget: widget.role() == "push button") for window in published.children()))
+            window.find_shown(lambda widget: widget.role() == "push button") for window in published.children()))
         place_cursor(self.display, 1270, 790)
         self.others = self.windows()
         return other
@@ -58,7 +58,7 @@ class Speaker:
         return shown
 
 
-def test_without_a_compositor_the_program_below_the_grid_stays_in_sight_and_in_reach(desk):
+def test_without_a_compositor_the_program_below_the_grid_stays_visible_and_clickable(desk):
     speaker = Speaker(desk)
     desk.screen.set_compositor("none")
     desk.screen.set_monitors((0, 0, 340, 800), (340, 0, 940, 800))
@@ -72,20 +72,20 @@ def test_without_a_compositor_the_program_below_the_grid_stays_in_sight_and_in_r
     desk.recorder.wait_for("button-up left")
 
 
-def test_numbers_click_the_controls_of_a_gtk_program_and_one_that_has_stopped_holds_nothing_up(desk):
+def test_numbers_click_controls_of_a_gtk_program_and_a_stopped_program_blocks_nothing(desk):
     speaker = Speaker(desk)
     other = speaker.start_beside(*GTK)
     speaker.show_labels()
-    speaker.say("siedem")  # an entry of the list
+    speaker.say("siedem")  # an entry in the list
     speaker.wait_for_title("Assistant")
     speaker.show_labels()
     before = speaker.windows() - {speaker.layer().id}
-    speaker.say("kliknij prawy na trzydzieści trzy")  # the text, which has a menu
+    speaker.say("kliknij prawy na trzydzieści trzy")  # the text view, which has a context menu
     menu = wait_for("the menu in the labels' place", lambda: not speaker.layer() and next(
         (window for window in speaker.display.shown_windows() if window.id not in before and window.top >= 0), None))
     speaker.show_labels()
-    speaker.say("jeden")  # the one entry of the menu that can be chosen
-    wait_for("the menu to go", lambda: menu.id not in speaker.windows())
+    speaker.say("jeden")  # the menu's only enabled entry
+    wait_for("the menu to close", lambda: menu.id not in speaker.windows())
     x, y = speaker.display.cursor()
     assert menu.left <= x < menu.left + menu.width and menu.top <= y < menu.top + menu.height
     other.send_signal(signal.SIGSTOP)
@@ -96,15 +96,15 @@ def test_numbers_click_the_controls_of_a_gtk_program_and_one_that_has_stopped_ho
     desk.close_wheel()
     desk.display.activate(desk.display.titled("Rotika")[0])
     speaker.wait_for_title("Rotika")
-    # Until the scan of the stopped program has ended, another is refused.
+    # A new scan is refused until the scan of the stopped program has ended.
     wait_for("labels", lambda: speaker.say("pokaż elementy") or holds_within(3, speaker.layer), 30)
     other.send_signal(signal.SIGCONT)
 
 
-def test_numbers_click_a_qt_program_on_the_monitor_where_it_is(desk):
+def test_numbers_click_controls_of_a_qt_program_on_its_monitor(desk):
     speaker = Speaker(desk)
     desk.screen.set_monitors((0, 0, 100, 800), (100, 0, 1180, 800))
     speaker.start_beside(*QT)
-    assert speaker.show_labels("pokaż elementy strony", 1180, 800).left == 100  # without a page the window counts
+    assert speaker.show_labels("pokaż elementy strony", 1180, 800).left == 100  # no page: the whole window is scanned
     speaker.say("jedenaście")
     wait_for("the dialogue to close", lambda: not speaker.display.titled(QT[-1]))

@@ -9,25 +9,26 @@ from desk.desk import field, field_point
 from desk.waiting import holds_within, wait_for
 from desk.x11 import save_png, xlib
 
-RESTING = 0x87 / 255  # opacity
+RESTING = 0x87 / 255  # opacity of a field that is not hovered
 LEFT_ARROW, RIGHT_ARROW = (32, 230), (556, 230)
-BARE = [(5, 5), (582, 5), (5, 454), (582, 454), (294, 198), (294, 262)]  # corners of the layer, and the ring's hole
+# Fully transparent points: corners of the layer, and the ring's hole.
+TRANSPARENT = [(5, 5), (582, 5), (5, 454), (582, 454), (294, 198), (294, 262)]
 
 
 def background(desk):
-    """The screen, once the recorder is painted on it."""
-    def is_in_sight():
+    """A picture of the screen, taken once the recorder is painted on it."""
+    def is_painted():
         own = desk.display.picture(desk.recorder.window.value)
         return own[[0, -1]].any((1, 2)).all() and (own == desk.display.picture()[:len(own)]).all()
 
-    wait_for("the recorder in sight", is_in_sight)
+    wait_for("the recorder to be painted", is_painted)
     return desk.display.picture()
 
 
 def wait_for_colours(desk, below, wanted):
-    """Colour by point of the layer and its opacity over the picture from below. What is bare shows that picture. Two
-    systems and a compositor round each in its own way."""
-    shown, wanted = desk.wheel(), {point: (0, 0) for point in BARE} | wanted
+    """`wanted` maps points of the layer to colour and opacity over `below`, the picture of the background; transparent
+    points show the background itself. The tolerance is for the systems' and the compositor's different rounding."""
+    shown, wanted = desk.wheel(), {point: (0, 0) for point in TRANSPARENT} | wanted
 
     def differing():
         seen, under = (picture[shown.top:, shown.left:].astype(float) for picture in (desk.display.picture(), below))
@@ -37,8 +38,8 @@ def wait_for_colours(desk, below, wanted):
     assert holds_within(5, lambda: not differing()), differing()
 
 
-def test_pages_turn_both_ways_and_their_fields_shine_through_until_hovered(desk):
-    """The hovered one bears an icon, red above, from the program's folder or from elsewhere."""
+def test_pages_turn_both_ways_and_only_the_hovered_field_is_opaque(desk):
+    """The hovered field shows an icon, red in its upper half, from the program's folder or from another one."""
     icon, elsewhere = numpy.zeros((64, 64, 4), numpy.uint8), desk.screen.folder / "znak.png"
     icon[:32] = (255, 0, 0, 255)
     desk.prepare()
@@ -62,10 +63,10 @@ def test_pages_turn_both_ways_and_their_fields_shine_through_until_hovered(desk)
     check()
     hub = desk.display.picture(desk.wheel().id)[210:232, 248:340]
     assert hub.min(2).max() > 200, "the number of the page is missing"
-    for way in (1, 1, 1, -1, -1, -1, -1):
-        desk.aim(LEFT_ARROW if way < 0 else RIGHT_ARROW)
+    for direction in (1, 1, 1, -1, -1, -1, -1):
+        desk.aim(LEFT_ARROW if direction < 0 else RIGHT_ARROW)
         desk.mouse.click()
-        page = (page + way * desk.target.turns_per_press) % len(pages)
+        page = (page + direction * desk.target.turns_per_press) % len(pages)
         check()
     desk.mouse.click()
     desk.wait_until_closed()
@@ -76,12 +77,12 @@ def test_pages_turn_both_ways_and_their_fields_shine_through_until_hovered(desk)
 
 
 @pytest.mark.only("linux")
-def test_with_or_without_a_compositor_the_wheel_is_on_top_and_all_around_it_in_sight(desk):
+def test_the_wheel_is_on_top_and_hides_nothing_around_it_with_or_without_a_compositor(desk):
     desk.start(field("a", color="#E03030"), field("b", color="#E03030"), name="", sendDelay=0)
     desk.screen.set_compositor("none")
     over = c_ulong(xlib.XCreateSimpleWindow(desk.display.handle, desk.display.root, 300, 200, 600, 400, 0, 0, 0))
-    past_the_window_manager = (c_ulong * 14)(*[0] * 11, 1)
-    xlib.XChangeWindowAttributes(desk.display.handle, over, c_ulong(1 << 9), past_the_window_manager)
+    override_redirect = (c_ulong * 14)(*[0] * 11, 1)
+    xlib.XChangeWindowAttributes(desk.display.handle, over, c_ulong(1 << 9), override_redirect)
     below = background(desk)
     for index, compositor in enumerate(("picom", "none", "picom")):
         if not desk.wheel():

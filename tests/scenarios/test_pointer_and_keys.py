@@ -1,9 +1,9 @@
-"""What the wheel must leave as it found it: the real mouse, the keys and the buttons of the person."""
+"""The wheel must not disturb the user's real mouse, keys and buttons."""
 
 import pytest
 
 from desk.desk import CONTROL, TOGGLE_KEY, field
-from desk.hands import LEFT, RIGHT
+from desk.input_devices import LEFT, RIGHT
 from desk.waiting import holds_within, wait_for
 
 
@@ -11,10 +11,10 @@ def wait_for_no_key(desk):
     wait_for("all keys to be up", lambda: not desk.target.keys_down(), 3)
 
 
-# The person's keys
+# The user's keys
 
 
-def test_keys_let_go_and_pressed_while_the_toggle_key_is_down_reach_the_window(desk):
+def test_keys_pressed_and_released_while_the_toggle_key_is_down_reach_the_window(desk):
     desk.start(field("a"))
     for is_open in (True, False):
         desk.recorder.mark()
@@ -52,18 +52,18 @@ def test_the_toggle_key_works_after_its_keyboard_changed_while_it_was_down(desk)
     desk.keyboard.press(pressed)
     desk.wait_until_open()
     desk.screen.run("setxkbmap", "us", "-variant", "dvorak")
-    wait_for("the toggle key at another place", lambda: desk.display.keycode(TOGGLE_KEY) != pressed)
+    wait_for("the toggle key on another keycode", lambda: desk.display.keycode(TOGGLE_KEY) != pressed)
     desk.wait_for_hot_key_with(0)
     desk.keyboard.release(pressed)
     desk.close_wheel()
     assert not desk.recorder.since_mark("key-down", "key-repeat")
 
 
-def test_a_modifier_that_the_person_holds_goes_to_the_program_with_the_key(desk):
+def test_a_modifier_held_by_the_user_reaches_the_program_with_the_toggle_key(desk):
     desk.start(field(("ctrl", "hold")))
     desk.choose(0)
     desk.wait_for_hot_key_with(CONTROL)
-    desk.keyboard.tap("Control_L")  # from now on it is the person's again
+    desk.keyboard.tap("Control_L")  # the user's tap releases the function's hold
     wait_for("the key with ctrl to be free", lambda: not desk.target.hot_key_is_taken(TOGGLE_KEY, CONTROL))
     desk.recorder.mark()
     desk.keyboard.press("Control_L")
@@ -75,7 +75,7 @@ def test_a_modifier_that_the_person_holds_goes_to_the_program_with_the_key(desk)
 
 
 @pytest.mark.only("linux", "keycodes are X's")
-def test_what_was_pressed_is_what_is_released_after_a_layout_change(desk):
+def test_a_layout_change_does_not_change_which_key_is_released(desk):
     desk.start(field(("y", "hold", 700)), sendDelay=0)
     desk.choose(0)
     desk.recorder.wait_for("key-down y")
@@ -89,18 +89,18 @@ def test_what_was_pressed_is_what_is_released_after_a_layout_change(desk):
 
 
 @pytest.mark.only("linux", "devices are the X server's")
-def test_a_mouse_unplugged_while_the_wheel_is_open_works_when_it_comes_back(desk):
+def test_a_mouse_unplugged_while_the_wheel_is_open_works_once_plugged_in_again(desk):
     desk.start(field("a"), field("b"), sendDelay=0)
     place = desk.display.cursor()
-    for comes_back_to_the_wheel in (True, False):
+    for is_open_on_return in (True, False):
         desk.open_wheel()
         desk.display.enable(desk.mouse.name, False)
-        if not comes_back_to_the_wheel:
+        if not is_open_on_return:
             desk.keyboard.tap(TOGGLE_KEY)
             wait_for("the wheel to close", lambda: not desk.wheel())
         desk.display.enable(desk.mouse.name, True)
-        if comes_back_to_the_wheel:
-            wait_for("the mouse to be held back again", desk.mouse_is_held)
+        if is_open_on_return:
+            wait_for("the mouse to be captured again", desk.mouse_is_held)
             desk.pick(1)
             desk.recorder.expect("b")
             assert desk.display.cursor() == place
@@ -109,21 +109,21 @@ def test_a_mouse_unplugged_while_the_wheel_is_open_works_when_it_comes_back(desk
     desk.click()
 
 
-def test_with_swapped_buttons_the_primary_one_alone_selects(desk):
+def test_with_swapped_buttons_only_the_primary_button_selects(desk):
     desk.start(field("a"), sendDelay=0)
     desk.screen.run("xmodmap", "-e", "pointer = 3 2 1")
     desk.open_wheel()
     desk.aim(0)
-    desk.mouse.click(LEFT)  # the physical left one, which is secondary now
+    desk.mouse.click(LEFT)  # the physical left button, which is secondary now
     assert not holds_within(0.3, lambda: not desk.wheel()), "the secondary button has selected"
     desk.mouse.click(RIGHT)
     desk.wait_until_closed()
     desk.recorder.expect("a")
 
 
-@pytest.mark.only("linux", "the release of the choosing press is the person's on Windows")
-def test_the_choosing_press_neither_stops_nor_ends_presses_of_functions(desk):
-    def choose_and_hold_on(index, last):
+@pytest.mark.only("linux", "on Windows the release of the selecting press goes to the programs")
+def test_the_selecting_press_does_not_interfere_with_injected_presses(desk):
+    def choose_and_keep_pressed(index, last):
         desk.recorder.mark()
         desk.open_wheel()
         desk.aim(index)
@@ -134,11 +134,11 @@ def test_the_choosing_press_neither_stops_nor_ends_presses_of_functions(desk):
         desk.keyboard.tap("e")
 
     desk.start(field("lmb"), field(("lmb", "hold")), field("q"), field(("lmb", "release")), sendDelay=0)
-    choose_and_hold_on(0, "button-up left")
+    choose_and_keep_pressed(0, "button-up left")
     desk.recorder.expect("left", "e")
     desk.choose(1)
     desk.recorder.wait_for("button-down left", 2)
-    choose_and_hold_on(2, "key-up q")
+    choose_and_keep_pressed(2, "key-up q")
     desk.recorder.expect("q", "e")
     assert desk.target.buttons_down() == {LEFT}
     desk.choose(3)

@@ -1,4 +1,4 @@
-"""How the program starts, whatever it finds, and what the session around it does."""
+"""Start-up with a second instance or broken files, and the session lock."""
 
 import shutil
 
@@ -15,7 +15,7 @@ def expect_wheel(desk):
     assert desk.program.poll() is None
 
 
-def test_a_second_copy_says_so_and_ends_without_disturbing_the_first(desk):
+def test_a_second_instance_shows_a_message_and_exits_without_disturbing_the_first(desk):
     desk.prepare(field("a"))
     desk.start_program()
     second = desk.launch_program()
@@ -24,7 +24,7 @@ def test_a_second_copy_says_so_and_ends_without_disturbing_the_first(desk):
     expect_wheel(desk)
 
 
-def test_started_from_elsewhere_it_makes_files_in_its_own_folder_and_no_broken_one_stops_it(desk):
+def test_files_are_created_in_the_program_folder_and_broken_or_missing_ones_do_not_prevent_a_start(desk):
     elsewhere = desk.screen.folder / "gdzie indziej"
     elsewhere.mkdir()
     desk.prepare()

@@ -1,4 +1,4 @@
-"""The program's window, used with mouse and keyboard by somebody who finds things as a screen reader does."""
+"""The program's window, used with real mouse and keyboard; widgets are found over AT-SPI, as screen readers do."""
 
 import json
 import shutil
@@ -7,11 +7,11 @@ import pytest
 
 from desk.accessible import ENABLED, FOCUSABLE, FOCUSED, SELECTED, Program
 from desk.desk import field
-from desk.hands import RIGHT, place_cursor
-from desk.waiting import GENEROUS_S, wait_for
+from desk.input_devices import RIGHT, place_cursor
+from desk.waiting import TIMEOUT_S, wait_for
 from desk.x11 import xlib
 
-pytestmark = pytest.mark.only("linux")  # Wine passes on nothing of a program's widgets
+pytestmark = pytest.mark.only("linux")  # Wine publishes no widgets
 
 KEY = "Klawisz lub przycisk myszy"
 CONTROLS = ("check box", "combo box", "list", "push button", "slider", "spin box", "text", "tree")
@@ -28,9 +28,9 @@ class User:
         self.window = self.program.window("Rotika")
 
     def click(self, widget):
-        """In its middle, once it has come to rest."""
-        seen = [widget.place()]
-        wait_for("the widget to stay where it is", lambda: seen.append(widget.place()) or seen[-1] == seen[-2])
+        """Clicks its middle, once it has stopped moving."""
+        seen = [widget.extents()]
+        wait_for("the widget to stay where it is", lambda: seen.append(widget.extents()) or seen[-1] == seen[-2])
         left, top, width, height = seen[-1]
         place_cursor(self.desk.display, *(round(at * self.scale) for at in (left + width / 2, top + height / 2)))
         self.desk.mouse.click()
@@ -39,12 +39,12 @@ class User:
         self.click((within or self.window).find(name, role))
 
     def wait_until_selected(self, name, role):
-        wait_for(f"{name} to be selected", lambda: self.window.find(name, role).is_in(SELECTED))
+        wait_for(f"{name} to be selected", lambda: self.window.find(name, role).has_state(SELECTED))
 
     def type_over(self, widget, text):
-        if not widget.is_in(FOCUSED):
+        if not widget.has_state(FOCUSED):
             self.click(widget)
-            wait_for("the field to have the keyboard", lambda: widget.is_in(FOCUSED))
+            wait_for("the field to have the keyboard", lambda: widget.has_state(FOCUSED))
         self.keyboard.press("Control_L")
         self.keyboard.tap("a")
         self.keyboard.release("Control_L")
@@ -54,7 +54,7 @@ class User:
         self.type_over(self.window.find(name, role), text)
 
     def answer(self, title, text):
-        """Types it into the field in front of the dialog of that title, and accepts."""
+        """Types the text into the focused field of the dialog of that title, and accepts."""
         self.type_over(self.program.window(title).focused(), text)
         self.keyboard.tap("Return")
 
@@ -83,7 +83,7 @@ class User:
 
     def close_window(self):
         self.desk.display.close_window(self.desk.display.titled("Rotika")[0])
-        wait_for("the window to go", lambda: "Rotika" not in self.desk.display.titles())
+        wait_for("the window to close", lambda: "Rotika" not in self.desk.display.titles())
 
 
 @pytest.fixture
@@ -91,7 +91,7 @@ def user(desk):
     return User(desk)
 
 
-def test_a_wheel_is_made_saved_activated_and_played(desk, user):
+def test_a_wheel_is_created_saved_activated_and_used(desk, user):
     desk.target.set_handler(desk.target.opener())
     desk.prepare(field("a"))
     user.start()
@@ -101,7 +101,7 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
     user.wait_until_selected("Strzelanka", "tree item")
     user.press("Dodaj funkcję")
     wait_for("its name to have the keyboard", lambda: user.window.focused().name() == "Nazwa")
-    user.keyboard.type("Leczenie")  # in place of the name that it came with
+    user.keyboard.type("Leczenie")  # replaces the preset name, which is selected
     user.fill("Fraza głosowa", "leczenie")
     user.press("Ikona: Wybierz…")
     icons = user.program.window("Wybierz ikonę")
@@ -115,7 +115,7 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
     user.press("klik:  b", role="list item")
     user.press("Usuń krok")
     user.add_step("otwórz", "handled:strzal")
-    for answer in ("Nie", "Tak"):  # after the first it is still there
+    for answer in ("Nie", "Tak"):  # after the first answer the wheel is still there
         user.press("Koło", role="tree item")
         user.press("Usuń koło lub funkcję")
         user.answer_box(answer)
@@ -131,8 +131,8 @@ def test_a_wheel_is_made_saved_activated_and_played(desk, user):
     assert desk.recorder.presses() == ["key-down Shift_L", *2 * ["key-down F6", "key-up F6"], "key-up Shift_L"]
 
 
-def test_what_cannot_be_saved_is_rescued_at_nobodys_cost_and_settings_reach_the_engine(desk, user):
-    desk.variables["QT_NO_GLIB"] = "1"  # another event loop, which serves nothing of the engine's by itself
+def test_a_failed_save_loses_nothing_and_settings_reach_the_engine(desk, user):
+    desk.variables["QT_NO_GLIB"] = "1"  # an event loop that does not run the engine's GLib sources by itself
     desk.prepare(field("a"), voiceEnabled=True)
     (desk.folder / "dysk").mkdir()
     shutil.copy(desk.folder / "default.json", desk.folder / "dysk")
@@ -141,19 +141,19 @@ def test_what_cannot_be_saved_is_rescued_at_nobodys_cost_and_settings_reach_the_
     user.open_file("dysk/default.json")
     user.press("Otwórz…")
     user.answer("Otwórz plik kół", "urwany.json")
-    user.answer_box()  # it cannot be read, and the one that was open stays
+    user.answer_box()  # the file cannot be read; the open document stays
     user.press("Dodaj funkcję")
-    shutil.rmtree(desk.folder / "dysk")  # the medium has been taken out
-    user.press("Aktywuj")  # it saves first
+    shutil.rmtree(desk.folder / "dysk")  # as when a removable medium is taken out
+    user.press("Aktywuj")  # saves first, which fails
     user.answer_box()
     desk.write(rescued := "../home/ocalone.json", foreign := {"wheels": [{"name": "Nowe", "actions": [field("n")]}]})
     user.press("Zapisz jako…")
     for answer in ("Nie", "Tak"):
         user.answer("Zapisz jako", "~/ocalone")
-        box = wait_for("the question", lambda: user.program.look_for(lambda each: each.role() == "alert message"))
+        box = wait_for("the question", lambda: user.program.find_shown(lambda each: each.role() == "alert message"))
         assert user.file(rescued) == foreign
         user.press(answer, box)
-        wait_for("it to go", lambda: not user.program.look_for(lambda each: each.role() == "alert message"))
+        wait_for("it to close", lambda: not user.program.find_shown(lambda each: each.role() == "alert message"))
     wait_for("the rescued file", lambda: len(user.file(rescued)["wheels"][0]["actions"]) == 2)
     desk.write("default.json", foreign)
     desk.write("config.json", settings := {"toggleKey": "x", "tajemnica": [1, {"a": None}]})
@@ -161,13 +161,13 @@ def test_what_cannot_be_saved_is_rescued_at_nobodys_cost_and_settings_reach_the_
     user.press("Komendy głosowe włączone", role="check box")
     settings |= {"voiceEnabled": False, "voiceGlobal": True}
     wait_for("the settings", lambda: user.file("config.json") == settings)
-    user.close_window()  # without a tray, where the toggle key is left
+    user.close_window()  # without a tray the toggle key still works
     desk.work_in_recorder()
     desk.choose(0)
     desk.recorder.wait_for("key-up n")
 
 
-def test_the_window_hides_in_the_tray_whose_icon_brings_it_back_and_whose_menu_ends_the_program(desk, user):
+def test_closing_hides_to_the_tray_whose_icon_restores_the_window_and_whose_menu_quits(desk, user):
     desk.prepare(field("a"))
     desk.screen.launch(*"trayer --edge bottom --align right --widthtype pixel --width 200 --heighttype pixel --height 40 "
                        "--SetDockType true --expand false".split())
@@ -177,32 +177,32 @@ def test_the_window_hides_in_the_tray_whose_icon_brings_it_back_and_whose_menu_e
     wait_for("the icon at the panel's end", lambda: desk.display.pixel(1266, 780) != desk.display.pixel(1220, 780))
     user.close_window()
     place_cursor(desk.display, 1266, 780)
-    xlib.XGrabServer(desk.display.handle)  # or a busy server might be too slow for a double click
+    xlib.XGrabServer(desk.display.handle)  # or a busy server might exceed the double-click time
     desk.mouse.click()
     desk.mouse.click()
     xlib.XUngrabServer(desk.display.handle)
     wait_for("the window again", lambda: desk.is_in_front("Rotika"))
     desk.mouse.click(RIGHT)
-    menu = wait_for("the menu", lambda: next(  # it is in no tree of widgets
+    menu = wait_for("the menu", lambda: next(  # it is not published over AT-SPI
         (shown for shown in desk.display.shown_windows() if 60 < shown.height < 300), None))
-    # "Zakończ", with the window in sight, which a quit would ask and which never agrees to close.
+    # "Zakończ" must end the program although its visible window refuses to close.
     x, y = menu.left + 12, menu.top + round(0.82 * menu.height)
     place_cursor(desk.display, x, y)
-    wait_for("the entry to light up", lambda: desk.display.pixel(x, y) == (0x18, 0x5F, 0xA5))
+    wait_for("the entry to be highlighted", lambda: desk.display.pixel(x, y) == (0x18, 0x5F, 0xA5))
     desk.mouse.click()
-    assert desk.program.wait(GENEROUS_S) == 0
+    assert desk.program.wait(TIMEOUT_S) == 0
 
 
-def in_view(place, whole, enough=20):
-    """Whether that much of it, or all if it is smaller, is to be seen."""
+def in_view(extents, whole, enough=20):
+    """Whether at least `enough` of it in each direction, or all if it is smaller, lies within `whole`."""
     return all(min(a + length, b + room) - max(a, b) >= min(length, enough)
-               for a, b, length, room in zip(place, whole, place[2:], whole[2:]))
+               for a, b, length, room in zip(extents, whole, extents[2:], whole[2:]))
 
 
 @pytest.mark.parametrize("theme, colour, scale", [("Fluent (jasny)", (0xE9, 0xEE, 0xF7), 1),
                                                   ("Pro studio (grafit)", (0x17, 0x19, 0x1D), 1.5),
                                                   ("Neon (gaming)", (0x0B, 0x0E, 0x1A), 2)])
-def test_a_remembered_theme_fits_on_the_screen_with_every_control_in_reach_of_tab(desk, user, theme, colour, scale):
+def test_a_saved_theme_fits_the_screen_and_tab_reaches_every_control(desk, user, theme, colour, scale):
     user.scale = scale
     desk.variables["QT_SCALE_FACTOR"] = str(scale)
     desk.prepare(field("a", icon="icons/atak.png", color="#E74C3C", name="Granat z bardzo długim opóźnieniem i nazwą"))
@@ -216,14 +216,14 @@ def test_a_remembered_theme_fits_on_the_screen_with_every_control_in_reach_of_ta
     for page in [row.name() for row in user.window.find("Strony", "list").children()]:
         user.press(page, role="list item")
         user.wait_until_selected(page, "list item")
-        assert in_view(user.window.place(), (0, 0, *(side / scale for side in desk.screen.size)), enough=10000)
+        assert in_view(user.window.extents(), (0, 0, *(side / scale for side in desk.screen.size)), enough=10000)
         unreached = {each.reference: each.name() for each in user.window.shown() if each.role() in CONTROLS and
-                     each.name() != KEY and each.is_in(FOCUSABLE) and each.is_in(ENABLED)}
+                     each.name() != KEY and each.has_state(FOCUSABLE) and each.has_state(ENABLED)}
         last = pages = user.window.focused()
         while pages.reference in unreached:
             user.keyboard.tap("Tab")
             last = wait_for(f"the control after {last.name()}", lambda: (now := user.window.focused()) and
                             now.reference != last.reference and now)
             unreached.pop(last.reference, None)
-            wait_for(f"{last.name()} in view", lambda: last.name() and in_view(last.place(), user.window.place()))
+            wait_for(f"{last.name()} in view", lambda: last.name() and in_view(last.extents(), user.window.extents()))
         assert not unreached

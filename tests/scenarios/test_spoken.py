@@ -1,4 +1,4 @@
-"""Somebody speaks, the real recogniser listens."""
+"""Synthesised speech, recognised by the real recogniser."""
 
 from desk.desk import field
 from desk.device import Device
@@ -7,7 +7,7 @@ from desk.waiting import wait_for
 
 
 class Speaker:
-    """Two wheels of two fields, each with a phrase, and a function without a field; and who speaks to them."""
+    """Two wheels of two fields with phrases, a voice function without a field, and the voice that speaks to them."""
 
     def __init__(self, desk):
         target = desk.target
@@ -23,7 +23,7 @@ class Speaker:
         self.recogniser.wait_for_call("listening")
 
     def say(self, text, understood=None):
-        """Waits until the recogniser has understood, that or else the text itself."""
+        """Speaks, and waits until the recogniser has understood `understood`, or else the text itself."""
         line = f'"text" : "{understood or text}"'
         before = len(self.recogniser.log())
         self.sound.say(text)
@@ -31,12 +31,12 @@ class Speaker:
                  lambda: any(line in heard for heard in self.recogniser.log()[before:]))
 
     def expect(self, *things):
-        """These have been pressed and released since the last time, and nothing but them."""
+        """Exactly these have been pressed and released since the last call."""
         self.desk.recorder.expect(*things)
         self.desk.recorder.mark()
 
 
-def test_the_wheel_is_shown_turned_chosen_from_and_hidden_and_phrases_run_their_functions(desk):
+def test_speech_shows_turns_and_hides_the_wheel_and_runs_functions(desk):
     speaker = Speaker(desk)
     for turns, choice, key in (((), "schowaj koło", ""), (("następne koło",), "kliknij", "d"), ((), "leczenie", "a")):
         speaker.say("pokaż koło")
@@ -49,13 +49,13 @@ def test_the_wheel_is_shown_turned_chosen_from_and_hidden_and_phrases_run_their_
         speaker.expect(*key)
     for text in ("dzień dobry", "która godzina", "zielone drzewo"):
         speaker.say(text, "[unk]")
-    speaker.say("kliknij dwa razy na trzy")  # meant for numbered elements, of which there are none
-    for text, key in (("tarcza", "b"), ("mapa", "c"), ("zapisz", "e")):  # "mapa" may be of the wheel that is not active
+    speaker.say("kliknij dwa razy na trzy")  # does nothing: no labels are shown
+    for text, key in (("tarcza", "b"), ("mapa", "c"), ("zapisz", "e")):  # "mapa" belongs to the inactive wheel
         speaker.say(text)
         speaker.expect(key)
 
 
-def test_clicks_go_to_the_real_cursor_and_numbers_lead_it_through_the_grid(desk):
+def test_spoken_clicks_go_to_the_real_cursor_and_numbers_move_it_through_the_grid(desk):
     speaker = Speaker(desk)
     for text, *buttons in (("kliknij", "left"), ("dwuklik", "left", "left"), ("prawy klik", "right")):
         speaker.say(text)
@@ -63,8 +63,8 @@ def test_clicks_go_to_the_real_cursor_and_numbers_lead_it_through_the_grid(desk)
     for text, place in (("pokaż siatkę", (640, 400)), ("jedenaście", (800, 500)), ("dwa", (880, 450))):
         speaker.say(text)
         wait_for(f"the cursor at {place}", lambda: desk.display.cursor() == place)
-    for click in (desk.mouse.click, lambda: speaker.say("kliknij")):  # the person's goes through the grid
+    for click in (desk.mouse.click, lambda: speaker.say("kliknij")):  # a real click passes through the grid
         click()
         desk.recorder.wait_for("button-up left")
-        assert {record.place for record in desk.recorder.since_mark("button-down")} == {(880, 450)}
+        assert {record.position for record in desk.recorder.since_mark("button-down")} == {(880, 450)}
         desk.recorder.mark()

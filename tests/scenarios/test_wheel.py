@@ -1,15 +1,15 @@
-"""Choosing with the wheel, and what its functions then do, as the program in front sees it."""
+"""Selecting from the wheel, and the effect of its functions on the foreground program."""
 
 import time
 
 import pytest
 
 from desk.desk import CONTROL, SHIFT, TOGGLE_KEY, field
-from desk.hands import RIGHT, place_cursor
+from desk.input_devices import RIGHT, place_cursor
 from desk.waiting import wait_for
 
 
-def test_the_program_in_front_sees_what_was_chosen_and_nothing_else(desk):
+def test_the_foreground_program_receives_the_chosen_steps_and_nothing_else(desk):
     desk.start(*map(field, "abcd"), sendDelay=0)
     for index, another_device_moved_last in ((2, False), (None, False), (0, True), (None, True), (3, False)):
         if another_device_moved_last:
@@ -19,7 +19,7 @@ def test_the_program_in_front_sees_what_was_chosen_and_nothing_else(desk):
         desk.open_wheel()
         desk.aim(1)
         desk.mouse.click(RIGHT)
-        desk.keyboard.tap("q")  # the keys go on reaching it
+        desk.keyboard.tap("q")  # keys still reach the foreground program
         desk.recorder.wait_for("key-up q")
         if index is None:
             desk.mouse.move(40, 30)
@@ -28,17 +28,17 @@ def test_the_program_in_front_sees_what_was_chosen_and_nothing_else(desk):
             desk.pick(index)
         desk.recorder.expect("q", *("" if index is None else "abcd"[index]))
         assert not desk.recorder.since_mark("focus-out")
-        assert {desk.display.cursor()} | {record.place for record in desk.recorder.since_mark("motion")} == {place}
+        assert {desk.display.cursor()} | {record.position for record in desk.recorder.since_mark("motion")} == {place}
         assert desk.next_motion() == (3, 3)
 
 
-def test_nothing_is_lost_however_fast_key_and_mouse_are(desk):
+def test_no_input_is_lost_at_any_speed_of_key_and_mouse(desk):
     desk.start(*map(field, "abcd"), sendDelay=0, keyHold=10)
     for is_open in [True, False] * 12:
         desk.keyboard.tap(TOGGLE_KEY)
         wait_for("the wheel to follow the key", lambda: bool(desk.wheel()) == is_open)
     desk.wait_until_closed()
-    for _ in range(25):  # a press counts where the cursor stood
+    for _ in range(25):  # a press counts at the cursor's position at that moment
         desk.recorder.mark()
         desk.open_wheel()
         desk.aim(0)
@@ -49,7 +49,7 @@ def test_nothing_is_lost_however_fast_key_and_mouse_are(desk):
         desk.recorder.expect("a")
 
 
-def test_with_take_focus_the_program_in_front_gets_the_keyboard_back(desk):
+def test_with_take_focus_the_foreground_program_gets_the_keyboard_back(desk):
     desk.start(field("a"), takeFocus=True, sendDelay=0)
     # Wine loses raw input when a window takes the foreground while it shares another thread's input.
     for way_out, key in (("toggle", "q"), ("choice", "a"))[:1 + desk.target.input_is_exact]:
@@ -64,7 +64,7 @@ def test_with_take_focus_the_program_in_front_gets_the_keyboard_back(desk):
         desk.recorder.expect(key)
 
 
-# What functions do
+# Effects of functions
 
 
 @pytest.mark.parametrize("steps, settings, seen, least_ms", [
@@ -77,7 +77,7 @@ def test_with_take_focus_the_program_in_front_gets_the_keyboard_back(desk):
      ["Up", "Home", "Delete", "Next", "space", "Return", "Tab", "Escape", "5", "F1", "F13", "Caps_Lock", "Caps_Lock",
       "BackSpace", "Super_L", "XF86AudioRaiseVolume", "XF86AudioPlay"], 0),
 ], ids=["pauses", "buttons", "keys"])
-def test_steps_arrive_as_told(desk, steps, settings, seen, least_ms):
+def test_steps_are_injected_in_order_with_their_pauses(desk, steps, settings, seen, least_ms):
     desk.start(field(*steps, delay=150 if least_ms else 0), **settings)
     place = desk.display.cursor()
     desk.open_wheel()
@@ -86,19 +86,19 @@ def test_steps_arrive_as_told(desk, steps, settings, seen, least_ms):
     desk.mouse.click()
     desk.recorder.expect(*seen)
     assert time.monotonic() - chosen >= least_ms / 1000
-    assert {press.place for press in desk.recorder.since_mark("button-down", "button-up")} <= {place}
+    assert {press.position for press in desk.recorder.since_mark("button-down", "button-up")} <= {place}
 
 
-def test_keys_held_without_a_time_stay_down_until_another_field_lets_go(desk):
+def test_keys_held_without_a_time_stay_down_until_another_field_releases_them(desk):
     held, released = ([(name, action) for name in ("w", "ctrl", "shift")] for action in ("przytrzymaj", "puść"))
     desk.start(field(*held, "a", delay=500), field(*released))
     desk.choose(0)
     desk.recorder.wait_for("key-up a")
-    desk.wait_for_hot_key_with(CONTROL, SHIFT)  # or the wheel could not be opened any more
+    desk.wait_for_hot_key_with(CONTROL, SHIFT)  # otherwise the wheel could not be opened
     desk.choose(1)
     desk.recorder.expect("key-down w", "key-down Control_L", "key-down Shift_L", "a",
                          "key-up w", "key-up Control_L", "key-up Shift_L")
-    assert not desk.recorder.since_mark("key-repeat"), "on Windows an injected key does not repeat; nor elsewhere"
+    assert not desk.recorder.since_mark("key-repeat"), "an injected key must not repeat on any system"
 
 
 def test_functions_open_files_programs_and_addresses(desk):

@@ -51,7 +51,7 @@ def places(length):
 
 
 def word_graph(lexicon, words, index):
-    """Arcs (transition, word, cost, next) of each state: any word after any, silence between them or not."""
+    """Arcs (transition, word, cost, next) of each state: any word after any other, with optional silence between."""
     between, silent = 0, 1
     arcs = [[(2, 0, 0.69, silent)], [(1, 0, 0.0, silent)]]
     for word, said in lexicon.items():
@@ -106,7 +106,7 @@ def transition_model(phones):
 
 
 def components(layers, share, unknown_score):
-    """Pairs of a component's kind and its text: the net, then its probabilities made likelihoods."""
+    """Pairs of a component's kind and its text: the net, then the conversion of probabilities to likelihoods."""
 
     def affine(w, b):
         return "FixedAffineComponent", f"<LinearParams> {matrix(w)}<BiasParams> {vector(b)}"

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Makes a small Polish model folder that the speech library loads, from nothing but espeak-ng's own speech.
+"""Makes a small Polish model folder for the speech library, trained only on espeak-ng's speech.
 
-It serves the tests: it knows the words of words.txt as espeak-ng's voices say them, and nothing is known about
-human ones. espeak-ng speaks random word strings in many voices and reports when each phoneme begins; a small net
-learns to tell the phoneme of a frame; the net and a graph of the words are written as the library reads them.
-Needs numpy with an optimised BLAS, and libespeak-ng.so.1. Some three minutes on two cores.
+For the tests: it recognises the words of words.txt as espeak-ng's voices speak them, and has not been tried with human
+voices. espeak-ng speaks random word strings in many voices and reports when each phoneme begins; a small net learns to
+classify a frame's phoneme; the net and a graph of the words are written in the library's formats. Needs numpy with an
+optimised BLAS, and libespeak-ng.so.1. About three minutes on two cores.
 """
 
 import argparse
@@ -25,14 +25,14 @@ def main():
     parser.add_argument("folder", help="to write the model into")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--utterances", type=int, default=4000)
-    parser.add_argument("--hidden", type=int, default=192, help="size of the net's inner layers")
+    parser.add_argument("--hidden", type=int, default=192, help="size of the net's hidden layers")
     parser.add_argument("--epochs", type=int, default=5)
     options = parser.parse_args()
 
     began = time.time()
     random, speaker = np.random.default_rng(options.seed), Speaker()
     words = (HERE / "words.txt").read_text(encoding="utf-8").split()
-    others = (HERE / "other_words.txt").read_text(encoding="utf-8").split()  # what is not in the vocabulary
+    others = (HERE / "other_words.txt").read_text(encoding="utf-8").split()  # outside the vocabulary
     lexicon = {word: speaker.pronounce(word) for word in words}
     phonemes = sorted({name for word in words + others for name in speaker.pronounce(word)})
     index = {name: i for i, name in enumerate([SILENCE, *phonemes])}

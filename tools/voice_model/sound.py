@@ -1,11 +1,11 @@
-"""Sound at 16 kHz: what may happen to it on its way into a microphone, and what the recogniser looks at."""
+"""Sound at 16 kHz: simulated recording conditions for training, and the recogniser's features."""
 
 import numpy as np
 
 RATE = 16000
 CEPSTRA = 40
 FRAME_SECONDS = 0.01
-LOUDEST, QUIETEST = 3.7, 1.9  # of speech: tens logarithm of its effective value
+LOUDEST, QUIETEST = 3.7, 1.9  # of speech: decimal logarithm of the RMS value
 
 
 def resample(x, rate):
@@ -18,7 +18,7 @@ def resample(x, rate):
 
 
 def noise(count, random):
-    """White, pink, brown or of one band; of effective value 1."""
+    """White, pink, brown or band noise with an RMS value of 1."""
     spectrum = np.fft.rfft(random.normal(size=count))
     f = np.arange(len(spectrum)) + 1.0
     band = np.exp(-(((np.log(f / len(f)) - random.uniform(-4, -0.5)) / 0.6) ** 2)) + 0.05
@@ -27,7 +27,7 @@ def noise(count, random):
 
 
 def colour(x, random):
-    """A gentle tone control."""
+    """Applies a random smooth frequency response."""
     spectrum = np.fft.rfft(x)
     places = np.linspace(0, 1, len(spectrum))
     gain = np.interp(places, np.linspace(0, 1, 6) ** 2, 4 * random.normal(size=6))
@@ -54,7 +54,7 @@ def disturb(x, random):
     return x
 
 
-# Kaldi's MFCC features, as kaldi_model.MFCC_OPTIONS asks for them: frames of 25 ms every 10 ms.
+# Kaldi's MFCC features with the options of kaldi_model.MFCC_OPTIONS: frames of 25 ms every 10 ms.
 
 
 def _tables():

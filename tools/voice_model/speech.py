@@ -1,10 +1,10 @@
-"""espeak-ng's Polish speech, with the moment at which each phoneme begins."""
+"""espeak-ng's Polish speech, with the time at which each phoneme begins."""
 
 import ctypes
 
 import numpy as np
 
-# Speakers that the net learns from. The tests speak with others.
+# Voices for training. The tests use others.
 VOICES = """
     m1 m2 m3 m4 m6 m7 f1 f2 f3 f5 Andy Annie Denis Diogo Gene Henrique Hugo Jacky Lee Mario Michael Mike Nguyen
     adam anika antonio belinda benjamin boris david edward gustave iven iven2 john kaukovalta linda marcelo max
@@ -12,9 +12,9 @@ VOICES = """
 """.split()
 
 SILENCE = "SIL"
-TWINS = {"a#": "a", "E#": "E", ";": "j"}  # unstressed and gliding forms of one sound
+ALLOPHONES = {"a#": "a", "E#": "E", ";": "j"}  # unstressed and gliding variants of a phoneme
 
-# Of espeak-ng's speak_lib.h
+# From espeak-ng's speak_lib.h
 SYNCHRONOUS_OUTPUT = 2
 REPORT_PHONEMES = 1
 PHONEME_EVENT = 7
@@ -40,7 +40,7 @@ CALLBACK = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.POINTER(ctypes.c_short), ctypes
 
 def phoneme(name):
     name = name.strip("'`,%:|")
-    return SILENCE if not name or name.startswith("_") else TWINS.get(name, name)
+    return SILENCE if not name or name.startswith("_") else ALLOPHONES.get(name, name)
 
 
 class Speaker:
@@ -48,10 +48,10 @@ class Speaker:
         self.library = ctypes.CDLL("libespeak-ng.so.1")
         self.rate = self.library.espeak_Initialize(SYNCHRONOUS_OUTPUT, 0, None, REPORT_PHONEMES)
         self.pieces, self.events = [], []
-        self.callback = CALLBACK(self._take)
+        self.callback = CALLBACK(self._receive)
         self.library.espeak_SetSynthCallback(self.callback)
 
-    def _take(self, sound, count, events):
+    def _receive(self, sound, count, events):
         if sound and count > 0:
             self.pieces.append(np.ctypeslib.as_array(sound, (count,)).copy())
         i = 0
@@ -62,7 +62,7 @@ class Speaker:
         return 0
 
     def speak(self, text, voice="pl", rate=175, pitch=50, pitch_range=50):
-        """The sound at self.rate, and pairs of a phoneme and its first sample."""
+        """The sound at self.rate, and pairs of a phoneme and the number of its first sample."""
         if self.library.espeak_SetVoiceByName(voice.encode()):
             raise SystemExit(f"espeak-ng has no voice {voice}")
         for parameter, value in ((RATE, rate), (PITCH, pitch), (RANGE, pitch_range)):

@@ -1,16 +1,16 @@
-"""A small feed-forward net that tells the phoneme of a frame, learned from spoken word strings."""
+"""A small feed-forward net that classifies a frame's phoneme, trained on spoken word strings."""
 
 import numpy as np
 
 import sound
 from speech import SILENCE, VOICES
 
-OFFSETS = [-9, -6, -4, -2, -1, 0, 1, 2, 4, 6, 9]  # which frames the net sees around the present one
+OFFSETS = [-9, -6, -4, -2, -1, 0, 1, 2, 4, 6, 9]  # the net's input frames, relative to the current one
 BATCH = 512
 
 
 def utterance(speaker, random, text):
-    """16 kHz sound with silence around it, and pairs of a phoneme and the second at which it begins."""
+    """16 kHz sound with silence before and after, and pairs of a phoneme and its start in seconds."""
     voice = "pl+" + random.choice(VOICES)
     rate, pitch, pitch_range = (int(random.uniform(*limits)) for limits in ((110, 250), (5, 95), (20, 90)))
     spoken, events = speaker.speak(text, voice, rate, pitch, pitch_range)
@@ -22,7 +22,7 @@ def utterance(speaker, random, text):
 
 
 def corpus(speaker, count, index, words, others, random):
-    """Features of `count` utterances, for each frame the rows that the net sees, and its phoneme (-1: none)."""
+    """Features of `count` utterances; for each frame the rows of the net's input, and its phoneme (-1: none)."""
     all_features, rows, labels, start = [], [], [], 0
     for k in range(count):
         pool = words if random.random() < 0.6 else others if random.random() < 0.7 else words + others
@@ -44,7 +44,7 @@ def corpus(speaker, count, index, words, others, random):
 
 
 def forward(x, weights, biases):
-    """The layers' values, and the logarithms of the classes' probabilities."""
+    """The layers' activations, and the log probabilities of the classes."""
     values = [x]
     for i, (w, b) in enumerate(zip(weights, biases)):
         z = values[-1] @ w.T + b
@@ -72,18 +72,18 @@ class Adam:
         self.means = [np.zeros_like(p) for p in parameters]
         self.squares = [np.zeros_like(p) for p in parameters]
 
-    def follow(self, slopes):
+    def update(self, slopes):
         self.step += 1
         rate = 0.002 * min(1, self.step / 200) * max(0.02, 1 - self.step / self.steps)
         for p, slope, mean, square in zip(self.parameters, slopes, self.means, self.squares):
             mean += 0.1 * (slope - mean)
             square += 0.001 * (slope * slope - square)
-            way = mean / (1 - 0.9**self.step) / (np.sqrt(square / (1 - 0.999**self.step)) + 1e-7)
-            p -= (rate * way).astype(np.float32)
+            change = mean / (1 - 0.9**self.step) / (np.sqrt(square / (1 - 0.999**self.step)) + 1e-7)
+            p -= (rate * change).astype(np.float32)
 
 
 def train(all_features, rows, labels, classes, hidden, epochs, random):
-    """Pairs of weights and biases that take raw features, and how often each class occurs."""
+    """Pairs of weights and biases for unscaled features, and the relative frequency of each class."""
     mean, deviation = all_features.mean(0), all_features.std(0) + 1e-3
     scaled = (all_features - mean) / deviation
     sizes = [sound.CEPSTRA * len(OFFSETS), hidden, hidden, hidden, classes]
@@ -96,7 +96,7 @@ def train(all_features, rows, labels, classes, hidden, epochs, random):
         for k in range(0, len(order) - BATCH + 1, BATCH):
             some = order[k : k + BATCH]
             slopes, loss = gradients(scaled[rows[some]].reshape(BATCH, -1), labels[some], weights, biases)
-            adam.follow(slopes)
+            adam.update(slopes)
             losses.append(loss)
         print(f"epoch {epoch + 1} of {epochs}: loss {np.mean(losses):.3f}", flush=True)
     share = np.bincount(labels[known], minlength=classes) / len(known)

@@ -1,15 +1,14 @@
-// The desk's hand among Windows programs:
-//   desk_helper record LOG WIDTH HEIGHT  the window in front, which writes down the input that it gets
-//   desk_helper activate FILE            the engine is to take the wheels of this file; exit status 1 for yes
-//   desk_helper stray                    sends it private messages that no worker of its has posted
-//   desk_helper quit                     ends it in good order
-//   desk_helper taken KEY FLAGS          whether this hot key has an owner; exit status 1 for yes
-//   desk_helper [WORD]                   as the program that a step opens: adds WORD or "started" to the
-//   notes
+// The desk's helper program for Windows:
+//   desk_helper record LOG WIDTH HEIGHT  shows the foreground window and logs the input that it receives
+//   desk_helper activate FILE            sends the engine this wheel file; exit status 1 if it accepts
+//   desk_helper stray                    sends the engine private messages that none of its workers has
+//   posted desk_helper quit                     ends the engine by WM_QUIT desk_helper taken KEY FLAGS
+//   whether this hot key is registered; exit status 1 for yes desk_helper [WORD]                   the
+//   program that a step opens: adds WORD or "started" to the notes
 //
-// The log has one line for an event: TIME KIND KEY STATE X Y, with the time in the system's milliseconds, a
-// virtual key also for a button, and the state of shift, ctrl and alt by X11's bits. The kind "held" lists
-// the keys that are down anywhere on the desktop whenever they have changed.
+// The log has one line for each event: TIME KIND KEY STATE X Y, with the time in the system's milliseconds, a
+// virtual key also for a button, and the state of shift, ctrl and alt by X11's bits. A line of the kind
+// "held" lists all keys that are down on the desktop, whenever they have changed.
 
 #include <windows.h>
 #include <windowsx.h>
@@ -24,7 +23,7 @@ namespace {
 
 constexpr int noEngine = 3;
 constexpr ULONG_PTR activateWheelFile = 1;
-constexpr UINT lookIntervalMs = 20;
+constexpr UINT heldPollMs = 20;
 
 std::ofstream eventLog;
 
@@ -37,7 +36,7 @@ void write(const char* kind, const std::string& keys = "0") {
              << ' ' << GET_Y_LPARAM(place) << std::endl;
 }
 
-void CALLBACK writeWhatIsHeld(HWND, UINT, UINT_PTR, DWORD) {
+void CALLBACK writeHeldKeys(HWND, UINT, UINT_PTR, DWORD) {
     static std::string before = "0";
     std::string held = "0";
     for (int key = 1; key < 255; ++key)
@@ -47,7 +46,7 @@ void CALLBACK writeWhatIsHeld(HWND, UINT, UINT_PTR, DWORD) {
     before = held;
 }
 
-/// Each kind of button has the messages down, up and double click in a row.
+/// Each button's messages down, up and double click have consecutive numbers.
 bool writeButton(UINT message, WPARAM details) {
     const int extra = GET_XBUTTON_WPARAM(details) == XBUTTON1 ? VK_XBUTTON1 : VK_XBUTTON2;
     const std::map<UINT, int> keys{{WM_LBUTTONDOWN, VK_LBUTTON},
@@ -92,7 +91,7 @@ int record(const char* log, int width, int height) {
                                         nullptr, description.hInstance, nullptr);
     ShowWindow(window, SW_SHOW);
     SetForegroundWindow(window);
-    SetTimer(nullptr, 0, lookIntervalMs, writeWhatIsHeld);
+    SetTimer(nullptr, 0, heldPollMs, writeHeldKeys);
     MSG message;
     while (GetMessageW(&message, nullptr, 0, 0) > 0)
         DispatchMessageW(&message);
@@ -106,7 +105,7 @@ int activate(HWND engine, const std::string& file) {
     return static_cast<int>(SendMessageW(engine, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)));
 }
 
-bool sendStrays(HWND engine) {
+bool sendStrayMessages(HWND engine) {
     bool isSent = true;
     for (const UINT message : {WM_APP + 5U, WM_APP + 6U, WM_APP + 8U})
         for (const LPARAM made : {0LL, 0x7FFF12345678LL})
@@ -131,7 +130,7 @@ int main(int argc, char** argv) {
     if (word == "activate" && argc == 3)
         return activate(engine, argv[2]);
     if (word == "stray")
-        return sendStrays(engine) ? 0 : noEngine;
+        return sendStrayMessages(engine) ? 0 : noEngine;
     if (word == "quit")
         return PostThreadMessageW(GetWindowThreadProcessId(engine, nullptr), WM_QUIT, 0, 0) ? 0 : noEngine;
     return note(word);

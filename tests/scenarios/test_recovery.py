@@ -1,22 +1,22 @@
-"""Whatever happens to the program, its guard or the screen: the person has mouse and keys again."""
+"""After an exit, kill, stall or screen change the user has mouse and keyboard back."""
 
 import signal
 
 import pytest
 
 from desk.desk import LAYER, TOGGLE_KEY, field
-from desk.hands import place_cursor
+from desk.input_devices import place_cursor
 from desk.waiting import holds_within, wait_for
 from desk.x11 import xlib
 
 STALL_LIMIT_S = 3.0
-BESIDE = (200, 200)  # the wheel
+BESIDE_WHEEL = (200, 200)
 LONG_SHIFT = ("shift", "hold", 60000)
 
 
 @pytest.mark.parametrize("way", ["kill", "quit"])
-def test_an_end_with_the_wheel_open_gives_the_mouse_back_and_it_starts_again(desk, way):
-    desk.start(field("a"), cursor=BESIDE)
+def test_an_exit_with_the_wheel_open_releases_the_mouse_and_allows_a_restart(desk, way):
+    desk.start(field("a"), cursor=BESIDE_WHEEL)
     place = desk.display.cursor()
     desk.open_wheel()
     desk.aim(0)
@@ -38,8 +38,9 @@ def test_an_end_with_the_wheel_open_gives_the_mouse_back_and_it_starts_again(des
 
 @pytest.mark.only("linux")
 @pytest.mark.parametrize("way", ["kill", "quit"])
-def test_an_end_does_not_double_a_click_that_a_window_manager_still_holds_back(desk, way):
-    desk.start(field("a"), cursor=BESIDE)
+def test_an_exit_does_not_double_a_click_that_a_window_manager_still_withholds(desk, way):
+    desk.start(field("a"), cursor=BESIDE_WHEEL)
+    # A synchronous grab withholds the click until it is replayed, as a window manager does.
     button, synchronous, replay = (desk.display.handle, 1, 1 << 15, desk.display.root), 0, 2
     xlib.XGrabButton(*button, 0, 4, synchronous, 1, 0, 0)
     desk.display.sync()
@@ -52,14 +53,14 @@ def test_an_end_does_not_double_a_click_that_a_window_manager_still_holds_back(d
     desk.display.sync()
     desk.recorder.expect("left")
     desk.recorder.mark()
-    desk.click()  # a doubled one would come before it
+    desk.click()  # a doubled click would arrive before this one
     desk.recorder.expect("left")
 
 
 @pytest.mark.only("linux")
 @pytest.mark.parametrize("guard_dies", [False, True])
-def test_a_button_let_go_in_the_wheel_is_let_go_for_the_programs_after_a_death(desk, guard_dies):
-    desk.start(field("a"), cursor=BESIDE)
+def test_a_button_released_over_the_wheel_is_released_for_programs_after_a_kill(desk, guard_dies):
+    desk.start(field("a"), cursor=BESIDE_WHEEL)
     desk.mouse.press()
     desk.recorder.wait_for("button-down left")
     desk.open_wheel()
@@ -74,8 +75,8 @@ def test_a_button_let_go_in_the_wheel_is_let_go_for_the_programs_after_a_death(d
 @pytest.mark.parametrize("way, step, press", [
     ("kill", "rmb", "button-down right"), ("quit", LONG_SHIFT, "key-down Shift_L"),
     pytest.param("guard first", LONG_SHIFT, "key-down Shift_L", marks=pytest.mark.only("linux"))])
-def test_an_end_in_a_press_lets_go_of_it(desk, way, step, press):
-    desk.start(field(step), cursor=BESIDE, sendDelay=0, keyHold=2000)
+def test_an_exit_during_an_injected_press_releases_it(desk, way, step, press):
+    desk.start(field(step), cursor=BESIDE_WHEEL, sendDelay=0, keyHold=2000)
     desk.choose(0)
     desk.recorder.wait_for(press)
     if way == "guard first":
@@ -86,12 +87,12 @@ def test_an_end_in_a_press_lets_go_of_it(desk, way, step, press):
     else:
         desk.kill_program()
     desk.recorder.wait_for(press.replace("down", "up"), seconds=2)
-    wait_for("all to be up", lambda: not desk.display.keys_down() | desk.display.buttons_down(), 1)
+    wait_for("all keys and buttons to be up", lambda: not desk.display.keys_down() | desk.display.buttons_down(), 1)
     desk.keyboard.tap("q")
     desk.recorder.wait_for("key-up q")
 
 
-def test_a_key_held_on_purpose_stays_down_after_a_death_until_the_person_taps_it(desk):
+def test_a_hold_without_a_time_stays_down_after_a_kill_until_the_user_taps_the_key(desk):
     desk.start(field(("w", "hold")), sendDelay=0)
     desk.choose(0)
     desk.recorder.wait_for("key-down w")
@@ -103,13 +104,13 @@ def test_a_key_held_on_purpose_stays_down_after_a_death_until_the_person_taps_it
 
 
 @pytest.mark.only("linux")
-def test_a_stalled_program_lets_go_of_mouse_and_keyboard(desk):
+def test_a_stalled_program_releases_mouse_and_keyboard(desk):
     desk.start(field("a"), cursor=(100, 100), sendDelay=0)
     desk.open_wheel()
     desk.aim(0)
     desk.program.send_signal(signal.SIGSTOP)
-    desk.mouse.click()  # held back still, so it must not count once the program goes on
-    wait_for("the mouse to be given back", lambda: not desk.mouse_is_held(), STALL_LIMIT_S)
+    desk.mouse.click()  # during the capture, so it must be ignored when the program resumes
+    wait_for("the mouse to be released", lambda: not desk.mouse_is_held(), STALL_LIMIT_S)
     assert desk.next_motion() == (3, 3)
     desk.keyboard.tap("w")
     desk.mouse.press()
@@ -117,7 +118,7 @@ def test_a_stalled_program_lets_go_of_mouse_and_keyboard(desk):
     desk.program.send_signal(signal.SIGCONT)
     desk.wait_until_closed()
     assert not holds_within(1, lambda: desk.mouse_is_held() or not desk.display.buttons_down()), \
-        "the program grabbed the mouse again or let go of the person's press"
+        "the program grabbed the mouse again or released the user's press"
     desk.mouse.release()
     desk.recorder.expect("w", "left")
     desk.choose(0)
@@ -137,7 +138,7 @@ def open_in_the_middle_of(desk, left, top, width, height):
 @pytest.mark.parametrize("monitors, place, change, new_place", [
     ((LEFT_HALF, RIGHT_HALF), RIGHT_HALF, lambda screen: screen.set_monitors(LEFT_HALF), LEFT_HALF),
     ((), (0, 0, 1280, 800), lambda screen: screen.set_mode(800, 600), (0, 0, 800, 600))], ids=["gone", "smaller"])
-def test_a_wheel_whose_place_changes_closes_and_opens_anew(desk, monitors, place, change, new_place):
+def test_the_wheel_closes_when_its_monitor_changes_and_opens_at_the_new_place(desk, monitors, place, change, new_place):
     desk.screen.set_monitors(*monitors)
     desk.start(field("a"), cursor=(700, 500), sendDelay=0)
     open_in_the_middle_of(desk, *place)

@@ -1,4 +1,4 @@
-"""The person's hands: the screen's real mouse and keyboard, told apart by the server from injected input."""
+"""The screen's real mouse and keyboard, whose input the server distinguishes from injected input."""
 
 import os
 import subprocess
@@ -10,13 +10,13 @@ LEFT, RIGHT = 1, 3
 NOW = c_ulong(0)
 
 
-class Device:
+class InputDevice:
     def __init__(self, display):
         self.display = display
         self.device = c_void_p(xinput.XOpenDevice(display.handle, c_ulong(display.devices()[self.name][0])))
 
-    def _play(self, event, *words):
-        event(self.display.handle, self.device, *words, NOW)
+    def _send(self, function, *arguments):
+        function(self.display.handle, self.device, *arguments, NOW)
         self.display.sync()
 
     def release(self, thing=LEFT):
@@ -27,31 +27,31 @@ class Device:
         self.release(thing)
 
 
-class Mouse(Device):
+class Mouse(InputDevice):
     name = "Xvfb mouse"
-    click = Device.tap
+    click = InputDevice.tap
 
     def move(self, dx, dy):
-        self._play(xtest.XTestFakeDeviceMotionEvent, 1, 0, (c_int * 2)(dx, dy), 2)
+        self._send(xtest.XTestFakeDeviceMotionEvent, 1, 0, (c_int * 2)(dx, dy), 2)
 
     def press(self, button=LEFT, down=True):
-        self._play(xtest.XTestFakeDeviceButtonEvent, button, int(down), None, 0)
+        self._send(xtest.XTestFakeDeviceButtonEvent, button, int(down), None, 0)
 
 
-class Keyboard(Device):
+class Keyboard(InputDevice):
     name = "Xvfb keyboard"
 
     def press(self, key, down=True):
-        """`key` is a keysym's name in the layout of now, or a keycode."""
+        """`key` is a keysym's name in the current layout, or a keycode."""
         code = key if isinstance(key, int) else self.display.keycode(key)
-        self._play(xtest.XTestFakeDeviceKeyEvent, code, int(down), None, 0)
+        self._send(xtest.XTestFakeDeviceKeyEvent, code, int(down), None, 0)
 
     def type(self, text):
-        """Injected, which makes no difference to a text."""
+        """By injected input, which makes no difference for text."""
         subprocess.run(["xdotool", "type", text], env=os.environ | {"DISPLAY": self.display.name}, check=True)
 
 
 def place_cursor(display, x, y):
-    """As another device would: the next motion of the real mouse starts from there."""
+    """Warps the cursor as another device would; the real mouse's next motion starts from there."""
     xtest.XTestFakeMotionEvent(display.handle, 0, x, y, NOW)
     display.sync()

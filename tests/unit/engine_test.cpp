@@ -128,7 +128,9 @@ EngineTest::EngineTest() : desktop((resetEngineForTest(), resetSimulatedDesktop(
 EngineTest::~EngineTest() {
     stopWorkers();
     desktop.clock.drain();
-    resetSimulatedFiles();
+    resetSimulatedPaths();
+    resetSimulatedLayout();
+    setSimulatedDiskRoom(std::nullopt);
 }
 
 std::string EngineTest::journal(std::optional<JournalKind> kind) const {

@@ -6,8 +6,10 @@
 #include "model/engine_state.h"
 #include "model/private_messages.h"
 
+#include "platform/simulated/files.h"
+#include "platform/simulated/keyboard_layout.h"
+#include "platform/simulated/paths.h"
 #include "platform/simulated/simulated_desktop.h"
-#include "platform/simulated/simulated_files.h"
 
 #include <gtest/gtest.h>
 

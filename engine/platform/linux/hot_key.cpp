@@ -3,10 +3,10 @@
 #include "platform/threads.h"
 
 #include "platform/linux/connection.h"
-#include "platform/linux/glib_handles.h"
 #include "platform/linux/held_keys.h"
-#include "platform/linux/hot_key_events.h"
+#include "platform/linux/hot_key.h"
 #include "platform/linux/key_positions.h"
+#include "platform/linux/owner_loop.h"
 #include "platform/linux/raw_keys.h"
 
 #include <poll.h>

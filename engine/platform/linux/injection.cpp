@@ -2,52 +2,22 @@
 
 #include "platform/linux/auto_repeat.h"
 #include "platform/linux/connection.h"
-#include "platform/linux/glib_handles.h"
 #include "platform/linux/held_keys.h"
-#include "platform/linux/hot_key_events.h"
+#include "platform/linux/hot_key.h"
 #include "platform/linux/injection_connection.h"
 #include "platform/linux/input_guard.h"
 #include "platform/linux/key_positions.h"
+#include "platform/linux/owner_loop.h"
 #include "platform/linux/raw_keys.h"
 
 #include <algorithm>
 #include <chrono>
-#include <map>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace rotika {
 
 namespace {
-
-struct Injection {
-    std::mutex mutex;
-    Display* display = nullptr;
-};
-
-struct HeldKey {
-    KeyCode code = 0;
-    bool isLeftDown = false; // after the end of the function
-};
-
-// Pressed by this process and not yet released. The release uses the keycode of the press even if the layout
-// has changed. The mutex is held only briefly because the owner thread takes it too.
-struct HeldKeys {
-    std::mutex mutex;
-    std::map<std::uint16_t, HeldKey> byVirtualKey;
-};
-
-// Never destroyed: run threads may inject until the process ends.
-Injection& injection() {
-    static Injection* const instance = new Injection;
-    return *instance;
-}
-
-HeldKeys& heldKeys() {
-    static HeldKeys* const instance = new HeldKeys;
-    return *instance;
-}
 
 /// Other clients may change the keyboard map at any time; Xlib updates its copy only when the events are
 /// read.
@@ -93,30 +63,12 @@ KeyCode borrowKeycode(Display* display, std::uint16_t virtualKey) {
 }
 
 KeyCode keycodeFor(Display* display, std::uint16_t virtualKey) {
-    {
-        const std::lock_guard lock(heldKeys().mutex);
-        const auto held = heldKeys().byVirtualKey.find(virtualKey);
-        if (held != heldKeys().byVirtualKey.end())
-            return held->second.code;
-    }
+    KeyCode code = heldKeycode(virtualKey);
+    if (code != 0)
+        return code;
     followKeyboardChanges(display);
-    const KeyCode code = keycodeOfVirtualKey(display, virtualKey);
+    code = keycodeOfVirtualKey(display, virtualKey);
     return code != 0 ? code : borrowKeycode(display, virtualKey);
-}
-
-bool noteHeld(std::uint16_t virtualKey, const HeldKey& key) {
-    const std::lock_guard lock(heldKeys().mutex);
-    HeldKey& noted = heldKeys().byVirtualKey[virtualKey];
-    const bool isNew = noted.code == 0;
-    noted = key;
-    return isNew;
-}
-
-/// The key's former entry; code 0 if it was not held.
-HeldKey forgetHeld(std::uint16_t virtualKey) {
-    const std::lock_guard lock(heldKeys().mutex);
-    const auto entry = heldKeys().byVirtualKey.extract(virtualKey);
-    return entry ? entry.mapped() : HeldKey{};
 }
 
 void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMotion motion) {
@@ -145,15 +97,6 @@ bool releaseKey(Display* display, std::uint16_t virtualKey, KeyCode code) {
     if (held.code != 0)
         restoreAutoRepeat(display, code);
     return held.isLeftDown;
-}
-
-std::vector<std::pair<std::uint16_t, HeldKey>> keysLeftDown() {
-    const std::lock_guard lock(heldKeys().mutex);
-    std::vector<std::pair<std::uint16_t, HeldKey>> left;
-    for (const auto& entry : heldKeys().byVirtualKey)
-        if (entry.second.isLeftDown)
-            left.emplace_back(entry);
-    return left;
 }
 
 bool handleRawKey(XEvent& event);
@@ -197,19 +140,6 @@ bool isModifier(std::uint16_t virtualKey) {
 
 } // namespace
 
-InjectionConnection lockInjectionConnection() {
-    Injection& shared = injection();
-    InjectionConnection connection{std::unique_lock(shared.mutex), nullptr};
-    if (shared.display == nullptr) {
-        shared.display = XOpenDisplay(nullptr);
-        if (shared.display != nullptr)
-            XTestGrabControl(shared.display,
-                             1); // a client that has grabbed the server must not stop a release
-    }
-    connection.display = shared.display;
-    return connection;
-}
-
 void injectKey(std::uint16_t virtualKey, bool /*extended: part of the keycode*/, InputMotion motion) {
     const InjectionConnection connection = lockInjectionConnection();
     Display* display = connection.display;
@@ -225,14 +155,6 @@ void injectKey(std::uint16_t virtualKey, bool /*extended: part of the keycode*/,
         pressKey(display, virtualKey, code, motion);
     if (isLeftDown || isModifier(virtualKey))
         notifyOwnerOfHeldKeys();
-}
-
-std::vector<KeyCode> heldKeycodes() {
-    const std::lock_guard lock(heldKeys().mutex);
-    std::vector<KeyCode> codes;
-    for (const auto& [virtualKey, key] : heldKeys().byVirtualKey)
-        codes.push_back(key.code);
-    return codes;
 }
 
 void injectMouseButton(std::uint32_t button, InputMotion motion) {

@@ -2,7 +2,7 @@
 
 #include "common/data_folder.h"
 
-#include "platform/linux/glib_handles.h"
+#include "platform/linux/owner_loop.h"
 
 #include <fcntl.h>
 #include <spawn.h>

@@ -1,10 +1,10 @@
 #include "platform/main_window.h"
 
 #include "platform/linux/connection.h"
-#include "platform/linux/hot_key_events.h"
+#include "platform/linux/hot_key.h"
+#include "platform/linux/messages.h"
 #include "platform/linux/monitor_changes.h"
 #include "platform/linux/session_lock.h"
-#include "platform/linux/window_registry.h"
 
 namespace rotika {
 

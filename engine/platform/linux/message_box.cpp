@@ -4,8 +4,8 @@
 
 #include "platform/linux/bus_address.h"
 #include "platform/linux/connection.h"
-#include "platform/linux/glib_handles.h"
 #include "platform/linux/owner_bus.h"
+#include "platform/linux/owner_loop.h"
 #include "platform/linux/warning_window.h"
 
 #include <memory>

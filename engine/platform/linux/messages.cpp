@@ -1,7 +1,7 @@
 #include "platform/messages.h"
 
-#include "platform/linux/glib_handles.h"
-#include "platform/linux/window_registry.h"
+#include "platform/linux/messages.h"
+#include "platform/linux/owner_loop.h"
 
 #include <deque>
 #include <map>

@@ -1,8 +1,8 @@
 #include "platform/linux/monitor_changes.h"
 
 #include "platform/linux/connection.h"
-#include "platform/linux/glib_handles.h"
 #include "platform/linux/monitors.h"
+#include "platform/linux/owner_loop.h"
 #include "platform/linux/root_events.h"
 
 namespace rotika {

@@ -13,7 +13,10 @@ struct Monitors {
     bool operator==(const Monitors&) const = default;
 };
 
-/// Queries the server and stores the result for primaryMonitor(). Owner thread.
+/// Queries the server, and stores the result. Owner thread.
 const Monitors& refreshMonitors();
+
+/// The result of the last query: one is made when the wheel opens and when the monitors change. Owner thread.
+const Monitors& currentMonitors();
 
 } // namespace rotika

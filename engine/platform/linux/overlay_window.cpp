@@ -2,9 +2,9 @@
 
 #include "platform/linux/connection.h"
 #include "platform/linux/layer_image.h"
+#include "platform/linux/messages.h"
 #include "platform/linux/picture_drawing.h"
 #include "platform/linux/root_events.h"
-#include "platform/linux/window_registry.h"
 
 #include <cairo-xlib.h>
 

@@ -6,41 +6,8 @@
 #include "platform/linux/monitors.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace rotika {
-
-namespace {
-
-Monitors knownMonitors;
-
-Monitors queryMonitors() {
-    int count = 0;
-    XRRMonitorInfo* infos = XRRGetMonitors(ownerDisplay(), rootWindow(), 1, &count);
-    Monitors monitors;
-    for (int i = 0; i < count; ++i) {
-        const Rect rect{infos[i].x, infos[i].y, infos[i].x + infos[i].width, infos[i].y + infos[i].height};
-        monitors.all.push_back(rect);
-        if (infos[i].primary != 0 || i == 0)
-            monitors.primary = rect;
-    }
-    if (infos != nullptr)
-        XRRFreeMonitors(infos);
-    if (monitors.all.empty()) {
-        const int screen = DefaultScreen(ownerDisplay());
-        monitors.primary = {0, 0, DisplayWidth(ownerDisplay(), screen),
-                            DisplayHeight(ownerDisplay(), screen)};
-        monitors.all.push_back(monitors.primary);
-    }
-    return monitors;
-}
-
-} // namespace
-
-const Monitors& refreshMonitors() {
-    knownMonitors = queryMonitors();
-    return knownMonitors;
-}
 
 Point cursorPosition() {
     if (ownerDisplay() == nullptr)
@@ -67,18 +34,17 @@ void setCursorPosition(Point position) {
 Rect monitorAt(Point point) {
     if (ownerDisplay() == nullptr)
         return {};
-    refreshMonitors();
-    const auto holder = std::find_if(knownMonitors.all.begin(), knownMonitors.all.end(),
-                                     [&](const Rect& monitor) { return monitor.contains(point); });
-    return holder == knownMonitors.all.end() ? knownMonitors.primary : *holder;
+    const Monitors& monitors = refreshMonitors();
+    const auto holder =
+        std::ranges::find_if(monitors.all, [&](const Rect& each) { return each.contains(point); });
+    return holder == monitors.all.end() ? monitors.primary : *holder;
 }
 
 Rect primaryMonitor() {
     if (ownerDisplay() == nullptr)
         return {};
-    // The gaze calls this on each tick: the stored monitors, refreshed when the wheel opens and when the
-    // monitors change, avoid a round trip.
-    return (knownMonitors.all.empty() ? refreshMonitors() : knownMonitors).primary;
+    // The gaze calls this on each tick: the stored monitors avoid a round trip.
+    return currentMonitors().primary;
 }
 
 bool mouseButtonsAreSwapped() {

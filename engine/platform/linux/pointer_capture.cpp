@@ -2,9 +2,9 @@
 
 #include "platform/linux/connection.h"
 #include "platform/linux/cursor_pin.h"
-#include "platform/linux/glib_handles.h"
 #include "platform/linux/input_devices.h"
 #include "platform/linux/input_guard.h"
+#include "platform/linux/owner_loop.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 #include "platform/timer.h"
 
-#include "platform/linux/glib_handles.h"
+#include "platform/linux/owner_loop.h"
 
 #include <map>
 

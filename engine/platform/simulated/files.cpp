@@ -2,7 +2,7 @@
 
 #include "base/text.h"
 
-#include "platform/simulated/simulated_files.h"
+#include "platform/simulated/files.h"
 
 #include <algorithm>
 #include <filesystem>

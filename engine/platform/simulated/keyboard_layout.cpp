@@ -1,6 +1,6 @@
 #include "platform/keyboard_layout.h"
 
-#include "platform/simulated/simulated_files.h"
+#include "platform/simulated/keyboard_layout.h"
 
 #include <map>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "platform/paths.h"
 
-#include "platform/simulated/simulated_files.h"
+#include "platform/simulated/paths.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -51,11 +51,9 @@ void setSimulatedTemporaryFolder(const std::u16string& folder) {
     currentTemporaryFolder = folder;
 }
 
-void resetSimulatedFiles() {
+void resetSimulatedPaths() {
     setSimulatedProgramFolder(missingFolder);
     setSimulatedTemporaryFolder(missingFolder);
-    setSimulatedDiskRoom(std::nullopt);
-    resetSimulatedLayout();
 }
 
 bool isFullPath(const std::u16string& path) {

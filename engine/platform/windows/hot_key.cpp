@@ -1,6 +1,6 @@
 #include "platform/hot_key.h"
 
-#include "platform/windows/hot_key_modifiers.h"
+#include "platform/windows/hot_key.h"
 
 #include <array>
 #include <atomic>

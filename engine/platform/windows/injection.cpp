@@ -3,7 +3,7 @@
 #include "platform/threads.h"
 
 #include "platform/windows/held_things.h"
-#include "platform/windows/hot_key_modifiers.h"
+#include "platform/windows/hot_key.h"
 #include "platform/windows/input_guard.h"
 #include "platform/windows/input_sending.h"
 #include "platform/windows/windows_api.h"

@@ -1,9 +1,9 @@
 #include "platform/main_window.h"
 
 #include "platform/windows/handles.h"
-#include "platform/windows/hot_key_modifiers.h"
+#include "platform/windows/hot_key.h"
 #include "platform/windows/session_lock.h"
-#include "platform/windows/tray_messages.h"
+#include "platform/windows/tray.h"
 #include "platform/windows/ui_font.h"
 
 namespace rotika {

@@ -2,8 +2,8 @@
 
 #include "platform/windows/handles.h"
 #include "platform/windows/picture_drawing.h"
-#include "platform/windows/raw_input.h"
-#include "platform/windows/window_timer.h"
+#include "platform/windows/pointer_capture.h"
+#include "platform/windows/timer.h"
 
 namespace rotika {
 

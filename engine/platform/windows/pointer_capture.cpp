@@ -6,7 +6,7 @@
 #include "platform/windows/cursor_pin.h"
 #include "platform/windows/handles.h"
 #include "platform/windows/input_guard.h"
-#include "platform/windows/raw_input.h"
+#include "platform/windows/pointer_capture.h"
 
 #include <array>
 #include <cstddef>

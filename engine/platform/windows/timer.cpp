@@ -1,6 +1,6 @@
 #include "platform/timer.h"
 
-#include "platform/windows/window_timer.h"
+#include "platform/windows/timer.h"
 
 #include <unordered_map>
 

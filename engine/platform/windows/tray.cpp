@@ -1,7 +1,7 @@
 #include "platform/tray.h"
 
 #include "platform/windows/handles.h"
-#include "platform/windows/tray_messages.h"
+#include "platform/windows/tray.h"
 
 #include <algorithm>
 #include <cstddef>

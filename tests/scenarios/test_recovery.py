@@ -58,16 +58,16 @@ def test_an_exit_does_not_double_a_click_that_a_window_manager_still_withholds(d
 
 
 @pytest.mark.only("linux")
-@pytest.mark.parametrize("guard_dies", [False, True])
-def test_a_button_released_over_the_wheel_is_released_for_programs_after_a_kill(desk, guard_dies):
+@pytest.mark.parametrize("kills_guard", [False, True])
+def test_a_button_released_over_the_wheel_is_released_for_programs_after_a_kill(desk, kills_guard):
     desk.start(field("a"), cursor=BESIDE_WHEEL)
     desk.mouse.press()
     desk.recorder.wait_for("button-down left")
     desk.open_wheel()
-    if guard_dies:
+    if kills_guard:
         dead = desk.kill_guard()
     desk.mouse.release()
-    wait_for("a guard", lambda: desk.guard() and not (guard_dies and desk.guard() == dead))
+    wait_for("a guard", lambda: desk.guard() and not (kills_guard and desk.guard() == dead))
     desk.kill_program()
     desk.recorder.expect("left")
 

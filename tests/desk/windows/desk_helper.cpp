@@ -1,10 +1,10 @@
 // The desk's helper program for Windows:
 //   desk_helper record LOG WIDTH HEIGHT  shows the foreground window and logs the input that it receives
 //   desk_helper activate FILE            sends the engine this wheel file; exit status 1 if it accepts
-//   desk_helper stray                    sends the engine private messages that none of its workers has
-//   posted desk_helper quit                     ends the engine by WM_QUIT desk_helper taken KEY FLAGS
-//   whether this hot key is registered; exit status 1 for yes desk_helper [WORD]                   the
-//   program that a step opens: adds WORD or "started" to the notes
+//   desk_helper stray                    sends the engine private messages that no worker has posted
+//   desk_helper quit                     ends the engine by WM_QUIT
+//   desk_helper taken KEY FLAGS          whether this hot key is registered; exit status 1 for yes
+//   desk_helper [WORD]                   the program that a step opens: notes WORD or "started"
 //
 // The log has one line for each event: TIME KIND KEY STATE X Y, with the time in the system's milliseconds, a
 // virtual key also for a button, and the state of shift, ctrl and alt by X11's bits. A line of the kind

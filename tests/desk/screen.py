@@ -58,6 +58,8 @@ class Screen:
         self.set_compositor(compositor)
         root = self.display.root.value
         wait_for("the window manager", lambda: self.display.property(root, "_NET_SUPPORTING_WM_CHECK"))
+        # A window that it finds when it starts does not get the focus, so it must have reached its main loop.
+        wait_for("its main loop", self.display.window_manager_answers)
         wait_for("the session bus", (run / "bus").exists)
 
     def set_compositor(self, name):

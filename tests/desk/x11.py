@@ -5,6 +5,8 @@ import subprocess
 from collections import namedtuple
 from ctypes import POINTER, byref, c_char_p, c_int, c_long, c_ubyte, c_uint, c_ulong, c_void_p
 
+from desk.waiting import holds_within
+
 xlib, xinput, xtest = (ctypes.CDLL(name) for name in ("libX11.so.6", "libXi.so.6", "libXtst.so.6"))
 
 XA_INTEGER, IS_VIEWABLE, FLOATING_SLAVE, Z_PIXMAP, CLIENT_MESSAGE, MAPPING_NOTIFY = 19, 2, 5, 2, 33, 34
@@ -115,6 +117,14 @@ class Display:
         event = ClientMessage(CLIENT_MESSAGE, window=window, format=32, words=words, message=self.atom(message).value)
         xlib.XSendEvent(self.handle, self.root, 0, SUBSTRUCTURE_NOTIFY_AND_REDIRECT, byref(event))
         self.sync()
+
+    def window_manager_answers(self):
+        """Whether the window manager handles messages."""
+        window = xlib.XCreateSimpleWindow(self.handle, self.root, 0, 0, 1, 1, 0, 0, 0)  # never shown
+        self._send_to_window_manager("_NET_REQUEST_FRAME_EXTENTS", window)
+        answers = holds_within(0.5, lambda: self.property(window, "_NET_FRAME_EXTENTS"))
+        xlib.XDestroyWindow(self.handle, c_ulong(window))
+        return answers
 
     def activate(self, window):
         self._send_to_window_manager("_NET_ACTIVE_WINDOW", window, 2)

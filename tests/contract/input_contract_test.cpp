@@ -44,10 +44,10 @@ TEST_F(InputContract, ACaptureReceivesOnlyTheRealMousePinsTheCursorAndReleasesBo
     const auto recorder = openRecorder(recorderPlace);
     setCursorPosition(overRecorder);
     ASSERT_TRUE(pumpUntil([] { return cursorPosition() == overRecorder; }));
-    playRealButton(2, true);
-    ASSERT_TRUE(recorder->receives("button 2 down"));
+    playRealButton(1, true); // the last one of the X11 mouse, which XIQueryDevice does not report
+    ASSERT_TRUE(recorder->receives("button 1 down"));
     beginCapture(overRecorder);
-    playRealButton(2, false);
+    playRealButton(1, false);
     for (const std::uint32_t button : {0U, 3U})
         clickRealButton(button);
     moveRealMouse(30, -12);
@@ -57,12 +57,12 @@ TEST_F(InputContract, ACaptureReceivesOnlyTheRealMousePinsTheCursorAndReleasesBo
     }));
     setCursorPosition({120, 140});
     EXPECT_EQ(cursorPosition(), overRecorder) << "our own moves must be skipped too";
-    clickInjected(1); // arrives after all earlier events
-    EXPECT_TRUE(recorder->receives("button 1 up"));
-    EXPECT_EQ(recorder->events(), (Events{"button 2 down", "button 1 down", "button 1 up"}));
+    clickInjected(2); // arrives after all earlier events
+    EXPECT_TRUE(recorder->receives("button 2 up"));
+    EXPECT_EQ(recorder->events(), (Events{"button 1 down", "button 2 down", "button 2 up"}));
 
     endPointerCapture();
-    EXPECT_TRUE(recorder->receives("button 2 up")) << "released during the capture";
+    EXPECT_TRUE(recorder->receives("button 1 up")) << "released during the capture";
     // Wine releases the X pointer with a delay, so the mouse is moved until it does.
     EXPECT_TRUE(pumpUntil([] {
         moveRealMouse(2, 1);

@@ -26,6 +26,19 @@ private:
     XDevice* opened;
 };
 
+/// Without the master's last button, which XIQueryDevice leaves out.
+ButtonStates masterButtonStates(const XIDeviceInfo& info) {
+    ButtonStates states;
+    for (int i = 0; i < info.num_classes; ++i) {
+        if (info.classes[i]->type != XIButtonClass)
+            continue;
+        const auto* buttons = reinterpret_cast<const XIButtonClassInfo*>(info.classes[i]);
+        for (int bit = 0; bit < buttons->state.mask_len * 8; ++bit)
+            states.push_back(XIMaskIsSet(buttons->state.mask, bit) != 0);
+    }
+    return states;
+}
+
 } // namespace
 
 DeviceInfos queryDevices(Display* display, int device, int& count) {
@@ -47,15 +60,23 @@ bool isXTestDevice(Display* display, int device) {
     return type == XA_INTEGER && count > 0 && *data != 0;
 }
 
-ButtonStates buttonStates(const XIDeviceInfo& info) {
+ButtonStates slaveButtonStates(Display* display, int device) {
     ButtonStates states;
-    for (int i = 0; i < info.num_classes; ++i) {
-        if (info.classes[i]->type != XIButtonClass)
-            continue;
-        const auto* buttons = reinterpret_cast<const XIButtonClassInfo*>(info.classes[i]);
-        for (int bit = 0; bit < buttons->state.mask_len * 8; ++bit)
-            states.push_back(XIMaskIsSet(buttons->state.mask, bit) != 0);
+    XDevice opened{}; // only the id is used; a device that is really opened and closed loses its grab
+    opened.device_id = static_cast<XID>(device);
+    XDeviceState* const state = XQueryDeviceState(display, &opened);
+    if (state == nullptr)
+        return states;
+    const XInputClass* part = state->data;
+    for (int i = 0; i < state->num_classes; ++i) {
+        if (part->c_class == ButtonClass) {
+            const auto* buttons = reinterpret_cast<const XButtonState*>(part);
+            for (int button = 0; button <= buttons->num_buttons; ++button)
+                states.push_back((buttons->buttons[button / 8] >> (button % 8) & 1) != 0);
+        }
+        part = reinterpret_cast<const XInputClass*>(reinterpret_cast<const char*>(part) + part->length);
     }
+    XFreeDeviceState(state);
     return states;
 }
 
@@ -73,6 +94,10 @@ void releaseDeviceButtons(Display* display, int device, const std::vector<unsign
 }
 
 void releaseForgottenButtons(Display* display, const std::set<std::size_t>& heldBefore) {
+    if (heldBefore.empty())
+        return;
+    // The master has the buttons of the device that sent the last event, and XTest's has ten.
+    XTestFakeRelativeMotionEvent(display, 0, 0, CurrentTime);
     int count = 0;
     const DeviceInfos infos = queryDevices(display, XIAllDevices, count);
     ButtonStates forMaster;
@@ -80,9 +105,9 @@ void releaseForgottenButtons(Display* display, const std::set<std::size_t>& held
     for (int i = 0; i < count; ++i) {
         const XIDeviceInfo& info = infos.get()[i];
         if (info.use == XIMasterPointer && forMaster.empty())
-            forMaster = buttonStates(info);
+            forMaster = masterButtonStates(info);
         else if (info.use == XISlavePointer)
-            forSlaves.push_back(buttonStates(info));
+            forSlaves.push_back(slaveButtonStates(display, info.deviceid));
     }
     for (const std::size_t button : heldBefore) {
         const bool isReallyDown =

@@ -29,8 +29,9 @@ bool isXTestDevice(Display* display, int device);
 /// Whether a button is down, by its number from 1 on; index 0 is unused.
 using ButtonStates = std::vector<bool>;
 
-/// Empty for a device without buttons.
-ButtonStates buttonStates(const XIDeviceInfo& info);
+/// Empty for a device without buttons. By the first version of the input extension: XIQueryDevice leaves a
+/// device's last button out.
+ButtonStates slaveButtonStates(Display* display, int device);
 
 bool isDownIn(const ButtonStates& states, std::size_t button);
 

@@ -61,7 +61,6 @@ bool isMouse(const XIDeviceInfo& info) {
 GrabbedMouse describe(const XIDeviceInfo& info) {
     GrabbedMouse mouse;
     mouse.master = info.attachment;
-    mouse.downBefore = buttonStates(info);
     for (int i = 0; i < info.num_classes; ++i) {
         if (info.classes[i]->type != XIValuatorClass)
             continue;
@@ -89,17 +88,14 @@ void releaseHeldButtons() {
 /// Includes presses between the first query and the grab: programs have received them too.
 GrabbedMouse describeGrabbed(const XIDeviceInfo& before) {
     GrabbedMouse mouse = describe(before);
-    int count = 0;
-    const DeviceInfos now = queryDevices(ownerDisplay(), before.deviceid, count);
-    if (count > 0)
-        mouse.downBefore = buttonStates(*now);
+    mouse.downBefore = slaveButtonStates(ownerDisplay(), before.deviceid);
     rememberHeldButtons(mouse.downBefore);
     return mouse;
 }
 
 void grabMouse(const XIDeviceInfo& info) {
     const bool isNew = !capture.mice.contains(info.deviceid);
-    rememberHeldButtons(buttonStates(info));
+    rememberHeldButtons(slaveButtonStates(ownerDisplay(), info.deviceid));
     // The guard is told first: if this process is killed in between, the mouse is released once too often
     // instead of not at all.
     if (isNew)
@@ -206,7 +202,7 @@ std::vector<unsigned int> pressesOfCapture(int deviceId, const GrabbedMouse& mou
     // A mouse that the guard has released is attached, and presses on it are meant for the programs.
     if (info == nullptr || info->use != XIFloatingSlave)
         return pressed;
-    const ButtonStates now = buttonStates(*info);
+    const ButtonStates now = slaveButtonStates(ownerDisplay(), deviceId);
     for (std::size_t button = 1; button < now.size(); ++button)
         if (now[button] && !isDownIn(mouse.downBefore, button))
             pressed.push_back(static_cast<unsigned int>(button));

@@ -133,7 +133,7 @@ void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMot
     XTestFakeKeyEvent(display, code, 1, CurrentTime);
     XSync(display, 0);
     // Only now: one that is not down yet would pass for one that the person has tapped.
-    if (motion == InputMotion::downAndLeft)
+    if (motion == InputMotion::downPersistent)
         noteHeld(virtualKey, {code, true});
 }
 
@@ -219,7 +219,7 @@ void injectKey(std::uint16_t virtualKey, bool /*extended: a keycode says it alre
     const KeyCode code = keycodeFor(display, virtualKey);
     if (code == 0)
         return;
-    bool isLeftDown = motion == InputMotion::downAndLeft;
+    bool isLeftDown = motion == InputMotion::downPersistent;
     if (motion == InputMotion::up)
         isLeftDown = releaseKey(display, virtualKey, code);
     else

@@ -1,6 +1,6 @@
 #pragma once
 
-// In the folder of the program's own files.
+// Names in the data folder.
 
 inline constexpr char16_t configFileName[] = u"config.json";
 inline constexpr char16_t defaultWheelsFileName[] = u"default.json";

@@ -1,15 +1,15 @@
 #pragma once
 
-// Ranges and defaults that the reader of the files and the editors must agree on.
+// Ranges and defaults shared by the file reader and the editors.
 
-inline constexpr int maxFieldCount = 24; // of one wheel
+inline constexpr int maxFieldCount = 24; // per wheel
 inline constexpr int maxClickCount = 100;
 inline constexpr int maxHoldMs = 60'000;
 
-// Between one step and the next.
+// Pause between steps.
 inline constexpr int maxDelayMs = 2000;
 inline constexpr int defaultDelayMs = 30;
 
-// How long a gaze rests on a field before it is chosen.
+// How long the gaze must stay on a field to select it.
 inline constexpr int maxGazeDwellMs = 10'000;
 inline constexpr int defaultGazeDwellMs = 900;

@@ -1,10 +1,9 @@
 #pragma once
 
-/// What the lock is called on every system.
+/// Name of the lock on every system.
 inline constexpr char singleInstanceName[] = "RotikaEngineRunning";
 
-/// Takes the lock that one running copy of the program holds, with the shell or without it. False when
-/// another copy holds it; true otherwise, also when the system could not say. The lock is never given back by
-/// the program: the system frees it when the process ends, so a new copy can start only after the old process
-/// is gone. Call once.
+/// Takes the lock that allows only one running copy of the program, with or without the shell. False when
+/// another copy holds it; true otherwise, also when the lock could not be tested. The program never releases
+/// the lock: the system does when the process ends, so a new copy can start only after that. Call once.
 bool claimSingleInstance();

@@ -4,10 +4,10 @@
 
 class QWidget;
 
-// The account and licence check: decides at start whether the program may run. The shell knows nothing of it
-// but this header; which implementation a program gets is settled when it is linked.
+// The account and licence check: decides at start whether the program may run. The shell uses only this
+// header; the implementation is chosen at link time.
 //
-// The implementation that stands beside this header lets everybody in and has no account to show.
+// The implementation beside this header always allows the start and has no account to show.
 
 struct LicenceResult {
     /// False ends the program before the engine is started.
@@ -18,10 +18,10 @@ struct LicenceResult {
 
 class LicenceCheck {
 public:
-    /// Asks once. May show dialogs of its own, with nested event loops. First thread, after QApplication and
-    /// before the engine.
+    /// Called once. May show dialogs, with nested event loops. Main thread, after QApplication and before the
+    /// engine.
     LicenceResult check();
 
-    /// Forgets the account and asks the application to quit. May show dialogs over `parent`. First thread.
+    /// Forgets the account and asks the application to quit. May show dialogs over `parent`. Main thread.
     void logOut(QWidget* parent);
 };

@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Empty unless the variable holds an absolute path: the base directory rules say to ignore any other.
+/// Empty unless the variable holds an absolute path: the XDG specification says to ignore any other.
 std::string absoluteVariable(const char* name) {
     const char* value = std::getenv(name);
     return value != nullptr && value[0] == '/' ? value : std::string();
@@ -68,20 +68,21 @@ bool makeFolders(const std::string& folder) {
 void copyIfMissing(const fs::path& prepared, const fs::path& target) {
     std::error_code ignored;
     std::error_code failure;
-    // A link, even a broken one, is a file that the person has, and none that is to be copied.
+    // A link, even a broken one, counts as an existing file at the target and is never copied from
+    // `prepared`.
     if (fs::symlink_status(target, ignored).type() != fs::file_type::not_found ||
         fs::symlink_status(prepared, ignored).type() != fs::file_type::regular) {
         return;
     }
     const std::optional<std::string> bytes = readWholeFile(prepared);
     const std::uintmax_t size = fs::file_size(prepared, failure);
-    if (bytes && !failure && bytes->size() == size) { // and not cut short by a read that failed
+    if (bytes && !failure && bytes->size() == size) { // not truncated by a read error
         replaceWholeFile(target, *bytes);
     }
 }
 
-/// The settings come last: as long as they are missing, a copying that was interrupted is done again.
-void takePreparedFiles(const fs::path& beside, const fs::path& own) {
+/// Copies the settings last: while they are missing, an interrupted copy is repeated.
+void copyPreparedFiles(const fs::path& beside, const fs::path& own) {
     const fs::path settings = configFileName;
     std::error_code failure;
     if (fs::exists(fs::symlink_status(own / settings, failure))) {
@@ -109,7 +110,7 @@ std::filesystem::path chooseDataFolder(const std::filesystem::path& beside) {
     if (!isWritable(beside)) {
         const std::string own = userDataFolder();
         if (!own.empty() && makeFolders(own)) {
-            takePreparedFiles(beside, own);
+            copyPreparedFiles(beside, own);
             return own;
         }
     }

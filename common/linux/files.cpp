@@ -21,14 +21,14 @@ public:
     int get() const { return number; }
     explicit operator bool() const { return number >= 0; }
 
-    /// False if the system tells now of a write that failed earlier.
+    /// False if the system reports an earlier failed write now.
     bool close() { return number < 0 || ::close(std::exchange(number, -1)) == 0; }
 
 private:
     int number;
 };
 
-/// Removes a new file on every road that does not end well.
+/// Removes a new file on every failure.
 class NewFile {
 public:
     explicit NewFile(std::string name) : path(std::move(name)) {}
@@ -54,13 +54,13 @@ private:
 
 enum class Replacement {
     done,
-    closed, // this road is closed, a plain write may still work
-    failed, // the disk is full or broken, and any other write would fail as well
+    unavailable, // cannot be replaced by a rename, but a plain write may work
+    failed,      // the disk is full or broken, so any other write would fail as well
 };
 
-Replacement closedUnlessFull(int error) {
+Replacement unavailableUnlessFull(int error) {
     const bool isFull = error == ENOSPC || error == EDQUOT || error == EFBIG;
-    return isFull ? Replacement::failed : Replacement::closed;
+    return isFull ? Replacement::failed : Replacement::unavailable;
 }
 
 std::string folderOf(const std::string& path) {
@@ -75,11 +75,11 @@ std::string linkText(const std::string& path) {
     return length > 0 ? std::string(text, static_cast<std::size_t>(length)) : std::string();
 }
 
-/// Where the content lives: a rename over a link would replace the link and leave the user's file behind.
-/// Empty for links that go round in a circle.
+/// The file that holds the content: a rename over a link would replace the link and not the user's file.
+/// Empty for a cycle of links.
 std::string resolveLinks(std::string path) {
-    constexpr int mostLinks = 40; // the kernel's own limit
-    for (int i = 0; i < mostLinks; ++i) {
+    constexpr int maxLinks = 40; // the kernel's own limit
+    for (int i = 0; i < maxLinks; ++i) {
         const std::string next = linkText(path);
         if (next.empty()) {
             return path;
@@ -89,15 +89,15 @@ std::string resolveLinks(std::string path) {
     return {};
 }
 
-/// The name does not grow with the target's, which may already have the longest that is allowed.
+/// Independent of the target's name, which may already have the maximum length.
 std::string temporaryNameBeside(const std::string& target) {
     static std::atomic<unsigned> counter = 0;
     return folderOf(target) + ".rotika-" + std::to_string(::getpid()) + "-" + std::to_string(++counter) +
            ".tmp";
 }
 
-/// From the beginning of the file and down to the disk. What is too much is cut off last, so that until then
-/// all that the file held has its room on the disk.
+/// Writes from the beginning of the file and flushes to disk. Truncates last, so that the old content keeps
+/// its disk space until then.
 bool writeOver(const Descriptor& file, std::string_view bytes) {
     std::size_t written = 0;
     while (written < bytes.size()) {
@@ -112,8 +112,8 @@ bool writeOver(const Descriptor& file, std::string_view bytes) {
     return ::ftruncate(file.get(), static_cast<off_t>(bytes.size())) == 0 && ::fsync(file.get()) == 0;
 }
 
-/// The new file is to look like the old one. A change of owner is for the superuser alone, so it may fail; it
-/// comes first because it clears bits of the mode.
+/// Copies owner, group and mode. Only the superuser may change the owner, so a failure is ignored; it comes
+/// first because it clears bits of the mode.
 bool copyPermissions(const Descriptor& file, const struct stat& old) {
     struct stat fresh {};
     if (::fstat(file.get(), &fresh) != 0) {
@@ -125,7 +125,7 @@ bool copyPermissions(const Descriptor& file, const struct stat& old) {
     return ::fchmod(file.get(), old.st_mode & 07777) == 0;
 }
 
-/// Makes a new name last. Some file systems cannot do that for a folder, and the content is safe already.
+/// Makes a new name durable. Best effort: some file systems cannot flush a folder, and the content is safe.
 void flushFolderOf(const std::string& path) {
     const Descriptor opened(::open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened) {
@@ -142,17 +142,17 @@ Replacement replaceByRename(const std::string& target, const struct stat* old, s
     const std::string name = temporaryNameBeside(target);
     Descriptor file = openNew(name);
     if (!file) {
-        return closedUnlessFull(errno);
+        return unavailableUnlessFull(errno);
     }
     NewFile temporary(name);
     if (old != nullptr && !copyPermissions(file, *old)) {
-        return Replacement::closed;
+        return Replacement::unavailable;
     }
     if (!writeOver(file, bytes) || !file.close()) {
         return Replacement::failed;
     }
     if (!temporary.renameTo(target)) {
-        return closedUnlessFull(errno);
+        return unavailableUnlessFull(errno);
     }
     flushFolderOf(target);
     return Replacement::done;
@@ -188,14 +188,14 @@ bool writeNew(const std::string& target, std::string_view bytes) {
 } // namespace
 
 std::optional<std::string> readWholeFile(const std::filesystem::path& path) {
-    // A pipe without a writer would hold the open for ever.
+    // Opening a pipe without a writer would block.
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status {};
     if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
         status.st_size > static_cast<off_t>(longestFileBytes)) {
         return std::nullopt;
     }
-    // The size is a first guess: the file may change meanwhile, and files under /proc say 0.
+    // The size is a first guess: the file may change meanwhile, and files under /proc report 0.
     std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
     std::size_t length = 0;
     while (true) {
@@ -224,12 +224,12 @@ bool replaceWholeFile(const std::filesystem::path& path, std::string_view bytes)
     }
     struct stat old {};
     const bool exists = ::stat(target.c_str(), &old) == 0;
-    // The rename asks only the folder for leave; a file that the user locked is to stay as it is.
+    // A rename needs rights to the folder only; a read-only file must stay unchanged.
     if (exists && (!S_ISREG(old.st_mode) || ::access(target.c_str(), W_OK) != 0)) {
         return false;
     }
     const Replacement outcome = replaceByRename(target, exists ? &old : nullptr, bytes);
-    if (outcome != Replacement::closed) {
+    if (outcome != Replacement::unavailable) {
         return outcome == Replacement::done;
     }
     return exists ? writeInPlace(target, bytes) : writeNew(target, bytes);

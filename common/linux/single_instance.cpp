@@ -13,8 +13,8 @@ namespace {
 
 constexpr int noFile = -1;
 
-/// A descriptor of a plain file of this user, or noFile. It closes on exec, so that a program started from a
-/// wheel does not hold the lock after this one has ended.
+/// A descriptor of a regular file owned by this user, or noFile. Close-on-exec, so that a program started
+/// from a wheel does not keep the lock after this process has ended.
 int openLockFile(const std::string& path) {
     const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
     if (file == noFile)
@@ -22,7 +22,7 @@ int openLockFile(const std::string& path) {
     struct stat status {};
     if (fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid())
         return file;
-    // Somebody else's file in the shared folder: their lock must not keep this user out.
+    // Another user's file in a shared folder: its lock must not block this user.
     close(file);
     return noFile;
 }

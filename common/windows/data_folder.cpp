@@ -5,7 +5,7 @@
 #include <string>
 
 std::filesystem::path executableFolder() {
-    constexpr DWORD longestPath = 32768; // that the system knows, with its terminator
+    constexpr DWORD longestPath = 32768; // the system's limit, with terminator
     std::wstring name(longestPath, L'\0');
     name.resize(GetModuleFileNameW(nullptr, name.data(), longestPath));
     const std::filesystem::path executable = name;

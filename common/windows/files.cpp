@@ -14,7 +14,7 @@ namespace {
 
 constexpr DWORD anySharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// Virus scanners and indexers hold a fresh file for a moment.
+// Virus scanners and indexers hold a new file open for a moment.
 constexpr int renameAttempts = 5;
 constexpr DWORD renamePauseMs = 20;
 
@@ -33,24 +33,24 @@ FileHandle openFile(const std::wstring& path, DWORD access, DWORD sharing, DWORD
 
 enum class Replacement {
     done,
-    closed, // this road is closed, a plain write may still work
-    failed, // the disk is full or broken, and any other write would fail as well
+    unavailable, // cannot be replaced by a rename, but a plain write may work
+    failed,      // the disk is full or broken, so any other write would fail as well
 };
 
-Replacement closedUnlessFull(DWORD error) {
+Replacement unavailableUnlessFull(DWORD error) {
     const bool isFull = error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL ||
                         error == quotaExceeded || error == ERROR_FILE_TOO_LARGE;
-    return isFull ? Replacement::failed : Replacement::closed;
+    return isFull ? Replacement::failed : Replacement::unavailable;
 }
 
-/// Unlike any other writer's, in this process or another: two of them must not share one temporary file.
+/// Unique among all writers, in this process or another.
 std::wstring temporaryPathFor(const std::wstring& path) {
     static std::atomic<std::uint32_t> serial{0};
     return path + L"." + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++serial) + L".tmp";
 }
 
-/// From the beginning of the file and down to the disk. What is too much is cut off last, so that until then
-/// all that the file held has its room on the disk.
+/// Writes from the beginning of the file and flushes to disk. Truncates last, so that the old content keeps
+/// its disk space until then.
 bool writeOver(const FileHandle& file, std::string_view bytes) {
     if (SetFilePointerEx(file.get(), {}, nullptr, FILE_BEGIN) == 0) {
         return false;
@@ -66,7 +66,7 @@ bool writeOver(const FileHandle& file, std::string_view bytes) {
     return SetEndOfFile(file.get()) != 0 && FlushFileBuffers(file.get()) != 0;
 }
 
-/// Empty optional for a pipe or a device, and for what is too long.
+/// Empty optional for a pipe, a device or content that is too long.
 std::optional<std::string> contentOf(const FileHandle& file) {
     LARGE_INTEGER size{};
     if (!file || GetFileType(file.get()) != FILE_TYPE_DISK || GetFileSizeEx(file.get(), &size) == 0 ||
@@ -92,9 +92,9 @@ Replacement renameOver(const std::wstring& from, const std::wstring& to) {
             return Replacement::done;
         }
         const DWORD error = GetLastError();
-        const bool mayPass = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
-        if (!mayPass || attempt == renameAttempts) {
-            return closedUnlessFull(error);
+        const bool isTemporary = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
+        if (!isTemporary || attempt == renameAttempts) {
+            return unavailableUnlessFull(error);
         }
         Sleep(renamePauseMs);
     }
@@ -104,7 +104,7 @@ Replacement replaceByRename(const std::wstring& path, std::string_view bytes) {
     const std::wstring temporary = temporaryPathFor(path);
     FileHandle file = openFile(temporary, GENERIC_WRITE, 0, CREATE_ALWAYS);
     if (!file) {
-        return closedUnlessFull(GetLastError());
+        return unavailableUnlessFull(GetLastError());
     }
     const bool isWritten = writeOver(file, bytes);
     file.reset();
@@ -151,13 +151,13 @@ bool replaceWholeFile(const std::filesystem::path& path, std::string_view bytes)
     const std::wstring target = unlimitedPath(path.native());
     const DWORD attributes = GetFileAttributesW(target.c_str());
     const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
-    // Not left to the rename: a file that the user locked is to stay as it is, everywhere.
+    // Checked here, since not every system's rename refuses: a read-only file must stay unchanged.
     const bool isLocked = exists && (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) != 0;
     if (isLocked || bytes.size() > longestFileBytes) {
         return false;
     }
     const Replacement outcome = replaceByRename(target, bytes);
-    if (outcome != Replacement::closed) {
+    if (outcome != Replacement::unavailable) {
         return outcome == Replacement::done;
     }
     return exists ? writeInPlace(target, bytes) : writeNew(target, bytes);

@@ -4,10 +4,10 @@
 
 namespace rotika {
 
-/// A colour as the files have it: red in the low byte, then green, then blue.
+/// A colour as stored in files: red in the low byte, then green, then blue.
 using RgbColor = std::uint32_t;
 
-/// A colour as pictures have it. Not premultiplied.
+/// A colour of a picture. Not premultiplied.
 struct PictureColor {
     std::uint8_t alpha = 0;
     std::uint8_t red = 0;

@@ -4,7 +4,7 @@
 
 namespace rotika {
 
-/// Physical screen pixels, or pixels of a layer where said.
+/// Physical screen pixels, or layer pixels where stated.
 struct Point {
     std::int32_t x = 0;
     std::int32_t y = 0;
@@ -12,7 +12,7 @@ struct Point {
     bool operator==(const Point&) const = default;
 };
 
-/// Right and bottom lie outside.
+/// Right and bottom are exclusive.
 struct Rect {
     std::int32_t left = 0;
     std::int32_t top = 0;

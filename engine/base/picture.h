@@ -11,8 +11,8 @@
 
 namespace rotika {
 
-// A picture is data: a sequence of draw commands in painting order, in layer pixels. The platform replays it,
-// so geometry, order and colours can be tested without a pixel. Angles are degrees, clockwise from three
+// A picture is a list of draw commands in painting order, in layer pixels. The platform executes it, so that
+// geometry, order and colours can be tested without rendering. Angles are degrees, clockwise from three
 // o'clock.
 
 struct PicturePoint {
@@ -103,7 +103,7 @@ struct Polygon {
 };
 
 /// Text in the interface's sans-serif family ("Segoe UI" where there is one), centred both ways in `box`,
-/// broken between words, cut at the box.
+/// wrapped between words, clipped to the box.
 struct TextInBox {
     std::u16string text;
     PictureBox box;
@@ -114,7 +114,7 @@ struct TextInBox {
     bool operator==(const TextInBox&) const = default;
 };
 
-/// Decoded by the platform; never freed, since the icon cache keeps images to the end of the process.
+/// Decoded by the platform; never freed, since the icon cache keeps images until the process ends.
 struct PictureImage;
 
 /// The whole image stretched into `box`, its alpha multiplied by `opacity`.

@@ -4,8 +4,8 @@
 
 namespace rotika {
 
-/// A plain setting or flag that other threads may read while the owner thread writes it. Any mix of old and
-/// new values is fine, so the accesses are relaxed; copyable, so that records can still be copied whole.
+/// A setting or flag that other threads may read while the owner thread writes it. Readers need no ordering
+/// between several values, so the accesses are relaxed; copyable, so that records that hold it are copyable.
 template <typename T>
 class Relaxed {
 public:

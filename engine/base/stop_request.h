@@ -5,8 +5,8 @@
 
 namespace rotika {
 
-/// Set to ask a worker to end. Each run has its own, so that a run which overran its stop stays stopped when
-/// the next one starts.
+/// Set to request that a worker end. Each run has its own, so that starting the next run does not cancel the
+/// stop of an abandoned one.
 using StopRequest = std::shared_ptr<std::atomic<bool>>;
 
 } // namespace rotika

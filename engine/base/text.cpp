@@ -9,8 +9,8 @@ namespace {
 
 constexpr char32_t replacementCharacter = 0xFFFD;
 
-/// What may follow a leading byte. Only the first continuation is narrower than 80 to BF: that is what shuts
-/// out overlong forms, surrogates and everything above 10FFFF.
+/// Valid continuation of a leading byte. Only the first continuation has a narrower range than 80 to BF: this
+/// excludes overlong forms, surrogates and everything above 10FFFF.
 struct Sequence {
     int continuations = 0; // 0: no sequence starts with this byte
     unsigned char lowest = 0x80;
@@ -32,7 +32,7 @@ Sequence sequenceAfter(unsigned char lead) {
     return {};
 }
 
-/// Decodes the sequence at `pos`, which is no ASCII, and steps over as much of it as belongs together.
+/// Decodes the non-ASCII sequence at `pos` and advances past it, or past its maximal ill-formed part.
 char32_t takeSequence(std::string_view bytes, std::size_t& pos) {
     const auto lead = static_cast<unsigned char>(bytes[pos++]);
     Sequence expected = sequenceAfter(lead);
@@ -99,7 +99,7 @@ std::u16string asciiLowered(std::u16string text) {
 }
 
 std::u16string utf16FromUtf8(std::string_view bytes) {
-    // No sequence gives more code units than it has bytes.
+    // A sequence never decodes to more code units than it has bytes.
     std::u16string text(bytes.size(), u'\0');
     std::size_t length = 0;
     std::size_t pos = 0;

@@ -6,8 +6,8 @@
 
 namespace rotika {
 
-// Characters are classified as the C locale does, ASCII only, and never by the locale of the process: Qt sets
-// that one from the environment, and a Polish locale would read "0.5" as 0.
+// Characters are classified as in the C locale, ASCII only, and never by the locale of the process: Qt sets
+// that from the environment, and a Polish locale would read "0.5" as 0.
 
 constexpr bool isAsciiDigit(char16_t c) {
     return c >= u'0' && c <= u'9';
@@ -24,6 +24,10 @@ constexpr char16_t asciiLower(char16_t c) {
 constexpr char16_t asciiUpper(char16_t c) {
     return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
 }
+/// Value of a hexadecimal digit; `c` must be one.
+constexpr unsigned hexDigitValue(char16_t c) {
+    return isAsciiDigit(c) ? c - u'0' : asciiLower(c) - u'a' + 10u;
+}
 std::u16string asciiLowered(std::u16string text);
 
 /// Invalid sequences become U+FFFD, one for each maximal ill-formed part; never fails.
@@ -35,11 +39,11 @@ std::string utf8FromUtf16(std::u16string_view text);
 /// Decimal digits, with a minus sign if negative.
 std::u16string decimalText(std::int64_t number);
 
-/// The number that the text begins with, in decimal: white space and a sign may stand before its digits, and
-/// what follows them is passed over. 0 without digits; what does not fit becomes the nearest that does.
+/// The decimal number at the beginning of the text: white space and a sign may precede its digits, and the
+/// rest is ignored. 0 without digits; saturates.
 std::int32_t leadingInteger(std::u16string_view text);
 
-/// A new text of at most `maxLength` code units, for the system's fixed buffers.
+/// Truncated to `maxLength` code units, for the system's fixed buffers.
 std::u16string cutTo(std::u16string text, std::size_t maxLength);
 
 } // namespace rotika

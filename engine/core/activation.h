@@ -7,13 +7,13 @@
 
 namespace rotika {
 
-// Putting settings and wheels into force. Owner thread.
+// Activation of settings and wheels. Owner thread.
 
-/// Reads the engine's files again: settings, wheels, voice functions, and with them icons and phrases. The
-/// workers do not follow the settings yet. Each problem is appended to `problems` as one line.
+/// Reloads the engine's files: settings, wheels, voice functions, and with them icons and phrases. Does not
+/// apply the settings to the workers. Each problem is appended to `problems` as one line.
 void reloadFiles(std::u16string& problems);
 
-/// Puts those of `wheels` in force that have at least one field; false and nothing changed if there is none.
+/// Activates those of `wheels` that have at least one field; false, with no change, if there is none.
 bool activateWheels(std::vector<Wheel> wheels);
 
 /// The same for the wheels of the file at `path`.

@@ -43,7 +43,7 @@ void onMainMessage(std::uint32_t message, std::uintptr_t wParam, std::intptr_t l
     case MsgVoiceCommand:
     case MsgVoiceField:
     case MsgVoiceFunction:
-        onSpoken(message, wParam, lParam);
+        onVoiceMessage(message, wParam, lParam);
         break;
     case MsgElementsReady:
         takeScanResult(lParam);
@@ -67,14 +67,14 @@ std::u16string pathFromData(const void* bytes, std::size_t byteCount) {
     return path;
 }
 
-/// Another process switches wheels: the kind and the text count, never the sender.
+/// Another process activates a wheel file. Accepted from any sender.
 bool onData(std::uintptr_t kind, const void* bytes, std::size_t byteCount) noexcept {
     if (kind != activationDataKind || bytes == nullptr || byteCount < sizeof(char16_t))
         return false;
     const std::u16string path = pathFromData(bytes, byteCount);
     if (!activateWheelFile(path))
         return false;
-    repaintMainWindow(engineState.mainWindow); // the status page quotes the counts
+    repaintMainWindow(engineState.mainWindow); // the status page shows the counts
     showTrayBalloon(u"Rotika", cutTo(u"Aktywowano konfigurację: " + path, balloonTextLength),
                     BalloonIcon::info);
     return true;
@@ -88,7 +88,7 @@ void onDestroyed() noexcept {
     unregisterHotKey(engineState.mainWindow, toggleHotKeyId);
 }
 
-/// What is on the screen was placed for monitors that are no longer so.
+/// Visible layers were placed for the old monitors.
 void onMonitorsChanged() noexcept {
     closeWheel();
     hideGrid();

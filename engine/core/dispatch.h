@@ -4,7 +4,7 @@
 
 namespace rotika {
 
-/// What the engine does with what arrives at its main window. `openEditor` may be null. Owner thread.
+/// The engine's handlers of its main window's events. `openEditor` may be null. Owner thread.
 MainWindowHandlers mainWindowHandlers(void (*openEditor)() noexcept);
 
 } // namespace rotika

@@ -23,7 +23,7 @@ void startGaze() {
 }
 
 void startVoice() {
-    prepareElementSearches(); // which nothing but the voice asks for
+    prepareElementSearches(); // only voice commands start them
     const VoiceSettings settings{engineConfig.voiceDllPath, engineConfig.voiceModel};
     if (!startWorker(engineState.voiceThread, engineState.voiceStop,
                      [settings](const std::atomic<bool>& stop) { voiceThreadMain(settings, stop); }))
@@ -40,7 +40,7 @@ void stopVoice() {
 
 } // namespace
 
-void followGazeSetting() {
+void applyGazeSetting() {
     if (!engineConfig.gazeEnabled) {
         stopGaze();
         engineState.gazeStatus = gazeStatusOff;
@@ -49,7 +49,7 @@ void followGazeSetting() {
     }
 }
 
-void followVoiceSetting() {
+void applyVoiceSetting() {
     if (!engineConfig.voiceEnabled) {
         stopVoice();
         engineState.voiceStatus = voiceStatusOff;

@@ -2,16 +2,16 @@
 
 namespace rotika {
 
-// The voice and the gaze thread, as the settings want them. Owner thread.
+// Start and stop of the voice and gaze threads. Owner thread.
 
-/// Starts or ends the gaze thread as its setting says. A thread that has ended by itself still counts as
-/// running: it is started anew only after the setting was off.
-void followGazeSetting();
+/// Starts or stops the gaze thread according to gazeEnabled. A thread that has ended by itself still counts
+/// as running: it is restarted only after the setting was off.
+void applyGazeSetting();
 
 /// The same for the voice thread.
-void followVoiceSetting();
+void applyVoiceSetting();
 
-/// Ends the gaze and the voice thread, or abandons them after 1.5 and 2 s. Their status stays.
+/// Stops the gaze and the voice thread, or abandons them after 1.5 and 2 s. Their status is kept.
 void stopWorkers();
 
 } // namespace rotika

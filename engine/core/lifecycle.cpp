@@ -52,9 +52,9 @@ bool startEngine(bool standalone, void (*openEditor)() noexcept) {
     registerToggleKey();
     if (standalone)
         announceStandalone(problems);
-    followGazeSetting();
-    rebuildPhraseTable(); // before the voice thread, whose first grammar is to be complete
-    followVoiceSetting();
+    applyGazeSetting();
+    rebuildPhraseTable(); // before the voice thread, so that its first grammar is complete
+    applyVoiceSetting();
     prepareWheel();
     return true;
 }
@@ -63,7 +63,7 @@ void stopEngine() {
     engineState.isStopped = true;
     if (engineState.wheelVisible)
         hideWheel();
-    if (engineState.gridWindow != nullptr) // a stop without a start is harmless
+    if (engineState.gridWindow != nullptr) // null without a start
         hideOverlayWindow(engineState.gridWindow);
     clearGridWindowFlags();
     stopWorkers();
@@ -74,9 +74,9 @@ void stopEngine() {
 void reloadEngine() {
     std::u16string problems; // not shown here
     reloadFiles(problems);
-    if (engineState.mainWindow != nullptr && !engineState.isStopped) { // workers post to it
-        followGazeSetting();
-        followVoiceSetting();
+    if (engineState.mainWindow != nullptr && !engineState.isStopped) { // workers post to the window
+        applyGazeSetting();
+        applyVoiceSetting();
     }
     repaintOpenWheel();
 }

@@ -2,16 +2,16 @@
 
 namespace rotika {
 
-// From start to stop. Owner thread.
+// Start, reload and stop. Owner thread.
 
-/// The start sequence. With `standalone` the engine is alone in the process: it shows the problems of its
-/// files and has a tray icon and a status page of its own, whose button calls `openEditor`.
+/// Starts the engine; false when there is no display. With `standalone` it runs without the shell: it reports
+/// the problems of its files and has its own tray icon and status page, whose button calls `openEditor`.
 bool startEngine(bool standalone, void (*openEditor)() noexcept = nullptr);
 
-/// Ends everything that goes on. The engine cannot be started again afterwards.
+/// Stops all activity. The engine cannot be started again afterwards.
 void stopEngine();
 
-/// Reads the files again, and starts or ends the workers as the settings now want.
+/// Reloads the files, and starts or stops the workers according to the settings.
 void reloadEngine();
 
 } // namespace rotika

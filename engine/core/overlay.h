@@ -1,6 +1,6 @@
 #pragma once
 
-// The engine's whole public face. Nothing outside engine/ may include any other header of the engine.
+// The engine's public interface. Nothing outside engine/ may include any other header of the engine.
 //
 // All functions may be called only on the thread that called OverlayEngineStart (the owner thread), except
 // where one says "any thread". The engine has no loop of its own: the owner thread's event loop (Windows
@@ -16,23 +16,23 @@ using OverlayChar = wchar_t;
 using OverlayChar = char16_t;
 #endif
 
-/// Reads the files beside the program, makes the windows and registers the toggle key. May block in a warning
-/// box when the key is taken. True when the engine has started. A second call does nothing and answers true,
+/// Reads the files of the program, creates the windows and registers the toggle key. May block in a warning
+/// box when the key is taken. True when the engine has started. A second call does nothing and returns true,
 /// also after a stop.
 OVERLAY_EXPORT bool OverlayEngineStart();
 
-/// Closes the wheel, ends the workers (each waited for at most 2 s) and gives the toggle key back. Meant for
-/// the end of the process: there is no start after it, and no wheel opens any more.
+/// Closes the wheel, stops the workers (waiting at most 2 s for each) and unregisters the toggle key. Meant
+/// for the end of the process: afterwards the engine cannot be started and no wheel opens.
 OVERLAY_EXPORT void OverlayEngineStop();
 
-/// Reads config.json, default.json and voice.json again. The toggle key is not registered anew.
+/// Reloads config.json, default.json and voice.json. Does not change the registered toggle key.
 OVERLAY_EXPORT void OverlayReloadConfig();
 
-/// Puts the wheels of another file in force until the next reload. `path` is zero-terminated UTF-16, used as
-/// it stands; null is refused. False, with the old wheels kept, when the file holds no wheel with a field.
+/// Activates the wheels of another file until the next reload. `path` is zero-terminated UTF-16, used
+/// unchanged; null is rejected. False, with the old wheels kept, when the file has no wheel with a field.
 OVERLAY_EXPORT bool OverlayActivateWheelFile(const OverlayChar* path);
 
-/// Shows the wheel, or hides it and gives pointer and focus back.
+/// Shows the wheel, or hides it and restores pointer and focus.
 OVERLAY_EXPORT void OverlayToggleWheel();
 
 OVERLAY_EXPORT bool OverlayIsWheelVisible();

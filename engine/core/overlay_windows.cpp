@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int32_t gridWindowSizePx = 100; // until the grid is first placed
 
-/// The capture must end with the window that shows it.
+/// The capture must end with its window.
 void onWheelWindowDestroyed() noexcept {
     closeWheel();
     engineState.wheelWindow = nullptr;

@@ -2,9 +2,9 @@
 
 namespace rotika {
 
-// The wheel's window and the one that grid and element labels share. Owner thread.
+// The wheel's window and the window shared by grid and element labels. Owner thread.
 
-/// Makes each of them that is missing: at the start, and after somebody else has destroyed one.
+/// Creates each window that is missing: at the start, and after another process has destroyed one.
 void createMissingOverlays();
 
 } // namespace rotika

@@ -19,9 +19,9 @@ namespace {
 
 constexpr std::uint32_t closedWheelDelayMs = 100; // before a function run by voice with the wheel closed
 
-/// The road of a function chosen by voice. An open wheel closes even if the function has no steps.
+/// Runs a function chosen by voice. An open wheel closes even if the function has no steps.
 void runByVoice(const WheelAction& chosen) {
-    const WheelAction action = chosen; // closing may let in a message that replaces the wheels
+    const WheelAction action = chosen; // closing may dispatch a message that replaces the wheels
     const bool wasOpen = engineState.wheelVisible;
     closeWheel();
     if (action.steps.empty())
@@ -31,7 +31,7 @@ void runByVoice(const WheelAction& chosen) {
 }
 
 void onVoiceField(std::uintptr_t wheelIndex, std::uintptr_t fieldIndex) {
-    // The table that the phrase came from may be older than the wheels.
+    // The phrase may come from a table older than the wheels.
     if (wheelIndex >= engineState.wheels.size())
         return;
     const std::vector<WheelAction>& actions = engineState.wheels[wheelIndex].actions;
@@ -56,7 +56,7 @@ void turnPageByVoice(std::int32_t arrow) {
         turnPage(arrow);
 }
 
-/// A number means a label if there are any on show, else a cell of the grid.
+/// A number selects a visible label, or else a cell of the grid.
 void numberByVoice(std::int32_t number) {
     if (engineState.elementsVisible)
         clickElement(number, 0, 1);
@@ -124,11 +124,11 @@ void onVoiceCommand(std::int32_t command) {
 
 } // namespace
 
-void onSpoken(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) {
-    if (engineState.isStopped) // said just before the stop
+void onVoiceMessage(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) {
+    if (engineState.isStopped) // posted before the stop
         return;
-    // Nobody can see what a word would do behind a locked screen. A screen saver counts as a lock too, and a
-    // user who has only words must be able to end it.
+    // Commands must not act unseen behind a locked screen. A screen saver counts as a lock too, and a user
+    // who only has voice control must be able to end it.
     if (engineState.sessionLocked) {
         wakeScreen();
         return;

@@ -13,8 +13,8 @@ namespace rotika {
 
 namespace {
 
-// Indexed by status code; any code outside shows the last line. A null stands for the text about the missing
-// library, which names its file.
+// Indexed by status code; an unknown code shows the last text. Null stands for the text about the missing
+// library, which contains its file name.
 constexpr std::array<const char16_t*, 6> gazeTexts{
     u"wyłączony (gazeEnabled = false)",
     u"szukanie urządzenia…",

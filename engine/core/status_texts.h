@@ -4,11 +4,11 @@
 
 namespace rotika {
 
-/// Polish words for the codes in gazeStatus and voiceStatus; zero-terminated, never freed. Any thread.
+/// Polish texts of gazeStatus and voiceStatus; zero-terminated, never freed. Any thread.
 const char16_t* gazeStatusText();
 const char16_t* voiceStatusText();
 
-/// The page that a standalone engine's window shows. Owner thread.
+/// The status page in a standalone engine's window. Owner thread.
 std::u16string statusPageText();
 
 } // namespace rotika

@@ -15,12 +15,12 @@ namespace rotika {
 
 namespace {
 
-/// Whatever the window held when it was last open is gone here, but for what a failed save could not write.
+/// Discards the previous document, except one whose failed save is kept in memory.
 void loadEditorWheels() {
     if (!editorState.isKeptInMemory) {
         const std::u16string defaultPath = joinPath(programFolder(), defaultWheelsFileName);
         editorState.keptFile = findKeptEdits();
-        // Without a path a save asks where to, since a file may have changed after its save has failed.
+        // No path: a save then asks for one, since the file may have changed after its save failed.
         editorState.editorPath = editorState.keptFile.empty() ? defaultPath : u"";
         std::u16string problems; // not shown here
         loadWheelFile(editorState.keptFile.empty() ? defaultPath : editorState.keptFile,

@@ -3,7 +3,7 @@
 namespace rotika {
 
 /// Opens the editor on default.json, or on edits that could not be saved, or brings an open one to the front
-/// with all that it holds. Owner thread.
+/// unchanged. Owner thread.
 void openEditor();
 
 } // namespace rotika

@@ -14,11 +14,11 @@ bool askInEditor(const std::u16string& text) {
 }
 
 void warnInEditor(const std::u16string& text) {
-    tellInBox(editorState.editorWindow, boxTitle, text, EditorBoxIcon::warning);
+    showInBox(editorState.editorWindow, boxTitle, text, EditorBoxIcon::warning);
 }
 
 void informInEditor(const std::u16string& text) {
-    tellInBox(editorState.editorWindow, boxTitle, text, EditorBoxIcon::information);
+    showInBox(editorState.editorWindow, boxTitle, text, EditorBoxIcon::information);
 }
 
 } // namespace rotika

@@ -6,7 +6,7 @@ namespace rotika {
 
 // The function editor's modal boxes. Owner thread.
 
-/// What is missing for a step, and for writing the form back.
+/// Shown when adding a step or applying the form without a field.
 inline constexpr char16_t noFieldText[] = u"Najpierw wybierz lub dodaj funkcję.";
 
 /// A yes-or-no question; true for yes.

@@ -66,7 +66,7 @@ void renameWheel() {
     refreshWheelList();
 }
 
-/// The number counts wheels, so that after a removal two of them may bear the same name.
+/// The number is the count of wheels, so after a removal two wheels may have the same name.
 void addWheel() {
     std::vector<Wheel>& wheels = editorState.editorWheels;
     wheels.push_back({u"Koło " + decimalText(static_cast<std::int64_t>(wheels.size()) + 1), {}});
@@ -88,7 +88,7 @@ void removeWheel() {
     wheelsChanged();
 }
 
-/// Nothing limits their number here; the reader keeps maxFieldCount.
+/// The number of fields is not limited here; the reader keeps maxFieldCount.
 void addField() {
     Wheel* wheel = currentEditorWheel();
     if (wheel == nullptr)
@@ -122,7 +122,7 @@ void removeField() {
     refreshFieldList(-1);
 }
 
-/// False, with a warning, if the form's colour is no colour; an empty one takes the field's own away.
+/// False, with a warning, if the form's colour is invalid; an empty text removes the field's colour.
 bool readFormColor(WheelAction& field) {
     const std::u16string text = formText(fieldColorEdit);
     if (text.empty()) {
@@ -167,7 +167,7 @@ void activate() {
 
 struct EditorCommand {
     std::int32_t id;
-    bool needsNewSelection; // a list's other news do nothing
+    bool needsNewSelection; // ignore a list's other notifications
     void (*run)();
 };
 

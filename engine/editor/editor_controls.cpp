@@ -69,7 +69,7 @@ constexpr std::array controls{
 };
 // clang-format on
 
-/// By the value of their StepKind.
+/// Indexed by StepKind.
 constexpr std::array stepKindTexts{
     u"klik (naciśnij i puść)",
     u"przytrzymaj",

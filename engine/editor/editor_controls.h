@@ -40,7 +40,7 @@ enum EditorControlId : std::int32_t {
     activateButton = 2031,
 };
 
-/// Makes all controls of the window, with the rows of the list of actions.
+/// Creates all controls of the window and fills the list of step kinds.
 void createEditorControls(WindowHandle window);
 
 } // namespace rotika

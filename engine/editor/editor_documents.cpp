@@ -28,7 +28,7 @@ constexpr FileFilter allFiles{u"Wszystkie (*.*)", u"*.*"};
 constexpr std::array wheelFilters{FileFilter{u"Pliki JSON (*.json)", u"*.json"}, allFiles};
 constexpr std::array iconFilters{FileFilter{u"Obrazy (*.png;*.bmp;*.jpg)", u"*.png;*.bmp;*.jpg"}, allFiles};
 
-bool mayDropChanges() {
+bool confirmDiscardingChanges() {
     return !editorState.editorDirty || askInEditor(u"Niezapisane zmiany zostaną utracone. Kontynuować?");
 }
 
@@ -42,7 +42,7 @@ void replaceDocument(std::vector<Wheel> wheels, const std::u16string& path) {
     showNewDocument();
 }
 
-/// The engine runs on these two files; paths count as the system's, where case makes no difference.
+/// Whether the engine loads this file. Case-insensitive, like file names on Windows.
 bool isFileOfEngine(const std::u16string& path) {
     const auto isNamed = [&path](const char16_t* name) {
         return asciiLowered(path) == asciiLowered(joinPath(programFolder(), name));
@@ -50,7 +50,7 @@ bool isFileOfEngine(const std::u16string& path) {
     return isNamed(defaultWheelsFileName) || isNamed(voiceFunctionsFileName);
 }
 
-void takeSavedFilesIntoForce() {
+void reloadSavedFiles() {
     std::u16string problems; // not shown here
     reloadFiles(problems);
     repaintMainWindow(engineState.mainWindow);
@@ -64,9 +64,9 @@ std::u16string shortenedPath(const std::u16string& path) {
     return isInside ? path.substr(prefix.size()) : path;
 }
 
-/// Writes the document; under a name that the user picks if `saveAs` is set or it has none yet. What stands
-/// in the form alone is not written. A write that fails leaves the old file whole and is not reported; what
-/// it was to write is kept elsewhere.
+/// Writes the document; to a file that the user picks if `saveAs` is set or it has no path yet. Unapplied
+/// form content is not written. A failed write leaves the old file unchanged and is not reported; the
+/// document is then kept by keepEdits.
 void saveWheels(bool saveAs) {
     if (editorState.editorPath.empty() || saveAs) {
         const std::optional<std::u16string> path = pickFileToSave(
@@ -86,18 +86,18 @@ void saveWheels(bool saveAs) {
     editorState.editorDirty = false;
     refreshPathLabel();
     if (isFileOfEngine(editorState.editorPath))
-        takeSavedFilesIntoForce();
+        reloadSavedFiles();
 }
 
 } // namespace
 
 void makeNewDocument() {
-    if (mayDropChanges())
+    if (confirmDiscardingChanges())
         replaceDocument(newEditorWheels(), u"");
 }
 
 void openDocument() {
-    if (!mayDropChanges())
+    if (!confirmDiscardingChanges())
         return;
     const std::optional<std::u16string> path =
         pickFileToOpen(editorState.editorWindow, wheelFilters, programFolder());

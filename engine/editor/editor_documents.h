@@ -2,14 +2,15 @@
 
 namespace rotika {
 
-// The function editor's commands about files. Owner thread.
+// The function editor's file commands. Owner thread.
 
 void makeNewDocument();
 void openDocument();
 void saveDocument();
 void saveDocumentAs();
 
-/// Puts the path of an image into the form, short if the image lies in the folder of the program.
+/// Lets the user pick an image and puts its path into the form, relative if it is in the folder of the
+/// program.
 void chooseIcon();
 
 } // namespace rotika

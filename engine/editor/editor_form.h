@@ -8,13 +8,13 @@
 
 namespace rotika {
 
-// What the form and the lists of the function editor show. Owner thread.
+// The content of the function editor's form and lists. Owner thread.
 
-/// The form then belongs to no field.
+/// Clears the form; it then belongs to no field.
 void clearFieldForm();
 
-/// Copies a field of the current wheel into the form; an index outside changes nothing. The controls for
-/// entering a step are left as they are.
+/// Copies a field of the current wheel into the form; no effect for an index out of range. The controls for
+/// entering a step are not changed.
 void showFieldInForm(std::int32_t index);
 
 void refreshWheelList();
@@ -25,13 +25,13 @@ void refreshFieldList(std::int32_t selection);
 void refreshStepList();
 void refreshPathLabel();
 
-/// All lists of a document that has just taken the place of another; no field is selected.
+/// Refreshes form, lists and path for a new document; no field is selected.
 void showNewDocument();
 
-/// How a step is told in the list.
+/// Text of a step in the list.
 std::u16string stepRowText(const ActionStep& step);
 
-/// Text of a control, cut to 511 code units without a word.
+/// Text of a control, silently truncated to 511 code units.
 std::u16string readControlText(WindowHandle window, std::int32_t id);
 
 } // namespace rotika

@@ -72,7 +72,7 @@ bool readKeyStep(const std::u16string& entry, StepKind kind, ActionStep& step) {
     return true;
 }
 
-/// Fills `step` from the controls for entering one; false if they make none and the user was told so.
+/// Reads `step` from the form's controls; false, after a warning to the user, if they are invalid.
 bool readStepForm(ActionStep& step) {
     const std::u16string entry = readControlText(editorState.editorWindow, stepKeyEdit);
     const std::int32_t row = listSelection(editorState.editorWindow, stepKindList);

@@ -2,8 +2,8 @@
 
 namespace rotika {
 
-// The function editor's commands about the steps of the form. They change the form's own copy of the field
-// alone. Owner thread.
+// The function editor's commands for the steps of the form. They change only the form's copy of the field.
+// Owner thread.
 
 void showSelectedStep();
 void addStep();

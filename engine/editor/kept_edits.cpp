@@ -11,18 +11,18 @@ namespace rotika {
 
 namespace {
 
-// One for each document that could not be saved; more than anybody leaves behind.
-constexpr std::int64_t mostKeptFiles = 20;
+// One file per document that could not be saved.
+constexpr std::int64_t maxKeptFiles = 20;
 
 std::u16string keptFile(const std::u16string& folder, std::int64_t number) {
     return joinPath(folder, u"niezapisane-kola-" + decimalText(number) + u".json");
 }
 
-/// The first such file in the folder that is there, or that is not; empty if there is none.
-std::u16string firstKeptFile(const std::u16string& folder, bool isThere) {
-    for (std::int64_t number = 1; number <= mostKeptFiles; ++number) {
+/// The first recovery file name in the folder that exists, or that is free; empty if there is none.
+std::u16string firstKeptFile(const std::u16string& folder, bool mustExist) {
+    for (std::int64_t number = 1; number <= maxKeptFiles; ++number) {
         std::u16string path = keptFile(folder, number);
-        if (pathExists(path) == isThere)
+        if (pathExists(path) == mustExist)
             return path;
     }
     return {};

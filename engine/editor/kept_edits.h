@@ -4,16 +4,17 @@
 
 namespace rotika {
 
-// A save that fails says nothing, so what it could not write is kept in a file of its own: in the folder of
-// the program, or else in that of temporary files. The next opening of the editor begins on it. Owner thread.
+// A failed save is not reported, so the document is kept in a recovery file: in the folder of the program, or
+// else in that of temporary files. The next opening of the editor loads it. Owner thread.
 
-/// Keeps the document in a file, or if no file can be made in memory until the editor is opened again.
+/// Keeps the document in a recovery file, or if none can be written, in memory until the editor is opened
+/// again.
 void keepEdits(const std::string& bytes);
 
-/// For the document that was just written where the user wanted it.
+/// Removes the recovery file after the document has been saved.
 void dropKeptEdits();
 
-/// The file that the editor is to begin on; empty if all was saved.
+/// The recovery file to load; empty if there is none.
 std::u16string findKeptEdits();
 
 } // namespace rotika

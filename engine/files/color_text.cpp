@@ -12,8 +12,7 @@ bool parseHexColor(std::u16string_view text, RgbColor& color) {
     }
     RgbColor number = 0; // 0xRRGGBB
     for (const char16_t unit : text.substr(1)) {
-        const char16_t digit = asciiLower(unit);
-        number = number << 4 | static_cast<RgbColor>(isAsciiDigit(digit) ? digit - u'0' : digit - u'a' + 10);
+        number = number << 4 | hexDigitValue(unit);
     }
     color = (number & 0xFF) << 16 | (number & 0xFF00) | number >> 16;
     return true;

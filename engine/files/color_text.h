@@ -7,7 +7,7 @@
 
 namespace rotika {
 
-/// "#RRGGBB" exactly, either case. On false `color` is untouched.
+/// Accepts "#RRGGBB" exactly, in either case. On false `color` is unchanged.
 bool parseHexColor(std::u16string_view text, RgbColor& color);
 
 /// "#RRGGBB" with upper-case digits.

@@ -16,8 +16,8 @@ namespace {
 
 enum class Outcome {
     Failed,
-    Complete, // the value is read
-    Entered,  // a container is open and its first child follows
+    Complete, // the value has been read
+    Entered,  // a container is open and its next child follows
 };
 
 bool atEnd(const JsonCursor& cursor) {
@@ -28,7 +28,7 @@ bool nextIs(const JsonCursor& cursor, char16_t unit) {
     return !atEnd(cursor) && cursor.text[cursor.pos] == unit;
 }
 
-bool stepOver(JsonCursor& cursor, char16_t unit) {
+bool consume(JsonCursor& cursor, char16_t unit) {
     if (!nextIs(cursor, unit)) {
         return false;
     }
@@ -36,7 +36,7 @@ bool stepOver(JsonCursor& cursor, char16_t unit) {
     return true;
 }
 
-/// Whatever follows the word is left for the enclosing context to refuse.
+/// The caller checks what follows the word.
 bool matchLiteral(JsonCursor& cursor, std::u16string_view literal) {
     if (std::u16string_view(cursor.text).substr(cursor.pos, literal.size()) != literal) {
         return false;
@@ -45,8 +45,8 @@ bool matchLiteral(JsonCursor& cursor, std::u16string_view literal) {
     return true;
 }
 
-/// As the C library reads a hexadecimal number: blanks, a sign and 0x may stand in front, and the first
-/// unusable character ends it quietly.
+/// Like strtoul with base 16: white space, a sign and 0x may precede the digits, and the first other
+/// character ends the number.
 char16_t lenientHex(std::u16string_view digits) {
     const auto skip = [&digits](std::size_t count) { digits.remove_prefix(count); };
     while (!digits.empty() && isAsciiSpace(digits.front())) {
@@ -61,13 +61,12 @@ char16_t lenientHex(std::u16string_view digits) {
     }
     unsigned number = 0;
     for (; !digits.empty() && isAsciiHexDigit(digits.front()); skip(1)) {
-        const char16_t digit = asciiLower(digits.front());
-        number = number * 16 + (isAsciiDigit(digit) ? digit - u'0' : digit - u'a' + 10u);
+        number = number * 16 + hexDigitValue(digits.front());
     }
     return static_cast<char16_t>(negative ? 0 - number : number);
 }
 
-/// `pos` stands behind the backslash.
+/// `pos` is past the backslash.
 bool parseEscape(JsonCursor& cursor, std::u16string& target) {
     constexpr std::u16string_view letters = u"\"/\\bfnrt";
     constexpr std::u16string_view meanings = u"\"/\\\b\f\n\r\t";
@@ -93,7 +92,7 @@ bool parseEscape(JsonCursor& cursor, std::u16string& target) {
 
 bool parseString(JsonCursor& cursor, std::u16string& target) {
     target.clear();
-    if (!stepOver(cursor, u'"')) {
+    if (!consume(cursor, u'"')) {
         return false;
     }
     const auto isPlain = [](char16_t unit) { return unit != u'"' && unit != u'\\'; };
@@ -103,40 +102,31 @@ bool parseString(JsonCursor& cursor, std::u16string& target) {
             ++cursor.pos;
         }
         target.append(cursor.text, start, cursor.pos - start);
-        if (stepOver(cursor, u'"')) {
+        if (consume(cursor, u'"')) {
             return true;
         }
-        if (!stepOver(cursor, u'\\') || !parseEscape(cursor, target)) {
+        if (!consume(cursor, u'\\') || !parseEscape(cursor, target)) {
             return false;
         }
     }
     return false;
 }
 
-/// Whether a positive number that fits no double is too large rather than too small, told by the decimal
-/// position of its first digit that counts.
+/// Whether a positive number out of the range of double is too large rather than too small, by the decimal
+/// position of its first significant digit.
 bool isTooLarge(std::string_view digits) {
     const std::size_t mantissaEnd = std::min(digits.find_first_of("eE"), digits.size());
     const std::string_view mantissa = digits.substr(0, mantissaEnd);
-    const auto point = static_cast<long long>(std::min(mantissa.find('.'), mantissa.size()));
-    const auto first = static_cast<long long>(std::min(mantissa.find_first_not_of("0."), mantissa.size()));
-    std::string_view exponentDigits = digits.substr(mantissaEnd);
-    exponentDigits.remove_prefix(std::min<std::size_t>(exponentDigits.size(), 1));
-    const bool negative = exponentDigits.starts_with('-');
-    if (negative || exponentDigits.starts_with('+')) {
-        exponentDigits.remove_prefix(1);
-    }
-    constexpr long long beyondAnyText = 1LL << 56; // ten times this still fits
-    long long exponent = 0;
-    for (; !exponentDigits.empty() && isAsciiDigit(static_cast<char16_t>(exponentDigits.front()));
-         exponentDigits.remove_prefix(1)) {
-        exponent = std::min(exponent * 10 + (exponentDigits.front() - '0'), beyondAnyText);
-    }
-    return point - first + (negative ? -exponent : exponent) > 0;
+    const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size()));
+    const auto first = static_cast<std::int64_t>(std::min(mantissa.find_first_not_of("0."), mantissa.size()));
+    const std::string_view exponent = digits.substr(std::min(mantissaEnd + 1, digits.size()));
+    // No file is long enough for its digits to outweigh a saturated exponent.
+    return point - first + leadingInteger(utf16FromUtf8(exponent)) > 0;
 }
 
-/// As the C library converts a text made of digits, signs, points and exponent letters: as far as it can, 0
-/// if there is nothing to convert. std::from_chars knows no plus sign and leaves an overflow to the caller.
+/// Like strtod in the C locale, for a text of digits, signs, points and exponent letters: converts the
+/// longest valid prefix, 0 if there is none. std::from_chars accepts no plus sign and does not distinguish
+/// overflow from underflow.
 double lenientNumber(std::string_view digits) {
     const bool negative = digits.starts_with('-');
     if (negative || digits.starts_with('+')) {
@@ -155,10 +145,10 @@ double lenientNumber(std::string_view digits) {
 
 bool parseNumber(JsonCursor& cursor, JsonValue& value) {
     const std::size_t start = cursor.pos;
-    const auto belongs = [](char16_t unit) {
+    const auto isNumberUnit = [](char16_t unit) {
         return isAsciiDigit(unit) || std::u16string_view(u".eE-+").find(unit) != std::u16string_view::npos;
     };
-    while (!atEnd(cursor) && belongs(cursor.text[cursor.pos])) {
+    while (!atEnd(cursor) && isNumberUnit(cursor.text[cursor.pos])) {
         ++cursor.pos;
     }
     if (cursor.pos == start) {
@@ -173,13 +163,13 @@ bool parseNumber(JsonCursor& cursor, JsonValue& value) {
     return true;
 }
 
-/// The opening of an object or array; an empty one is complete at once. Only here may the closing bracket
-/// follow directly, so that a comma before it is an error.
+/// Opens an object or array; an empty one is complete at once. Only here may the closing bracket follow
+/// directly, so a trailing comma is an error.
 Outcome openContainer(JsonCursor& cursor, JsonValue& value, JsonType type, char16_t closing) {
     value.type = type;
     ++cursor.pos;
     skipWhitespace(cursor);
-    return stepOver(cursor, closing) ? Outcome::Complete : Outcome::Entered;
+    return consume(cursor, closing) ? Outcome::Complete : Outcome::Entered;
 }
 
 Outcome completeIf(bool success) {
@@ -215,8 +205,8 @@ Outcome startValue(JsonCursor& cursor, JsonValue& value) {
     }
 }
 
-/// Appends the next child of an open container and reads its key, if it has one; null on an error. The child
-/// stays where it is until it is complete, since its parent does not grow meanwhile.
+/// Appends the next child of an open container and reads its key, if it has one; null on an error. The
+/// pointer stays valid until the child is complete, since its parent does not grow meanwhile.
 JsonValue* appendChild(JsonCursor& cursor, JsonValue& container) {
     if (container.type == JsonType::Array) {
         return &container.items.emplace_back();
@@ -227,19 +217,19 @@ JsonValue* appendChild(JsonCursor& cursor, JsonValue& container) {
         return nullptr;
     }
     skipWhitespace(cursor);
-    return stepOver(cursor, u':') ? &member.value : nullptr;
+    return consume(cursor, u':') ? &member.value : nullptr;
 }
 
-/// What follows a complete child: Entered for a comma, Complete for the container's own end.
+/// Reads what follows a complete child: Entered for a comma, Complete for the container's end.
 Outcome continueContainer(JsonCursor& cursor, const JsonValue& container) {
     skipWhitespace(cursor);
-    if (stepOver(cursor, u',')) {
+    if (consume(cursor, u',')) {
         return Outcome::Entered;
     }
-    return completeIf(stepOver(cursor, container.type == JsonType::Object ? u'}' : u']'));
+    return completeIf(consume(cursor, container.type == JsonType::Object ? u'}' : u']'));
 }
 
-/// Closes what ends here, from the innermost container outward; Entered if one of them goes on.
+/// Closes the containers that end here, innermost first; Entered if one of them has another child.
 Outcome closeContainers(JsonCursor& cursor, std::vector<JsonValue*>& open) {
     while (!open.empty()) {
         const Outcome outcome = continueContainer(cursor, *open.back());
@@ -261,7 +251,7 @@ JsonValue::~JsonValue() {
     if (!hasChildren(*this)) {
         return;
     }
-    // The last leaf goes first, so no destructor that runs here meets children of its own.
+    // Removes the last leaf first, so that no destructor called here recurses.
     std::vector<JsonValue*> path{this};
     while (!path.empty()) {
         JsonValue& deepest = *path.back();

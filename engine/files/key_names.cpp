@@ -54,8 +54,7 @@ std::u16string trimmed(std::u16string text) {
     return text;
 }
 
-/// A single character: the shift state that the layout asks for is dropped, so "!" means the key it stands
-/// on.
+/// The shift state that the layout returns is ignored, so "!" means the key that types it.
 void readCharacter(char16_t character, KeyCode& key) {
     const char16_t upper = asciiUpper(character);
     if (isAsciiDigit(upper) || (upper >= u'A' && upper <= u'Z')) {
@@ -74,7 +73,7 @@ bool looksLikeFunctionKey(std::u16string_view name) {
     return name.size() <= 3 && name[0] == u'f' && isAsciiDigit(name[1]);
 }
 
-/// A third character that is no digit is passed over: "f1x" is F1, as it always was.
+/// A third character that is not a digit is ignored: "f1x" is F1, for compatibility with existing files.
 void readFunctionKey(std::u16string_view name, KeyCode& key) {
     constexpr int lastFunctionKey = 24;
     constexpr int beforeF1 = 0x6F;

@@ -33,7 +33,7 @@ void readBoolean(const JsonValue& root, std::u16string_view key, Relaxed<bool>& 
     setting = value;
 }
 
-/// From 0 to `highest`; what lies outside is clamped.
+/// Clamped to 0 to `highest`.
 void readInteger(const JsonValue& root, std::u16string_view key, std::int32_t highest,
                  std::int32_t& setting) {
     if (const JsonValue* member = findMember(root, key, JsonType::Number)) {
@@ -54,7 +54,7 @@ void readString(const JsonValue& root, std::u16string_view key, std::u16string& 
     }
 }
 
-/// The one setting whose wrong type is reported like a bad value.
+/// The only setting whose wrong type is reported like an invalid value.
 void readSegmentColor(const JsonValue& root, std::u16string& problems) {
     const JsonValue* member = findMember(root, u"segmentColor");
     if (member == nullptr) {
@@ -65,7 +65,7 @@ void readSegmentColor(const JsonValue& root, std::u16string& problems) {
     }
 }
 
-/// A file that cannot be read leaves every setting as it was, which on a reload need not be the defaults.
+/// A file that cannot be read leaves every setting unchanged, on a reload not necessarily at its default.
 void readSettings(const std::u16string& path, std::u16string& problems) {
     JsonValue root;
     if (!readJsonFile(path, root) || root.type != JsonType::Object) {
@@ -90,7 +90,7 @@ void readSettings(const std::u16string& path, std::u16string& problems) {
 }
 
 /// A mouse button cannot be a hot key, so it counts as unknown.
-void settleToggleKey(std::u16string& problems) {
+void resolveToggleKey(std::u16string& problems) {
     engineConfig.toggleKeyCode = parseKeyCode(engineConfig.toggleKey);
     if (engineConfig.toggleKeyCode.isMouse) {
         engineConfig.toggleKeyCode.valid = false;
@@ -103,7 +103,7 @@ void settleToggleKey(std::u16string& problems) {
     engineConfig.toggleKey = engineConfig.toggleKeyCode.text;
 }
 
-/// The wheel needs something to show and a field count above 0 to divide by.
+/// There is always at least one wheel with a field: the layout divides by the field count.
 void readWheels(const std::u16string& path, std::u16string& problems) {
     loadWheelFile(path, engineState.wheels, problems);
     if (engineState.wheels.empty()) {
@@ -135,7 +135,7 @@ void loadConfiguration(std::u16string& problems) {
     const std::u16string folder = programFolder();
     ensureDefaultFiles(folder);
     readSettings(joinPath(folder, configFileName), problems);
-    settleToggleKey(problems);
+    resolveToggleKey(problems);
     readWheels(joinPath(folder, defaultWheelsFileName), problems);
     readVoiceFunctions(joinPath(folder, voiceFunctionsFileName), problems);
 }

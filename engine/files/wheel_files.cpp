@@ -16,9 +16,9 @@ namespace rotika {
 
 namespace {
 
-// Each line about a step quotes its field's name, so a hostile file of a few megabytes could ask for
-// terabytes of lines. No sound use comes near this many code units.
-constexpr std::size_t longestProblems = std::size_t{1} << 24;
+// In code units. Each line about a step quotes its field's name, so an untrusted file of a few megabytes
+// could otherwise produce terabytes of lines.
+constexpr std::size_t maxProblemsLength = std::size_t{1} << 24;
 
 struct LoadContext {
     std::vector<Wheel>& wheels;
@@ -40,7 +40,7 @@ constexpr std::array actionWords{
 
 void report(LoadContext& context, std::initializer_list<std::u16string_view> line) {
     context.clean = false;
-    if (context.problems.size() >= longestProblems) {
+    if (context.problems.size() >= maxProblemsLength) {
         return;
     }
     for (const std::u16string_view part : line) {
@@ -69,7 +69,7 @@ KeyCode readKeyValue(const std::u16string& fieldName, const JsonValue& keyValue,
     return key;
 }
 
-/// An unknown word is reported and the step goes on as a click.
+/// An unknown word is reported and read as a click.
 StepKind readStepKind(const std::u16string& fieldName, const JsonValue& element, LoadContext& context) {
     const JsonValue* action = findMember(element, u"action", JsonType::String);
     if (action == nullptr) {
@@ -90,8 +90,7 @@ std::int32_t readStepValue(const JsonValue& element, StepKind kind) {
     return member == nullptr ? defaultStepValue(kind) : clampedStepValue(kind, integerOf(member->number));
 }
 
-/// The mere presence of "open" makes the element an open step, which without a usable target vanishes
-/// silently.
+/// The presence of "open" makes the element an open step; without a valid target it is discarded silently.
 void readOpenStep(const JsonValue& target, std::vector<ActionStep>& steps) {
     if (target.type == JsonType::String && !target.text.empty()) {
         ActionStep& step = steps.emplace_back();
@@ -100,7 +99,7 @@ void readOpenStep(const JsonValue& target, std::vector<ActionStep>& steps) {
     }
 }
 
-/// The action word is read also without a usable key, so one bad step can give two lines.
+/// The action word is read even without a valid key, so one invalid step can give two lines.
 void readStep(const JsonValue& element, WheelAction& action, LoadContext& context) {
     if (const JsonValue* target = findMember(element, u"open")) {
         readOpenStep(*target, action.steps);
@@ -125,7 +124,7 @@ void appendClick(const JsonValue& keyValue, WheelAction& action, LoadContext& co
     }
 }
 
-/// The presence of "steps", whatever its type, decides the form: "keys" and "key" are then not looked at.
+/// The presence of "steps", whatever its type, decides the form: "keys" and "key" are then ignored.
 void readFunction(const JsonValue& element, WheelAction& action, LoadContext& context) {
     if (const JsonValue* steps = findMember(element, u"steps")) {
         for (const JsonValue& step : steps->items) {
@@ -149,7 +148,7 @@ void readFunction(const JsonValue& element, WheelAction& action, LoadContext& co
     }
 }
 
-/// An element that is no object still gives a field, an empty one.
+/// An element that is not an object gives an empty field.
 WheelAction readField(const JsonValue& element, LoadContext& context) {
     WheelAction action;
     action.name = stringMember(element, u"name");
@@ -167,7 +166,7 @@ void readWheelActions(const JsonValue& actionsValue, std::u16string wheelName, L
     Wheel wheel;
     wheel.name = std::move(wheelName);
     for (const JsonValue& element : actionsValue.items) {
-        // Fields past the last are read too, for the lines about them, but not kept.
+        // Fields past the maximum are read too, to report their problems, and discarded.
         WheelAction action = readField(element, context);
         if (wheel.actions.size() < maxFieldCount) {
             wheel.actions.push_back(std::move(action));
@@ -194,7 +193,7 @@ void readWheel(const JsonValue& element, LoadContext& context) {
 
 bool loadWheelFile(const std::u16string& path, std::vector<Wheel>& wheels, std::u16string& problems) {
     wheels.clear();
-    // Only this line names the real file; the others say default.json for whatever file they are about.
+    // Only this line names the real file; the others say default.json for any file.
     LoadContext context{wheels, problems};
     JsonValue root;
     if (!readJsonFile(path, root)) {

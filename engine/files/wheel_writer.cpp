@@ -49,7 +49,7 @@ void appendStep(std::string& out, const ActionStep& step) {
     out += " }";
 }
 
-/// One item on each line, a comma behind all but the last.
+/// One item per line, with a comma after all but the last.
 template <typename Item>
 void appendList(std::string& out, const std::vector<Item>& items, void (*append)(std::string&, const Item&)) {
     for (const Item& item : items) {
@@ -91,24 +91,24 @@ std::string serializeWheels(const std::vector<Wheel>& wheels) {
     return out + "  ]\n}\n";
 }
 
-std::string escapeJsonString(const std::u16string& text) {
+std::string escapeJsonString(const std::u16string& text, JsonEscapes escapes) {
     std::u16string escaped;
     escaped.reserve(text.size());
     for (const char16_t unit : text) {
-        if (unit == u'\t') {
+        if (unit == u'"' || unit == u'\\') {
+            escaped += {u'\\', unit};
+        } else if (unit >= 32 || escapes == JsonEscapes::quotesOnly) {
+            escaped += unit;
+        } else if (unit == u'\t') {
             escaped += u"\\t";
         } else if (unit == u'\n') {
             escaped += u"\\n";
         } else if (unit == u'\r') {
             escaped += u"\\r";
-        } else if (unit == u'"' || unit == u'\\') {
-            escaped += {u'\\', unit};
-        } else if (unit < 32) {
+        } else {
             escaped += u"\\u00";
             escaped += {static_cast<char16_t>(lowerDigits[unit >> 4]),
                         static_cast<char16_t>(lowerDigits[unit & 15])};
-        } else {
-            escaped += unit;
         }
     }
     return utf8FromUtf16(escaped);

@@ -7,14 +7,16 @@
 
 namespace rotika {
 
-/// The canonical text of a wheel file, UTF-8. It writes all that it is given, also what the reader would
-/// drop.
+/// The canonical text of a wheel file, UTF-8. Everything is written, also what the reader would discard.
 std::string serializeWheels(const std::vector<Wheel>& wheels);
 
-/// The inside of a JSON string, UTF-8.
-std::string escapeJsonString(const std::u16string& text);
+/// `quotesOnly`: quotes and backslashes, but no control characters.
+enum class JsonEscapes { all, quotesOnly };
 
-/// Whole-file write that reports nothing; a failure leaves the old file whole.
+/// The content of a JSON string literal, without its quotes, UTF-8.
+std::string escapeJsonString(const std::u16string& text, JsonEscapes escapes = JsonEscapes::all);
+
+/// Replaces a whole file. Failures are silent and leave the old file unchanged.
 void writeTextFile(const std::u16string& path, const std::string& bytes);
 
 } // namespace rotika

@@ -11,12 +11,12 @@ namespace {
 
 constexpr int searchDepth = 3;
 
-LibraryHandle loadFromMakersFolders() {
+LibraryHandle loadFromVendorFolders() {
     std::vector<std::u16string> found;
     for (const std::u16string& root : gazeLibraryRoots())
         findFileRecursive(root, gazeLibraryName(), searchDepth, found);
     for (const std::u16string& path : found) {
-        if (const LibraryHandle library = loadLibrary(path, LibrarySearch::asSystemDoes))
+        if (const LibraryHandle library = loadLibrary(path, LibrarySearch::systemDefault))
             return library;
     }
     return nullptr;
@@ -26,8 +26,8 @@ LibraryHandle loadFromMakersFolders() {
 
 LibraryHandle loadGazeLibrary(const std::u16string& configuredPath) {
     const LibraryHandle library =
-        loadOptionalLibrary(configuredPath, gazeLibraryName(), LibrarySearch::asSystemDoes);
-    return library != nullptr ? library : loadFromMakersFolders();
+        loadOptionalLibrary(configuredPath, gazeLibraryName(), LibrarySearch::systemDefault);
+    return library != nullptr ? library : loadFromVendorFolders();
 }
 
 bool bindGazeLibrary(LibraryHandle library, GazeLibrary& functions) {

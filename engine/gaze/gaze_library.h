@@ -8,11 +8,11 @@
 
 namespace rotika {
 
-/// A gaze point as the library hands it over.
+/// A gaze point in the library's layout.
 struct GazePoint {
     std::int64_t timestampUs = 0; // the library's own clock
     std::int32_t validity = 0;    // 1: valid
-    float x = 0;                  // 0 to 1 across the display area, beyond that off it
+    float x = 0;                  // 0 to 1 across the display area, otherwise outside it
     float y = 0;
 };
 
@@ -20,7 +20,7 @@ struct GazePoint {
 using GazeUrlReceiver = void (*)(const char* url, void* user);
 using GazePointReceiver = void (*)(const GazePoint* point, void* user);
 
-/// The eye tracker's functions, bound by name. Those with a result answer 0 for success.
+/// The eye tracker's functions, bound by name. A result of 0 is success.
 struct GazeLibrary {
     std::int32_t (*apiCreate)(void** api, const void* allocator, const void* log) = nullptr;
     std::int32_t (*apiDestroy)(void* api) = nullptr;
@@ -35,15 +35,15 @@ struct GazeLibrary {
     std::int32_t (*deviceProcessCallbacks)(void* device) = nullptr;
 };
 
-/// From the configured path, else from beside the program, else from where the system looks, else from below
-/// the folders of the maker's software; null if nowhere.
+/// Loads from the configured path, else from the folder of the program, else by the system's search order,
+/// else from below gazeLibraryRoots(); null if not found.
 LibraryHandle loadGazeLibrary(const std::u16string& configuredPath);
 
 /// False when a required function is missing.
 bool bindGazeLibrary(LibraryHandle library, GazeLibrary& functions);
 
 /// Appends the full path of every `name` in `folder` and up to `depth` levels of folders below it, a folder's
-/// own before those of its subfolders. Folders whose names begin with a full stop are passed over.
+/// own before those of its subfolders. Folders whose names begin with a full stop are skipped.
 void findFileRecursive(const std::u16string& folder, const std::u16string& name, int depth,
                        std::vector<std::u16string>& found);
 

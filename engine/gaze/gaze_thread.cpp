@@ -15,7 +15,7 @@ namespace rotika {
 namespace {
 
 constexpr std::int32_t interactiveUse = 1;
-constexpr std::int32_t timedOut = 6; // the wait brought nothing, which is no failure
+constexpr std::int32_t timedOut = 6; // no new data, not an error
 constexpr std::int32_t validPoint = 1;
 constexpr std::uint32_t reconnectPauseMs = 500;
 
@@ -34,9 +34,10 @@ public:
             library.apiDestroy(api);
     }
 
-    /// What came of it; active if all went well.
+    /// The status to report; gazeStatusActive on success.
     GazeStatusCode connect();
-    void follow();
+    /// Processes gaze points until the stop request.
+    void processPoints();
     void setStatus(GazeStatusCode code) const;
 
 private:
@@ -47,7 +48,7 @@ private:
     void* device = nullptr;
 };
 
-/// A run that was given up for lost must not speak over the one that came after it.
+/// An abandoned worker must not overwrite its successor's status.
 void Tracker::setStatus(GazeStatusCode code) const {
     if (gazeStop)
         return;
@@ -78,7 +79,7 @@ GazeStatusCode Tracker::connect() {
     return gazeStatusActive;
 }
 
-void Tracker::follow() {
+void Tracker::processPoints() {
     while (!gazeStop) {
         const std::int32_t result = library.waitForCallbacks(1, &device);
         if (result == timedOut)
@@ -95,8 +96,8 @@ void Tracker::follow() {
         library.gazePointUnsubscribe(device);
 }
 
-/// Ten-thousandths of the screen, toward zero. A point far beyond any screen stays at the ends of the range.
-std::int32_t screenShare(float normalised) {
+/// Ten-thousandths of the screen, truncated toward zero. Untrusted input: saturate.
+std::int32_t tenThousandths(float normalised) {
     const float scaled = normalised * 10000.0F;
     constexpr float mostNegative = -2147483648.0F;
     constexpr float firstTooLarge = 2147483648.0F;
@@ -116,7 +117,7 @@ void gazeThreadMain(const std::u16string& libraryPath, const std::atomic<bool>& 
     const GazeStatusCode outcome = tracker.connect();
     tracker.setStatus(outcome);
     if (outcome == gazeStatusActive)
-        tracker.follow();
+        tracker.processPoints();
 }
 
 void firstDeviceUrl(const char* url, void* buffer) noexcept {
@@ -128,8 +129,8 @@ void firstDeviceUrl(const char* url, void* buffer) noexcept {
 void onGazePoint(const GazePoint* point, void*) noexcept {
     if (point->validity != validPoint)
         return;
-    engineState.gazeX = screenShare(point->x);
-    engineState.gazeY = screenShare(point->y);
+    engineState.gazeX = tenThousandths(point->x);
+    engineState.gazeY = tenThousandths(point->y);
     engineState.gazeSampleTick = tickCount();
 }
 

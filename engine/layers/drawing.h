@@ -7,7 +7,7 @@
 
 namespace rotika {
 
-// Drawing helpers that the painters share.
+// Drawing helpers shared by the painters.
 
 PictureBox pictureBox(const Rect& rect);
 

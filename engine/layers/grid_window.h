@@ -5,18 +5,18 @@
 
 namespace rotika {
 
-// The window that the grid and the element labels share: one of them is on show at a time. Owner thread.
+// The window that the grid and the element labels share: one of them is visible at a time. Owner thread.
 
-/// Makes `picture` the window's content, over `area` of the screen. An empty area leaves the last picture.
+/// Makes `picture` the window's content, over `area` of the screen. An empty area keeps the last picture.
 void paintGridWindow(const Rect& area, const Picture& picture);
 
-/// Hides the window; the grid is then not on show.
+/// Hides the window and clears gridVisible.
 void hideGrid();
 
-/// Hides the element labels if they are on show; their list stays.
+/// Hides the element labels if they are visible; elementRects is kept.
 void hideElementLabels();
 
-/// The window is hidden or gone: nothing is on show in it.
+/// Clears gridVisible and elementsVisible, after the window was hidden or destroyed.
 void clearGridWindowFlags();
 
 } // namespace rotika

@@ -9,7 +9,7 @@
 
 namespace rotika {
 
-/// The settings in force. Defaults hold from process start; reading the file overwrites only what it
+/// The current settings. The defaults apply from process start; reading the file overwrites only what it
 /// supplies. Owned by the owner thread; the relaxed members are read by workers too.
 struct EngineConfig {
     RgbColor segmentColor = 0xDB9834; // "#3498DB", red in the low byte
@@ -27,6 +27,6 @@ struct EngineConfig {
     std::u16string voiceDllPath;
 };
 
-extern EngineConfig& engineConfig; // never destroyed, like the state
+extern EngineConfig& engineConfig; // never destroyed, like engineState
 
 } // namespace rotika

@@ -14,9 +14,9 @@ const Wheel& activeWheelRecord() {
 
 namespace {
 
-/// The records hold atomics and so cannot be moved; made anew in their place they can.
+/// The records hold atomics and cannot be assigned, so they are destroyed and constructed in place.
 template <typename Record>
-void makeAnew(Record& record) {
+void recreate(Record& record) {
     record.~Record();
     new (&record) Record{};
 }
@@ -24,8 +24,8 @@ void makeAnew(Record& record) {
 } // namespace
 
 void resetEngineForTest() {
-    makeAnew(engineConfig);
-    makeAnew(engineState);
+    recreate(engineConfig);
+    recreate(engineState);
 }
 
 } // namespace rotika

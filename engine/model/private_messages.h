@@ -4,10 +4,10 @@
 
 namespace rotika {
 
-// Messages that threads post to the engine's windows. The numbers are WM_APP and upward on Windows.
+// Messages posted to the engine's windows. On Windows the numbers are in the WM_APP range.
 enum PrivateMessage : std::uint32_t {
-    MsgTrayIcon = 0x8001,          // the notification area; handled by the platform's main window
-    MsgSelectUnderCursor = 0x8002, // wheel window: choose what the virtual cursor is on
+    MsgTrayIcon = 0x8001,          // from the notification area; handled by the platform's main window
+    MsgSelectUnderCursor = 0x8002, // wheel window: select what is under the virtual cursor
     MsgVoiceCommand = 0x8003,      // wParam: command id
     MsgVoiceField = 0x8004,        // wParam: wheel index, lParam: field index
     MsgElementsReady = 0x8005,     // lParam: owned scan result, or null

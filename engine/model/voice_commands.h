@@ -4,7 +4,7 @@
 
 namespace rotika {
 
-/// Command ids, as the phrase table gives them and MsgVoiceCommand carries them.
+/// Command ids in the phrase table and in MsgVoiceCommand.
 enum VoiceCommand : std::int32_t {
     commandShowWheel = 1,
     commandHideWheel = 2,
@@ -18,7 +18,7 @@ enum VoiceCommand : std::int32_t {
     commandLabelElements = 10,
     commandHideElements = 11,
     commandLabelPage = 12,
-    // Each of these with a number from 1 to 99 added
+    // Base values: a number from 1 to 99 is added
     commandNumber = 100,
     commandDoubleClickNumber = 300,
     commandRightClickNumber = 500,

@@ -10,13 +10,13 @@
 
 namespace rotika {
 
-/// One pressable thing: a keyboard key or a mouse button.
+/// A keyboard key or a mouse button.
 struct KeyCode {
     std::uint16_t vk = 0; // Win32 virtual key; 0 for a mouse button
     bool extended = false;
     bool isMouse = false;
     std::uint32_t mouseButton = 0; // 0 left, 1 right, 2 middle, 3 and 4 the side buttons
-    bool valid = false;            // false for a token that could not be read
+    bool valid = false;            // false for an unknown token
     std::u16string text;           // the token as written, blanks trimmed
 
     bool operator==(const KeyCode&) const = default;
@@ -33,12 +33,12 @@ struct ActionStep {
     bool operator==(const ActionStep&) const = default;
 };
 
-/// One field of a wheel, or one function reachable by voice alone.
+/// One field of a wheel, or one function that only voice can run.
 struct WheelAction {
     std::u16string name;
     std::vector<ActionStep> steps;
     std::int32_t delay = defaultDelayMs; // ms between one step and the next, 0 to maxDelayMs
-    RgbColor color = 0;                  // read only if hasColor
+    RgbColor color = 0;                  // meaningful only if hasColor
     bool hasColor = false;
     std::u16string icon;  // image path, relative to the folder of the program unless absolute
     std::u16string voice; // spoken phrase
@@ -46,7 +46,7 @@ struct WheelAction {
     bool operator==(const WheelAction&) const = default;
 };
 
-/// A wheel in force has 1 to maxFieldCount actions.
+/// An active wheel has 1 to maxFieldCount actions.
 struct Wheel {
     std::u16string name;
     std::vector<WheelAction> actions;

@@ -4,7 +4,7 @@
 
 namespace rotika {
 
-/// Milliseconds since some moment before the start of the process; never runs back. Any thread.
+/// Milliseconds since an unspecified time before process start; monotonic. Any thread.
 std::uint64_t tickCount();
 
 /// Blocks the calling thread. Any thread but the owner's.

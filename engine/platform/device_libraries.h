@@ -5,7 +5,7 @@
 
 namespace rotika {
 
-// Names and places of the libraries that drive devices. Any thread.
+// Names and locations of device libraries. Any thread.
 
 /// File name of the speech recogniser's library on this system.
 std::u16string speechLibraryName();
@@ -13,7 +13,7 @@ std::u16string speechLibraryName();
 /// File name of the eye tracker's library on this system.
 std::u16string gazeLibraryName();
 
-/// Folders below which the eye tracker's maker installs its library, in the order of the search.
+/// Folders below which the eye tracker's vendor installs its library, in search order.
 std::vector<std::u16string> gazeLibraryRoots();
 
 } // namespace rotika

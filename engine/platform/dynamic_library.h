@@ -9,19 +9,19 @@ namespace rotika {
 using LibraryHandle = struct PlatformLibrary*;
 
 enum class LibrarySearch {
-    /// The libraries that it needs are looked for beside it first, where the system knows of such a search.
-    besideItself,
-    /// As the system looks for any library.
-    asSystemDoes,
+    /// The library's dependencies are searched in its own folder first, where the system supports that.
+    ownFolderFirst,
+    /// The system's default search.
+    systemDefault,
 };
 
-/// A full path, or a bare name for the system's own search order. Null when it cannot be loaded; silent.
+/// Loads a full path, or a bare name by the system's search order. Null when it cannot be loaded; silent.
 LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch search);
 
-/// Null when the library has no such name.
+/// Null when the library has no such export.
 void* findLibraryFunction(LibraryHandle library, const char* name);
 
-/// `path` in the bytes under which a library opens it that knows no wide names.
+/// `path` in the encoding of a library's narrow file names.
 std::string pathForLibrary(const std::u16string& path);
 
 } // namespace rotika

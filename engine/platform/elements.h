@@ -9,7 +9,7 @@
 
 namespace rotika {
 
-/// What kind of control an element of another program's window is, numbered as UI Automation does.
+/// Control type of an element in another program's window, with the ids of UI Automation.
 enum class ControlType : std::int32_t {
     unknown = 0,
     button = 50000,
@@ -30,7 +30,7 @@ enum class ControlType : std::int32_t {
     pane = 50033,
 };
 
-/// Defaults are what counts when a property cannot be had: such an element is passed over.
+/// The defaults apply when a property cannot be read: such an element is not labelled.
 struct ScreenElement {
     Rect rect; // on the screen
     ControlType type = ControlType::unknown;
@@ -42,8 +42,8 @@ struct ScreenElement {
 };
 
 enum class ElementScope {
-    windowAndTaskbar, // everything in the window in front, then the taskbar or panel
-    page,             // the page that a browser shows; the window in front where there is none
+    windowAndTaskbar, // the foreground window, then the taskbar or panel
+    page,             // a browser's page, or the foreground window if there is none
 };
 
 struct FoundElements;
@@ -51,28 +51,27 @@ struct FoundElements;
 struct ElementSearch {
     ElementScope scope = ElementScope::windowAndTaskbar;
     std::vector<WindowHandle>
-        ownWindows; // never searched; the first one names the monitor if none is in front
+        ownWindows; // never searched; the first one determines the monitor without a foreground window
 
-    /// May be empty. Asked now and then, on the searching thread, about the beginning of what will be found,
-    /// which the rest will not change: the search may end once it says so.
+    /// May be empty. Called repeatedly on the searching thread with the elements found so far, which are
+    /// final: the search may end once it returns true.
     std::function<bool(const FoundElements& beginning)> isEnough = {};
 };
 
 struct FoundElements {
-    Rect area; // the monitor of the window in front, in page scope cut down to the page's window
-    std::vector<std::vector<ScreenElement>> roots; // what lies below each root, in the order of the tree;
-                                                   // open menus first, where the system tells them apart
+    Rect area; // the foreground window's monitor, in page scope clipped to the page's window
+    std::vector<std::vector<ScreenElement>> roots; // elements below each root, in tree order;
+                                                   // open menus first, where the system reports them
 };
 
-/// Asks the programs of the session to publish what their windows hold, where the system leaves that to them:
-/// those that start before may never do it. In the background. Called when the first search may come. Any
-/// thread.
+/// Requests that programs of the session publish their elements, where the system makes that optional;
+/// programs started earlier may never do so. In the background. Call before the first search. Any thread.
 void prepareElementSearches();
 
-/// Asks the accessibility service of the system for the elements that can be clicked or focused; it may give
-/// others too. There are no roots where there is no such service or it fails; the area stands all the same. A
-/// program that does not answer costs a bounded time, and what was found until then counts. Any thread but
-/// the owner's.
+/// Finds the elements that can be clicked or focused, through the system's accessibility service; the result
+/// may contain others too. No roots without such a service or if it fails; the area is always valid. A
+/// program that does not respond costs a bounded time, and the elements found before are returned. Any thread
+/// but the owner's.
 FoundElements findElements(const ElementSearch& search);
 
 } // namespace rotika

@@ -8,7 +8,7 @@
 
 namespace rotika {
 
-// A file of more than longestFileBytes is neither read nor written.
+// A file longer than longestFileBytes is neither read nor written.
 
 /// As readWholeFile.
 std::optional<std::string> readFileBytes(const std::u16string& path);
@@ -16,14 +16,14 @@ std::optional<std::string> readFileBytes(const std::u16string& path);
 /// As replaceWholeFile.
 bool replaceFileBytes(const std::u16string& path, const std::string& bytes);
 
-/// Quietly, also if there is none.
+/// Failures are silent, also when there is no such file.
 void removeFile(const std::u16string& path);
 
-/// Whether the system can tell the attributes of `path`; any failure counts as absent.
+/// Whether the attributes of `path` can be read; any failure counts as absent.
 bool pathExists(const std::u16string& path);
 
-/// Names of the folders in `folder`, in the order of the system's listing, without "." and "..". None when it
-/// cannot be listed. Links to folders count, as the system follows them. Any thread.
+/// Names of the folders in `folder`, in the system's order, without "." and "..". Empty when it cannot be
+/// listed. Includes links to folders. Any thread.
 std::vector<std::u16string> foldersIn(const std::u16string& folder);
 
 } // namespace rotika

@@ -6,11 +6,11 @@ namespace rotika {
 
 // Owner thread.
 
-/// The window that has the keyboard; null when none has.
+/// The window with the keyboard focus; null when there is none.
 WindowHandle foregroundWindow();
 bool windowExists(WindowHandle window);
 
-/// Gives `window` the keyboard, past the system's lock against focus theft where it has one.
+/// Gives `window` the keyboard focus, bypassing the system's focus-stealing prevention where it has one.
 void bringToForeground(WindowHandle window);
 
 } // namespace rotika

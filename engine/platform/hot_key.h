@@ -6,9 +6,9 @@
 
 namespace rotika {
 
-/// Takes one bare key of the whole desktop, with no modifier (the lock keys do not count), so that no program
-/// sees it; each press, but not its repeats, calls hotKeyPressed(id) of `mainWindow`. False when another
-/// program holds the key or the keyboard has none for it. Owner thread.
+/// Registers one key without modifiers (in every Caps/Num/Scroll Lock state) for the whole desktop, so that
+/// no program receives it; each press, without auto-repeats, calls hotKeyPressed(id) of `mainWindow`. False
+/// when another program has the key or the keyboard has no such key. Owner thread.
 bool registerHotKey(WindowHandle mainWindow, int id, std::uint16_t virtualKey);
 void unregisterHotKey(WindowHandle mainWindow, int id);
 

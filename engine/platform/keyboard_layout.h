@@ -4,7 +4,7 @@
 
 namespace rotika {
 
-/// What virtualKeyOfCharacter answers for a character that the layout cannot type.
+/// Result of virtualKeyOfCharacter for a character that the layout cannot type.
 inline constexpr std::uint16_t noVirtualKey = 0xFFFF;
 
 /// Low byte: the Win32 virtual-key code of the key that types `character` on the active layout; high byte:

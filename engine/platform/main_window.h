@@ -9,22 +9,21 @@
 
 namespace rotika {
 
-/// What the hidden main window tells the engine, always on the owner thread. All members are set
-/// but where said.
+/// Events of the hidden main window, on the owner thread. No member may be null except where stated.
 struct MainWindowHandlers {
     void (*hotKeyPressed)(int id) noexcept;
     MessageHandler messageArrived;
-    /// Another process sent data; the result is its answer. Windows only: X11 has no such message.
+    /// Another process sent data; the result is returned to it. Windows only: X11 has no such message.
     bool (*dataArrived)(std::uintptr_t kind, const void* bytes, std::size_t byteCount) noexcept;
     /// Text of the status page. Windows only, where a standalone engine shows its window.
     std::u16string (*statusText)();
-    /// The button of the status page.
+    /// The button of the status page was pressed. May be null.
     void (*editorRequested)() noexcept;
     void (*destroyed)() noexcept;
-    /// A monitor came, went, moved or changed its size. Null: nobody cares.
+    /// A monitor was added, removed, moved or resized. May be null.
     void (*monitorsChanged)() noexcept = nullptr;
-    /// The user's session was locked or unlocked; told soon after the start as well, if it is locked then.
-    /// Null: nobody cares.
+    /// The user's session was locked or unlocked; also called soon after the start if it is locked then. May
+    /// be null.
     void (*sessionLockChanged)(bool isLocked) noexcept = nullptr;
 };
 
@@ -32,7 +31,7 @@ struct MainWindowHandlers {
 /// messages. `handlers` is copied. Null without a display.
 WindowHandle createMainWindow(const MainWindowHandlers& handlers);
 
-/// Has the status page painted anew if it is on show. Windows only; elsewhere the main window is never shown.
+/// Repaints the status page if it is visible. Windows only; elsewhere the main window is never shown.
 /// Any thread.
 void repaintMainWindow(WindowHandle mainWindow);
 

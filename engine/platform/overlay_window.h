@@ -7,35 +7,35 @@
 
 namespace rotika {
 
-/// The wheel's layer stops the pointer, the grid's lets it through.
+/// The wheel's layer receives pointer events, the grid's is click-through.
 enum class OverlayKind { wheel, grid };
 
 struct OverlayWindowHandlers {
-    MessageHandler messageArrived = nullptr; // null: messages are dropped
-    /// A left press reached the window as an ordinary event; null: nobody cares.
+    MessageHandler messageArrived = nullptr; // null: messages are discarded
+    /// A left press arrived as an ordinary window event. May be null.
     void (*leftPressed)() noexcept = nullptr;
-    /// Somebody asked the window to close (Alt+F4, a task killer). It stays as it is; null: nobody cares.
+    /// The window was requested to close (Alt+F4, a task killer). It stays open. May be null.
     void (*closeRequested)() noexcept = nullptr;
-    /// Somebody else destroys the window: its handle is good for the functions below only until this returns.
-    /// Null: nobody cares.
+    /// The window is destroyed from outside: its handle is valid for the functions below only until this
+    /// returns. May be null.
     void (*destroyed)() noexcept = nullptr;
 };
 
 /// A hidden top-most layer with per-pixel transparency that never takes the focus by itself. At 0, 0. Owner
-/// thread, like all below.
+/// thread, like the functions below.
 WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int32_t height,
                                  const OverlayWindowHandlers& handlers);
 
-/// Moves, sizes and raises it without activation; the picture shown before is gone if the size changes.
+/// Moves, sizes and raises it without activation; the picture is lost if the size changes.
 void placeOverlayWindow(WindowHandle window, const Rect& place);
 Rect overlayWindowRect(WindowHandle window);
 
-/// Shows it on top of all others without activation.
+/// Shows it above all windows without activation.
 void showOverlayWindow(WindowHandle window);
 void hideOverlayWindow(WindowHandle window);
 
-/// Moves the window's corner there, gives it the picture's size and makes the picture its whole content, in
-/// one step where the system can, so that neither the old picture is seen in the new place nor an empty one.
+/// Moves the window to `corner`, with the size and content of `picture`, atomically where the system can, so
+/// that neither the old picture nor an empty one appears in the new place.
 void presentPictureAt(WindowHandle window, Point corner, const Picture& picture);
 
 /// Draws `picture` and makes it the window's whole content, shown or hidden.

@@ -6,7 +6,7 @@ namespace rotika {
 
 /// The real cursor. Owner thread.
 Point cursorPosition();
-/// Does nothing while a capture pins the cursor elsewhere.
+/// No effect while a capture pins the cursor elsewhere.
 void setCursorPosition(Point position);
 
 /// Full rectangle, panels included, of the monitor that holds `point`, or of the primary one. Owner thread.

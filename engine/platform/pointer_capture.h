@@ -7,9 +7,9 @@
 
 namespace rotika {
 
-/// Called on the owner thread while the capture stands. All members are set.
+/// Called on the owner thread during the capture. No member may be null.
 struct PointerCaptureHandlers {
-    /// Asked for each device event where the system leaves the choice: false lets the event pass.
+    /// Called for each device event where the system allows a choice: false lets the event pass.
     bool (*isSwallowing)() noexcept;
     /// A device's left button went down. On Windows each press comes twice, by the hook and by raw input.
     void (*leftPressed)() noexcept;
@@ -17,25 +17,23 @@ struct PointerCaptureHandlers {
     void (*moved)(std::int32_t dx, std::int32_t dy) noexcept;
 };
 
-/// Holds back every event of the real mice from all programs, injected events excepted, pins the real cursor
-/// at `pinned` (on X11, where another program may move it, it is put back, 20 times a capture at most), and
-/// delivers the mice's raw motion and left presses. Mice plugged in later are held back too. Parts that the
-/// system refuses are left out in silence. `handlers` is copied. Owner thread; not nested.
+/// Withholds every event of the real mice from all programs, except injected events, pins the real cursor at
+/// `pinned` (on X11, where another program may move it, it is moved back at most 20 times per capture), and
+/// delivers the mice's raw motion and left presses. Also applies to mice connected later. Parts that the
+/// system refuses are skipped silently. `handlers` is copied. Owner thread; not nested.
 void beginPointerCapture(WindowHandle wheelWindow, Point pinned, const PointerCaptureHandlers& handlers);
 
-/// Silence of the owner thread after which the guard process gives the mouse back, in ms.
+/// Time without a heartbeat of the owner thread after which the guard process releases the mouse, in ms.
 inline constexpr std::uint64_t captureSilenceLimitMs = 2000;
 
-/// Called by each tick of the open wheel: tells the guard that the owner thread is alive. False when the
-/// thread was silent for so long that the guard may have given the mouse back; the caller then closes the
-/// wheel, and nothing that was pressed or moved meanwhile reaches the handlers. True when no capture stands.
-/// Never blocks.
+/// Sends the guard a heartbeat of the owner thread; call on each tick of the open wheel. False when the last
+/// one was so long ago that the guard may have released the mouse; the caller then closes the wheel, and
+/// presses and motion since then do not reach the handlers. True without a capture. Never blocks.
 bool renewPointerCapture();
 
-/// Gives everything back; a button released during the capture is released for the programs too. Harmless
-/// when no capture stands. The system undoes the capture by itself when the process dies. On X11 a mouse
-/// whose button was pressed during the capture and is still down comes back with its release, 3 s later at
-/// the most.
+/// Ends the capture; a button released during the capture is released for the programs too. No effect without
+/// a capture. The system ends the capture itself when the process dies. On X11 a mouse whose button was
+/// pressed during the capture and is still down is returned on its release, or after 3 s.
 void endPointerCapture();
 
 } // namespace rotika

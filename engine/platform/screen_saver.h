@@ -2,7 +2,7 @@
 
 namespace rotika {
 
-/// Counts as activity of the user: a screen saver that is on goes off, and a locked screen shows its prompt.
+/// Simulates user activity: an active screen saver ends, and a locked screen shows its prompt.
 /// Returns at once; failures are silent. Owner thread.
 void wakeScreen();
 

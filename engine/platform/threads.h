@@ -6,11 +6,11 @@
 
 namespace rotika {
 
-/// Runs `body` on a thread of its own that nobody waits for. `body` must not throw and must own all it
-/// touches. False when the system refuses a thread: `body` is then dropped. Any thread.
+/// Runs `body` on a new detached thread. `body` must not throw and must own everything it uses. False when
+/// the system refuses a thread: `body` is then discarded. Any thread.
 [[nodiscard]] bool startDetachedThread(std::function<void()> body);
 
-/// Blocks until a thread has made `ended` ready, `limitMs` at most; true if it has. Owner thread.
+/// Blocks until `ended` is ready, at most `limitMs`; true if it is. Owner thread.
 bool waitForEnd(const std::future<void>& ended, std::uint32_t limitMs);
 
 } // namespace rotika

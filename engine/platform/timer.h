@@ -6,8 +6,8 @@
 
 namespace rotika {
 
-/// Calls `tick` on the owner thread every `periodMs` until stopped; one timer a window. A tick that comes
-/// late is not made up for.
+/// Calls `tick` on the owner thread every `periodMs` until stopped; one timer per window. Missed
+/// ticks are not repeated.
 void startWindowTimer(WindowHandle window, std::uint32_t periodMs, void (*tick)() noexcept);
 void stopWindowTimer(WindowHandle window);
 

@@ -6,7 +6,7 @@ namespace rotika {
 
 namespace {
 
-constexpr std::int32_t leastSidePx = 8;
+constexpr std::int32_t minSidePx = 8;
 
 struct SizeLimits {
     std::int32_t width = 0;
@@ -16,12 +16,12 @@ struct SizeLimits {
 constexpr SizeLimits windowLimits{900, 700};
 constexpr SizeLimits pageLimits{1400, 1000};
 
-// When one of two overlapping rectangles hides this much of the smaller, and they are this much alike in
-// size, they are one thing: a control and its inner part. A button in a toolbar is not the toolbar.
+// Two rectangles are duplicates (a control and its inner part) when the overlap covers more than this share
+// of the smaller and their areas have more than this ratio. A button in a toolbar is not a duplicate.
 constexpr double duplicateOverlap = 0.85;
-constexpr double duplicateLikeness = 0.55;
+constexpr double duplicateAreaRatio = 0.55;
 
-bool takesClicks(const ScreenElement& element) {
+bool isClickable(const ScreenElement& element) {
     switch (element.type) {
     case ControlType::button:
     case ControlType::checkBox:
@@ -37,7 +37,7 @@ bool takesClicks(const ScreenElement& element) {
     case ControlType::tabItem:
     case ControlType::treeItem:
         return true;
-    case ControlType::document: // big containers take the focus without being anything to click
+    case ControlType::document: // containers may be focusable without being clickable
     case ControlType::window:
     case ControlType::pane:
         return false;
@@ -46,8 +46,8 @@ bool takesClicks(const ScreenElement& element) {
     }
 }
 
-bool fits(const Rect& rect, const SizeLimits& limits) {
-    return rect.width() >= leastSidePx && rect.height() >= leastSidePx && rect.width() <= limits.width &&
+bool isInSizeLimits(const Rect& rect, const SizeLimits& limits) {
+    return rect.width() >= minSidePx && rect.height() >= minSidePx && rect.width() <= limits.width &&
            rect.height() <= limits.height;
 }
 
@@ -70,7 +70,7 @@ bool areDuplicates(const Rect& a, const Rect& b) {
         return false;
     const double small = std::min(areaOf(a), areaOf(b));
     const double large = std::max(areaOf(a), areaOf(b));
-    return small > 0 && areaOf(common) / small > duplicateOverlap && small / large > duplicateLikeness;
+    return small > 0 && areaOf(common) / small > duplicateOverlap && small / large > duplicateAreaRatio;
 }
 
 } // namespace
@@ -80,13 +80,13 @@ ElementScanResult filterElements(const FoundElements& found, ElementScope scope)
     ElementScanResult result{found.area, {}};
     for (const std::vector<ScreenElement>& root : found.roots) {
         for (const ScreenElement& element : root) {
-            if (result.rects.size() >= mostLabels)
+            if (result.rects.size() >= maxLabels)
                 return result;
             const auto isDuplicate = [&element](const Rect& kept) {
                 return areDuplicates(element.rect, kept);
             };
-            if (element.isEnabled && !element.isOffscreen && takesClicks(element) &&
-                fits(element.rect, limits) && !isEmpty(intersectionOf(element.rect, found.area)) &&
+            if (element.isEnabled && !element.isOffscreen && isClickable(element) &&
+                isInSizeLimits(element.rect, limits) && !isEmpty(intersectionOf(element.rect, found.area)) &&
                 std::ranges::none_of(result.rects, isDuplicate))
                 result.rects.push_back(element.rect);
         }

@@ -7,17 +7,17 @@
 
 namespace rotika {
 
-/// What a scan found: the rectangles in label order, and the part of the screen that they are labelled on.
+/// Result of a scan: the rectangles in label order, and the part of the screen that the labels cover.
 struct ElementScanResult {
     Rect area;
     std::vector<Rect> rects;
 };
 
-/// As many as the number words can name.
-inline constexpr std::size_t mostLabels = 99;
+/// The largest number that can be spoken.
+inline constexpr std::size_t maxLabels = 99;
 
-/// Keeps what can be clicked, is enabled and on show, has a fitting size, meets the area and is no duplicate
-/// of one kept before, in the order of the search.
+/// Keeps elements that are clickable, enabled, on the screen, within the size limits, in the area and not a
+/// duplicate of an earlier one, in the order of the search.
 ElementScanResult filterElements(const FoundElements& found, ElementScope scope);
 
 } // namespace rotika

@@ -29,7 +29,7 @@ constexpr float badgeHeightPx = 18;
 constexpr PictureColor numberColor = white(0xFF);
 constexpr float numberSizePx = 13;
 
-/// Body of the scan's thread.
+/// Body of the scan thread.
 void scanElements(const ElementSearch& search, WindowHandle mainWindow) noexcept {
     postRecord(mainWindow, MsgElementsReady,
                std::make_unique<ElementScanResult>(filterElements(findElements(search), search.scope)));
@@ -61,12 +61,12 @@ Picture elementLabelsPicture() {
 void startElementScan(ElementScope scope) {
     if (engineState.elementScanBusy.exchange(1) != 0)
         return;
-    // The labels' flag stays: their numbers hold until new ones take their place.
+    // elementsVisible stays set: the old numbers are valid until the new labels replace them.
     hideGrid();
     const ElementSearch search{scope,
                                {engineState.mainWindow, engineState.gridWindow, engineState.wheelWindow},
                                [scope](const FoundElements& found) {
-                                   return filterElements(found, scope).rects.size() >= mostLabels;
+                                   return filterElements(found, scope).rects.size() >= maxLabels;
                                }};
     // Without a thread the scan counts as running until it is cancelled.
     static_cast<void>(
@@ -80,7 +80,7 @@ void cancelElementLabels() {
 
 void takeScanResult(std::intptr_t payload) {
     const auto result = takeRecord<ElementScanResult>(MsgElementsReady, payload);
-    // Posted by somebody else: a scan under way is none of its business. Null stands for an empty result.
+    // Posted by another process: must not end a running scan. Null stands for an empty result.
     if (result == nullptr && payload != 0)
         return;
     if (engineState.elementScanBusy.exchange(0) == 0)

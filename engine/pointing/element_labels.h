@@ -7,23 +7,24 @@
 
 namespace rotika {
 
-// Numbered labels on what can be clicked in the window in front. All on the owner thread.
+// Numbered labels on the clickable elements of the foreground window. Owner thread.
 
-/// Looks for elements on a thread of its own; the labels appear when it is done. Takes the grid, and the
-/// labels on show, off the screen. One scan at a time: during one, nothing happens.
+/// Searches for elements on its own thread and then shows the labels. Hides the grid and the current labels.
+/// No effect while a scan is running.
 void startElementScan(ElementScope scope);
 
-/// Takes the labels off the screen; the result of a scan under way will be dropped.
+/// Hides the labels; the result of a running scan will be discarded.
 void cancelElementLabels();
 
-/// MsgElementsReady: shows the result, which is owned and may be null, unless the scan has been cancelled.
+/// MsgElementsReady: takes ownership of the result, which may be null, and shows it unless the scan has been
+/// cancelled.
 void takeScanResult(std::intptr_t payload);
 
-/// Ends the labels with a click on the middle of element `number`, counted from 1. Nothing without labels on
-/// show or without that one.
+/// Hides the labels and clicks the middle of element `number`, counted from 1. No effect without visible
+/// labels or with an unknown number.
 void clickElement(std::int32_t number, std::uint32_t button, std::int32_t count);
 
-/// The picture of engineState's labels, as large as elementsOrigin.
+/// The picture of engineState's labels, of the size of elementsOrigin.
 Picture elementLabelsPicture();
 
 } // namespace rotika

@@ -22,7 +22,7 @@ constexpr PictureColor numberColor = white(0xEB);
 constexpr PictureColor shadowColor = black(0x82);
 constexpr float shadowOffsetPx = 2;
 
-/// Cells a side.
+/// Cells per side.
 std::int32_t division() {
     return engineState.gridLevel == 1 ? 4 : 2;
 }
@@ -34,12 +34,12 @@ void addCell(Picture& picture, const PictureBox& cell, std::int32_t number) {
     addShadowedText(picture, decimalText(number), cell, {sizePx, numberColor, shadowColor, shadowOffsetPx});
 }
 
-/// An area narrowed down to nothing leaves the last picture standing.
+/// An empty area keeps the last picture.
 void paintGrid() {
     paintGridWindow(engineState.gridRect, gridPicture());
 }
 
-void putCursorAtCentre(const Rect& area) {
+void moveCursorToCentre(const Rect& area) {
     setCursorPosition({(area.left + area.right) / 2, (area.top + area.bottom) / 2});
 }
 
@@ -68,7 +68,7 @@ void showGrid() {
     paintGrid();
     showOverlayWindow(engineState.gridWindow);
     engineState.gridVisible = true;
-    putCursorAtCentre(engineState.gridRect);
+    moveCursorToCentre(engineState.gridRect);
 }
 
 void narrowGrid(std::int32_t number) {
@@ -78,13 +78,13 @@ void narrowGrid(std::int32_t number) {
     const std::int32_t row = (number - 1) / side;
     const std::int32_t column = (number - 1) % side;
     const Rect old = engineState.gridRect;
-    // Multiplied before divided, so that the cells tile the area without a gap.
+    // Multiplies before dividing, so that the cells tile the area without gaps.
     engineState.gridRect = {old.left + old.width() * column / side, old.top + old.height() * row / side,
                             old.left + old.width() * (column + 1) / side,
                             old.top + old.height() * (row + 1) / side};
     ++engineState.gridLevel;
     paintGrid();
-    putCursorAtCentre(engineState.gridRect);
+    moveCursorToCentre(engineState.gridRect);
 }
 
 } // namespace rotika

@@ -6,17 +6,17 @@
 
 namespace rotika {
 
-// Numbered cells over the screen, narrowed by numbers down to any point. All on the owner thread.
+// Numbered cells over the screen; each spoken number narrows the grid to one cell. Owner thread.
 
-/// Lays the grid over the monitor of the cursor, from the first level, and puts the cursor at its centre.
-/// Takes the place of element labels on show.
+/// Shows the grid on the cursor's monitor, at the first level, and moves the cursor to its centre. Hides the
+/// element labels.
 void showGrid();
 
-/// Goes on within cell `number`, counted along the rows from 1, with the cursor at its centre. A number that
-/// no cell has does nothing.
+/// Narrows the grid to cell `number`, counted row by row from 1, and moves the cursor to its centre. No
+/// effect for a number out of range.
 void narrowGrid(std::int32_t number);
 
-/// The picture of engineState's grid, as large as gridRect.
+/// The picture of engineState's grid, of the size of gridRect.
 Picture gridPicture();
 
 } // namespace rotika

@@ -18,7 +18,7 @@ namespace rotika {
 
 namespace {
 
-/// What a run's thread owns: it never looks at the wheels, which may be replaced under it.
+/// Owned by the run's thread, which never reads the wheels: they may be replaced meanwhile.
 struct FunctionRun {
     WheelAction action;
     std::uint32_t initialDelay = 0; // ms
@@ -31,12 +31,12 @@ struct PointerClick {
 
 constexpr std::uint32_t pointerClickDelayMs = 60;
 
-/// Read afresh at each wait: a reload in the middle of a run takes effect at once.
+/// Reads the setting at each wait: a reload during a run takes effect at once.
 void sleepKeyHold() {
     sleepMs(static_cast<std::uint32_t>(engineConfig.keyHold.load()));
 }
 
-/// A press meant for a program would go to the screen's locker; a release goes wherever the press went.
+/// A press meant for a program would go to the lock screen. Releases are always sent.
 bool mayAct() {
     return !engineState.sessionLocked;
 }
@@ -60,7 +60,7 @@ void playClicks(const ActionStep& step) {
 void playHold(const ActionStep& step) {
     injectStep(step, true);
     if (step.value <= 0)
-        return; // stays down until another function releases it
+        return; // until another step releases it
     sleepMs(static_cast<std::uint32_t>(step.value));
     injectStep(step, false);
 }
@@ -105,8 +105,8 @@ void playPointerClick(const PointerClick& click) noexcept {
     }
 }
 
-/// What was chosen must not be lost without a word, and there is nobody to tell: such a system ends the
-/// process, and with it whatever a run still holds down.
+/// Without a thread the chosen function would be lost silently. Such a system is out of resources: terminate,
+/// so that the guard process releases whatever a run still holds down.
 void startRun(std::function<void()> body) {
     if (!startDetachedThread(std::move(body)))
         std::terminate();
@@ -128,7 +128,7 @@ void injectStep(const ActionStep& step, bool down) {
     if (!step.key.valid || (down && !mayAct()))
         return;
     const bool staysDown = step.kind == StepKind::hold && step.value <= 0;
-    const InputMotion press = staysDown ? InputMotion::downAndLeft : InputMotion::downUntilReleased;
+    const InputMotion press = staysDown ? InputMotion::downPersistent : InputMotion::downUntilReleased;
     const InputMotion motion = down ? press : InputMotion::up;
     if (step.key.isMouse)
         sendMouseButton(step.key.mouseButton, motion);

@@ -6,11 +6,11 @@
 
 namespace rotika {
 
-/// Plays a copy of `action` on a thread of its own, `initialDelay` ms from now; returns at once. There is no
-/// queue and no cancel: two runs play side by side. Owner thread.
+/// Plays a copy of `action` on its own thread after `initialDelay` ms; returns at once. Runs are neither
+/// queued nor cancelled: two of them run in parallel. Owner thread.
 void runFunction(const WheelAction& action, std::uint32_t initialDelay);
 
-/// Clicks at the real cursor, 60 ms from now, on a thread of its own; hides the grid first. `button` as in
+/// Clicks at the real cursor after 60 ms, on its own thread; hides the grid first. `button` as in
 /// injectMouseButton. Owner thread.
 void startMouseClick(std::uint32_t button, std::int32_t count);
 

@@ -1,4 +1,4 @@
-// rotika-engine.exe: the engine alone, without the shell. It lives in its tray icon until that ends it.
+// rotika-engine.exe: the engine without the shell. Runs until it is ended from its tray icon.
 
 #include "common/data_folder.h"
 #include "common/single_instance.h"
@@ -13,8 +13,8 @@ using namespace rotika;
 
 namespace {
 
-/// The end of the main window posts no message of its own to end the loop by. It may also come within a box
-/// of the engine, which pumps messages itself.
+/// Destroying the main window posts no quit message, and may happen in the message loop of a modal box, so
+/// the loop tests the window itself.
 int pumpUntilGone(HWND mainWindow) {
     MSG message{};
     while (IsWindow(mainWindow) != 0 && GetMessageW(&message, nullptr, 0, 0) > 0) {
@@ -32,10 +32,10 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t*, int) {
                     MB_ICONINFORMATION);
         return 0;
     }
-    SetCurrentDirectoryW(dataFolderPath().c_str()); // relative targets of functions begin here
+    SetCurrentDirectoryW(dataFolderPath().c_str()); // base of relative open targets
     engineState.engineStarted = startEngine(true, []() noexcept { openEditor(); });
     const int status = pumpUntilGone(nativeWindow(engineState.mainWindow));
     stopEngine();
-    DestroyWindow(nativeWindow(engineState.mainWindow)); // if the loop was ended from outside
+    DestroyWindow(nativeWindow(engineState.mainWindow)); // if the loop ended by WM_QUIT
     return status;
 }

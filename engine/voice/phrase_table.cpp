@@ -1,6 +1,7 @@
 #include "voice/phrase_table.h"
 
 #include "base/text.h"
+#include "files/wheel_writer.h"
 #include "model/engine_state.h"
 #include "model/voice_commands.h"
 #include "platform/fault_guard.h"
@@ -84,26 +85,27 @@ void addFunctionPhrases(const std::vector<WheelAction>& actions, std::int32_t wh
     }
 }
 
-/// A word at which the library faults counts as known: the caller holds the lock of the table, and the
-/// recogniser has the last word on a phrase.
+/// A word for which the library faults counts as known: the recogniser itself decides about its phrase. The
+/// caller holds phraseLock.
 bool isKnown(FindWordFunction findWord, void* model, const char* word) {
-    struct Question {
+    struct Lookup {
         FindWordFunction findWord;
         void* model;
         const char* word;
-        std::int32_t answer;
-    } question{findWord, model, word, 0};
+        std::int32_t result;
+    } lookup{findWord, model, word, 0};
     const bool survived = runGuarded(
         [](void* context) {
-            Question& asked = *static_cast<Question*>(context);
-            asked.answer = asked.findWord(asked.model, asked.word);
+            Lookup& call = *static_cast<Lookup*>(context);
+            call.result = call.findWord(call.model, call.word);
         },
-        &question);
-    return !survived || question.answer >= 0;
+        &lookup);
+    return !survived || lookup.result >= 0;
 }
 
-/// Tests the words up to the first unknown one. Words are what stands between blanks; an empty one is none.
-bool dictionaryHolds(const std::string& phrase, void* model, FindWordFunction findWord, std::string& word) {
+/// Looks up the words, separated by spaces, up to the first unknown one. `word` is a buffer for reuse.
+bool dictionaryContains(const std::string& phrase, void* model, FindWordFunction findWord,
+                        std::string& word) {
     std::size_t begin = 0;
     while (begin < phrase.size()) {
         const std::size_t end = std::min(phrase.find(' ', begin), phrase.size());
@@ -116,13 +118,7 @@ bool dictionaryHolds(const std::string& phrase, void* model, FindWordFunction fi
 }
 
 void appendMember(std::string& grammar, const std::string& phrase) {
-    grammar += '"';
-    for (const char byte : phrase) {
-        if (byte == '"' || byte == '\\')
-            grammar += '\\';
-        grammar += byte;
-    }
-    grammar += "\",";
+    grammar += '"' + escapeJsonString(utf16FromUtf8(phrase), JsonEscapes::quotesOnly) + "\",";
 }
 
 void appendSkipped(std::u16string& skipped, const std::string& phrase) {
@@ -151,7 +147,7 @@ void rebuildPhraseTable() {
             addFunctionPhrases(wheel.actions, wheelIndex++);
         addFunctionPhrases(engineState.voiceActions, VoiceActionsWheel);
     }
-    // Only now, so that whoever sees the new number finds the new table.
+    // Last, so that a reader of the new number finds the new table.
     ++engineState.phraseGeneration;
 }
 
@@ -162,7 +158,7 @@ std::string buildGrammar(void* model, FindWordFunction findWord, std::u16string*
     {
         const std::lock_guard lock(engineState.phraseLock);
         for (const PhraseEntry& entry : engineState.phraseTable) {
-            if (!isChecked || dictionaryHolds(entry.phrase, model, findWord, word))
+            if (!isChecked || dictionaryContains(entry.phrase, model, findWord, word))
                 appendMember(grammar, entry.phrase);
             else if (skipped != nullptr)
                 appendSkipped(*skipped, entry.phrase);

@@ -18,7 +18,7 @@ bool survives(Call call) {
 } // namespace
 
 LibraryHandle loadVoskLibrary(const std::u16string& configuredPath) {
-    return loadOptionalLibrary(configuredPath, speechLibraryName(), LibrarySearch::besideItself);
+    return loadOptionalLibrary(configuredPath, speechLibraryName(), LibrarySearch::ownFolderFirst);
 }
 
 bool bindSpeechLibrary(LibraryHandle library, SpeechLibrary& functions) {

@@ -18,7 +18,7 @@ void dispatchRecognisedText(std::string_view text) {
     } else if (row.wheelIndex == VoiceActionsWheel) {
         postWindowMessage(main, MsgVoiceFunction, static_cast<std::uintptr_t>(row.actionIndex));
     } else if (engineConfig.voiceGlobal || engineState.wheelVisible) {
-        // Either may have changed a moment ago: a word is never more exact than that.
+        // Benign race: either may change at this moment, and speech is not timed that exactly.
         postWindowMessage(main, MsgVoiceField, static_cast<std::uintptr_t>(row.wheelIndex), row.actionIndex);
     }
 }

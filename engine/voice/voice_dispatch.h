@@ -4,9 +4,9 @@
 
 namespace rotika {
 
-/// Acts on what the recogniser heard: the phrase's row becomes a message to the main window, where the owner
-/// thread decides what it means. A text that is no row of the table, or a field's phrase while the wheel is
-/// closed and the settings keep such phrases to the open wheel, does nothing. UTF-8. The voice thread.
+/// Posts the command of a recognised phrase to the main window, which executes it on the owner thread. No
+/// effect for a text that is not in the table, or a field's phrase while the wheel is closed and voiceGlobal
+/// is off. UTF-8. The voice thread.
 void dispatchRecognisedText(std::string_view text);
 
 } // namespace rotika

@@ -61,9 +61,9 @@ void showWheel() {
     engineState.savedCursor = cursorPosition();
     engineState.savedForeground = foregroundWindow();
     engineState.restorePending = true;
-    placeOverlayWindow(engineState.wheelWindow, wheelPlaceOn(monitorAt(engineState.savedCursor)));
+    placeOverlayWindow(engineState.wheelWindow, wheelRectOn(monitorAt(engineState.savedCursor)));
     resetVirtualCursor();
-    paintWheel(); // before the window is shown, so that it never shows an old frame
+    paintWheel(); // before it is shown, so that no old frame is visible
     showOverlayWindow(engineState.wheelWindow);
     engineState.wheelVisible = true;
     if (engineConfig.takeFocus && engineState.savedForeground != nullptr)

@@ -4,26 +4,25 @@ namespace rotika {
 
 // Opening and closing the wheel. Owner thread.
 
-/// Paints the closed wheel as the next opening will show it: fonts, shapes and the layer's memory are then
-/// ready, and the first opening is as fast as the later ones.
+/// Paints the closed wheel in advance: fonts, shapes and the layer's memory are then cached, so that the
+/// first opening is as fast as later ones.
 void prepareWheel();
 
-/// Opens the wheel on the monitor of the real cursor and takes the mouse away from all programs. Never called
-/// while it is open. Nothing happens while the session is locked, after a stop or
-/// without a window.
+/// Opens the wheel on the monitor of the real cursor and captures the mouse. Must not be called while it is
+/// open. No effect while the session is locked, after a stop or without a window.
 void showWheel();
 
-/// Undoes the whole capture and hides the window. Restores neither cursor nor foreground. Every road out
-/// comes here.
+/// Undoes the whole capture and hides the window. Restores neither cursor nor foreground window. Used by
+/// every way of closing.
 void hideWheel();
 
-/// Gives the saved cursor position and foreground window back, at most once for each show.
+/// Restores the saved cursor position and foreground window, at most once per show.
 void restoreFocus();
 
-/// Closes an open wheel and gives cursor and foreground back; nothing when it is closed.
+/// Closes an open wheel and restores cursor and foreground window; no effect when it is closed.
 void closeWheel();
 
-/// What the toggle key does.
+/// Opens a closed wheel, closes an open one.
 void toggleWheel();
 
 } // namespace rotika

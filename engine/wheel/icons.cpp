@@ -18,7 +18,7 @@ namespace rotika {
 
 namespace {
 
-constexpr std::size_t mostIcons = 2000; // the fields of 83 full wheels; the images stay in memory for good
+constexpr std::size_t maxIcons = 2000; // the fields of 83 full wheels; images are never freed
 
 std::u16string iconPath(const std::u16string& written) {
     const bool isAbsolute =
@@ -33,7 +33,7 @@ IconCacheEntry* cachedIcon(const std::u16string& path) {
     return known == cache.end() ? nullptr : &*known;
 }
 
-/// One message an icon: a file that hangs must not keep those before it from the wheel.
+/// One message per icon: a file that hangs must not delay the icons before it.
 void readIcons(const std::vector<std::u16string>& paths, WindowHandle mainWindow) noexcept {
     for (const std::u16string& path : paths)
         postRecord(mainWindow, MsgIconLoaded,
@@ -50,7 +50,7 @@ void loadNewIcons() {
     std::vector<std::u16string> paths;
     for (const Wheel& wheel : engineState.wheels) {
         for (const WheelAction& action : wheel.actions) {
-            if (action.icon.empty() || engineState.iconCache.size() >= mostIcons ||
+            if (action.icon.empty() || engineState.iconCache.size() >= maxIcons ||
                 !known.insert(action.icon).second)
                 continue;
             engineState.iconCache.push_back({action.icon, nullptr});

@@ -21,7 +21,7 @@ constexpr PictureBox ringBox{70, 6, 2 * outerPaintedRadiusPx, 2 * outerPaintedRa
 constexpr PictureBox holeBox{248, 184, 2 * innerRadiusPx, 2 * innerRadiusPx};
 constexpr PictureBox pageIndicatorBox{248, 210, 92, 22};
 constexpr PictureBox wheelNameBox{248, 232, 92, 18};
-constexpr std::uint8_t restingAlpha = 0x87; // 53 percent: the hovered field alone is solid
+constexpr std::uint8_t restingAlpha = 0x87; // 53 percent: only the hovered field is opaque
 constexpr float shadowOffsetPx = 1.5F;
 constexpr float dwellRingThreshold = 0.03F;
 
@@ -43,7 +43,7 @@ void addFieldText(Picture& picture, const std::u16string& text, const PictureBox
                     {sizePx, white(isHovered ? 0xFF : 0xD7), black(isHovered ? 0xC8 : 0x78), shadowOffsetPx});
 }
 
-/// Where a field's label stands: the middle of its span, on the label radius.
+/// Centre of a field's label: the middle of its span, at the label radius.
 PicturePoint labelCentre(std::size_t field, float span) {
     const double spanDegrees = span;
     const double middle = static_cast<double>(field) * spanDegrees - 90 + spanDegrees / 2;
@@ -128,7 +128,7 @@ Picture buildWheelPicture() {
     Picture picture{layerWidthPx, layerHeightPx, {}};
     picture.commands.reserve(fieldCount * 5 + 16);
     addPies(picture, wheel, span);
-    // All pies come before any label, so that no neighbour's outline crosses a label.
+    // All pies are painted before the labels, so that no outline crosses a label.
     for (std::size_t i = 0; i < fieldCount; ++i)
         addLabel(picture, wheel.actions[i], i, fieldCount, span);
     picture.commands.push_back(CutOutEllipse{holeBox});

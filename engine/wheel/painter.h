@@ -4,11 +4,11 @@
 
 namespace rotika {
 
-/// The picture of the active wheel, virtual cursor and dwell ring included, from the state in force. Owner
-/// thread.
+/// The picture of the active wheel, virtual cursor and dwell ring included, from the current state. Owner
+/// thread, like the functions below.
 Picture buildWheelPicture();
 
-/// Paints the wheel's layer anew. Called only when something visible has changed.
+/// Repaints the wheel's layer. Call only when something visible has changed.
 void paintWheel();
 
 /// The same, if the wheel is open.

@@ -13,7 +13,7 @@ void turnPage(std::int32_t arrow) {
     const auto wheelCount = static_cast<std::int32_t>(engineState.wheels.size());
     const std::int32_t stride = arrow == 0 ? wheelCount - 1 : 1;
     engineState.activeWheel = (engineState.activeWheel + stride) % wheelCount;
-    // The new wheel may divide the ring differently under a cursor that has not moved.
+    // The new wheel may have another number of fields under the unmoved cursor.
     engineState.hoveredField = hitTestField(engineState.cursorX, engineState.cursorY);
     paintWheel();
 }
@@ -29,7 +29,7 @@ void selectUnderCursor() {
     const std::int32_t field = hitTestField(engineState.cursorX, engineState.cursorY);
     if (field < 0)
         return;
-    // A copy: giving the focus back may let another program's message in, and that may replace the wheels.
+    // A copy: restoring the focus may dispatch another program's message, which may replace the wheels.
     const WheelAction action = activeWheelRecord().actions[static_cast<std::size_t>(field)];
     closeWheel();
     if (!action.steps.empty())

@@ -4,12 +4,12 @@
 
 namespace rotika {
 
-// What a selection on the open wheel does. Owner thread.
+// Selection on the open wheel. Owner thread.
 
 /// Turns to the previous (0) or next (1) wheel, wrapping, recomputes the hovered field and repaints.
 void turnPage(std::int32_t arrow);
 
-/// Acts on what the virtual cursor is on: turns the page, or closes the wheel and runs the field.
+/// Selects what is under the virtual cursor: turns the page, or closes the wheel and runs the field.
 void selectUnderCursor();
 
 } // namespace rotika

@@ -16,15 +16,15 @@ namespace rotika {
 
 namespace {
 
-constexpr std::uint64_t gazeFreshMs = 250;   // an older sample does not pull
-constexpr std::uint64_t mouseRestedMs = 700; // the gaze takes over only after that much rest
+constexpr std::uint64_t gazeFreshMs = 250; // older samples are ignored
+constexpr std::uint64_t mouseIdleMs = 700; // the gaze takes over only after this time without motion
 constexpr std::int32_t arrowTargetBase = 100;
 
 bool gazeMayPull(std::uint64_t now) {
-    // A sample may be younger than `now`: its thread goes on while this one ticks.
+    // A sample may be newer than `now`: the gaze thread runs concurrently.
     const std::uint64_t sampled = std::min(engineState.gazeSampleTick.load(), now);
     return engineConfig.gazeEnabled && engineState.gazeStatus == gazeStatusActive &&
-           now - sampled < gazeFreshMs && now - engineState.lastMouseMoveTick > mouseRestedMs;
+           now - sampled < gazeFreshMs && now - engineState.lastMouseMoveTick > mouseIdleMs;
 }
 
 /// 35 percent of the way from `cursor` to the gaze; below 3 pixels the step truncates to nothing.
@@ -60,7 +60,7 @@ bool applyMotion(std::uint64_t now) {
         engineState.gazeDriven = false;
         return true;
     }
-    // A gaze gone stale does not end a dwell in progress; only real motion ends gaze control.
+    // Stale gaze samples do not end a dwell in progress; only mouse motion ends gaze control.
     return gazeMayPull(now) && pullTowardGaze();
 }
 
@@ -85,7 +85,7 @@ std::int32_t dwellTargetUnderCursor() {
     return engineState.hoveredArrow >= 0 ? arrowTargetBase + engineState.hoveredArrow : -1;
 }
 
-/// Counts the dwell on `target`; true when it is full.
+/// Updates the dwell on `target`; true when it is complete.
 bool advanceDwell(std::int32_t target, std::uint64_t now) {
     if (target != engineState.dwellTarget) {
         engineState.dwellTarget = target;
@@ -101,7 +101,7 @@ void clearDwell() {
     engineState.dwellProgress = 0;
 }
 
-/// Raw counts are a stranger's numbers: their sum must not overflow.
+/// Untrusted input: saturate.
 std::int32_t saturatedSum(std::int32_t a, std::int32_t b) {
     constexpr std::int64_t limit = 1'000'000; // far beyond the layer, far below overflow
     return static_cast<std::int32_t>(std::clamp(std::int64_t{a} + b, -limit, limit));

@@ -18,7 +18,7 @@ std::int32_t hitTestField(std::int32_t x, std::int32_t y) {
     double angle = std::atan2(dy, dx) * 180 / std::numbers::pi + 90;
     if (angle < 0)
         angle += 360;
-    // The modulo catches a division rounded up at the very end of the last field.
+    // The modulo handles a quotient rounded up at the end of the last field.
     return static_cast<std::int32_t>(angle / span) % fieldCount;
 }
 
@@ -30,7 +30,7 @@ std::int32_t hitTestArrow(std::int32_t x, std::int32_t y) {
     return arrowBoxes[1].contains({x, y}) ? 1 : -1;
 }
 
-Rect wheelPlaceOn(const Rect& monitor) {
+Rect wheelRectOn(const Rect& monitor) {
     const std::int32_t left = (monitor.left + monitor.right - layerWidthPx) / 2;
     const std::int32_t top = (monitor.top + monitor.bottom - layerHeightPx) / 2;
     return {left, top, left + layerWidthPx, top + layerHeightPx};

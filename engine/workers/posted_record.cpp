@@ -8,27 +8,27 @@ namespace rotika {
 
 namespace {
 
-struct HandedOver {
+struct PostedRecords {
     std::mutex mutex;
     std::set<std::pair<std::uint32_t, const void*>> records;
 };
 
-/// Never destroyed: an abandoned worker may post to the very end of the process.
-HandedOver& handedOver() {
-    static HandedOver* const instance = new HandedOver;
+/// Never destroyed: an abandoned worker may post until the process ends.
+PostedRecords& postedRecords() {
+    static PostedRecords* const instance = new PostedRecords;
     return *instance;
 }
 
 } // namespace
 
-void noteHandedOver(std::uint32_t message, const void* record) {
-    const std::lock_guard lock(handedOver().mutex);
-    handedOver().records.insert({message, record});
+void registerPostedRecord(std::uint32_t message, const void* record) {
+    const std::lock_guard lock(postedRecords().mutex);
+    postedRecords().records.insert({message, record});
 }
 
-bool forgetHandedOver(std::uint32_t message, const void* record) {
-    const std::lock_guard lock(handedOver().mutex);
-    return handedOver().records.erase({message, record}) > 0;
+bool unregisterPostedRecord(std::uint32_t message, const void* record) {
+    const std::lock_guard lock(postedRecords().mutex);
+    return postedRecords().records.erase({message, record}) > 0;
 }
 
 } // namespace rotika

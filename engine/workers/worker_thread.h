@@ -9,14 +9,14 @@
 
 namespace rotika {
 
-/// Starts `body` on a thread of its own; `thread` is then valid until stopWorker, even if the body ends
-/// before. False where the system refuses a thread: `thread` stays invalid, so that a later start tries
-/// again. Owner thread, like the next.
+/// Starts `body` on a new thread; `thread` is then valid until stopWorker, even if the body ends earlier.
+/// False where the system refuses a thread: `thread` stays invalid, so that a later start tries again. Owner
+/// thread.
 [[nodiscard]] bool startWorker(std::future<void>& thread, StopRequest& stop,
                                std::function<void(const std::atomic<bool>& stop)> body);
 
-/// Asks the run to end and waits for that, `limitMs` at most; one that takes longer is left to itself.
-/// Without a run nothing happens.
+/// Requests a stop and waits up to `limitMs` for the thread to end; after that the thread is abandoned. No
+/// effect without a running worker. Owner thread.
 void stopWorker(std::future<void>& thread, const StopRequest& stop, std::uint32_t limitMs);
 
 } // namespace rotika

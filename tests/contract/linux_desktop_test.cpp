@@ -39,7 +39,7 @@ TEST_F(LinuxDesktop, AKeyThatIsLeftDownStaysDown) {
     const KeyCode code = keycodeOfVirtualKey(ownerDisplay(), control);
     for (int round = 0; round < 150; ++round) {
         const auto press =
-            std::async(std::launch::async, injectKey, control, false, InputMotion::downAndLeft);
+            std::async(std::launch::async, injectKey, control, false, InputMotion::downPersistent);
         ASSERT_TRUE(pumpUntil(
             [&] { return press.wait_for(std::chrono::milliseconds(0)) == std::future_status::ready; }));
         for (int i = 0; i < 3; ++i)

@@ -32,7 +32,7 @@ TEST_F(SystemContract, AFileIsReplacedCompletelyOrUnchanged) {
 
 TEST_F(SystemContract, ALibraryIsLoadedAndATruncatedOneIsRefused) {
     const std::u16string path = fs::path(ROTIKA_CONTRACT_LIBRARY).make_preferred().u16string();
-    const LibraryHandle library = loadLibrary(path, LibrarySearch::besideItself);
+    const LibraryHandle library = loadLibrary(path, LibrarySearch::ownFolderFirst);
     ASSERT_NE(library, nullptr);
     EXPECT_NE(findLibraryFunction(library, "vosk_model_new"), nullptr);
     const std::u16string folder = temporaryFolder();
@@ -40,7 +40,7 @@ TEST_F(SystemContract, ALibraryIsLoadedAndATruncatedOneIsRefused) {
     for (const std::size_t percent : {0U, 1U, 5U, 10U, 20U}) {
         const std::u16string cut = joinPath(folder, std::u16string(percent + 1, u'c'));
         ASSERT_TRUE(replaceFileBytes(cut, whole.substr(0, whole.size() * percent / 100)));
-        EXPECT_EQ(loadLibrary(cut, LibrarySearch::besideItself), nullptr) << percent;
+        EXPECT_EQ(loadLibrary(cut, LibrarySearch::ownFolderFirst), nullptr) << percent;
     }
 }
 

@@ -15,11 +15,11 @@ constexpr char twoWheels[] = R"({"wheels": [
   {"actions": [{"name": "A", "key": ["a", "b"], "color": "#e74c3c", "delay": 50, "icon": "i.png", "voice": "raz"}, {}]},
   {"name": "Drugie", "actions": [{"name": "C", "key": "c"}]}]})";
 
-// What a person does in the editor with these wheels: "add-field" presses a button, "name=Skok" types or
-// chooses, "agree" answers the next question, "form" asks for the form's content instead of what follows.
-// Behind the arrow stand the three lists with their selections,
-// "*" if there are unsaved changes, and how the boxes begin that came up. W stands for the wheels' rows as
-// they were, F for the fields', "$" for a hold without an end; runs of blanks are one.
+// User actions in the editor with these wheels: "add-field" presses a button, "name=Skok" types or selects,
+// "agree" answers the next question, "form" selects the form's content as the result. After the arrow: the
+// three lists with their selections, "*" if there are unsaved changes, and the beginnings of the boxes shown.
+// W stands for the initial rows of the wheels, F for those of the fields, "$" for a hold without an end; runs
+// of blanks are collapsed.
 
 class Editor : public EngineTest, public testing::WithParamInterface<Row> {
 protected:
@@ -66,7 +66,7 @@ protected:
         }
     }
 
-    /// The boxes that came, without the title that all of them have.
+    /// The boxes shown since the last call, without their common title.
     std::string boxes() {
         const std::string texts = journal(JournalKind::box);
         desktop.clearJournal();
@@ -86,19 +86,19 @@ protected:
     SimulatedEditor& editor = desktop.editor;
 };
 
-TEST_P(Editor, ShowsWhatWasDone) {
+TEST_P(Editor, ShowsTheResultOfActions) {
     open();
     const auto& [script, outcome] = GetParam();
     play(script);
-    const std::string told = boxes();
-    std::string all = seen() + (told.empty() ? "" : " : " + told);
+    const std::string shownBoxes = boxes();
+    std::string all = seen() + (shownBoxes.empty() ? "" : " : " + shownBoxes);
     if (script.ends_with("; form")) {
         all = std::to_string(editor.selection(stepKindList));
         for (const std::int32_t id : {stepValueEdit, stepKeyEdit, fieldVoiceEdit, fieldIconEdit,
                                       fieldDelayEdit, fieldColorEdit, fieldNameEdit})
             all = editor.text(id) + "," + all;
     }
-    EXPECT_EQ(all.substr(0, told.empty() ? all.npos : outcome.size()), outcome) << all;
+    EXPECT_EQ(all.substr(0, shownBoxes.empty() ? all.npos : outcome.size()), outcome) << all;
 }
 
 constexpr char cases[] = R"(
@@ -139,14 +139,14 @@ constexpr char cases[] = R"(
 
 INSTANTIATE_TEST_SUITE_P(Cases, Editor, testing::ValuesIn(rowsOf(cases)));
 
-/// A save that fails looks like one that did not, but the next opening shows what was to be saved.
-TEST_F(Editor, WhatCouldNotBeWrittenIsKeptAndOpenedNextTime) {
+/// A failed save is not reported, but the next opening shows the document.
+TEST_F(Editor, ADocumentWhoseSaveFailedIsKeptAndOpenedNextTime) {
     open();
     std::filesystem::create_directory(folder.at("temp"));
     setSimulatedTemporaryFolder(folder.path("temp"));
     const std::string unsaved = "W|3: Koło 3 @0 / F @-1 / @-1";
     folder.write("niezapisane-kola-1.json", "of another program");
-    play("add-wheel; add-field; pick=temp; save-as"); // no file can take the place of a folder
+    play("add-wheel; add-field; pick=temp; save-as"); // a file cannot replace a folder
     EXPECT_EQ(folder.read("niezapisane-kola-1.json"), "of another program");
     std::filesystem::remove(folder.at("niezapisane-kola-1.json"));
     play("close; again");
@@ -162,7 +162,7 @@ TEST_F(Editor, WhatCouldNotBeWrittenIsKeptAndOpenedNextTime) {
     setSimulatedProgramFolder(folder.path());
     setSimulatedDiskRoom(0);
     std::filesystem::remove_all(folder.at("temp"));
-    play("pick=inne.json; save-as; close; again"); // nowhere but in memory
+    play("pick=inne.json; save-as; close; again"); // only in memory
     EXPECT_EQ(seen() + editor.text(pathLabel), unsaved + folder.at("inne.json").make_preferred().string());
     play("new; close; again");
     EXPECT_EQ(seen(), "W @0 / F @-1 / @-1");

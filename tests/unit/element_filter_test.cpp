@@ -13,15 +13,15 @@ std::vector<std::int32_t> numbersOf(const std::string& text) {
     return {std::istream_iterator<std::int32_t>(words), {}};
 }
 
-TEST(ElementFilter, KeepsWhatCanBeClickedAtEachLimitAndNoDuplicates) {
+TEST(ElementFilter, KeepsClickableElementsWithinLimitsWithoutDuplicates) {
     const auto button = [](const Rect& rect) {
         return ScreenElement{rect, ControlType::button, true, false, false};
     };
     const auto kept = [](const std::vector<ScreenElement>& elements, ElementScope scope) {
         return std::to_string(filterElements({{0, 0, 1000, 1000}, {elements}}, scope).rects.size());
     };
-    // one or two rectangles, and how many are kept in a window and in a page; the third but last is a
-    // toolbar's button
+    // one or two rectangles, and how many are kept in a window and in a page; the row with 600 is a toolbar
+    // and its button
     for (const auto& [where, expected] : rowsOf(R"(
         0 0 8 8 -> 1 1  0 0 7 8 -> 0 0  0 0 8 7 -> 0 0  0 0 900 700 -> 1 1  0 0 901 700 -> 0 1
         0 0 900 701 -> 0 1  0 0 1400 1000 -> 0 1  0 0 1401 9 -> 0 0  0 0 9 1001 -> 0 0  -40 0 1 50 -> 1 1
@@ -35,7 +35,7 @@ TEST(ElementFilter, KeepsWhatCanBeClickedAtEachLimitAndNoDuplicates) {
         const std::string inPage = kept(elements, ElementScope::page);
         EXPECT_EQ(kept(elements, ElementScope::windowAndTaskbar) + " " + inPage, expected) << where;
     }
-    // type, whether it is enabled, off the screen and can have the focus
+    // type, isEnabled, isOffscreen, isFocusable
     for (const auto& [kind, expected] : rowsOf(R"(
         50030 1 0 1 -> 0  50032 1 0 1 -> 0  50033 1 0 1 -> 0  0 1 0 1 -> 1  0 1 0 0 -> 0  50000 0 0 1 -> 0
         50000 1 1 1 -> 0  50000 1 0 0 -> 1  50031 1 0 0 -> 1  50002 1 0 0 -> 1  50013 1 0 0 -> 1  50003 1 0 0 -> 1

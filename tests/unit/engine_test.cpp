@@ -19,16 +19,16 @@ std::string describe(const WheelAction& action) {
     for (const ActionStep& each : action.steps)
         text << (&each == &action.steps.front() ? "" : ", ") << kinds[static_cast<int>(each.kind)] << " "
              << utf8FromUtf16(each.kind == StepKind::open ? each.target : each.key.text) << " " << each.value;
-    const auto tell = [&text](bool differs, const char* name, const auto& value) {
+    const auto append = [&text](bool differs, const char* name, const auto& value) {
         if (differs)
             text << " " << name << "=" << value;
     };
     text << "}";
-    tell(action.delay != 30, "delay", action.delay);
+    append(action.delay != 30, "delay", action.delay);
     text << std::hex << std::uppercase;
-    tell(action.hasColor, "bgr", action.color);
-    tell(!action.icon.empty(), "icon", utf8FromUtf16(action.icon));
-    tell(!action.voice.empty(), "voice", utf8FromUtf16(action.voice));
+    append(action.hasColor, "bgr", action.color);
+    append(!action.icon.empty(), "icon", utf8FromUtf16(action.icon));
+    append(!action.voice.empty(), "voice", utf8FromUtf16(action.voice));
     return text.str();
 }
 
@@ -124,7 +124,7 @@ EngineTest::EngineTest() : desktop((resetEngineForTest(), resetSimulatedDesktop(
     setSimulatedProgramFolder(folder.path());
 }
 
-/// The workers that only a stop ends must hear of it before the others can be played to their end.
+/// Requests the stop of workers that run until then, before draining the others.
 EngineTest::~EngineTest() {
     stopWorkers();
     desktop.clock.drain();

@@ -28,28 +28,28 @@ using namespace std::string_literals;
 using Texts = std::vector<std::string>;
 using Row = std::pair<std::string, std::string>;
 
-/// Of rows "what -> result", each on a line of its own or two blanks away from the next; "# comment" is none.
+/// Splits rows "input -> result", separated by line feeds or two spaces; rows "# comment" are skipped.
 std::vector<Row> rowsOf(const std::string& table);
-/// Every first text of a pair as its second.
+/// Replaces every occurrence of the first text of each pair by its second.
 std::string replaced(std::string text, const Texts& pairs);
 std::string repeated(const std::string& piece, std::size_t count);
 
-/// With everything that differs from a default shown:
+/// Shows everything that differs from a default:
 /// "name[field{click a 2, hold b 0, open c 1} delay=5 bgr=ABCDEF icon=i voice=v; field{}]".
 std::string describe(const std::vector<Wheel>& wheels);
 std::string describe(const std::vector<WheelAction>& actions);
-/// Of a text such as "hold shift 0 click a 2 open https://example.org 1".
+/// Parses a text such as "hold shift 0 click a 2 open https://example.org 1".
 std::vector<ActionStep> stepsOf(const std::string& text);
-/// A field that clicks one key.
+/// A field with one click step.
 WheelAction field(const std::string& key, const std::u16string& name = u"",
                   const std::u16string& voice = u"");
-/// `fieldCount` fields, the first of which clicks key 65, the second 66, and so on.
+/// A wheel whose fields click keys 65, 66 and so on.
 Wheel wheelOf(int fieldCount);
-/// What the engine's face answered.
+/// Converts a result of the engine's interface.
 std::string textOf(const OverlayChar* text);
 bool activateFile(const std::u16string& path);
 
-/// A folder that no other test uses, also in a test program that runs at the same time; gone with it.
+/// A unique folder, also among concurrent test programs; removed by the destructor.
 struct TemporaryFolder {
     TemporaryFolder() { std::filesystem::create_directory(folder); }
     ~TemporaryFolder() { std::filesystem::remove_all(folder); }
@@ -64,18 +64,18 @@ struct TemporaryFolder {
         std::filesystem::temp_directory_path() / ("rotika-test-" + std::to_string(std::random_device()()));
 };
 
-/// A fresh process, its program in an empty folder, on a fresh simulated desktop: the engine not yet started.
+/// Resets the engine and the simulated desktop; the program's folder is empty, the engine is not started.
 class EngineTest : public testing::Test {
 public:
     EngineTest();
     ~EngineTest() override;
 
-    /// Writes config.json with `settings`, such as R"("keyHold": 5,)" ahead of gaze
-    /// and voice off: the first of two members of one name holds.
+    /// Writes config.json with `settings`, such as R"("keyHold": 5,)", followed by gaze and voice off: the
+    /// first of duplicate members applies.
     void configure(const std::string& settings = "") const {
         folder.write("config.json", "{" + settings + R"("gazeEnabled": false, "voiceEnabled": false})");
     }
-    /// Starts the engine with gaze and voice off and puts `wheels` in force.
+    /// Starts the engine with gaze and voice off and activates `wheels`.
     void startWith(std::vector<Wheel> wheels) {
         configure();
         ASSERT_TRUE(OverlayEngineStart());
@@ -87,13 +87,13 @@ public:
         desktop.releaseKey(engineConfig.toggleKeyCode.vk);
         desktop.pumpMessages();
     }
-    /// With those settings, and what follows at once.
+    /// Reloads with those settings and handles the resulting messages.
     void reload(const std::string& settings = "") {
         configure(settings);
         OverlayReloadConfig();
         desktop.settle();
     }
-    /// Moves the virtual cursor of the open wheel there, with the real mouse and one tick.
+    /// Moves the open wheel's virtual cursor to `point` by mouse motion and one tick.
     void aimAt(Point point) {
         desktop.moveMouse(point.x - engineState.cursorX, point.y - engineState.cursorY);
         desktop.advanceBy(15);
@@ -103,7 +103,7 @@ public:
         desktop.settle();
     }
 
-    /// What the engine did since the journal was last cleared, joined by ", ": all, or of one kind.
+    /// The journal's entries since it was last cleared, joined by ", ": all, or of one kind.
     std::string journal(std::optional<JournalKind> kind = {}) const;
     /// The draw commands of that kind in the wheel's picture.
     template <typename Command>

@@ -20,14 +20,14 @@ std::string shown(const JsonValue& value) {
     for (const JsonMember& member : value.members)
         text << utf8FromUtf16(member.key) << ":" << shown(member.value) << ",";
     if (value.type == JsonType::Number)
-        text << value.number + 0; // no minus before a zero
+        text << value.number + 0; // no negative zero
     const char* const opening[] = {"null", value.boolean ? "true" : "false", "", "'", "[", "{"};
     const char* const closing[] = {"", "", "", "'", "]", "}"};
     const auto type = static_cast<int>(value.type);
     return opening[type] + text.str() + utf8FromUtf16(value.text) + closing[type];
 }
 
-/// What the document means, or "!" if it is refused.
+/// The parsed document, or "!" if it is rejected.
 std::string read(const std::u16string& text) {
     JsonCursor cursor{text};
     JsonValue root;
@@ -40,23 +40,23 @@ std::string read(const std::u16string& text) {
 constexpr char documents[] = R"rows(
     {} -> {}  { "a" : 1 , "b" : [ true , false , null ], "a":"x" } -> {a:1,b:[true,false,null,],a:'x',}
     [[],{},[{}]] -> [[],{},[{},],]  [ [ ] ,{ } ,[{}]] -> [[],{},[{},],]
-    # numbers, as far as they go
+    # numbers: the longest valid prefix
     0 -> 0  - -> 0  + -> 0  . -> 0  e -> 0  --5 -> 0  +-5 -> 0  -+5 -> 0  .e5 -> 0  1e-999 -> 0  0e999 -> 0
     1. -> 1  1-2 -> 1  1e -> 1  1e+ -> 1  -12.5 -> -12.5  -12.5.3 -> -12.5  007 -> 7  +7 -> 7  1e5e5 -> 100000
     1E+5 -> 100000  1e999 -> inf  1e99999999999999999999 -> inf  -1e999 -> -inf
     "\u0041\u017cÓ\uD83D\uDE00\ud83d" -> 'AżÓ😀�'
     <tiny> -> 0  <tiny>e401 -> 1  <tiny>e999 -> inf  <nines> -> inf
-    # white space; the four characters of an escape are taken whatever they are, and read as far as they are digits
+    # white space; an escape takes any four characters and reads the hexadecimal prefix
     <t>{<r><n>} -> {}  "\"\/\\\b\f\n\r\traw<n><0>" -> '"/\<b><f><n><r><t>raw<n><0>'
     "\uZZZZ" -> '<0>'  "\u"]}"" -> '<0>'  "\u12G4x" -> '<12>x'  "\u 12Gx" -> '<12>x'  "\u-001" -> '<ffff>'
-    # refused
+    # rejected
     <t> -> !  <feff>{} -> !  <a0>{} -> !  [<v>1] -> !  [<0>] -> !
     {}{} -> !  {"a":1} x -> !  ] -> !  {"a":1,} -> !  [1,] -> !  [,1] -> !  [,] -> !  {,} -> !  [true false] -> !
     {"a" 1} -> !  {"a":} -> !  {"a"} -> !  {a:1} -> !  {1:1} -> !  {} // comment -> !  { -> !  {"a" -> !
     {"a": -> !  {"a":1 -> !  {"a":1, -> !  {"a":1] -> !  [ -> !  [1 -> !  [1} -> !  tru -> !  True -> !  NULL -> !
     NaN -> !  nullx -> !  "a -> !  " -> !  "\ -> !  "\" -> !  "\x41" -> !  "\u00" -> !  "\ " -> !)rows";
 
-TEST(FilesJson, WholeDocumentsAreReadLenientlyAndOthersRefused) {
+TEST(FilesJson, CompleteDocumentsAreReadLenientlyAndOthersRejected) {
     const std::string tiny = "0." + std::string(400, '0') + "1";
     for (const auto& row : rowsOf(replaced(documents, {"<tiny>", tiny, "<nines>", std::string(400, '9')}))) {
         const auto unnamed = [](const std::string& text) {
@@ -68,7 +68,7 @@ TEST(FilesJson, WholeDocumentsAreReadLenientlyAndOthersRefused) {
     }
 }
 
-TEST(FilesJson, AnyNestingIsForgottenAndNumbersAreTruncated) {
+TEST(FilesJson, DeepNestingIsParsedAndDestroyedAndNumbersAreTruncated) {
     for (const auto& [number, integer] : rowsOf(R"(
         99.9 -> 99  -99.9 -> -99  2147483647.9 -> 2147483647  2147483648 -> -2147483648  -3e9 -> -2147483648
         inf -> -2147483648  nan -> -2147483648)"))
@@ -82,14 +82,14 @@ TEST(FilesJson, AnyNestingIsForgottenAndNumbersAreTruncated) {
     root = JsonValue(); // assignment destroys the old tree as well
 }
 
-/// A "!" for each line.
+/// One "!" per line.
 std::string marksOf(const std::string& lines) {
     return std::string(static_cast<std::size_t>(std::ranges::count(lines, '\n')), '!');
 }
 
 class FilesSettings : public EngineTest {
 protected:
-    /// The lines about problems.
+    /// Loads the configuration; returns its problems.
     static std::string load() {
         std::u16string problems;
         loadConfiguration(problems);
@@ -108,7 +108,7 @@ protected:
         return text.str();
     }
 
-    /// What differs from the settings of a fresh process, and "!" for each line about a problem.
+    /// The settings that differ from the defaults, and "!" for each problem.
     std::string changes(const std::string& problems) const {
         std::istringstream before(fresh);
         std::istringstream now(settings());
@@ -138,7 +138,7 @@ constexpr char files[] = R"(
     {"toggleKey":" nic ","segmentColor":"","keyHold":7} -> hold=7 !!
     {"sendDelay":1} x -> !  [] -> !)";
 
-TEST_F(FilesSettings, AFileChangesOnlyWhatItSuppliesAndWhatPasses) {
+TEST_F(FilesSettings, AFileChangesOnlyTheValidSettingsThatItContains) {
     for (const auto& [config, expected] : rowsOf(files)) {
         resetEngineForTest();
         EXPECT_EQ(changes(load(config)), expected) << config;
@@ -150,15 +150,15 @@ TEST_F(FilesSettings, AFileChangesOnlyWhatItSuppliesAndWhatPasses) {
     EXPECT_EQ(engineConfig.gazeDllPath, u"a\uFFFDz");
 }
 
-TEST_F(FilesSettings, AReloadKeepsWhatTheFileNoLongerSays) {
+TEST_F(FilesSettings, AReloadKeepsSettingsThatTheFileNoLongerContains) {
     EXPECT_EQ(load(R"({"sendDelay":5,"toggleKey":"F5","gazeDllPath":"g","voiceModel":"m"})"), "");
     EXPECT_EQ(load(R"({"keyHold":6,"voiceModel":""})"), "");
     EXPECT_EQ(changes(load("broken")), "key=F5 send=5 hold=6 tobii=g model=m !");
-    std::filesystem::remove(folder.at("config.json")); // it is made again, with a colour and a key
+    std::filesystem::remove(folder.at("config.json")); // recreated with a colour and a key
     EXPECT_EQ(changes(load()), "send=5 hold=6 tobii=g model=m");
 }
 
-TEST_F(FilesSettings, ALoadNeverEndsWithoutAWheelAndVoiceFunctionsNeedAPhrase) {
+TEST_F(FilesSettings, ThereIsAlwaysAWheelAndVoiceFunctionsNeedAPhrase) {
     const std::string noWheels = "default.json: brak poprawnych kół — wyświetlam 6 pustych pól.\n";
     for (const char* wheels : {R"({"wheels":[]})", "7", ""}) {
         engineState.activeWheel = 3;
@@ -179,17 +179,17 @@ TEST_F(FilesSettings, ALoadNeverEndsWithoutAWheelAndVoiceFunctionsNeedAPhrase) {
 
 class FilesWheels : public EngineTest {
 protected:
-    /// Loads each row in place of the "%"; it means what its result says in place of that one's, with "!" for
-    /// each line of problems.
-    void check(const char* table, const std::string& around, const std::string& aroundMeaning) {
+    /// Loads `around` with each row's input in place of "%"; expects `expectedAround` with the row's result
+    /// in place of "%", and "!" for each problem.
+    void check(const char* table, const std::string& around, const std::string& expectedAround) {
         for (const auto& [json, expected] : rowsOf(table)) {
-            wheels.resize(2); // must not survive, whatever the file holds
+            wheels.resize(2); // must be replaced by any file
             const bool isGood = load(replaced(around, {"%", json}));
             const std::string marks = marksOf(utf8FromUtf16(problems));
             EXPECT_EQ(isGood, marks.empty()) << json;
             const std::size_t end = expected.find_last_not_of(" !") + 1;
             EXPECT_EQ(describe(wheels) + marks,
-                      replaced(aroundMeaning, {"%", expected.substr(0, end)}) +
+                      replaced(expectedAround, {"%", expected.substr(0, end)}) +
                           expected.substr(std::min(expected.find('!'), expected.size())))
                 << json;
         }
@@ -240,7 +240,7 @@ constexpr char stepForms[] = R"(
     {"open":"notepad","key":"nic","action":"nic","value":9} -> open notepad 1
     {"key":"a"},{"key":"nic"},{"key":"b","action":"hold"} -> click a 1, hold b 0 !)";
 
-TEST_F(FilesWheels, FilesFieldsAndStepsMeanWhatTheTablesSay) {
+TEST_F(FilesWheels, FilesFieldsAndStepsAreParsed) {
     check(roots, "%", "%");
     check(fieldForms, R"({"actions":[{%}]})", "[%]");
     check(stepForms, R"({"actions":[{"steps":[%]}]})", "[{%}]");
@@ -249,7 +249,7 @@ TEST_F(FilesWheels, FilesFieldsAndStepsMeanWhatTheTablesSay) {
     EXPECT_FALSE(load("\xFF\xFE{\"actions\":[{}]}"));
 }
 
-TEST_F(FilesWheels, AWheelHas24FieldsAtMostAndLinesAboutProblemsNameWhatIsWrong) {
+TEST_F(FilesWheels, AWheelHasAtMost24FieldsAndProblemsNameTheInvalidValue) {
     const std::string fields = "{\"name\": \"W\", \"actions\": [" + repeated("{},", 23) + "{}";
     EXPECT_TRUE(load(fields + "]}"));
     EXPECT_FALSE(load(R"({"wheels": [)" + fields + R"(, {"name": "f", "key": " Nic "}]}]})"));
@@ -279,7 +279,7 @@ TEST_F(EngineTest, KeysAreNamedOrLookedUpOnTheLayout) {
     EXPECT_EQ(textOfKey(parseKeyCode(u"\v\f\r\n\tX ")), "88");
 }
 
-TEST_F(EngineTest, AFreshFolderGetsThreeFilesThatLoadWithoutAProblemAndExistingOnesAreNeverTouched) {
+TEST_F(EngineTest, AnEmptyFolderGetsThreeValidFilesAndExistingFilesAreNeverChanged) {
     std::u16string problems;
     loadConfiguration(problems);
     EXPECT_EQ(problems, u"");
@@ -295,7 +295,7 @@ TEST_F(EngineTest, AFreshFolderGetsThreeFilesThatLoadWithoutAProblemAndExistingO
     EXPECT_EQ(folder.read("default.json"), wheels);
 }
 
-TEST_F(FilesWheels, WheelsAreWrittenInTheCanonicalLayoutAndReadBackTheSame) {
+TEST_F(FilesWheels, WheelsAreWrittenInTheCanonicalLayoutAndReadBackEqual) {
     const std::string written = R"({
   "wheels": [
     {
@@ -322,7 +322,7 @@ TEST_F(FilesWheels, WheelsAreWrittenInTheCanonicalLayoutAndReadBackTheSame) {
     EXPECT_EQ(describe(wheels),
               "Koło \"1\"[Przełącz\n\x07\x1F{hold alt 0, click Tab 100, release alt 0, open C:\\a b\\ż.exe "
               "1} delay=0 bgr=3C4CE7 icon=icons\\a.png voice=okno; {}]");
-    wheels[0].actions[0].steps[2].value = 7; // a release keeps no value
+    wheels[0].actions[0].steps[2].value = 7; // not written for a release
     EXPECT_EQ(serializeWheels(wheels), written);
     EXPECT_EQ(escapeJsonString(u"\t\r\0\b/ \x7F\x80ł\xD83D"s), "\\t\\r\\u0000\\u0008/ \x7F\xC2\x80ł\uFFFD");
 }

@@ -14,7 +14,7 @@ namespace {
 
 using Lifecycle = EngineTest;
 
-TEST_F(Lifecycle, StartMakesHiddenWindowsAndTakesTheToggleKeyOnceAndAStopIsForGood) {
+TEST_F(Lifecycle, StartCreatesHiddenWindowsAndRegistersTheToggleKeyOnceAndAStopIsFinal) {
     desktop.hasDisplay = false;
     EXPECT_FALSE(OverlayEngineStart());
     OverlayToggleWheel();
@@ -34,12 +34,12 @@ TEST_F(Lifecycle, StartMakesHiddenWindowsAndTakesTheToggleKeyOnceAndAStopIsForGo
     EXPECT_TRUE(desktop.registeredKeys().empty());
     EXPECT_EQ(desktop.windows.size(), windowCount);
     OverlayToggleWheel();
-    postWindowMessage(engineState.mainWindow, MsgVoiceCommand, commandShowGrid); // said just before
+    postWindowMessage(engineState.mainWindow, MsgVoiceCommand, commandShowGrid); // posted just before
     desktop.settle();
     EXPECT_TRUE(!OverlayIsWheelVisible() && !desktop.isCaptured() && !engineState.gridVisible);
 }
 
-TEST_F(Lifecycle, AStandaloneStartTellsOfATakenKeyAndBadFilesAndHasATrayIcon) {
+TEST_F(Lifecycle, AStandaloneStartReportsATakenKeyAndInvalidFilesAndHasATrayIcon) {
     configure(R"("toggleKey": "lmb",)");
     folder.write("voice.json", R"({"wheels": [5]})");
     desktop.keysTakenByOthers = {0x58};
@@ -53,7 +53,7 @@ TEST_F(Lifecycle, AStandaloneStartTellsOfATakenKeyAndBadFilesAndHasATrayIcon) {
     EXPECT_FALSE(desktop.trayTip);
 }
 
-TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansAreLeftOutAndALaterReloadStartsThem) {
+TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansFailAndALaterReloadStartsThem) {
     folder.write("config.json", "{}");
     desktop.refusesThreads = true;
     EXPECT_TRUE(OverlayEngineStart());
@@ -68,7 +68,7 @@ TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansAreLeftOutAndALaterReloadStarts
     EXPECT_EQ(textOf(OverlayGazeStatus()), "brak simulated-gaze (zainstaluj oprogramowanie Tobii)");
 }
 
-TEST_F(Lifecycle, ReloadReadsTheFilesAgainAndKeepsTheWheelOpenOnANewField) {
+TEST_F(Lifecycle, AReloadReadsTheFilesAgainAndKeepsTheWheelOpenOnANewField) {
     startWith({wheelOf(24), wheelOf(24)});
     folder.write("default.json", R"({"actions": [{"key": "q"}]})");
     pressToggleKey();
@@ -79,12 +79,12 @@ TEST_F(Lifecycle, ReloadReadsTheFilesAgainAndKeepsTheWheelOpenOnANewField) {
     EXPECT_EQ(engineState.activeWheel, 0);
     EXPECT_TRUE(shown<FilledPie>().size() == 1 && shown<FilledPie>()[0].color.blue == 3);
     EXPECT_EQ(desktop.registeredKeys(), (std::set<std::uint16_t>{0x58})) << "until the next start";
-    clickMouse(); // on the field that took the place of the vanished one
+    clickMouse(); // on the field that replaced the removed one
     desktop.advanceBy(1000);
     EXPECT_EQ(journal(JournalKind::input), "key 81 down, key 81 up");
 }
 
-TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothingAlsoFromAnotherProcess) {
+TEST_F(Lifecycle, ActivationTakesOnlyWheelsWithFieldsAlsoFromAnotherProcess) {
     configure();
     ASSERT_TRUE(startEngine(true));
     engineState.wheels = {wheelOf(4), wheelOf(5)};
@@ -107,7 +107,7 @@ TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothingAlsoFromAnotherProc
     EXPECT_TRUE(desktop.journal.empty());
     for (const bool isSent : {false, true}) {
         engineState.activeWheel = 1;
-        // an odd byte and zeros at the end are no part of the path
+        // a trailing odd byte and trailing zeros are not part of the path
         EXPECT_TRUE(isSent ? send(1, good + std::u16string(3, u'\0'), size + 5) : activateFile(good));
         EXPECT_EQ(describe(engineState.wheels), "b[{click a 1}; {}] c[{click c 1}]");
         EXPECT_TRUE(engineState.activeWheel == 0 && engineState.hoveredField == -1);
@@ -118,7 +118,7 @@ TEST_F(Lifecycle, ActivationTakesTheWheelsWithFieldsOrNothingAlsoFromAnotherProc
     EXPECT_TRUE(desktop.registeredKeys().empty());
 }
 
-TEST_F(Lifecycle, ValidPointsBecomeTheSampleInForce) {
+TEST_F(Lifecycle, ValidPointsBecomeTheCurrentSample) {
     const GazePoint points[] = {{0, 1, 0.5F, 0.25F}, {0, 1, 1.2F, -0.33339F}, {0, 0, 0.9F, 0.9F},
                                 {0, 2, 0.9F, 0.9F},  {0, 1, 3e5F, -3e5F},     {0, 1, std::nanf(""), 0}};
     std::string samples;
@@ -130,7 +130,7 @@ TEST_F(Lifecycle, ValidPointsBecomeTheSampleInForce) {
               "5000 2500, 12000 -3333, 12000 -3333, 12000 -3333, 2147483647 -2147483648, -2147483648 0, ");
 }
 
-TEST_F(Lifecycle, IconsAreReadOnceBesideTheOwnerThreadAndComeIntoTheOpenWheel) {
+TEST_F(Lifecycle, IconsAreReadOnceOffTheOwnerThreadAndAppearInTheOpenWheel) {
     startWith({wheelOf(2)});
     const std::u16string icon = joinPath(programFolder(), u"icons/ok.png");
     desktop.loadableImages = {icon};
@@ -138,7 +138,7 @@ TEST_F(Lifecycle, IconsAreReadOnceBesideTheOwnerThreadAndComeIntoTheOpenWheel) {
         {"name": "Bieg", "icon": "icons/ok.png"}, {"icon": "icons/ok.png"}, {"icon": "/tmp/zły.png"}]}]})");
     pressToggleKey();
     ASSERT_TRUE(activateFile(file));
-    EXPECT_TRUE(desktop.imageLoads.empty()) << "a slow file would hold up the owner thread";
+    EXPECT_TRUE(desktop.imageLoads.empty()) << "a slow file would block the owner thread";
     desktop.settle();
     EXPECT_EQ(shown<ImageInBox>().size(), 2U);
     EXPECT_EQ(shown<TextInBox>().size(), 4U) << "a name under its icon; the number of the field without one";
@@ -147,8 +147,8 @@ TEST_F(Lifecycle, IconsAreReadOnceBesideTheOwnerThreadAndComeIntoTheOpenWheel) {
     EXPECT_EQ(desktop.imageLoads, (std::vector{icon, u"/tmp/zły.png"s}));
 }
 
-/// For the sanitizer of threads.
-TEST_F(Lifecycle, ManyRunsAtOnceShareNothingButTheSettings) {
+/// For ThreadSanitizer.
+TEST_F(Lifecycle, ConcurrentRunsShareOnlyTheSettings) {
     startWith({wheelOf(4)});
     desktop.clock.runWorkersFreely();
     constexpr int runCount = 20;

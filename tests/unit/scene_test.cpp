@@ -12,11 +12,11 @@
 
 using namespace rotika;
 
-// A scene is what a person and the desktop do, and behind the arrow what can be seen at its end. The engine
-// is started with an eye tracker that is connected but not enabled, and one wheel, whose four fields click
-// the keys 65 to 68. "lampa" names the first, "radio" a voice function of key 68. Behind "|" stands what is
-// played in the end, each at its ms since the beginning or "now": "65+" is key 65 going down, "b0-" the left
-// button going up, "16++" a key that is left down.
+// A scene is a sequence of user actions and desktop events, followed after the arrow by the visible state at
+// its end. The engine is started with an eye tracker that is connected but not enabled, and one wheel, whose
+// four fields click the keys 65 to 68. "lampa" is the phrase of the first, "radio" that of a voice function
+// of key 68. After "|" come the injected events with their time in ms since the start or "now": "65+" is key
+// 65 down, "b0-" the left button up, "16++" a key that stays down.
 
 namespace {
 
@@ -25,7 +25,7 @@ protected:
     void play(const std::string& script);
     std::string seen();
 
-    // What follows a verb
+    // Arguments of a verb
     std::int32_t number() {
         std::int32_t value = 0;
         words >> value;
@@ -45,7 +45,7 @@ protected:
         return rest;
     }
 
-    /// The eye looks at a layer point; as the tracker tells it, in ten-thousandths of the screen.
+    /// Simulates a gaze sample at a layer point, in ten-thousandths of the screen.
     void look(Point point) const {
         const Rect place = desktop.windowNamed("wheel")->place;
         const Rect& screen = desktop.monitors.front();
@@ -53,7 +53,7 @@ protected:
         engineState.gazeY = ((place.top + point.y) * 10000 + screen.height() / 2) / screen.height();
         engineState.gazeSampleTick = tickCount();
     }
-    void rest(Point point) const { // the virtual cursor too
+    void rest(Point point) const { // also moves the virtual cursor
         std::tie(engineState.cursorX, engineState.cursorY) = std::tie(point.x, point.y);
         look(point);
     }
@@ -99,7 +99,7 @@ private:
         {"labels", [this] { play("element 10 20 111 61; element 500 500 700 540; scan"); }},
         {"scan", [this] { play("say pokaż elementy; wait 500; now"); }},
         {"twice", [this] { desktop.pressDelivery = PressDelivery::hookAndRaw; }},
-        // the person
+        // user actions
         {"toggle", [this] { pressToggleKey(); }},
         {"shell", [] { OverlayToggleWheel(); }},
         {"aim", [this] { aimAt(point()); }},
@@ -111,7 +111,7 @@ private:
         {"look", [this] { look(point()); }},
         {"rest", [this] { rest(point()); }},
         {"say", [this] { dispatchRecognisedText(text()), desktop.settle(); }},
-        // what befalls the engine
+        // messages, time and system events
         {"run", [this] { play("post 1 0 0"); }}, // the first field, after 100 ms
         {"post", [this] { post(number()); }},
         {"wait", [this] { desktop.advanceBy(static_cast<std::uint64_t>(number())); }},
@@ -137,13 +137,13 @@ void Scenes::play(const std::string& script) {
     }
 }
 
-/// Whatever happened, capture, timer and window go with the wheel.
+/// In every state, capture, timer and window must match the wheel's visibility.
 std::string Scenes::seen() {
     const bool isOpen = OverlayIsWheelVisible();
     EXPECT_TRUE(desktop.isCaptured() == isOpen && desktop.timers.size() == (isOpen ? 1U : 0U) &&
                 desktop.windowNamed("wheel")->isShown == isOpen);
     std::ostringstream text;
-    const auto tell = [&text](bool isSo, const std::string& word, auto... numbers) {
+    const auto append = [&text](bool isSo, const std::string& word, auto... numbers) {
         if (isSo)
             ((text << word) << ... << (" " + std::to_string(numbers)));
     };
@@ -152,29 +152,29 @@ std::string Scenes::seen() {
     const Point aimed{engineState.cursorX, engineState.cursorY};
     const PlatformWindow& grid = *desktop.windowNamed("grid");
     text << (isOpen ? "open" : engineState.restorePending ? "gone" : "closed");
-    tell(isOpen && aimed != Point{294, 230}, "", aimed.x, aimed.y);
-    tell(isOpen && engineState.hoveredField >= 0, " field", engineState.hoveredField);
-    tell(isOpen && engineState.hoveredArrow >= 0, " arrow", engineState.hoveredArrow);
-    tell(engineState.activeWheel != 0, " wheel", engineState.activeWheel);
-    tell(isOpen && !shown<OutlinedArc>().empty(), " ring");
-    tell(hasGrid, " grid", grid.place.left, grid.place.top, grid.place.width(), grid.place.height());
-    tell(hasLabels, " labels", engineState.elementRects.size());
-    tell(grid.isShown != (hasGrid || hasLabels), grid.isShown ? " left over" : " unseen");
-    tell(desktop.searches.size() > 1, " searched", desktop.searches.size());
-    tell(desktop.screenWakeUps > 0, " woken", desktop.screenWakeUps);
-    tell(desktop.cursor != Point{960, 540}, " at", desktop.cursor.x, desktop.cursor.y);
-    tell(desktop.foreground != desktop.windowNamed("game"), " in " + desktop.foreground->name);
+    append(isOpen && aimed != Point{294, 230}, "", aimed.x, aimed.y);
+    append(isOpen && engineState.hoveredField >= 0, " field", engineState.hoveredField);
+    append(isOpen && engineState.hoveredArrow >= 0, " arrow", engineState.hoveredArrow);
+    append(engineState.activeWheel != 0, " wheel", engineState.activeWheel);
+    append(isOpen && !shown<OutlinedArc>().empty(), " ring");
+    append(hasGrid, " grid", grid.place.left, grid.place.top, grid.place.width(), grid.place.height());
+    append(hasLabels, " labels", engineState.elementRects.size());
+    append(grid.isShown != (hasGrid || hasLabels), grid.isShown ? " left over" : " unseen");
+    append(desktop.searches.size() > 1, " searched", desktop.searches.size());
+    append(desktop.screenWakeUps > 0, " woken", desktop.screenWakeUps);
+    append(desktop.cursor != Point{960, 540}, " at", desktop.cursor.x, desktop.cursor.y);
+    append(desktop.foreground != desktop.windowNamed("game"), " in " + desktop.foreground->name);
     if (!isOpen)
         desktop.advanceBy(70'000);
     std::string input;
     for (const JournalEntry& entry : desktop.journal)
         if (entry.kind == JournalKind::input || entry.kind == JournalKind::target)
             input += (input.empty() ? " | " : ", ") + std::to_string(entry.atMs - startMs) + " " + entry.text;
-    return text.str() + replaced(input, {"key ", "", "button ", "b", "extended ", "x", " down and left", "++",
-                                         " down", "+", " up", "-"});
+    return text.str() + replaced(input, {"key ", "", "button ", "b", "extended ", "x", " down and stays",
+                                         "++", " down", "+", " up", "-"});
 }
 
-TEST_P(Scenes, EndAsTheyShould) {
+TEST_P(Scenes, EndInTheExpectedState) {
     startWith({wheelOf(4)});
     engineState.wheels[0].actions[0].voice = u"lampa";
     engineState.wheels[0].actions[1].voice = u"kliknij";
@@ -199,7 +199,7 @@ constexpr char scenes[] = R"(
     takeFocus; toggle -> open in wheel  takeFocus; program chat; toggle; toggle -> closed in chat
     takeFocus; program chat; toggle; exit chat; toggle -> closed
     program chat; toggle; program other; toggle -> closed in chat
-    # choosing
+    # selection
     toggle; aim 334 130; press -> closed | 265 65+, 325 65-
     toggle; aim 394 270; press; wheels 1 -> closed | 265 66+, 325 66-
     toggle; aim 334 130; inject; wait 0; now -> closed | 250 65+, 310 65-  steps; toggle; aim 334 130; press -> closed
@@ -287,9 +287,9 @@ constexpr char scenes[] = R"(
 
 INSTANTIATE_TEST_SUITE_P(All, Scenes, testing::ValuesIn(rowsOf(scenes)));
 
-TEST_F(Scenes, OpeningPaintsBeforeShowingClosingUndoesTheCaptureFirstAndAnIdleWheelPaintsNothing) {
+TEST_F(Scenes, OpeningPaintsBeforeShowingClosingEndsTheCaptureFirstAndAnIdleWheelIsNotRepainted) {
     startWith({wheelOf(4)});
-    desktop.addProgram("chat"); // next in line when the wheel goes
+    desktop.addProgram("chat"); // would get the focus when the wheel closes
     play("takeFocus; now; toggle");
     EXPECT_EQ(journal(), "place wheel 666,310 588x460, paint wheel, show wheel, focus wheel, "
                          "capture at 960,540, timer of wheel 15");

@@ -11,13 +11,13 @@ using namespace rotika;
 
 namespace {
 
-/// A fake recogniser and the calls that it received.
+/// State of the fake recogniser, and a record of its calls.
 struct Recogniser {
     std::uint32_t modelLoadMs = 0;
     bool isRefused = false;          // creating one fails
-    bool setFaults = false;          // setting the next grammar
+    bool setFaults = false;          // setting the next grammar faults
     std::string heard;               // the first byte of each buffer
-    std::deque<const char*> answers; // one for each buffer, null for a fault; none is ready after the last
+    std::deque<const char*> answers; // one per buffer, null for a fault; none ready when empty
     std::set<std::string> unknownWords;
     Texts calls;
     std::string grammar;
@@ -46,7 +46,7 @@ void setGrammar(void*, const char* grammar) {
 
 std::int32_t acceptSound(void*, const char* sound, std::int32_t) {
     recogniser.heard += *sound;
-    sleepMs(recogniser.heard.size() % 7 == 0 ? 250 : 0); // now and then it stalls
+    sleepMs(recogniser.heard.size() % 7 == 0 ? 250 : 0); // stalls on every seventh buffer
     return recogniser.answers.empty() ? 0 : 1;
 }
 
@@ -86,7 +86,7 @@ protected:
         desktop.settle();
     }
 
-    /// What the recogniser is asked for when the table changes.
+    /// The recogniser's calls after a change of the table.
     Texts rebuild() {
         recogniser.calls.clear();
         rebuildPhraseTable();
@@ -107,7 +107,7 @@ constexpr char phrases[] = R"(
     kliknij prawy na dziewięćdziesiąt dziewięć -> 599  kliknij Łódź -> 0 0 1  dwa "razy\ -> 0 1 0
     notatnik -> 0 -2 0)";
 
-TEST_F(Voice, TheTableHoldsFixedPhrasesNumbersFieldsAndVoiceFunctionsAndTheGrammarAllThatTheModelKnows) {
+TEST_F(Voice, TheTableHoldsFixedPhrasesNumbersFieldsAndVoiceFunctionsAndTheGrammarThoseThatTheModelKnows) {
     engineState.wheels = {{u"a", {field("a"), field("b", u"", u"KLIKNIJ Łódź")}},
                           {u"b", {field("c", u"", u"dwa \"razy\\"), field("d", u"", u" ")}}};
     engineState.voiceActions = {field("d", u"", u"Notatnik")};
@@ -140,7 +140,7 @@ TEST_F(Voice, TheTableHoldsFixedPhrasesNumbersFieldsAndVoiceFunctionsAndTheGramm
     EXPECT_EQ(recognisedText(nullptr), "");
 }
 
-TEST_F(Voice, UsesTheConfiguredModelAndActsOnSoundInTheOrderOfRecording) {
+TEST_F(Voice, UsesTheConfiguredModelAndRecognisesSoundInOrder) {
     std::string said;
     for (char letter = 'a'; letter <= 'z'; ++letter)
         desktop.sound.emplace_back(3200, said.append(1, letter).back());
@@ -160,7 +160,7 @@ TEST_F(Voice, UsesTheConfiguredModelAndActsOnSoundInTheOrderOfRecording) {
     EXPECT_EQ(desktop.microphonesOpen, 0);
 }
 
-TEST_F(Voice, ARebuildReachesTheRecogniserOnceAndAFaultedRecogniserIsNotUsedAgain) {
+TEST_F(Voice, ARebuildUpdatesTheRecogniserOnceAndAFaultedRecogniserIsNotUsedAgain) {
     start();
     engineState.voiceActions = {field("a", u"", u"drugie")};
     rebuildPhraseTable();
@@ -183,7 +183,7 @@ TEST_F(Voice, ARebuildReachesTheRecogniserOnceAndAFaultedRecogniserIsNotUsedAgai
     EXPECT_EQ(recogniser.calls, Texts{"free model"});
 }
 
-TEST_F(Voice, AStopDoesNotWaitForALibraryThatHangsAndAMissingMicrophoneIsRetried) {
+TEST_F(Voice, AStopAbandonsAHangingLibraryAndAMissingMicrophoneIsRetried) {
     recogniser.modelLoadMs = 10'000;
     start();
     reload();
@@ -206,7 +206,7 @@ TEST_F(Voice, AStopDoesNotWaitForALibraryThatHangsAndAMissingMicrophoneIsRetried
     EXPECT_EQ(status(), "aktywny");
 }
 
-TEST_F(Voice, TheTrayIconOfAStandaloneStartShowsSkippedPhrasesAfterEachBuildAndTruncatesThem) {
+TEST_F(Voice, AStandaloneEngineReportsSkippedPhrasesInATruncatedTrayBalloonAfterEachRebuild) {
     recogniser.unknownWords = {"dwuklik"};
     start();
     engineState.voiceActions = {field("a", u"", u"dwuklik " + std::u16string(300, u'x'))};

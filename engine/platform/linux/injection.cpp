@@ -84,7 +84,7 @@ void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMot
     XTestFakeKeyEvent(display, code, 1, CurrentTime);
     XSync(display, 0);
     // Only now: a key that is not down yet would count as tapped by the user.
-    if (motion == InputMotion::downAndLeft)
+    if (motion == InputMotion::downPersistent)
         noteHeld(virtualKey, {code, true});
 }
 
@@ -148,7 +148,7 @@ void injectKey(std::uint16_t virtualKey, bool /*extended: part of the keycode*/,
     const KeyCode code = keycodeFor(display, virtualKey);
     if (code == 0)
         return;
-    bool isLeftDown = motion == InputMotion::downAndLeft;
+    bool isLeftDown = motion == InputMotion::downPersistent;
     if (motion == InputMotion::up)
         isLeftDown = releaseKey(display, virtualKey, code);
     else

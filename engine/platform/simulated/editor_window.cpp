@@ -168,7 +168,7 @@ bool askInBox(WindowHandle window, const std::u16string& title, const std::u16st
     return takeNext(simulatedDesktop().editor.answers);
 }
 
-void tellInBox(WindowHandle window, const std::u16string& title, const std::u16string& text,
+void showInBox(WindowHandle window, const std::u16string& title, const std::u16string& text,
                EditorBoxIcon icon) {
     if (editorOf(window) != nullptr)
         openBox(describeBox(icon == EditorBoxIcon::warning ? "warn" : "inform", title, text));

@@ -11,8 +11,8 @@ std::string motionName(InputMotion motion) {
         return " up";
     case InputMotion::downUntilReleased:
         return " down";
-    case InputMotion::downAndLeft:
-        return " down and left";
+    case InputMotion::downPersistent:
+        return " down and stays";
     }
     return " ?";
 }

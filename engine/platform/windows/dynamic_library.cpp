@@ -43,7 +43,7 @@ LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch search
     const ErrorDialogsOff dialogsOff;
     const bool isPath = pathOrName.find(u'\\') != std::u16string::npos;
     const std::wstring name = isPath ? unlimitedPath(wideText(pathOrName)) : wideText(pathOrName);
-    const HMODULE loaded = search == LibrarySearch::besideItself
+    const HMODULE loaded = search == LibrarySearch::ownFolderFirst
                                ? LoadLibraryExW(name.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)
                                : LoadLibraryW(name.c_str());
     return reinterpret_cast<LibraryHandle>(loaded);

@@ -253,7 +253,7 @@ bool askInBox(WindowHandle window, const std::u16string& title, const std::u16st
                IDYES;
 }
 
-void tellInBox(WindowHandle window, const std::u16string& title, const std::u16string& text,
+void showInBox(WindowHandle window, const std::u16string& title, const std::u16string& text,
                EditorBoxIcon icon) {
     if (IsWindow(nativeWindow(window)) != 0) {
         MessageBoxW(nativeWindow(window), wideText(text), wideText(title),

@@ -43,7 +43,7 @@ class Probe:
 
     def speak(self, text, voice):
         self.sound.say(text, voice)
-        self.recogniser.wait_for_call("heard", self.recogniser.count("heard") + 1)
+        self.recogniser.wait_for_call("result", self.recogniser.count("result") + 1)
 
     def note(self, text, voice):
         print(f"  {text}, {voice}: {self.recogniser.log()[-1]}")
@@ -75,8 +75,8 @@ class Probe:
         answers, wheels, wholes = [], [], []
         for _ in range(SHOWN_TIMES):
             ended = self.sound.say("pokaż koło")
-            before = self.recogniser.count("heard")  # after the speech, since a long silence also yields an answer
-            wait_for("the recogniser", lambda: self.recogniser.count("heard") > before)
+            before = self.recogniser.count("result")  # after the speech, since a long silence also yields an answer
+            wait_for("the recogniser", lambda: self.recogniser.count("result") > before)
             answered = time.monotonic()
             wait_for("the wheel", self.desk.wheel)
             wheels.append(ms_since(answered))

@@ -31,7 +31,7 @@ SYSTEMS = ("windows", "linux", "simulated")
 SYSTEM_FOLDER = re.compile(rf"(common|shell|engine/platform)/({'|'.join(SYSTEMS)})$")
 
 # A seam topic has one source file for each system, with these exceptions.
-NO_TWIN = {
+NO_IMPLEMENTATION = {
     ("editor_window", "linux"): "only the standalone engine has that editor, and that exists on Windows only",
     ("threads", "linux"): "the standard library's threads serve both systems, in platform/threads.cpp",
     ("threads", "windows"): "the same",
@@ -45,7 +45,7 @@ def product_files():
                   for path in (ROOT / folder).rglob("*") if path.suffix in (".h", ".cpp", ".S"))
 
 
-def room_of(name):
+def folder_of(name):
     """The file's folder as in FLOORS, and the system whose subfolder it is in, or None."""
     folder = name.rpartition("/")[0]
     system = None
@@ -62,35 +62,35 @@ def target_of(name, quoted):
     return None
 
 
-def fault_of_own(name, target):
+def fault_of_product_include(name, target):
     """Why `name` may not include `target`, another file of the product; None if it may."""
-    room, system = room_of(name)
-    target_room, target_system = room_of(target)
-    if target_room not in FLOORS:
+    folder, system = folder_of(name)
+    target_folder, target_system = folder_of(target)
+    if target_folder not in FLOORS:
         return "outside the product"
-    if target_system and target_system != system and not (room == "engine/standalone" and target_system == "windows"):
+    if target_system and target_system != system and not (folder == "engine/standalone" and target_system == "windows"):
         return f"a header of one system, {target_system}"
-    if target_room == room:
+    if target_folder == folder:
         return None
-    if room == "shell" and target_room.startswith("engine/"):
+    if folder == "shell" and target_folder.startswith("engine/"):
         return None if target == "engine/core/overlay.h" else "the shell sees only core/overlay.h of the engine"
-    if room == "licence":
+    if folder == "licence":
         return "the licence check includes no other part of the product"
-    if system and room == "engine/platform" and target_room not in ("common", "engine/base"):
+    if system and folder == "engine/platform" and target_folder not in ("common", "engine/base"):
         return "a platform sees only its seam, base and common"
-    if FLOORS[target_room] >= FLOORS[room]:
-        return f"floor {FLOORS[target_room]} from floor {FLOORS[room]}"
+    if FLOORS[target_folder] >= FLOORS[folder]:
+        return f"floor {FLOORS[target_folder]} from floor {FLOORS[folder]}"
     return None
 
 
-def fault_of_foreign(name, header):
+def fault_of_other_include(name, header):
     """Why `name` may not include <header>; None if it may."""
-    room, system = room_of(name)
+    folder, system = folder_of(name)
     if re.fullmatch(r"[a-z_0-9]+", header):  # standard library headers have no suffix
         return None
-    if room in ("shell", "licence") and re.match(r"Q[A-Za-z]*$|Qt[A-Za-z]+/", header):
+    if folder in ("shell", "licence") and re.match(r"Q[A-Za-z]*$|Qt[A-Za-z]+/", header):
         return None
-    if system in ("windows", "linux") or room == "engine/standalone":
+    if system in ("windows", "linux") or folder == "engine/standalone":
         return "Qt outside the shell" if header.startswith("Q") else None
     return "a system header outside the platform folders"
 
@@ -103,9 +103,9 @@ def include_faults(files, graph):
             target = target_of(name, match[2]) if match[1] == '"' else None
             if target:
                 graph.setdefault(name, set()).add(target)
-                fault = fault_of_own(name, target)
+                fault = fault_of_product_include(name, target)
             else:
-                fault = fault_of_foreign(name, match[2])
+                fault = fault_of_other_include(name, match[2])
             if fault:
                 yield f"{name}:{number}: {line.strip()}: {fault}"
 
@@ -139,15 +139,15 @@ def cycles(graph):
         yield from walk(unit)
 
 
-def twin_faults(files):
+def implementation_faults(files):
     for name in files:
         if not (match := re.fullmatch(r"engine/platform/(\w+)\.h", name)) or match[1] in NO_SOURCE:
             continue
         for system in SYSTEMS:
             exists = f"engine/platform/{system}/{match[1]}.cpp" in files
-            if exists == ((match[1], system) in NO_TWIN):
+            if exists == ((match[1], system) in NO_IMPLEMENTATION):
                 yield f"{name}: {'an' if exists else 'no'} implementation for {system}" + (
-                    ", though NO_TWIN says there is none" if exists else "")
+                    ", though NO_IMPLEMENTATION says there is none" if exists else "")
 
 
 def declares_functions(header):
@@ -180,7 +180,7 @@ def main():
     graph = {}
     faults = list(include_faults(files, graph))
     faults += [" -> ".join(cycle) + ": an include cycle" for cycle in cycles(graph)]
-    faults += twin_faults(set(files))
+    faults += implementation_faults(set(files))
     faults += source_faults(set(files))
     faults += namespace_faults(files)
     print("\n".join(faults) or "All includes respect the floors.")

@@ -28,7 +28,7 @@ step() {
 
 step_passed() { [ "$last_status" = 0 ]; }
 
-conclude() {
+report_outcomes() {
     say "$1"
     printf '   %s\n' "${outcomes[@]}"
     [ "$failed_steps" = 0 ] || die "$failed_steps of ${#outcomes[@]} steps failed."
@@ -54,7 +54,7 @@ run_tests() {
             [ "${#outcomes[@]}" -gt 0 ] || die "No test has the name $only."
             ;;
     esac
-    conclude "Tests"
+    report_outcomes "Tests"
 }
 
 test_linux() {
@@ -207,7 +207,7 @@ run_attack() {
     asan_environment
     export ASAN_OPTIONS=$ASAN_OPTIONS:detect_leaks=0 # libraries keep memory until the process ends
     step "Attack on the program with address and undefined-behaviour sanitizers" attack asan "$1" "${2:-}"
-    conclude "Attack"
+    report_outcomes "Attack"
 }
 
 attack() {

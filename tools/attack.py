@@ -59,7 +59,7 @@ class Rounds(Desk):
     def restart(self):
         self.end_program()
         self.start(*FIELDS, cursor=PLACE, sendDelay=0, keyHold=20)
-        self.was_killed = self.wants_restart = False
+        self.was_killed = self.needs_restart = False
 
     def play(self, kind, rng):
         self.rng, self.number = rng, self.number + 1
@@ -76,7 +76,7 @@ class Rounds(Desk):
         if not self.screen_is_whole:
             self.screen.set_monitors()
             self.screen.set_mode(*self.screen.size)
-        if self.was_killed or self.wants_restart:
+        if self.was_killed or self.needs_restart:
             self.restart()
 
     # Single actions
@@ -178,7 +178,7 @@ class Rounds(Desk):
             self.screen.set_monitors(self.rng.choice((*PARTS, (0, 0, 700, 500))))
         self.keyboard.tap(TOGGLE_KEY)  # closes the wheel, or opens it again
         self.is_settled = False
-        self.wants_restart = True  # restoring the monitors would close the next round's wheel
+        self.needs_restart = True  # restoring the monitors would close the next round's wheel
 
     def locks(self):
         self.open_wheel()
@@ -232,7 +232,7 @@ class Rounds(Desk):
 
     def guard_kills(self):
         self.replace_guard(self.choose_any)
-        self.wants_restart = True  # guards that end early may be restarted less and less often
+        self.needs_restart = True  # guards that end early may be restarted less and less often
 
     def shell(self):
         """Random keys and clicks in the program's own window, with a full disk in half of the rounds."""

@@ -10,13 +10,13 @@ namespace rotika {
 // releases the mouse, since a program that hangs cannot.
 
 enum class GuardedThing : std::uint8_t {
-    key = 0,             // code: virtual key on Windows, keycode on X11
-    button = 1,          // code: device button, 0 to 4 as the engine counts on Windows, the X button on X11
-    pointerPin = 2,      // Windows: the cursor is held in place, code is 0; X11: codeOfPinnedDevice
-    autoRepeat = 3,      // X11: this keycode's auto-repeat is switched off
-    borrowedKeycode = 4, // X11: this keycode, normally unused, is mapped to a key that the layout lacks
-    heartbeat = 5,       // the thread that pins the pointer is alive; `down` is unused
-    heldButton = 6,      // X11: this X button was down on a mouse when the mouse was pinned
+    key = 0,              // code: virtual key on Windows, keycode on X11
+    button = 1,           // code: device button, 0 to 4 as the engine counts on Windows, the X button on X11
+    pointerPin = 2,       // Windows: the cursor is held in place, code is 0; X11: codeOfPinnedDevice
+    autoRepeat = 3,       // X11: this keycode's auto-repeat is switched off
+    temporaryKeycode = 4, // X11: this keycode, normally unused, is mapped to a key that the layout lacks
+    heartbeat = 5,        // the thread that pins the pointer is alive; `down` is unused
+    heldButton = 6,       // X11: this X button was down on a mouse when the mouse was pinned
 };
 
 struct GuardRecord {

@@ -15,7 +15,7 @@ namespace {
 
 /// Destroying the main window posts no quit message, and may happen in the message loop of a modal box, so
 /// the loop tests the window itself.
-int pumpUntilGone(HWND mainWindow) {
+int pumpUntilDestroyed(HWND mainWindow) {
     MSG message{};
     while (IsWindow(mainWindow) != 0 && GetMessageW(&message, nullptr, 0, 0) > 0) {
         TranslateMessage(&message);
@@ -34,7 +34,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t*, int) {
     }
     SetCurrentDirectoryW(dataFolderPath().c_str()); // base of relative open targets
     engineState.engineStarted = startEngine(true, []() noexcept { openEditor(); });
-    const int status = pumpUntilGone(nativeWindow(engineState.mainWindow));
+    const int status = pumpUntilDestroyed(nativeWindow(engineState.mainWindow));
     stopEngine();
     DestroyWindow(nativeWindow(engineState.mainWindow)); // if the loop ended by WM_QUIT
     return status;

@@ -35,16 +35,16 @@ bool onHost(const std::string& command) {
 }
 
 /// More sound than was under way; less if it does not come within 20 s.
-std::string hear(Microphone& microphone) {
-    std::string heard;
+std::string record(Microphone& microphone) {
+    std::string received;
     for (const auto limit = Clock::now() + std::chrono::seconds(20);
-         heard.size() < 10 * soundChunkBytes && Clock::now() < limit;)
-        heard += nextSound(microphone, 250);
-    return heard;
+         received.size() < 10 * soundChunkBytes && Clock::now() < limit;)
+        received += nextSound(microphone, 250);
+    return received;
 }
 
 bool isHeard(Microphone& microphone) {
-    return hear(microphone).size() >= 10 * soundChunkBytes;
+    return record(microphone).size() >= 10 * soundChunkBytes;
 }
 
 /// The largest deviation from an uninterrupted tone, relative to its amplitude. Chunks in the wrong order
@@ -64,12 +64,12 @@ TEST(MicrophoneContract, SoundIsInOrderAfterAStallAndAServerThatHangsOrDiesIsCon
     ASSERT_NE(microphone, nullptr);
     startMicrophone(*microphone);
     EXPECT_TRUE(isHeard(*microphone));
-    std::string heard = hear(*microphone);
+    std::string received = record(*microphone);
     EXPECT_TRUE(onHost("sleep 1 && kill -STOP $(cat $ROTIKA_SOUND_PID)"));
-    for (std::string_view sound = "-"; !sound.empty(); heard += sound)
+    for (std::string_view sound = "-"; !sound.empty(); received += sound)
         sound = nextSound(*microphone, 250);
-    EXPECT_EQ(heard.size(), (10 + soundChunkLimit - 1) * soundChunkBytes) << "one was in use";
-    EXPECT_LT(discontinuityOf(heard), 0.05);
+    EXPECT_EQ(received.size(), (10 + soundChunkLimit - 1) * soundChunkBytes) << "one was in use";
+    EXPECT_LT(discontinuityOf(received), 0.05);
     auto before = Clock::now();
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(openMicrophone(), nullptr);

@@ -13,7 +13,7 @@ namespace {
 
 const DoubleScript& script = *new DoubleScript("speech");
 // Global, so that a new recogniser continues with the next buffer.
-std::size_t heardCount = 0;
+std::size_t chunkCount = 0;
 std::string answer = "null";
 void* const handle = &answer; // for every object; never dereferenced
 
@@ -41,9 +41,9 @@ extern "C" void vosk_recognizer_set_grm(void* /*recognizer*/, const char* gramma
 extern "C" int vosk_recognizer_accept_waveform(void* /*recognizer*/, const char* /*sound*/, int size) {
     script.begins("accept_waveform", std::to_string(size));
     const std::vector<DoubleScript::Line> sound = script.lines({"say", "answer", "fault"});
-    if (heardCount >= sound.size())
+    if (chunkCount >= sound.size())
         return 0;
-    const auto& [word, text] = sound[heardCount++];
+    const auto& [word, text] = sound[chunkCount++];
     if (word == "fault")
         faultOnPurpose();
     answer = word == "say" ? "{\n  \"text\" : \"" + text + "\"\n}" : text;

@@ -1,6 +1,6 @@
 // Wraps the speech recogniser's real library and adds the one function that its version 0.3.39 lacks: a
 // change of grammar creates a new recogniser inside. "adapter_script.txt" names the real library: "library
-// PATH". "adapter_log.txt" gets "listening" at the first sound, and "heard" with each result.
+// PATH". "adapter_log.txt" gets "listening" at the first sound, and "result" with each result.
 
 #include "double_script.h"
 
@@ -69,7 +69,7 @@ extern "C" const char* vosk_recognizer_result(void* /*recognizer*/) {
     const char* answer = real<const char*>("vosk_recognizer_result", inner);
     std::string line = answer == nullptr ? "" : answer; // of several lines
     std::ranges::replace(line, '\n', ' ');
-    script.note("heard " + line);
+    script.note("result " + line);
     return answer;
 }
 

@@ -26,9 +26,9 @@ def pytest_configure(config):
 
 def pytest_collection_modifyitems(config, items):
     target = config.getoption("target")
-    foreign = [item for item in items if (mark := item.get_closest_marker("only")) and mark.args[0] != target]
-    config.hook.pytest_deselected(items=foreign)
-    items[:] = [item for item in items if item not in foreign]
+    other = [item for item in items if (mark := item.get_closest_marker("only")) and mark.args[0] != target]
+    config.hook.pytest_deselected(items=other)
+    items[:] = [item for item in items if item not in other]
 
 
 @pytest.hookimpl(tryfirst=True)

@@ -9,15 +9,15 @@ from desk.sound import SoundServer
 from desk.waiting import wait_for
 
 FAILED = "błąd inicjalizacji"
-HEARING = ["model_new", "recognizer_new_grm", "accept_waveform"]
+LISTENING = ["model_new", "recognizer_new_grm", "accept_waveform"]
 CONNECTED = ["api_create", "enumerate_local_device_urls", "device_create", "gaze_point_subscribe"]
 # Variant of the library, its script, the status, the calls at the start, and those at the end.
 VOICE_STARTS = [
     ("without_required", "", FAILED, [], []),
-    ("complete", "fails model_new", "brak katalogu modelu języka", HEARING[:1], []),
-    ("complete", "faults recognizer_new_grm", FAILED, [*HEARING[:2], "model_free"], []),
-    ("without_optional", "", "aktywny", HEARING, ["recognizer_free", "model_free"]),
-    ("complete", "hangs model_new", "ładowanie modelu…", HEARING[:1], []),
+    ("complete", "fails model_new", "brak katalogu modelu języka", LISTENING[:1], []),
+    ("complete", "faults recognizer_new_grm", FAILED, [*LISTENING[:2], "model_free"], []),
+    ("without_optional", "", "aktywny", LISTENING, ["recognizer_free", "model_free"]),
+    ("complete", "hangs model_new", "ładowanie modelu…", LISTENING[:1], []),
     ("nowhere", "", "brak {}", [], [])]
 GAZE_STARTS = [
     ("without_required", "", FAILED, [], []),

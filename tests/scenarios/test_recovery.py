@@ -137,7 +137,7 @@ def open_in_the_middle_of(desk, left, top, width, height):
 @pytest.mark.only("linux")
 @pytest.mark.parametrize("monitors, place, change, new_place", [
     ((LEFT_HALF, RIGHT_HALF), RIGHT_HALF, lambda screen: screen.set_monitors(LEFT_HALF), LEFT_HALF),
-    ((), (0, 0, 1280, 800), lambda screen: screen.set_mode(800, 600), (0, 0, 800, 600))], ids=["gone", "smaller"])
+    ((), (0, 0, 1280, 800), lambda screen: screen.set_mode(800, 600), (0, 0, 800, 600))], ids=["removed", "smaller"])
 def test_the_wheel_closes_when_its_monitor_changes_and_opens_at_the_new_place(desk, monitors, place, change, new_place):
     desk.screen.set_monitors(*monitors)
     desk.start(field("a"), cursor=(700, 500), sendDelay=0)

@@ -28,7 +28,7 @@ class Speaker:
         before = len(self.recogniser.log())
         self.sound.say(text)
         wait_for(f"{line} after {self.recogniser.log()}",
-                 lambda: any(line in heard for heard in self.recogniser.log()[before:]))
+                 lambda: any(line in result for result in self.recogniser.log()[before:]))
 
     def expect(self, *things):
         """Exactly these have been pressed and released since the last call."""

@@ -24,7 +24,7 @@ protected:
 
 TEST_F(Files, KeepEverythingParsedWhenSaved) {
     const std::pair<QByteArray, QByteArray> cases[] = {
-        {R"({"wheels":5,"actions":[{"name":"f","keys":["a",5,5.7,"",true],"mystery":1}]})",
+        {R"({"wheels":5,"actions":[{"name":"f","keys":["a",5,5.7,"",true],"unknown":1}]})",
          R"({"actions":[{"name":"f","steps":[{"action":"click","key":"a","value":1},
             {"action":"click","key":"5","value":1},{"action":"click","key":"0","value":1}]}]})"},
         {R"({"actions":[{"name":"f","delay":30,"color":"red","icon":"icons/a.png","voice":"głos"},
@@ -50,10 +50,10 @@ TEST_F(Files, KeepEverythingParsedWhenSaved) {
 
 TEST_F(Files, ChangedByAnotherProgramAreBackedUpBeforeSaving) {
     WheelDocument document = opened(R"({"actions":[]})");
-    for (const QByteArray foreign : {"", "first", "second"}) {
-        writeFile(path, foreign);
+    for (const QByteArray change : {"", "first", "second"}) {
+        writeFile(path, change);
         EXPECT_TRUE(document.save(nullptr));
-        EXPECT_EQ(bytesOf(document.backupPath), foreign);
+        EXPECT_EQ(bytesOf(document.backupPath), change);
         EXPECT_EQ(json(bytesOf(path)), json(R"({"actions":[]})"));
         EXPECT_TRUE(document.save(nullptr) && document.backupPath.isEmpty());
     }

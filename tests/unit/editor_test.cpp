@@ -160,7 +160,7 @@ TEST_F(Editor, ADocumentWhoseSaveFailedIsKeptAndOpenedNextTime) {
     play("new; pick=inne.json; save-as; close; again"); // another document
     EXPECT_EQ(seen(), unsaved);
     setSimulatedProgramFolder(folder.path());
-    setSimulatedDiskRoom(0);
+    setSimulatedDiskSpace(0);
     std::filesystem::remove_all(folder.at("temp"));
     play("pick=inne.json; save-as; close; again"); // only in memory
     EXPECT_EQ(seen() + editor.text(pathLabel), unsaved + folder.at("inne.json").make_preferred().string());

@@ -130,7 +130,7 @@ EngineTest::~EngineTest() {
     desktop.clock.drain();
     resetSimulatedPaths();
     resetSimulatedLayout();
-    setSimulatedDiskRoom(std::nullopt);
+    setSimulatedDiskSpace(std::nullopt);
 }
 
 std::string EngineTest::journal(std::optional<JournalKind> kind) const {

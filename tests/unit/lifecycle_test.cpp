@@ -25,7 +25,7 @@ TEST_F(Lifecycle, StartCreatesHiddenWindowsAndRegistersTheToggleKeyOnceAndAStopI
     startWith({wheelOf(1)});
     EXPECT_FALSE(desktop.windowNamed("wheel")->isShown || desktop.windowNamed("grid")->isShown);
     EXPECT_EQ(desktop.registeredKeys(), (std::set<std::uint16_t>{0x58}));
-    EXPECT_FALSE(desktop.askedForElements) << "voice is off";
+    EXPECT_FALSE(desktop.areElementSearchesPrepared) << "voice is off";
     const std::size_t windowCount = desktop.windows.size();
     EXPECT_TRUE(OverlayEngineStart());
     OverlayEngineStop();
@@ -64,7 +64,7 @@ TEST_F(Lifecycle, WithoutThreadsVoiceGazeAndScansFailAndALaterReloadStartsThem) 
     OverlayReloadConfig();
     desktop.settle();
     EXPECT_EQ(textOf(OverlayVoiceStatus()), "brak simulated-speech");
-    EXPECT_TRUE(desktop.askedForElements);
+    EXPECT_TRUE(desktop.areElementSearchesPrepared);
     EXPECT_EQ(textOf(OverlayGazeStatus()), "brak simulated-gaze (zainstaluj oprogramowanie Tobii)");
 }
 

@@ -118,7 +118,7 @@ private:
         {"now", [this] { desktop.clearJournal(), startMs = desktop.clock.now(); }},
         {"lock", [this] { desktop.lockSession(true); }},
         {"unlock", [this] { desktop.lockSession(false); }},
-        {"close", [this] { desktop.askToClose("wheel"); }},
+        {"close", [this] { desktop.requestClose("wheel"); }},
         {"destroy", [this] { desktop.destroyOverlay(text()); }},
         {"quit", [this] { desktop.destroyMainWindow(); }},
         {"stall", [this] { desktop.captureWasSilent = true; }},

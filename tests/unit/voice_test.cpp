@@ -16,7 +16,7 @@ struct Recogniser {
     std::uint32_t modelLoadMs = 0;
     bool isRefused = false;          // creating one fails
     bool setFaults = false;          // setting the next grammar faults
-    std::string heard;               // the first byte of each buffer
+    std::string received;            // the first byte of each buffer
     std::deque<const char*> answers; // one per buffer, null for a fault; none ready when empty
     std::set<std::string> unknownWords;
     Texts calls;
@@ -45,8 +45,8 @@ void setGrammar(void*, const char* grammar) {
 }
 
 std::int32_t acceptSound(void*, const char* sound, std::int32_t) {
-    recogniser.heard += *sound;
-    sleepMs(recogniser.heard.size() % 7 == 0 ? 250 : 0); // stalls on every seventh buffer
+    recogniser.received += *sound;
+    sleepMs(recogniser.received.size() % 7 == 0 ? 250 : 0); // stalls on every seventh buffer
     return recogniser.answers.empty() ? 0 : 1;
 }
 
@@ -152,7 +152,7 @@ TEST_F(Voice, UsesTheConfiguredModelAndRecognisesSoundInOrder) {
               (std::vector{u"/brak/lib.so"s, folder.path("simulated-speech"), u"simulated-speech"s}));
     EXPECT_EQ(recogniser.calls, (Texts{"model " + utf8FromUtf16(folder.path("pl-model")), "new at 16000"}));
     EXPECT_TRUE(recogniser.grammar.ends_with("\"lampa\",\"przełącz okno\",\"[unk]\"]")) << recogniser.grammar;
-    EXPECT_TRUE(recogniser.heard.starts_with(said)) << recogniser.heard;
+    EXPECT_TRUE(recogniser.received.starts_with(said)) << recogniser.received;
     recogniser.answers = {"{\"text\" : \"lampa\"}"};
     desktop.advanceBy(1000);
     EXPECT_EQ(journal(JournalKind::input), "key 65 down, key 65 up");

@@ -49,12 +49,12 @@ KeyCode unusedKeycode(Display* display) {
 
 /// Maps a key that the layout lacks (F13 and above) to an unused keycode. The mapping stays until the process
 /// ends, when the guard removes it.
-KeyCode borrowKeycode(Display* display, std::uint16_t virtualKey) {
+KeyCode mapToUnusedKeycode(Display* display, std::uint16_t virtualKey) {
     KeySym keysym = keysymOfVirtualKey(virtualKey);
     const KeyCode code = keysym == NoSymbol ? KeyCode{0} : unusedKeycode(display);
     if (code == 0)
         return 0;
-    notifyInputGuard(GuardedThing::borrowedKeycode, true, code);
+    notifyInputGuard(GuardedThing::temporaryKeycode, true, code);
     XChangeKeyboardMapping(display, code, 1, &keysym, 1);
     XSync(display, 0);
     // Programs read the new map only after its notification; they would ignore a press that comes earlier.
@@ -68,7 +68,7 @@ KeyCode keycodeFor(Display* display, std::uint16_t virtualKey) {
         return code;
     followKeyboardChanges(display);
     code = keycodeOfVirtualKey(display, virtualKey);
-    return code != 0 ? code : borrowKeycode(display, virtualKey);
+    return code != 0 ? code : mapToUnusedKeycode(display, virtualKey);
 }
 
 void pressKey(Display* display, std::uint16_t virtualKey, KeyCode code, InputMotion motion) {

@@ -71,7 +71,7 @@ void release(Display* display, const GuardedItem& item) {
         XChangeKeyboardControl(display, KBKey | KBAutoRepeatMode, &control);
         break;
     }
-    case GuardedThing::borrowedKeycode: {
+    case GuardedThing::temporaryKeycode: {
         KeySym nothing = NoSymbol;
         XChangeKeyboardMapping(display, static_cast<int>(code), 1, &nothing, 1);
         break;

@@ -43,7 +43,7 @@ struct StreamCloser {
 
 constexpr std::size_t soundLimitBytes = soundChunkLimit * soundChunkBytes;
 
-enum class Source { unknown, askedFor, microphone, unwanted };
+enum class Source { unknown, requested, microphone, unwanted };
 
 } // namespace
 
@@ -52,7 +52,7 @@ struct Microphone {
     std::unique_ptr<pa_context, ContextCloser> context;
     std::unique_ptr<pa_stream, StreamCloser> stream;
     Source source = Source::unknown; // of the stream
-    bool isDefaultAskedFor = false;  // by name
+    bool isDefaultRequested = false; // by name
     std::string sound;               // soundLimitBytes at most, the oldest first
     bool isOldestChunkReturned = false;
     bool isStarted = false;
@@ -73,7 +73,7 @@ bool isStreamReady(const Microphone& microphone) {
     return microphone.stream && pa_stream_get_state(microphone.stream.get()) == PA_STREAM_READY;
 }
 
-bool isHearing(const Microphone& microphone) {
+bool isConnected(const Microphone& microphone) {
     return isStreamReady(microphone) && microphone.source == Source::microphone;
 }
 
@@ -90,16 +90,16 @@ bool isNamedByUser(const pa_source_info& source) {
 
 /// Whether the default source can still be requested by name. The server may remember another one for this
 /// program, for example a monitor that the user once chose.
-bool canAskForDefault(const Microphone& microphone) {
+bool canRequestDefault(const Microphone& microphone) {
     return isContextReady(microphone) && microphone.source == Source::unwanted &&
-           !microphone.isDefaultAskedFor && sourceNamedByUser().empty();
+           !microphone.isDefaultRequested && sourceNamedByUser().empty();
 }
 
 /// Whether this connection can no longer lead to a microphone.
 bool hasFailed(const Microphone& microphone) {
     const bool isStreamBad =
         microphone.stream && !PA_STREAM_IS_GOOD(pa_stream_get_state(microphone.stream.get()));
-    const bool isUnwanted = microphone.source == Source::unwanted && !canAskForDefault(microphone);
+    const bool isUnwanted = microphone.source == Source::unwanted && !canRequestDefault(microphone);
     return !isContextGood(microphone) || isStreamBad || isUnwanted;
 }
 
@@ -114,23 +114,23 @@ void resumeStream(Microphone& microphone) {
 }
 
 /// In both callbacks `info` is null at the end of a list. An answer that arrives after a move, or for an
-/// earlier stream, is ignored because `source` is no longer askedFor.
+/// earlier stream, is ignored because `source` is no longer requested.
 void onSourceInfo(pa_context*, const pa_source_info* info, int endOfList, void* context) {
     Microphone& microphone = *static_cast<Microphone*>(context);
-    if (microphone.source != Source::askedFor || endOfList > 0) {
+    if (microphone.source != Source::requested || endOfList > 0) {
         return;
     }
     const bool isWanted =
         info != nullptr && (info->monitor_of_sink == PA_INVALID_INDEX || isNamedByUser(*info));
     microphone.source = isWanted ? Source::microphone : Source::unwanted;
-    if (isHearing(microphone) && microphone.isStarted) {
+    if (isConnected(microphone) && microphone.isStarted) {
         resumeStream(microphone);
     }
 }
 
 void onStreamInfo(pa_context* server, const pa_source_output_info* info, int endOfList, void* context) {
     Microphone& microphone = *static_cast<Microphone*>(context);
-    if (microphone.source != Source::askedFor || endOfList > 0) {
+    if (microphone.source != Source::requested || endOfList > 0) {
         return;
     }
     if (info == nullptr) {
@@ -144,16 +144,16 @@ void onStreamInfo(pa_context* server, const pa_source_output_info* info, int end
 /// unknown source or to a monitor is therefore replaced by a new one.
 void onStreamMoved(pa_stream*, void* context) {
     Microphone& microphone = *static_cast<Microphone*>(context);
-    const bool wasHearing = microphone.source == Source::microphone;
-    microphone.source = wasHearing ? Source::unknown : Source::unwanted;
-    microphone.isDefaultAskedFor = false;
+    const bool wasMicrophone = microphone.source == Source::microphone;
+    microphone.source = wasMicrophone ? Source::unknown : Source::unwanted;
+    microphone.isDefaultRequested = false;
     microphone.nextTry = Clock::now() + retryPause;
 }
 
 void connectToServer(Microphone& microphone) {
     microphone.stream.reset();
     microphone.source = Source::unknown;
-    microphone.isDefaultAskedFor = false;
+    microphone.isDefaultRequested = false;
     microphone.context.reset(pa_context_new(pa_mainloop_get_api(microphone.loop.get()), "Rotika"));
     if (microphone.context) {
         // Starting a server would block this thread without a limit.
@@ -179,23 +179,23 @@ void connectToDevice(Microphone& microphone) {
                                .minreq = byServer,
                                .fragsize = soundChunkBytes};
     pa_stream_connect_record(
-        microphone.stream.get(), microphone.isDefaultAskedFor ? "@DEFAULT_SOURCE@" : nullptr, &sizes,
+        microphone.stream.get(), microphone.isDefaultRequested ? "@DEFAULT_SOURCE@" : nullptr, &sizes,
         static_cast<pa_stream_flags_t>(PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY));
 }
 
-/// Asks the server and not the stream for the index of the source: PipeWire may report the stream ready
+/// Queries the server and not the stream for the index of the source: PipeWire may report the stream ready
 /// before it is connected to a source.
-void askForSource(Microphone& microphone) {
-    microphone.source = Source::askedFor;
+void requestSource(Microphone& microphone) {
+    microphone.source = Source::requested;
     releaseOperation(pa_context_get_source_output_info(
         microphone.context.get(), pa_stream_get_index(microphone.stream.get()), onStreamInfo, &microphone));
 }
 
-/// The device was unplugged, the server was restarted, or it accepts connections and never answers.
+/// The device was unplugged, the server was restarted, or it accepts connections and never replies.
 void startOver(Microphone& microphone) {
     microphone.nextTry = Clock::now() + retryPause;
     if (isContextReady(microphone) && hasFailed(microphone)) {
-        microphone.isDefaultAskedFor = false;
+        microphone.isDefaultRequested = false;
         connectToDevice(microphone);
     } else {
         connectToServer(microphone);
@@ -204,7 +204,7 @@ void startOver(Microphone& microphone) {
 
 /// The next step towards a connected microphone; the callbacks do the rest.
 void connectIfLost(Microphone& microphone) {
-    if (isHearing(microphone)) {
+    if (isConnected(microphone)) {
         return;
     }
     if (Clock::now() >= microphone.nextTry) {
@@ -212,24 +212,24 @@ void connectIfLost(Microphone& microphone) {
     } else if (isContextReady(microphone) && !microphone.stream) {
         connectToDevice(microphone);
     } else if (isStreamReady(microphone) && microphone.source == Source::unknown) {
-        askForSource(microphone);
-    } else if (canAskForDefault(microphone)) {
-        microphone.isDefaultAskedFor = true;
+        requestSource(microphone);
+    } else if (canRequestDefault(microphone)) {
+        microphone.isDefaultRequested = true;
         connectToDevice(microphone);
     }
 }
 
 /// Reads the sound that has arrived; what exceeds the limit is discarded.
 void takeSound(Microphone& microphone) {
-    while (isHearing(microphone)) {
+    while (isConnected(microphone)) {
         const void* fragment = nullptr;
         std::size_t byteCount = 0;
         if (pa_stream_peek(microphone.stream.get(), &fragment, &byteCount) != 0 || byteCount == 0) {
             break;
         }
         if (fragment != nullptr) { // a hole in the recording has a length but no bytes
-            const std::size_t room = soundLimitBytes - microphone.sound.size();
-            microphone.sound.append(static_cast<const char*>(fragment), std::min(byteCount, room));
+            const std::size_t space = soundLimitBytes - microphone.sound.size();
+            microphone.sound.append(static_cast<const char*>(fragment), std::min(byteCount, space));
         }
         pa_stream_drop(microphone.stream.get());
     }
@@ -237,7 +237,7 @@ void takeSound(Microphone& microphone) {
 
 /// Handles the server's messages, waiting for one until `deadline` at most. True if there was any.
 bool handleMessages(Microphone& microphone, Clock::time_point deadline) {
-    if (!isHearing(microphone)) {
+    if (!isConnected(microphone)) {
         deadline = std::min(deadline, microphone.nextTry);
     }
     const auto left =
@@ -272,7 +272,7 @@ MicrophoneHandle openMicrophone() {
     while (!hasFailed(*microphone) && Clock::now() < deadline) {
         connectIfLost(*microphone);
         handleMessages(*microphone, deadline);
-        if (isHearing(*microphone)) {
+        if (isConnected(*microphone)) {
             return microphone;
         }
     }
@@ -281,7 +281,7 @@ MicrophoneHandle openMicrophone() {
 
 void startMicrophone(Microphone& microphone) {
     microphone.isStarted = true;
-    if (isHearing(microphone)) {
+    if (isConnected(microphone)) {
         resumeStream(microphone);
     }
 }
@@ -289,7 +289,7 @@ void startMicrophone(Microphone& microphone) {
 std::string_view nextSound(Microphone& microphone, std::uint32_t limitMs) {
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(limitMs);
     // Read everything that arrived while the caller was busy: what exceeds the limit must be discarded now,
-    // not heard late.
+    // not returned late.
     while (handleMessages(microphone, Clock::now()) && Clock::now() < deadline) {
     }
     if (std::exchange(microphone.isOldestChunkReturned, false)) {

@@ -119,13 +119,13 @@ void grabAllMice() {
     int count = 0;
     const DeviceInfos infos = queryDevices(ownerDisplay(), XIAllDevices, count);
     std::erase_if(capture.mice, [&](const auto& entry) { // unplugged; another device may get its id
-        const bool isGone = std::none_of(infos.get(), infos.get() + count, [&](const XIDeviceInfo& info) {
-            return info.deviceid == entry.first;
-        });
-        if (isGone)
+        const bool isUnplugged =
+            std::none_of(infos.get(), infos.get() + count,
+                         [&](const XIDeviceInfo& info) { return info.deviceid == entry.first; });
+        if (isUnplugged)
             notifyInputGuard(GuardedThing::pointerPin, false,
                              codeOfPinnedDevice(entry.first, entry.second.master));
-        return isGone;
+        return isUnplugged;
     });
     for (int i = 0; i < count; ++i)
         if (isMouse(infos.get()[i]))

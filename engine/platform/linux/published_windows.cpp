@@ -13,7 +13,7 @@ namespace {
 constexpr std::int32_t windowTolerancePx = 75;
 constexpr std::int32_t menuTolerancePx = 15;
 
-struct Likeness {
+struct Match {
     bool hasTitle = false;
     bool hasPlace = false;
     bool isActive = false;
@@ -32,7 +32,7 @@ bool isOtherWindow(const std::string& name, const WindowFacts& facts) {
                                [&name](const std::string& title) { return title.starts_with(name); });
 }
 
-Likeness likenessOf(const PublishedWindow& window, const WindowFacts& facts, WindowKind kind) {
+Match matchOf(const PublishedWindow& window, const WindowFacts& facts, WindowKind kind) {
     const std::int32_t tolerancePx = kind == WindowKind::menu ? menuTolerancePx : windowTolerancePx;
     const AccessibleNode& node = window.node;
     return {!window.name.empty() && window.name == facts.title,
@@ -41,15 +41,15 @@ Likeness likenessOf(const PublishedWindow& window, const WindowFacts& facts, Win
             isOtherWindow(window.name, facts)};
 }
 
-bool isLikely(const Likeness& likeness, WindowKind kind, bool isProcessKnown) {
+bool isGoodMatch(const Match& match, WindowKind kind, bool isProcessKnown) {
     if (kind == WindowKind::menu)
-        return likeness.hasPlace && likeness.isShowing;
+        return match.hasPlace && match.isShowing;
     // A full-screen picture may be unpublished while the window behind it is published.
-    if (likeness.isOtherWindow && !likeness.isActive)
+    if (match.isOtherWindow && !match.isActive)
         return false;
-    const int signs = (likeness.hasTitle ? 1 : 0) + (likeness.hasPlace ? 1 : 0) + (likeness.isActive ? 1 : 0);
+    const int count = (match.hasTitle ? 1 : 0) + (match.hasPlace ? 1 : 0) + (match.isActive ? 1 : 0);
     // Full-screen windows share one place, and titles may be equal.
-    return isProcessKnown ? signs >= 1 : signs >= 2 && likeness.isShowing;
+    return isProcessKnown ? count >= 1 : count >= 2 && match.isShowing;
 }
 
 } // namespace
@@ -120,10 +120,10 @@ PublishedWindow* bestMatch(const std::vector<PublishingProgram*>& programs, cons
     int bestRank = 0;
     for (PublishingProgram* program : programs) {
         for (PublishedWindow& window : program->windows) {
-            const Likeness likeness = likenessOf(window, facts, kind);
-            if (!window.isTaken && isLikely(likeness, kind, isProcessKnown) && likeness.rank() > bestRank) {
+            const Match match = matchOf(window, facts, kind);
+            if (!window.isTaken && isGoodMatch(match, kind, isProcessKnown) && match.rank() > bestRank) {
                 best = &window;
-                bestRank = likeness.rank();
+                bestRank = match.rank();
             }
         }
     }

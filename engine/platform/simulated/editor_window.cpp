@@ -14,7 +14,7 @@ constexpr char windowName[] = "editor";
 SimulatedEditor* editorOf(WindowHandle window) {
     SimulatedDesktop& desktop = simulatedDesktop();
     desktop.requireOwner("editor window used by a worker");
-    return window != nullptr && window->isAlive ? &desktop.editor : nullptr;
+    return window != nullptr && window->exists ? &desktop.editor : nullptr;
 }
 
 SimulatedEditor::Control* controlOf(WindowHandle window, std::int32_t id) {
@@ -89,9 +89,9 @@ WindowHandle createEditorWindow(WindowHandle owner, const EditorWindowHandlers& 
     PlatformWindow* window = desktop.windowNamed(windowName);
     if (window == nullptr)
         window = &desktop.addWindow(windowName, {0, 0, 900, 492});
-    else if (window->isAlive)
+    else if (window->exists)
         breakContract("a second editor window");
-    window->isAlive = true;
+    window->exists = true;
     desktop.editor.controls.clear();
     desktop.editor.handlers = handlers;
     return window;
@@ -124,7 +124,7 @@ void destroyEditorWindow(WindowHandle window) {
     if (editor == nullptr)
         return;
     editor->isShown = false;
-    window->isAlive = false;
+    window->exists = false;
     editor->handlers.destroyed();
 }
 

@@ -7,7 +7,7 @@
 namespace rotika {
 
 void prepareElementSearches() {
-    simulatedDesktop().askedForElements = true;
+    simulatedDesktop().areElementSearchesPrepared = true;
 }
 
 FoundElements findElements(const ElementSearch& search) {

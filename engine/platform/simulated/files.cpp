@@ -114,7 +114,7 @@ std::vector<std::u16string> foldersIn(const std::u16string& folder) {
     return names;
 }
 
-void setSimulatedDiskRoom(std::optional<std::size_t> bytes) {
+void setSimulatedDiskSpace(std::optional<std::size_t> bytes) {
     freeDiskBytes = bytes;
 }
 

@@ -11,14 +11,14 @@ WindowHandle foregroundWindow() {
 
 bool windowExists(WindowHandle window) {
     simulatedDesktop().requireOwner("window queried on a worker");
-    return window != nullptr && window->isAlive;
+    return window != nullptr && window->exists;
 }
 
 void bringToForeground(WindowHandle window) {
     SimulatedDesktop& desktop = simulatedDesktop();
     if (!desktop.hasDisplay)
         return;
-    PlatformWindow& target = desktop.requireWindow(window, "a dead window brought to the foreground");
+    PlatformWindow& target = desktop.requireWindow(window, "a destroyed window brought to the foreground");
     desktop.foreground = &target;
     desktop.note(JournalKind::focus, "focus " + target.name);
 }

@@ -6,7 +6,7 @@ namespace rotika {
 
 bool postWindowMessage(WindowHandle window, std::uint32_t message, std::uintptr_t wParam,
                        std::intptr_t lParam) {
-    if (window == nullptr || !window->isAlive)
+    if (window == nullptr || !window->exists)
         return false;
     simulatedDesktop().enqueue(window, [handler = window->messageArrived, message, wParam, lParam] {
         if (handler != nullptr)

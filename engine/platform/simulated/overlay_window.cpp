@@ -27,7 +27,7 @@ WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int3
 
 void placeOverlayWindow(WindowHandle window, const Rect& place) {
     SimulatedDesktop& desktop = simulatedDesktop();
-    PlatformWindow& moved = desktop.requireWindow(window, "a dead overlay placed");
+    PlatformWindow& moved = desktop.requireWindow(window, "a destroyed overlay placed");
     if (place.width() != moved.place.width() || place.height() != moved.place.height())
         moved.picture.reset();
     moved.place = place;
@@ -36,12 +36,12 @@ void placeOverlayWindow(WindowHandle window, const Rect& place) {
 }
 
 Rect overlayWindowRect(WindowHandle window) {
-    return simulatedDesktop().requireWindow(window, "a dead overlay measured").place;
+    return simulatedDesktop().requireWindow(window, "a destroyed overlay measured").place;
 }
 
 void showOverlayWindow(WindowHandle window) {
     SimulatedDesktop& desktop = simulatedDesktop();
-    PlatformWindow& shown = desktop.requireWindow(window, "a dead overlay shown");
+    PlatformWindow& shown = desktop.requireWindow(window, "a destroyed overlay shown");
     shown.isShown = true;
     desktop.raise(window);
     desktop.note(JournalKind::window, "show " + shown.name);
@@ -51,7 +51,7 @@ void hideOverlayWindow(WindowHandle window) {
     SimulatedDesktop& desktop = simulatedDesktop();
     if (!desktop.hasDisplay)
         return;
-    PlatformWindow& hidden = desktop.requireWindow(window, "a dead overlay hidden");
+    PlatformWindow& hidden = desktop.requireWindow(window, "a destroyed overlay hidden");
     hidden.isShown = false;
     if (desktop.foreground == window)
         desktop.foreground = desktop.topProgram();
@@ -60,13 +60,13 @@ void hideOverlayWindow(WindowHandle window) {
 
 void presentPicture(WindowHandle window, const Picture& picture) {
     SimulatedDesktop& desktop = simulatedDesktop();
-    PlatformWindow& painted = desktop.requireWindow(window, "a dead overlay painted");
+    PlatformWindow& painted = desktop.requireWindow(window, "a destroyed overlay painted");
     painted.picture = picture;
     desktop.note(JournalKind::picture, "paint " + painted.name);
 }
 
 void presentPictureAt(WindowHandle window, Point corner, const Picture& picture) {
-    PlatformWindow& painted = simulatedDesktop().requireWindow(window, "a dead overlay painted");
+    PlatformWindow& painted = simulatedDesktop().requireWindow(window, "a destroyed overlay painted");
     painted.place = {corner.x, corner.y, corner.x + picture.width, corner.y + picture.height};
     presentPicture(window, picture);
 }

@@ -82,7 +82,7 @@ void SimulatedDesktop::pumpMessages() {
             next = std::move(queue.front());
             queue.pop_front();
         }
-        if (next.window->isAlive)
+        if (next.window->exists)
             next.deliver();
     }
 }
@@ -116,7 +116,7 @@ PlatformWindow& SimulatedDesktop::addWindow(const std::string& name, const Rect&
 
 PlatformWindow& SimulatedDesktop::requireWindow(WindowHandle window, const char* function) {
     requireOwner(function);
-    if (window == nullptr || !window->isAlive)
+    if (window == nullptr || !window->exists)
         breakContract(function);
     return *window;
 }
@@ -134,7 +134,7 @@ WindowHandle SimulatedDesktop::addProgram(const std::string& name) {
 }
 
 void SimulatedDesktop::closeProgram(WindowHandle window) {
-    window->isAlive = false;
+    window->exists = false;
     window->isShown = false;
     if (foreground == window)
         foreground = nullptr;
@@ -158,10 +158,10 @@ bool SimulatedDesktop::sendData(std::uintptr_t kind, const void* bytes, std::siz
 void SimulatedDesktop::destroyMainWindow() {
     mainHandlers->destroyed();
     destroyEditorWindow(windowNamed("editor")); // owned by the main window
-    windowNamed("main")->isAlive = false;
+    windowNamed("main")->exists = false;
 }
 
-void SimulatedDesktop::askToClose(const std::string& windowName) {
+void SimulatedDesktop::requestClose(const std::string& windowName) {
     if (const auto closeRequested = windowNamed(windowName)->overlayHandlers.closeRequested)
         closeRequested();
 }
@@ -169,7 +169,7 @@ void SimulatedDesktop::askToClose(const std::string& windowName) {
 void SimulatedDesktop::destroyOverlay(const std::string& windowName) {
     const WindowHandle window = windowNamed(windowName);
     window->overlayHandlers.destroyed();
-    window->isAlive = false;
+    window->exists = false;
     window->name += " (destroyed)";
 }
 

@@ -44,7 +44,7 @@ struct SimulatedFault {};
 struct PlatformWindow {
     std::string name;    // "main", "wheel", "grid", "editor", or the test's name of another program
     bool isOurs = false; // created by the engine
-    bool isAlive = true;
+    bool exists = true;
     bool isShown = false;
     bool isClickThrough = false;
     Rect place;
@@ -71,7 +71,7 @@ enum class PressDelivery {
 /// An in-memory desktop on a virtual clock: the state behind the platform's functions in tests. The test
 /// simulates the user and other programs by the functions below; nothing happens by itself. All on the owner
 /// thread, which is the one that created the desktop. A caller that violates the interface (wrong thread,
-/// nested capture, dead handle) aborts the process with a message.
+/// nested capture, handle of a destroyed window) aborts the process with a message.
 class SimulatedDesktop {
 public:
     SimulatedDesktop();
@@ -91,10 +91,10 @@ public:
     std::map<std::u16string, SimulatedLibrary> libraries;
     std::vector<std::u16string> libraryAttempts; // every attempt to load one, in order
 
-    bool askedForElements = false;      // whether prepareElementSearches() was called
-    FoundElements elements;             // the result of a search
-    std::uint32_t elementSearchMs = 0;  // duration of a search
-    std::vector<ElementScope> searches; // all that were started, in order
+    bool areElementSearchesPrepared = false; // whether prepareElementSearches() was called
+    FoundElements elements;                  // the result of a search
+    std::uint32_t elementSearchMs = 0;       // duration of a search
+    std::vector<ElementScope> searches;      // all that were started, in order
 
     bool hasMicrophone = true;      // whether one can be opened
     bool microphoneDelivers = true; // false: an open one has been unplugged
@@ -138,7 +138,7 @@ public:
     bool sendData(std::uintptr_t kind, const void* bytes, std::size_t byteCount);
     void destroyMainWindow();
     /// Another program closes or destroys a window of the engine.
-    void askToClose(const std::string& windowName);
+    void requestClose(const std::string& windowName);
     void destroyOverlay(const std::string& windowName);
     void changeMonitors(std::vector<Rect> now);
     void lockSession(bool isLocked);

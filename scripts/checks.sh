@@ -165,8 +165,8 @@ test_fuzz() {
     fi
 }
 
-# The sanitizer must not handle the faults that tests provoke: the guard around foreign libraries does. Paths are in the
-# sanitizers' own quotes, since the checkout's path may contain a space.
+# The sanitizer must not handle the faults that tests provoke: the guard around third-party libraries does. Paths are in
+# the sanitizers' own quotes, since the checkout's path may contain a space.
 asan_environment() {
     export ASAN_OPTIONS=handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:detect_stack_use_after_return=1
     export UBSAN_OPTIONS=print_stacktrace=1

@@ -47,7 +47,7 @@ case "${1:-}" in
     --prepare) ;;
     --alone)
         shift
-        # A process that a killed program was just starting stays for ever, and with it Wine's services, which keep
+        # A process that a killed program was just starting stays forever, and with it Wine's services, which keep
         # this run's output open and are bound to a screen that no longer exists in the next run.
         end_session() { "$wineserver" -k || :; }
         trap end_session EXIT

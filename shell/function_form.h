@@ -30,7 +30,7 @@ public:
 signals:
     /// All three values, after the user has changed one. `delayMs` is 0 to maxDelayMs.
     void edited(const QString& name, const QString& voice, int delayMs);
-    /// An invalid colour stands for the wheel's own.
+    /// An invalid colour means the wheel's own.
     void colorChosen(const QColor& color);
     /// A path as in wheel files, relative to the folder; empty for no icon.
     void iconChosen(const QString& icon);

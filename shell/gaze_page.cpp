@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int maxDwellMs = 3000; // of the slider; a file may say up to maxGazeDwellMs
+constexpr int maxDwellMs = 3000; // of the slider; a file may have up to maxGazeDwellMs
 
 } // namespace
 

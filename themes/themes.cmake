@@ -44,8 +44,8 @@ function(rotika_add_sheet theme)
     set(ROTIKA_SHEETS ${ROTIKA_SHEETS} ${sheet} PARENT_SCOPE)
 endfunction()
 
-# rotika_add_glyphs(theme suffix colour glyph...): built into the program as :/<theme>/<glyph><suffix>.png, so that a
-# sheet can never lose them. PNG, because Qt's SVG plug-in is not everywhere; 12 px, and twice that for dense screens.
+# rotika_add_glyphs(theme suffix colour glyph...): built into the program as :/<theme>/<glyph><suffix>.png, so that
+# they cannot be missing. PNG, because Qt's SVG plug-in is not everywhere; 12 px, and twice that for dense screens.
 function(rotika_add_glyphs theme suffix glyphColour)
     foreach(glyph ${ARGN})
         set(name ${ROTIKA_GLYPH_BASE}/${theme}/${glyph}${suffix})
@@ -61,7 +61,7 @@ function(rotika_add_glyphs theme suffix glyphColour)
     set(ROTIKA_GLYPH_FILES ${ROTIKA_GLYPH_FILES} PARENT_SCOPE)
 endfunction()
 
-# A function, so that no entry of one palette stands in for a missing one of the next.
+# A function, so that an entry of one palette cannot hide a missing one of the next.
 function(rotika_add_theme palette)
     get_filename_component(theme ${palette} NAME_WE)
     rotika_read_palette(${palette})

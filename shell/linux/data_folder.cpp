@@ -23,7 +23,7 @@ void prepareDataFolder() {
     const QString name = '/' + QString::fromUtf16(iconFolderName);
     const QString icons = dataFolder() + name;
     const QFileInfo known(icons);
-    // A link whose package has moved on is made anew; a folder of the person's own is left alone.
+    // A broken link, for instance after an update, is replaced; a folder of the user's own is not.
     if (dataFolderPath() == executableFolder() || known.exists())
         return;
     if (known.isSymLink())

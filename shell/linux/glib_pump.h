@@ -4,7 +4,7 @@
 
 /// Serves the sources of GLib's default main context from Qt's loop, for a Qt that does not run on GLib
 /// (built without it, or QT_NO_GLIB is set). The engine's window events, ticks and messages are such sources.
-/// First thread.
+/// Main thread.
 class GlibPump {
 public:
     /// True when Qt's own dispatcher of this thread serves the default main context.

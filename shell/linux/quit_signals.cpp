@@ -19,7 +19,7 @@ constexpr itimerval orderlyEndLimit{{0, 0}, {1, 800'000}};
 
 volatile std::sig_atomic_t writeEnd = -1;
 
-/// The guard lets go of what is held, and the server gives the mouse back.
+/// The guard releases what is held, and the server the mouse.
 void onTimeUp(int /*number*/) {
     _exit(0);
 }
@@ -27,7 +27,7 @@ void onTimeUp(int /*number*/) {
 void onQuitSignal(int /*number*/) {
     const int kept = errno;
     const char byte = 1;
-    // A full pipe has said it already.
+    // A full pipe already contains the notification.
     [[maybe_unused]] const ssize_t written = write(static_cast<int>(writeEnd), &byte, 1);
     itimerval running{};
     if (getitimer(ITIMER_REAL, &running) == 0 && !timerisset(&running.it_value))
@@ -46,7 +46,7 @@ void setHandler(int number, void (*handler)(int)) {
     sigaction(number, &action, nullptr);
 }
 
-/// A dialog of the desktop's own toolkit runs a loop that Qt cannot end; it ends when its dialog goes.
+/// A native dialog of the desktop runs a loop that Qt cannot end; it ends when its dialog closes.
 void cancelDialogs() {
     for (QWidget* window : QApplication::topLevelWidgets()) {
         auto* dialog = qobject_cast<QDialog*>(window);
@@ -73,7 +73,7 @@ QuitSignals::QuitSignals() {
         setHandler(number, onQuitSignal);
 }
 
-/// The handlers stay: a signal in the middle of the end must not turn its status into another.
+/// The handlers stay installed: a signal during shutdown must not change the exit status.
 QuitSignals::~QuitSignals() {
     if (!notifier)
         return;
@@ -83,8 +83,8 @@ QuitSignals::~QuitSignals() {
 }
 
 void QuitSignals::endLoops() {
-    // Again and again: the application's own loop forgets an exit that came before it, and what follows a
-    // dialog may open another. A quit is no good here: it asks the open windows first, and one may refuse.
+    // Repeated: the application's loop ignores an exit from before its start, and closing a dialog may open
+    // another. Not quit(), which closes the open windows first, and one may refuse.
     if (rounds++ > 0)
         cancelDialogs();
     if (QThread::currentThread()->loopLevel() > 0)

@@ -5,11 +5,11 @@
 #include <array>
 #include <memory>
 
-/// Turns SIGTERM, SIGINT and SIGHUP into an end of the event loops with status 0, so that the program takes
-/// itself down in order: a held key is let go and the mouse is given back. Open dialogs count as cancelled. A
-/// signal that was ignored when the program started stays ignored. A signal that comes before the
-/// application's event loop runs ends the loops of dialogs at once and that loop as soon as it runs. Whatever
-/// hangs, the process ends with status 0 within two seconds. At most one object at a time. First thread.
+/// On SIGTERM, SIGINT and SIGHUP ends the event loops with status 0, so that the program shuts down normally:
+/// held keys and the mouse are released. Open dialogs are cancelled. A signal that was ignored when the
+/// program started stays ignored. A signal before the start of the application's event loop ends the loops of
+/// dialogs at once and that loop as soon as it runs. Even if something hangs, the process ends with status 0
+/// within two seconds. At most one object at a time. Main thread.
 class QuitSignals {
 public:
     QuitSignals();

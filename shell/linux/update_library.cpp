@@ -1,6 +1,6 @@
 #include "shell/update_library.h"
 
-// WinSparkle exists for Windows only, and here the package manager brings new versions.
+// WinSparkle exists for Windows only; here the package manager installs updates.
 QString updateLibraryName() {
     return {};
 }

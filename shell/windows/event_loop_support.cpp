@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Windows that Qt makes for itself and not for a QWindow, for example to hear of its tray icon.
+/// Windows that Qt creates for its own use and not for a QWindow, for example for messages of its tray icon.
 bool isInternalWindow(HWND window) {
     std::array<wchar_t, 64> buffer{};
     const int length = GetClassNameW(window, buffer.data(), static_cast<int>(buffer.size()));
@@ -25,9 +25,9 @@ LRESULT CALLBACK messageHook(int code, WPARAM isTaken, LPARAM parameter) noexcep
 
 } // namespace
 
-/// Whoever ends a program by its windows asks all of them to close, hidden ones too. Of the tray icon's Qt
-/// takes that for an order to quit, and unsaved changes would be lost; the main window only hides. A hook,
-/// because it also sees the messages that a native dialog's own loop fetches.
+/// Programs such as taskkill send WM_CLOSE to all windows, hidden ones too. Qt quits when its tray icon's
+/// window receives it, and unsaved changes would be lost; the main window only hides. A hook, because it also
+/// receives the messages that a native dialog's own loop fetches.
 struct EventLoopSupport::Parts {
     using Hook = std::unique_ptr<std::remove_pointer_t<HHOOK>, decltype(&UnhookWindowsHookEx)>;
     Hook hook{SetWindowsHookExW(WH_GETMESSAGE, messageHook, nullptr, GetCurrentThreadId()),

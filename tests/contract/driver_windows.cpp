@@ -16,7 +16,7 @@ namespace {
 /// Wine cannot wait for programs of the host, so each creates a file when it has ended.
 void playOnHost(const std::string& xdotoolCommand) {
     static int serial = 0;
-    const std::string done = "/tmp/rotika-person-" + std::to_string(GetCurrentProcessId()) + "-" +
+    const std::string done = "/tmp/rotika-input-" + std::to_string(GetCurrentProcessId()) + "-" +
                              std::to_string(GetTickCount64()) + "-" + std::to_string(++serial);
     std::string line = "sh -c \"xdotool " + xdotoolCommand + " && : > " + done + "\"";
     STARTUPINFOA startup{};

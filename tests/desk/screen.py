@@ -116,7 +116,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--size", type=lambda text: tuple(map(int, text.split("x"))), default=(1280, 800))
     parser.add_argument("--compositor", choices=COMPOSITORS, default="picom")
-    parser.add_argument("--sound", action="store_true", help="with a sound server whose microphone hears a tone")
+    parser.add_argument("--sound", action="store_true", help="with a sound server whose microphone records a tone")
     parser.add_argument("command", nargs=argparse.REMAINDER)
     options = parser.parse_args()
     for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):

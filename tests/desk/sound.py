@@ -10,8 +10,8 @@ import numpy
 from desk.waiting import wait_for
 
 # The program does not accept a sink's monitor as a microphone, so the monitor is remapped to a source.
-MICROPHONE = {"null-sink": "sink_name=room rate=16000 channels=1", "sine": "sink=room frequency=1003",
-              "remap-source": "master=room.monitor source_name=microphone"}
+MICROPHONE = {"null-sink": "sink_name=speakers rate=16000 channels=1", "sine": "sink=speakers frequency=1003",
+              "remap-source": "master=speakers.monitor source_name=microphone"}
 FORMAT = "--raw", "--format=s16le", "--channels=1"
 
 

@@ -151,7 +151,7 @@ std::string Scenes::seen() {
     const bool hasLabels = engineState.elementsVisible;
     const Point aimed{engineState.cursorX, engineState.cursorY};
     const PlatformWindow& grid = *desktop.windowNamed("grid");
-    text << (isOpen ? "open" : engineState.restorePending ? "gone" : "closed");
+    text << (isOpen ? "open" : engineState.restorePending ? "unrestored" : "closed");
     append(isOpen && aimed != Point{294, 230}, "", aimed.x, aimed.y);
     append(isOpen && engineState.hoveredField >= 0, " field", engineState.hoveredField);
     append(isOpen && engineState.hoveredArrow >= 0, " arrow", engineState.hoveredArrow);
@@ -194,7 +194,7 @@ constexpr char scenes[] = R"(
     lock; toggle; shell; say pokaż koło; post 1 0 1; say kliknij; say pokaż siatkę -> closed woken 4
     lock; unlock; toggle -> open  close -> closed  destroy wheel -> closed  destroy wheel; toggle -> open
     toggle; aim 334 130; say pokaż koło -> open 334 130 field 0  toggle; say schowaj koło -> closed
-    toggle; stop -> gone  toggle; quit -> gone  toggle; lock -> closed  toggle; monitors 0 0 1800 1000 -> closed
+    toggle; stop -> unrestored  toggle; quit -> unrestored  toggle; lock -> closed  toggle; monitors 0 0 1800 1000 -> closed
     toggle; close -> closed  toggle; destroy wheel -> closed  toggle; stall; wait 15 -> closed
     takeFocus; toggle -> open in wheel  takeFocus; program chat; toggle; toggle -> closed in chat
     takeFocus; program chat; toggle; exit chat; toggle -> closed

@@ -2,7 +2,7 @@
 
 Phone 1 is silence; phoneme i at a word's Beginning, End or Inside, or alone (Single), is phone 2 + 4i to 5 + 4i,
 and all four share output i + 1. Each has one state: transition 2p - 1 stays in phone p, 2p enters it. The last
-phoneme is that of "[unk]": it scores the same on every frame, whatever is heard.
+phoneme is that of "[unk]": it scores the same on every frame, whatever the sound.
 """
 
 import pathlib

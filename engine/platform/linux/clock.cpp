@@ -6,7 +6,7 @@
 namespace rotika {
 
 std::uint64_t tickCount() {
-    // CLOCK_MONOTONIC counts from boot, as the engine's rules about rest and freshness expect.
+    // CLOCK_MONOTONIC counts from boot, so a tick of 0, the initial value, is long past.
     const auto sinceBoot = std::chrono::steady_clock::now().time_since_epoch();
     return static_cast<std::uint64_t>(
         std::chrono::duration_cast<std::chrono::milliseconds>(sinceBoot).count());

@@ -73,7 +73,7 @@ int countError(Display*, XErrorEvent*) {
     return 0;
 }
 
-/// Without the display the program has no purpose; the stack cannot be unwound from here.
+/// Without the display the program cannot continue; the stack cannot be unwound from here.
 int endOnLostDisplay(Display*) {
     constexpr char message[] = "Rotika: utracono połączenie z serwerem X, program kończy działanie.\n";
     [[maybe_unused]] const auto written = write(STDERR_FILENO, message, sizeof message - 1);

@@ -14,7 +14,7 @@ namespace rotika {
 /// The keycode that `virtualKey` has on the active layout, 0 if none.
 KeyCode keycodeOfVirtualKey(Display* display, std::uint16_t virtualKey);
 
-/// The keycode whose press by a person counts as `virtualKey`, 0 if none. It differs from the above for F13
+/// The keycode whose press by the user counts as `virtualKey`, 0 if none. It differs from the above for F13
 /// to F24: pedals and macro pads send these keys, though layouts put other keysyms on them.
 KeyCode keycodeOfHotKey(Display* display, std::uint16_t virtualKey);
 

@@ -66,7 +66,7 @@ void LayerImage::waitUntilRead() {
     if (!hasUnreadPuts)
         return;
     // A round trip, not completion events: the server sends none for a put that it refuses, and waiting for
-    // them would block the owner thread for ever.
+    // them would block the owner thread forever.
     XSync(ownerDisplay(), 0);
     hasUnreadPuts = false;
 }

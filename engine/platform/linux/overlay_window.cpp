@@ -202,7 +202,7 @@ void present(Window window, Layer& layer, const Picture& picture) {
     XFlush(ownerDisplay());
 }
 
-/// The compositor may have come or gone since the picture was drawn.
+/// The compositor may have started or stopped since the picture was drawn.
 void followCompositorOnLayer(Window window, Layer& layer) {
     if (isDrawnByServer(layer) != (layer.image == nullptr))
         present(window, layer, layer.shown);

@@ -71,7 +71,7 @@ GrabbedMouse describe(const XIDeviceInfo& info) {
     return mouse;
 }
 
-/// The guard, and one that replaces it, is told of them for as long as they may have to be released.
+/// The guard and any replacement have records of them for as long as they may have to be released.
 void rememberHeldButtons(const ButtonStates& states) {
     for (std::size_t button = 1; button < states.size(); ++button)
         if (states[button] && capture.heldBefore.insert(button).second)
@@ -80,7 +80,7 @@ void rememberHeldButtons(const ButtonStates& states) {
 
 void releaseHeldButtons() {
     releaseForgottenButtons(ownerDisplay(), capture.heldBefore);
-    XFlush(ownerDisplay()); // before the guard forgets them
+    XFlush(ownerDisplay()); // before the guard removes its records
     for (const std::size_t button : std::exchange(capture.heldBefore, {}))
         notifyInputGuard(GuardedThing::heldButton, false, static_cast<std::uint32_t>(button));
 }
@@ -96,7 +96,7 @@ GrabbedMouse describeGrabbed(const XIDeviceInfo& before) {
 void grabMouse(const XIDeviceInfo& info) {
     const bool isNew = !capture.mice.contains(info.deviceid);
     rememberHeldButtons(slaveButtonStates(ownerDisplay(), info.deviceid));
-    // The guard is told first: if this process is killed in between, the mouse is released once too often
+    // The guard is notified first: if this process is killed in between, the mouse is released once too often
     // instead of not at all.
     if (isNew)
         notifyInputGuard(GuardedThing::pointerPin, true, codeOfPinnedDevice(info.deviceid, info.attachment));
@@ -173,7 +173,7 @@ bool isCaptureEvent(const XEvent& event) {
             event.xcookie.evtype == XI_HierarchyChanged);
 }
 
-/// No tick came for so long that the guard may have given the mice back.
+/// No tick came for so long that the guard may have released the mice.
 bool isStale() {
     return Clock::now() - capture.lastRenewal > staleAfter;
 }

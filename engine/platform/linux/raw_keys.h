@@ -20,7 +20,7 @@ void selectRawKeys(Display* display, bool isOn);
 /// Nullopt for any other event. The event's data must have been fetched.
 std::optional<RawKey> rawKeyOf(const XEvent& event);
 
-/// Whether the key is down now, as the server sees it.
+/// Whether the key is down now, according to the server.
 bool isKeyDown(Display* display, KeyCode code);
 
 } // namespace rotika

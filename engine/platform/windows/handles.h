@@ -30,7 +30,7 @@ public:
             close(std::exchange(handle, Handle{}));
         }
     }
-    /// Gives up ownership.
+    /// Ends the ownership without closing.
     Handle release() noexcept { return std::exchange(handle, Handle{}); }
     /// Where a system call stores the object it makes. The handle must be empty.
     Handle* slot() noexcept { return &handle; }

@@ -22,7 +22,7 @@ constexpr WAVEFORMATEX soundFormat{
     8 * bytesPerSample, 0};
 
 constexpr DWORD openingLimitMs = 1500;
-// Nobody is blocked by reopening a lost device.
+// Reopening a lost device blocks no caller.
 constexpr DWORD reopeningLimitMs = 10'000;
 constexpr DWORD lostAfterMs = 3000;
 // Headsets deliver their first sound seconds after they were opened.
@@ -64,8 +64,8 @@ DeviceHandle openDevice() {
 }
 
 /// Drivers and the sound service may block a caller without limit, so a separate thread closes the former
-/// device, if there is one, and opens the next. A caller that gives up releases its reference; a device that
-/// is opened after that is closed when the thread releases the last one.
+/// device, if there is one, and opens the next. A caller that stops waiting releases its reference; a device
+/// that is opened after that is closed when the thread releases the last one.
 struct Opening {
     KernelHandle finished;
     DeviceHandle former;
@@ -86,8 +86,8 @@ DWORD WINAPI runOpening(void* argument) noexcept {
     return 0;
 }
 
-/// Takes ownership of `former`. Returns null and leaves `former` alone when too many threads hang already or
-/// no thread can be created.
+/// Takes ownership of `former`. Returns null and does not change `former` when too many threads hang already
+/// or no thread can be created.
 SharedOpening beginOpening(DeviceHandle& former) {
     constexpr int maxOpenings = 4;
     auto opening = std::make_shared<Opening>();
@@ -143,7 +143,7 @@ bool isOldestFilled(const Microphone& microphone) {
     return (flags & WHDR_DONE) != 0;
 }
 
-/// Hands the buffer that was returned to the listener back to the device.
+/// Gives the buffer that was returned to the caller back to the device.
 void requeueReturned(Microphone& microphone) {
     if (std::exchange(microphone.isOldestReturned, false)) {
         queueBuffer(microphone, microphone.oldest);

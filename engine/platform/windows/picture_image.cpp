@@ -21,7 +21,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-/// Only from a file on a disk: reading a device or a pipe could block for ever.
+/// Only from a file on a disk: reading a device or a pipe could block forever.
 std::optional<Bytes> readImageFile(const std::u16string& path) {
     constexpr DWORD anySharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     // The server of a pipe must not be able to impersonate the user.

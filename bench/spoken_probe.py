@@ -72,7 +72,7 @@ class Probe:
         report("out-of-grammar utterances of 40 that were acted on", [acted], 0, "  ")
 
     def measure_wheel(self):
-        answers, wheels, wholes = [], [], []
+        answers, wheels, totals = [], [], []
         for _ in range(SHOWN_TIMES):
             ended = self.sound.say("pokaż koło")
             before = self.recogniser.count("result")  # after the speech, since a long silence also yields an answer
@@ -80,13 +80,13 @@ class Probe:
             answered = time.monotonic()
             wait_for("the wheel", self.desk.wheel)
             wheels.append(ms_since(answered))
-            wholes.append(ms_since(ended))
-            answers.append(wholes[-1] - wheels[-1])
+            totals.append(ms_since(ended))
+            answers.append(totals[-1] - wheels[-1])
             self.desk.wait_until_open()
             self.desk.close_wheel()
         report("end of \"pokaż koło\" to the recogniser's answer", answers, ANSWER_TARGET_MS)
         report("the recogniser's answer to the wheel", wheels, WHEEL_TARGET_MS)
-        report("end of \"pokaż koło\" to the wheel", wholes, ANSWER_TARGET_MS + WHEEL_TARGET_MS)
+        report("end of \"pokaż koło\" to the wheel", totals, ANSWER_TARGET_MS + WHEEL_TARGET_MS)
 
 
 def measure():

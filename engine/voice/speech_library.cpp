@@ -9,7 +9,7 @@ namespace rotika {
 
 namespace {
 
-/// Runs any callable under the guard, which knows plain functions only.
+/// Runs any callable under the guard, which takes plain functions only.
 template <typename Call>
 bool survives(Call call) {
     return runGuarded([](void* context) { (*static_cast<Call*>(context))(); }, &call);

@@ -74,8 +74,8 @@ TEST_F(InputContract, ACaptureReceivesOnlyTheRealMousePinsTheCursorAndReleasesBo
 }
 
 /// Repeats the click: until the window system has applied a change, clicks may hit the earlier window.
-bool clicksUntil(const std::function<bool()>& landed) {
-    return pumpUntil([&] { return clickInjected(0), landed(); });
+bool clicksUntil(const std::function<bool()>& hasEffect) {
+    return pumpUntil([&] { return clickInjected(0), hasEffect(); });
 }
 
 TEST_F(InputContract, TheWheelReceivesAnInjectedPressAndTheGridIsClickThrough) {

@@ -65,7 +65,7 @@ class Screen:
     def set_compositor(self, name):
         end(self.compositor)
         self.compositor = self.launch(*COMPOSITORS[name]) if COMPOSITORS[name] else None
-        wait_for("the compositor to come or go", lambda: bool(self.compositor) == bool(xlib.XGetSelectionOwner(
+        wait_for("the compositor to start or stop", lambda: bool(self.compositor) == bool(xlib.XGetSelectionOwner(
             self.display.handle, self.display.atom("_NET_WM_CM_S0"))))
 
     def launch(self, *words, **more):

@@ -25,7 +25,7 @@ def test_an_exit_with_the_wheel_open_releases_the_mouse_and_allows_a_restart(des
     else:
         assert desk.end_program() == 0
     desk.wait_until_closed()
-    wait_for("the guard to have done its work", lambda: not desk.guard())
+    wait_for("the guard to end", lambda: not desk.guard())
     assert desk.display.cursor() == place
     assert desk.next_motion() == (3, 3)
     desk.click()
@@ -47,7 +47,7 @@ def test_an_exit_does_not_double_a_click_that_a_window_manager_still_withholds(d
     desk.mouse.click()
     desk.open_wheel()
     desk.kill_program() if way == "kill" else desk.end_program()
-    wait_for("the guard to have done its work", lambda: not desk.guard())
+    wait_for("the guard to end", lambda: not desk.guard())
     xlib.XUngrabButton(*button)
     xlib.XAllowEvents(desk.display.handle, replay, 0)
     desk.display.sync()

@@ -146,16 +146,16 @@ def test_a_failed_save_loses_nothing_and_settings_reach_the_engine(desk, user):
     shutil.rmtree(desk.folder / "dysk")  # as when a removable medium is taken out
     user.press("Aktywuj")  # saves first, which fails
     user.answer_box()
-    desk.write(saved := "../home/ocalone.json", replacement := {"wheels": [{"name": "Nowe", "actions": [field("n")]}]})
+    desk.write(saved := "../home/ocalone.json", other := {"wheels": [{"name": "Nowe", "actions": [field("n")]}]})
     user.press("Zapisz jako…")
     for answer in ("Nie", "Tak"):
         user.answer("Zapisz jako", "~/ocalone")
         box = wait_for("the question", lambda: user.program.find_shown(lambda each: each.role() == "alert message"))
-        assert user.file(saved) == replacement
+        assert user.file(saved) == other
         user.press(answer, box)
         wait_for("it to close", lambda: not user.program.find_shown(lambda each: each.role() == "alert message"))
     wait_for("the saved file", lambda: len(user.file(saved)["wheels"][0]["actions"]) == 2)
-    desk.write("default.json", replacement)
+    desk.write("default.json", other)
     desk.write("config.json", settings := {"toggleKey": "x", "tajemnica": [1, {"a": None}]})
     user.press("Komendy głosowe", role="list item")
     user.press("Komendy głosowe włączone", role="check box")

@@ -7,7 +7,7 @@ from desk.waiting import wait_for
 
 
 class Speaker:
-    """Two wheels of two fields with phrases, a voice function without a field, and the voice that speaks to them."""
+    """Two wheels of two fields with phrases, a voice function without a field, and a synthesised voice."""
 
     def __init__(self, desk):
         target = desk.target

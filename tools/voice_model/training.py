@@ -34,8 +34,8 @@ def corpus(speaker, count, index, words, others, random):
         elif k % 8:
             x = sound.disturb(x, random)
         found = sound.features(np.clip(np.round(x), -32768, 32767))
-        middles = np.arange(len(found)) * sound.FRAME_SECONDS + 0.0125
-        at = np.searchsorted([second for _, second in marks], middles, side="right") - 1
+        centres = np.arange(len(found)) * sound.FRAME_SECONDS + 0.0125
+        at = np.searchsorted([second for _, second in marks], centres, side="right") - 1
         labels.append(np.array([index.get(name, -1) for name, _ in marks])[at])
         rows.append(np.clip(np.arange(len(found))[:, None] + OFFSETS, 0, len(found) - 1) + start)
         all_features.append(found)

@@ -28,7 +28,7 @@ bool noteHeld(std::uint16_t virtualKey, const HeldKey& key) {
     return isNew;
 }
 
-HeldKey forgetHeld(std::uint16_t virtualKey) {
+HeldKey removeHeld(std::uint16_t virtualKey) {
     const std::lock_guard lock(heldKeys().mutex);
     const auto entry = heldKeys().byVirtualKey.extract(virtualKey);
     return entry ? entry.mapped() : HeldKey{};

@@ -20,7 +20,7 @@ struct HeldKey {
 bool noteHeld(std::uint16_t virtualKey, const HeldKey& key);
 
 /// The key's former entry; code 0 if it was not held.
-HeldKey forgetHeld(std::uint16_t virtualKey);
+HeldKey removeHeld(std::uint16_t virtualKey);
 
 /// The keycode that the key was pressed with; 0 if it is not held. The release uses it even if the layout has
 /// changed.

@@ -93,7 +93,7 @@ bool releaseKey(Display* display, std::uint16_t virtualKey, KeyCode code) {
     XTestFakeKeyEvent(display, code, 0, CurrentTime);
     XSync(display, 0);
     notifyInputGuard(GuardedThing::key, false, code);
-    const HeldKey held = forgetHeld(virtualKey);
+    const HeldKey held = removeHeld(virtualKey);
     if (held.code != 0)
         restoreAutoRepeat(display, code);
     return held.isLeftDown;

@@ -35,7 +35,7 @@ make_prefix() {
         done
         "$wineserver" -k || :
         "$wineserver" -w
-    ) >/dev/null 2>&1
+    ) >"$1.log" 2>&1
     mv "$partial" "$1"
 }
 

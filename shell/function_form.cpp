@@ -70,8 +70,11 @@ QLayout* FunctionForm::makeColorRow() {
     return row;
 }
 
-void FunctionForm::showFunction(const EditorFunction& function, const QDir& folder) {
+void FunctionForm::setWheelFolder(const QDir& folder) {
     wheelFolder = folder;
+}
+
+void FunctionForm::showFunction(const EditorFunction& function) {
     nameEdit->setText(function.name);
     voiceEdit->setText(function.voice);
     for (QLineEdit* edit : {nameEdit, voiceEdit})

@@ -18,8 +18,11 @@ class FunctionForm : public QWidget {
 public:
     explicit FunctionForm(QWidget* parent = nullptr);
 
-    /// `folder` is that of the wheel file, where its icons are. Emits nothing.
-    void showFunction(const EditorFunction& function, const QDir& folder);
+    /// The folder of the wheel file, where its icons are. The form shows no other icon at once.
+    void setWheelFolder(const QDir& folder);
+
+    /// Emits nothing.
+    void showFunction(const EditorFunction& function);
 
     /// Empties the texts and the icon. Emits nothing.
     void clear();

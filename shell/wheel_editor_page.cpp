@@ -131,6 +131,7 @@ void WheelEditorPage::loadFile(const QString& path) {
     }
     doc = opened;
     loaded = true;
+    form->setWheelFolder(doc.folder());
     markClean();
     uiSettings().setValue(lastWheelFileKey, path);
     tree->rebuild(doc, 0, doc.wheels.first().actions.isEmpty() ? -1 : 0);
@@ -157,8 +158,10 @@ void WheelEditorPage::saveFile(bool saveAs) {
         warn(this, error);
         return;
     }
-    if (saveAs)
+    if (saveAs) {
         uiSettings().setValue(lastWheelFileKey, path);
+        form->setWheelFolder(doc.folder());
+    }
     markClean();
     if (doc.backupPath.isEmpty())
         return;
@@ -194,7 +197,7 @@ void WheelEditorPage::showFunction(int stepRow) {
         form->clear();
         stepEditor->showSteps({});
     } else {
-        form->showFunction(*function, doc.folder());
+        form->showFunction(*function);
         stepEditor->showSteps(function->steps, stepRow);
     }
 }

@@ -83,7 +83,7 @@ void takeScanResult(std::intptr_t payload) {
     // Posted by another process: must not end a running scan. Null stands for an empty result.
     if (result == nullptr && payload != 0)
         return;
-    if (engineState.elementScanBusy.exchange(0) == 0)
+    if (engineState.elementScanBusy.exchange(0) == 0 || engineState.isStopped)
         return;
     if (result != nullptr) {
         engineState.elementRects = std::move(result->rects);

@@ -35,8 +35,11 @@ TEST_F(Lifecycle, StartCreatesHiddenWindowsAndRegistersTheToggleKeyOnceAndAStopI
     EXPECT_EQ(desktop.windows.size(), windowCount);
     OverlayToggleWheel();
     postWindowMessage(engineState.mainWindow, MsgVoiceCommand, commandShowGrid); // posted just before
+    engineState.elementScanBusy = 1;                                             // a scan was still running
+    engineState.elementRects = {{0, 0, 20, 20}};
+    postWindowMessage(engineState.mainWindow, MsgElementsReady);
     desktop.settle();
-    EXPECT_TRUE(!OverlayIsWheelVisible() && !desktop.isCaptured() && !engineState.gridVisible);
+    EXPECT_TRUE(!OverlayIsWheelVisible() && !desktop.isCaptured() && !desktop.windowNamed("grid")->isShown);
 }
 
 TEST_F(Lifecycle, AStandaloneStartReportsATakenKeyAndInvalidFilesAndHasATrayIcon) {

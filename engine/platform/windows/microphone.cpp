@@ -179,10 +179,11 @@ void followOpening(Microphone& microphone, DWORD limitMs) {
 
 /// True once the oldest buffer is filled.
 bool waitForDevice(Microphone& microphone, DWORD limitMs) {
+    const ULONGLONG start = GetTickCount64();
     // The event may still be set for a buffer that was taken without a wait.
-    const HANDLE returned = microphone.device->bufferReturned.get();
-    while (!isOldestFilled(microphone) && WaitForSingleObject(returned, limitMs) == WAIT_OBJECT_0) {
-    }
+    for (ULONGLONG waited = 0; !isOldestFilled(microphone) && waited < limitMs;
+         waited = GetTickCount64() - start)
+        WaitForSingleObject(microphone.device->bufferReturned.get(), static_cast<DWORD>(limitMs - waited));
     const bool isFilled = isOldestFilled(microphone);
     microphone.hasBegun |= isFilled;
     microphone.waitedMs = isFilled ? 0 : microphone.waitedMs + limitMs;

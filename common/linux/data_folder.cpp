@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Empty unless the variable holds an absolute path: the XDG specification says to ignore any other.
+/// Empty unless the variable holds an absolute path: the XDG base directory rules ignore any other.
 std::string absoluteVariable(const char* name) {
     const char* value = std::getenv(name);
     return value != nullptr && value[0] == '/' ? value : std::string();

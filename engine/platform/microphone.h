@@ -8,13 +8,14 @@
 namespace rotika {
 
 // Sound from the system's default recording device: 16,000 samples a second, one channel, signed 16-bit. It
-// is returned in chunks, in the order of recording. At most four chunks are kept, the returned one included;
-// sound that arrives while all four are in use is lost. All calls for one microphone come from one thread,
-// any but the owner's.
+// is returned in chunks, in the order of recording. While the listener is busy, at least soundChunkLimit
+// chunks are kept, the returned one included, and at most maxSoundChunks; later sound is lost. All calls for
+// one microphone come from one thread, any but the owner's.
 
 inline constexpr std::uint32_t soundSampleRate = 16000;
 inline constexpr std::size_t soundChunkBytes = 3200; // 100 ms
 inline constexpr std::size_t soundChunkLimit = 4;
+inline constexpr std::size_t maxSoundChunks = 20; // 2 s: a later reaction would surprise
 
 struct Microphone;
 

@@ -65,10 +65,11 @@ TEST(MicrophoneContract, SoundIsInOrderAfterAStallAndAServerThatHangsOrDiesIsCon
     startMicrophone(*microphone);
     EXPECT_TRUE(delivers(*microphone));
     std::string received = record(*microphone);
-    EXPECT_TRUE(onHost("sleep 1 && kill -STOP $(cat $ROTIKA_SOUND_PID)"));
+    EXPECT_TRUE(onHost("sleep 4 && kill -STOP $(cat $ROTIKA_SOUND_PID)"));
     for (std::string_view sound = "-"; !sound.empty(); received += sound)
         sound = nextSound(*microphone, 250);
-    EXPECT_EQ(received.size(), (10 + soundChunkLimit - 1) * soundChunkBytes) << "one was in use";
+    EXPECT_GE(received.size(), (10 + soundChunkLimit - 1) * soundChunkBytes) << "one was in use";
+    EXPECT_LE(received.size(), (10 + maxSoundChunks) * soundChunkBytes);
     EXPECT_LT(discontinuityOf(received), 0.05);
     auto before = Clock::now();
     for (int i = 0; i < 3; ++i)
@@ -83,7 +84,8 @@ TEST(MicrophoneContract, SoundIsInOrderAfterAStallAndAServerThatHangsOrDiesIsCon
     // One recording is ours, the other belongs to the remapped source.
     EXPECT_TRUE(onHost("until test $(pactl list short source-outputs | wc -l) = 2; do sleep 0.1; done"));
     EXPECT_TRUE(onHost("kill -KILL $(cat $ROTIKA_SOUND_PID)"));
-    EXPECT_TRUE(delivers(*microphone));
+    for (std::size_t i = 0; i <= maxSoundChunks; i += 10) // more than was kept before
+        EXPECT_TRUE(delivers(*microphone));
 }
 
 #ifndef _WIN32 // the last one: it removes the microphone

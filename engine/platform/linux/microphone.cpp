@@ -41,7 +41,7 @@ struct StreamCloser {
     }
 };
 
-constexpr std::size_t soundLimitBytes = soundChunkLimit * soundChunkBytes;
+constexpr std::size_t soundLimitBytes = maxSoundChunks * soundChunkBytes;
 
 enum class Source { unknown, requested, microphone, unwanted };
 

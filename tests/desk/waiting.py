@@ -2,7 +2,7 @@
 
 import time
 
-TIMEOUT_S = 10.0
+TIMEOUT_S = 20.0  # generous: a condition that holds is never waited for longer than it needs
 
 
 class DeskError(AssertionError):

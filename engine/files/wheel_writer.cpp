@@ -91,27 +91,31 @@ std::string serializeWheels(const std::vector<Wheel>& wheels) {
     return out + "  ]\n}\n";
 }
 
-std::string escapeJsonString(const std::u16string& text, JsonEscapes escapes) {
-    std::u16string escaped;
+std::string escapeJsonString(std::string_view text, JsonEscapes escapes) {
+    std::string escaped;
     escaped.reserve(text.size());
-    for (const char16_t unit : text) {
-        if (unit == u'"' || unit == u'\\') {
-            escaped += {u'\\', unit};
-        } else if (unit >= 32 || escapes == JsonEscapes::quotesOnly) {
-            escaped += unit;
-        } else if (unit == u'\t') {
-            escaped += u"\\t";
-        } else if (unit == u'\n') {
-            escaped += u"\\n";
-        } else if (unit == u'\r') {
-            escaped += u"\\r";
+    for (const char byte : text) {
+        const auto code = static_cast<unsigned char>(byte);
+        if (byte == '"' || byte == '\\') {
+            escaped += {'\\', byte};
+        } else if (code >= 32 || escapes == JsonEscapes::quotesOnly) {
+            escaped += byte;
+        } else if (byte == '\t') {
+            escaped += "\\t";
+        } else if (byte == '\n') {
+            escaped += "\\n";
+        } else if (byte == '\r') {
+            escaped += "\\r";
         } else {
-            escaped += u"\\u00";
-            escaped += {static_cast<char16_t>(lowerDigits[unit >> 4]),
-                        static_cast<char16_t>(lowerDigits[unit & 15])};
+            escaped += "\\u00";
+            escaped += {lowerDigits[code >> 4], lowerDigits[code & 15]};
         }
     }
-    return utf8FromUtf16(escaped);
+    return escaped;
+}
+
+std::string escapeJsonString(const std::u16string& text) {
+    return escapeJsonString(utf8FromUtf16(text), JsonEscapes::all);
 }
 
 void writeTextFile(const std::u16string& path, const std::string& bytes) {

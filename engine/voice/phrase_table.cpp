@@ -118,7 +118,7 @@ bool dictionaryContains(const std::string& phrase, void* model, FindWordFunction
 }
 
 void appendMember(std::string& grammar, const std::string& phrase) {
-    grammar += '"' + escapeJsonString(utf16FromUtf8(phrase), JsonEscapes::quotesOnly) + "\",";
+    grammar += '"' + escapeJsonString(phrase, JsonEscapes::quotesOnly) + "\",";
 }
 
 void appendSkipped(std::u16string& skipped, const std::string& phrase) {

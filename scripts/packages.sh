@@ -5,7 +5,7 @@ package_sets=(build test speech npm windows wine)
 # Compiling the program and its tests for Linux.
 packages_build="
     cmake ninja-build g++ pkg-config ccache librsvg2-bin icoutils
-    qt6-base-dev qt6-translations-l10n
+    qt6-base-dev
     libx11-dev libxext-dev libxi-dev libxfixes-dev libxtst-dev libxrandr-dev libxdamage-dev libxkbcommon-dev
     libcairo2-dev libpango1.0-dev libgdk-pixbuf-2.0-dev libglib2.0-dev libatspi2.0-dev libpulse-dev
     libgtest-dev libbenchmark-dev"
@@ -17,7 +17,7 @@ packages_test="
     dbus at-spi2-core libatk-adaptor gtk-3-examples designer-qt6
     pulseaudio pulseaudio-utils espeak-ng
     hsetroot fonts-dejavu-core trayer
-    python3-pytest python3-pytest-xdist python3-numpy python3-gi"
+    python3-pytest python3-pytest-xdist python3-pytest-timeout python3-numpy python3-gi"
 
 # Making the voice model for the speech tests.
 packages_speech="python3 python3-numpy libopenblas0-pthread libespeak-ng1"
@@ -29,7 +29,7 @@ packages_npm="npm"
 packages_windows="
     g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev libwine-dev
     cmake ninja-build pkg-config ccache librsvg2-bin icoutils
-    qt6-base-dev qt6-base-dev-tools qt6-translations-l10n googletest
+    qt6-base-dev qt6-base-dev-tools googletest
     dpkg-dev perl"
 
 # Running the Windows build under Wine.

@@ -1,6 +1,8 @@
 """A program's widgets as it publishes them over AT-SPI: names, values, positions. Read only: tests act on a widget by
 real mouse and keyboard input at its position."""
 
+import functools
+
 from gi.repository import Gio, GLib
 
 from desk.waiting import TIMEOUT_S, wait_for
@@ -14,6 +16,12 @@ open_bus = Gio.DBusConnection.new_for_address_sync
 def call(bus, name, path, interface, method, signature="()", *values):
     arguments = GLib.Variant(signature, values)
     return bus.call_sync(name, path, interface, method, arguments, None, 0, int(TIMEOUT_S * 1000), None).unpack()[0]
+
+
+@functools.cache  # since a scenario polls, and would open hundreds of connections
+def accessibility_bus(session_address):
+    session = open_bus(session_address, CLIENT_OF_BUS, None, None)
+    return open_bus(call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress"), CLIENT_OF_BUS, None, None)
 
 
 def first_match(widgets, matches):
@@ -81,9 +89,7 @@ class Program(Widget):
     """The accessible root of the program of that name."""
 
     def __init__(self, screen, title):
-        session = open_bus(screen.environment["DBUS_SESSION_BUS_ADDRESS"], CLIENT_OF_BUS, None, None)
-        address = call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
-        bus = open_bus(address, CLIENT_OF_BUS, None, None)
+        bus = accessibility_bus(screen.environment["DBUS_SESSION_BUS_ADDRESS"])
         super().__init__(bus, wait_for(f"{title} among the accessible programs", lambda: first_match(
             Widget(bus, ROOT).children(), lambda each: each.name() == title)).reference)
 

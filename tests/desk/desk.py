@@ -195,7 +195,7 @@ class Desk:
 
     def kill_program(self):
         self.program.kill()
-        self.program.wait()
+        self.program.wait(TIMEOUT_S)
 
     def kill_guard(self):
         os.kill(guard := wait_for("a guard", self.guard), signal.SIGKILL)

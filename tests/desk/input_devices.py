@@ -4,6 +4,7 @@ import os
 import subprocess
 from ctypes import c_int, c_ulong, c_void_p
 
+from desk.waiting import TIMEOUT_S
 from desk.x11 import xinput, xtest
 
 LEFT, RIGHT = 1, 3
@@ -48,7 +49,8 @@ class Keyboard(InputDevice):
 
     def type(self, text):
         """By injected input, which makes no difference for text."""
-        subprocess.run(["xdotool", "type", text], env=os.environ | {"DISPLAY": self.display.name}, check=True)
+        subprocess.run(["xdotool", "type", text], env=os.environ | {"DISPLAY": self.display.name}, check=True,
+                       timeout=TIMEOUT_S)
 
 
 def place_cursor(display, x, y):

@@ -7,7 +7,7 @@ import wave
 
 import numpy
 
-from desk.waiting import wait_for
+from desk.waiting import TIMEOUT_S, wait_for
 
 # The program does not accept a sink's monitor as a microphone, so the monitor is remapped to a source.
 MICROPHONE = {"null-sink": "sink_name=speakers rate=16000 channels=1", "sine": "sink=speakers frequency=1003",
@@ -36,7 +36,7 @@ class SoundServer:
             f"--load=module-native-protocol-unix auth-anonymous=1 srbchannel=0 socket={self.socket}")
         self.pid_file.write_text(f"{self.server.pid}\n")
         # The socket file exists shortly before the server listens.
-        wait_for("the sound server", lambda: self.screen.launch("pactl", "info").wait() == 0)
+        wait_for("the sound server", lambda: self.screen.launch("pactl", "info").wait(TIMEOUT_S) == 0)
         self.plug_in()
 
     def _restart_when_killed(self):

@@ -7,7 +7,11 @@
 
 namespace {
 
-constexpr char updateFeed[] = "https://rotika.example/appcast.xml";
+#ifdef ROTIKA_UPDATE_FEED
+constexpr char updateFeed[] = ROTIKA_UPDATE_FEED;
+#else
+constexpr char updateFeed[] = "";
+#endif
 
 struct UpdateFunctions {
     void (*setAppcastUrl)(const char*);
@@ -27,9 +31,12 @@ bool resolve(QLibrary& library, const char* name, Function& function) {
 
 std::optional<UpdateFunctions> bindUpdateLibrary() {
     const QString name = updateLibraryName();
-    if (name.isEmpty())
+    if (name.isEmpty() || *updateFeed == '\0')
         return std::nullopt;
     QLibrary library(name);
+    // The key is a resource of the program. A library that is too old to know such keys would accept any file.
+    if (library.resolve("win_sparkle_set_eddsa_public_key") == nullptr)
+        return std::nullopt;
     UpdateFunctions functions{};
     const bool complete =
         resolve(library, "win_sparkle_set_appcast_url", functions.setAppcastUrl) &&

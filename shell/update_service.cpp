@@ -34,7 +34,8 @@ std::optional<UpdateFunctions> bindUpdateLibrary() {
     if (name.isEmpty() || *updateFeed == '\0')
         return std::nullopt;
     QLibrary library(name);
-    // The key is a resource of the program. A library that is too old to know such keys would accept any file.
+    // The key is a resource of the program. A library that is too old to know such keys would accept any
+    // file.
     if (library.resolve("win_sparkle_set_eddsa_public_key") == nullptr)
         return std::nullopt;
     UpdateFunctions functions{};

@@ -34,5 +34,6 @@ run_package() {
 # test_packages case: the packages of build/release, which must have been made.
 test_packages() {
     need_packages test release
-    step "Packages" desk_python -m pytest -q "$root/tests/packages" ${1:+-k "$1"}
+    need_bare_debian
+    ROTIKA_CACHE=$cache step "Packages" desk_python -m pytest -q "$root/tests/packages" ${1:+-k "$1"}
 }

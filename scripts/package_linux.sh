@@ -25,3 +25,35 @@ check_debian_package() (
     fi
     lintian --fail-on error,warning --suppress-tags initial-upload-closes-no-bugs --allow-root "$1"
 )
+
+# A Debian 12 with nothing but its base, for trying the package: made once, from the mirror of this machine's apt.
+bare_debian=$cache/debian-bookworm.tar
+
+need_bare_debian() {
+    [ -f "$bare_debian" ] || with_lock "$bare_debian.lock" make_bare_debian
+    mkdir -p "$cache/debian-archives/partial"
+}
+
+debian_mirror() {
+    local mirrors
+    mirrors=$(apt-get indextargets --format '$(ORIGIN) $(CODENAME) $(REPO_URI)' | sed -n 's/^Debian bookworm //p')
+    head -n 1 <<<"$mirrors"
+}
+
+make_bare_debian() {
+    local mirror partial=$bare_debian.partial
+    [ ! -f "$bare_debian" ] || return 0
+    mirror=$(debian_mirror)
+    [ "$mirror" ] || die "The package sources of this machine name no mirror of Debian 12."
+    say "Making a bare Debian 12, once; some minutes"
+    as_root rm -rf "$partial" "$partial.tar"
+    as_root debootstrap --variant=minbase bookworm "$partial" "$mirror" >"$bare_debian.log" 2>&1 || {
+        tail "$bare_debian.log"
+        die "debootstrap failed."
+    }
+    as_root rm -rf "$partial/var/cache/apt/archives" "$partial"/var/log/*
+    as_root mkdir -p "$partial/var/cache/apt/archives/partial"
+    as_root tar -C "$partial" -cf "$partial.tar" .
+    as_root rm -rf "$partial"
+    mv "$partial.tar" "$bare_debian"
+}

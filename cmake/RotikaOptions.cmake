@@ -22,6 +22,13 @@ if(ROTIKA_SANITIZE)
     endif()
     target_link_options(rotika_options INTERFACE -fsanitize=${ROTIKA_SANITIZE})
 endif()
+if(ROTIKA_HARDEN)
+    # Not -fPIE, with which the program gets copies of Qt's variables that Qt itself does not use.
+    target_compile_options(rotika_options INTERFACE
+        -fPIC -fstack-protector-strong -fstack-clash-protection -fcf-protection -D_FORTIFY_SOURCE=2
+        -Wformat -Werror=format-security -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+    target_link_options(rotika_options INTERFACE -pie LINKER:-z,relro,-z,now)
+endif()
 if(WIN32)
     target_compile_definitions(rotika_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX
                                                         _WIN32_WINNT=0x0A00)

@@ -12,8 +12,9 @@ std::filesystem::path executableFolder();
 /// process ends. Without a trailing separator (a root keeps its own). Any thread.
 const std::filesystem::path& dataFolderPath();
 
-/// `beside` if it is writable, else (a system package) the user's data folder "rotika". While that folder has
-/// no config.json, missing "*.json" files are copied to it from `beside`: an administrator may have prepared
-/// settings and wheels. Without a trailing separator. Any thread. Linux only: on Windows the files are always
-/// beside the executable.
+/// `beside` if it is writable and has no file "installed", else (a system package, whose folder not even root
+/// may add to) the user's data folder "rotika". In that one the folder for the user's own icons is made, and
+/// while it has no config.json, missing "*.json" files are copied to it from `beside`: an administrator may
+/// have prepared settings and wheels. Without a trailing separator. Any thread. Linux only: on Windows the
+/// files are always beside the executable.
 std::filesystem::path chooseDataFolder(const std::filesystem::path& beside);

@@ -41,6 +41,7 @@ run_tests() {
     case $name in
         linux) test_linux ;;
         windows) test_windows "$only" ;;
+        packages) test_packages "$only" ;;
         style) step "Style" check_style ;;
         unit | shell | contract | scenarios) test_natively "$only" "$name" ;;
         asan | tsan | fuzz) "test_$name" "$only" ;;

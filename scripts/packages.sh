@@ -1,6 +1,6 @@
 # Debian packages in sets by purpose. Only missing packages are installed.
 
-package_sets=(build test speech npm windows wine)
+package_sets=(build test speech npm windows wine release)
 
 # Compiling the program and its tests for Linux.
 packages_build="
@@ -34,6 +34,11 @@ packages_windows="
 
 # Running the Windows build under Wine.
 packages_wine="wine wine64 fonts-liberation"
+
+# Making and checking the packages of a release, and trying them on a bare system.
+packages_release="
+    dpkg-dev fakeroot lintian desktop-file-utils appstream man-db groff gzip python3 debootstrap
+    nsis zip libarchive-dev libarchive-tools libz-mingw-w64-dev openssl"
 
 packages_of() {
     local name=packages_$1

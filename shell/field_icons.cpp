@@ -1,5 +1,9 @@
 #include "shell/field_icons.h"
 
+#include "shell/data_folder.h"
+
+#include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QHash>
 
@@ -7,6 +11,23 @@ QIcon fieldIcon(const QString& file) {
     QIcon icon(file);
     icon.addFile(file, {}, QIcon::Selected); // without it Qt tints the icon with the selection's colour
     return icon;
+}
+
+QStringList iconFolders(const QDir& wheelFolder) {
+    QStringList folders{wheelFolder.path()};
+    const QDir program(QCoreApplication::applicationDirPath());
+    if (wheelFolder == QDir(dataFolder()) && wheelFolder != program)
+        folders.append(program.path());
+    return folders;
+}
+
+QString iconFile(const QStringList& folders, const QString& icon) {
+    for (const QString& folder : folders) {
+        const QString file = QDir(folder).filePath(icon);
+        if (QFileInfo::exists(file))
+            return file;
+    }
+    return QDir(folders.value(0)).filePath(icon);
 }
 
 QString iconNameOf(const QString& file) {

@@ -1,6 +1,5 @@
 #include "shell/function_form.h"
 
-#include "common/file_names.h"
 #include "common/limits.h"
 #include "shell/cards.h"
 #include "shell/field_icons.h"
@@ -71,7 +70,7 @@ QLayout* FunctionForm::makeColorRow() {
 }
 
 void FunctionForm::setWheelFolder(const QDir& folder) {
-    wheelFolder = folder;
+    folders = iconFolders(folder);
 }
 
 void FunctionForm::showFunction(const EditorFunction& function) {
@@ -109,7 +108,7 @@ void FunctionForm::showColor(const QColor& color) {
 
 void FunctionForm::showIcon(const QString& icon) {
     shownIcon = icon;
-    iconLabel->setPixmap(icon.isEmpty() ? QPixmap() : QPixmap(wheelFolder.filePath(icon)));
+    iconLabel->setPixmap(icon.isEmpty() ? QPixmap() : QPixmap(iconFile(folders, icon)));
     const QString name = icon.isEmpty() ? tr("Wybierz…") : iconNameOf(icon);
     iconButton->setText(name);
     iconButton->setAccessibleName(tr("Ikona: %1").arg(name));
@@ -122,7 +121,7 @@ void FunctionForm::pickColor() {
 }
 
 void FunctionForm::pickIcon() {
-    IconPickerDialog picker(wheelFolder.filePath(QString::fromUtf16(iconFolderName)), this);
+    IconPickerDialog picker(folders, this);
     picker.select(shownIcon);
     if (picker.exec() == QDialog::Accepted)
         emit iconChosen(picker.chosenIcon());

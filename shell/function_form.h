@@ -54,5 +54,5 @@ private:
     QLabel* iconLabel = nullptr;
     QColor shownColor;
     QString shownIcon;
-    QDir wheelFolder;
+    QStringList folders; // that icons are relative to
 };

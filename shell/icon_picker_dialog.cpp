@@ -9,7 +9,24 @@
 #include <QListWidget>
 #include <QVBoxLayout>
 
-IconPickerDialog::IconPickerDialog(const QString& folder, QWidget* parent) : QDialog(parent) {
+namespace {
+
+/// "icons/" and the file name, of each once, in the order of the names.
+QStringList iconsIn(const QStringList& folders) {
+    const QString prefix = QString::fromUtf16(iconFolderName) + '/';
+    QStringList icons;
+    for (const QString& folder : folders) {
+        for (const QString& name : QDir(folder + '/' + prefix).entryList({"*.png"}, QDir::Files))
+            icons.append(prefix + name);
+    }
+    icons.removeDuplicates();
+    icons.sort();
+    return icons;
+}
+
+} // namespace
+
+IconPickerDialog::IconPickerDialog(const QStringList& folders, QWidget* parent) : QDialog(parent) {
     setWindowTitle(tr("Wybierz ikonę"));
     resize(QSize(520, 420).boundedTo(maximumWindowSize(parent == nullptr ? *this : *parent)));
     auto* column = new QVBoxLayout(this);
@@ -22,9 +39,9 @@ IconPickerDialog::IconPickerDialog(const QString& folder, QWidget* parent) : QDi
     list->setMovement(QListView::Static);
     auto* none = new QListWidgetItem(tr("(bez ikony)"), list);
     none->setData(Qt::UserRole, QString());
-    for (const QFileInfo& file : QDir(folder).entryInfoList({"*.png"}, QDir::Files, QDir::Name)) {
-        auto* item = new QListWidgetItem(fieldIcon(file.filePath()), iconNameOf(file.fileName()), list);
-        item->setData(Qt::UserRole, QString::fromUtf16(iconFolderName) + '/' + file.fileName());
+    for (const QString& icon : iconsIn(folders)) {
+        auto* item = new QListWidgetItem(fieldIcon(iconFile(folders, icon)), iconNameOf(icon), list);
+        item->setData(Qt::UserRole, icon);
     }
     column->addWidget(list);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);

@@ -48,7 +48,6 @@ int main(int argc, char** argv) {
 
     applyTheme(savedTheme());
     QDir::setCurrent(dataFolder());
-    prepareDataFolder();
 
     LicenceCheck licence;
     const LicenceResult licenceResult = licence.check();

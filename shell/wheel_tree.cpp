@@ -23,7 +23,7 @@ void addFunctionItem(QTreeWidgetItem* wheelItem, const WheelDocument& document, 
     auto* item = new QTreeWidgetItem(wheelItem);
     item->setText(0, functionText(function.name));
     if (!function.icon.isEmpty())
-        item->setIcon(0, fieldIcon(document.folder().filePath(function.icon)));
+        item->setIcon(0, fieldIcon(iconFile(iconFolders(document.folder()), function.icon)));
     item->setData(0, wheelRole, wheel);
     item->setData(0, functionRole, index);
 }

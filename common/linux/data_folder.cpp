@@ -98,6 +98,17 @@ void copyPreparedFiles(const fs::path& beside, const fs::path& own) {
     copyIfMissing(beside / settings, own / settings);
 }
 
+/// Earlier versions had a link to the program's icons here, to which users cannot add their own.
+void makeIconFolder(const fs::path& beside, const fs::path& own) {
+    const fs::path icons = own / iconFolderName;
+    std::error_code ignored;
+    if (fs::is_symlink(fs::symlink_status(icons, ignored)) &&
+        (!fs::exists(icons, ignored) || fs::equivalent(icons, beside / iconFolderName, ignored))) {
+        fs::remove(icons, ignored);
+    }
+    fs::create_directory(icons, ignored);
+}
+
 } // namespace
 
 std::filesystem::path executableFolder() {
@@ -107,14 +118,19 @@ std::filesystem::path executableFolder() {
 }
 
 std::filesystem::path chooseDataFolder(const std::filesystem::path& beside) {
-    if (!isWritable(beside)) {
-        const std::string own = userDataFolder();
-        if (!own.empty() && makeFolders(own)) {
-            copyPreparedFiles(beside, own);
-            return own;
-        }
+    const bool canWrite = isWritable(beside);
+    std::error_code ignored;
+    const bool mayWrite = canWrite && !fs::exists(beside / installedMarkName, ignored);
+    const std::string own = mayWrite ? std::string() : userDataFolder();
+    if (own.empty()) {
+        return beside;
     }
-    return beside;
+    if (makeFolders(own)) {
+        copyPreparedFiles(beside, own);
+        makeIconFolder(beside, own);
+        return own;
+    }
+    return canWrite ? fs::path(own) : beside; // where nothing can be written
 }
 
 const std::filesystem::path& dataFolderPath() {

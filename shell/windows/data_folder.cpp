@@ -7,5 +7,3 @@
 QString dataFolder() {
     return QDir::fromNativeSeparators(QString::fromStdWString(dataFolderPath().native()));
 }
-
-void prepareDataFolder() {}

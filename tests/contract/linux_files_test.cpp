@@ -98,8 +98,9 @@ TEST_F(LinuxFiles, AFullDiskKeepsTheOldFileAndLeavesNoOther) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
 }
 
-/// The second start is after the user has deleted a wheel.
-TEST_F(LinuxFiles, APackagedProgramCopiesTheAdministratorsFilesOnce) {
+/// Not writable, or marked as installed: beside itself not even root writes. The second start is after the
+/// user has deleted a wheel.
+TEST_F(LinuxFiles, AnInstalledProgramCopiesTheAdministratorsFilesOnceAndWritesOnlyToTheUsersFolder) {
     const fs::path own = folder / "data/rotika";
     fs::create_directories(own);
     ::setenv("XDG_DATA_HOME", own.parent_path().c_str(), 1);
@@ -114,8 +115,32 @@ TEST_F(LinuxFiles, APackagedProgramCopiesTheAdministratorsFilesOnce) {
         EXPECT_EQ(read("data/rotika/work.json"), work);
         fs::remove(own / "work.json");
     }
-    ::unsetenv("XDG_DATA_HOME");
     setMode("", 0755);
+    ASSERT_TRUE(write("installed", ""));
+    EXPECT_EQ(chooseDataFolder(folder), own);
+    ::unsetenv("XDG_DATA_HOME");
+}
+
+/// Earlier versions linked the whole folder to that of the program; a link of the user's own stays.
+TEST_F(LinuxFiles, AnInstalledProgramsUserHasAFolderForOwnIcons) {
+    const fs::path own = folder / "data/rotika", icons = own / "icons", pictures = folder / "pictures";
+    ::setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
+    fs::create_directories(folder / "icons");
+    fs::create_directories(pictures);
+    ASSERT_TRUE(write("installed", "") && write("icons/shipped.png", "") && write("pictures/own.png", ""));
+    for (const fs::path& earlier : {fs::path(), folder / "icons", folder / "gone", pictures}) {
+        fs::remove_all(icons);
+        if (!earlier.empty())
+            fs::create_directory_symlink(earlier, icons);
+        for (int start = 0; start < 2; ++start) {
+            ASSERT_EQ(chooseDataFolder(folder), own);
+            EXPECT_EQ(fs::is_symlink(icons), earlier == pictures);
+            EXPECT_TRUE(fs::is_directory(icons) && write("data/rotika/icons/own.png", "own")) << earlier;
+        }
+    }
+    EXPECT_EQ(read("pictures/own.png") + read("icons/own.png"), "ownnone");
+    EXPECT_TRUE(fs::exists(folder / "icons/shipped.png"));
+    ::unsetenv("XDG_DATA_HOME");
 }
 
 } // namespace

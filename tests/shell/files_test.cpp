@@ -1,3 +1,5 @@
+#include "shell/field_icons.h"
+#include "shell/icon_picker_dialog.h"
 #include "shell/voice_page.h"
 #include "shell/wheel_document.h"
 #include "test_files.h"
@@ -46,6 +48,23 @@ TEST_F(Files, KeepEverythingParsedWhenSaved) {
         EXPECT_TRUE(opened(text).save(nullptr));
         EXPECT_EQ(json(bytesOf(path)), json(expected)) << text.toStdString();
     }
+}
+
+/// An icon of the user's own hides the program's of the same name.
+TEST_F(Files, OwnIconsAreOfferedBesideThoseOfTheProgram) {
+    const QStringList folders{folder.filePath("own"), folder.filePath("program")};
+    for (const char* const icon :
+         {"own/icons/b.png", "own/icons/d.png", "program/icons/a.png", "program/icons/b.png"}) {
+        QDir(folder.path()).mkpath(QFileInfo(icon).path());
+        writeFile(folder.filePath(icon), "");
+    }
+    const IconPickerDialog picker(folders);
+    QStringList offered;
+    for (int row = 0; row < picker.findChild<QListWidget*>()->count(); ++row)
+        offered += picker.findChild<QListWidget*>()->item(row)->text();
+    EXPECT_EQ(offered.join(' '), "(bez ikony) a b d");
+    EXPECT_EQ(iconFile(folders, "icons/a.png"), folder.filePath("program/icons/a.png"));
+    EXPECT_EQ(iconFile(folders, "icons/b.png"), folder.filePath("own/icons/b.png"));
 }
 
 TEST_F(Files, ChangedByAnotherProgramAreBackedUpBeforeSaving) {

@@ -1,0 +1,59 @@
+# The Debian package. Sourced by package.sh.
+
+package_linux() {
+    build_preset package rotika_package_files
+    say "The Debian package"
+    rm -f "$release"/rotika_*.deb
+    (cd "$root/build/package" && cpack -B "$root/build/package/cpack") >"$root/build/package/cpack.log" 2>&1 || {
+        cat "$root/build/package/cpack.log"
+        die "CPack failed."
+    }
+    mv "$root"/build/package/cpack/rotika_*.deb "$release"
+    check_debian_package "$release"/rotika_*.deb
+}
+
+# check_debian_package file: by the tools of the distribution and of the desktops.
+check_debian_package() (
+    content=$(mktemp -d)
+    trap 'rm -rf "$content"' EXIT
+    dpkg-deb -x "$1" "$content"
+    (cd "$content" && find etc usr/share/applications -name '*.desktop' -exec desktop-file-validate {} +)
+    appstreamcli validate --no-net "$content"/usr/share/metainfo/*.xml
+    LC_ALL=C.UTF-8 man --warnings -l "$content"/usr/share/man/{,pl/}man1/*.gz 2>&1 >/dev/null | { ! grep .; }
+    if grep -rqF "$root" "$content"; then
+        die "The package contains the path of this build: $(grep -rlF "$root" "$content" | tr '\n' ' ')"
+    fi
+    lintian --fail-on error,warning --suppress-tags initial-upload-closes-no-bugs --allow-root "$1"
+)
+
+# A Debian 12 with nothing but its base, for trying the package: made once, from the mirror of this machine's apt.
+bare_debian=$cache/debian-bookworm.tar
+
+need_bare_debian() {
+    [ -f "$bare_debian" ] || with_lock "$bare_debian.lock" make_bare_debian
+    mkdir -p "$cache/debian-archives/partial"
+}
+
+debian_mirror() {
+    local mirrors
+    mirrors=$(apt-get indextargets --format '$(ORIGIN) $(CODENAME) $(REPO_URI)' | sed -n 's/^Debian bookworm //p')
+    head -n 1 <<<"$mirrors"
+}
+
+make_bare_debian() {
+    local mirror partial=$bare_debian.partial
+    [ ! -f "$bare_debian" ] || return 0
+    mirror=$(debian_mirror)
+    [ "$mirror" ] || die "The package sources of this machine name no mirror of Debian 12."
+    say "Making a bare Debian 12, once; some minutes"
+    as_root rm -rf "$partial" "$partial.tar"
+    as_root debootstrap --variant=minbase bookworm "$partial" "$mirror" >"$bare_debian.log" 2>&1 || {
+        tail "$bare_debian.log"
+        die "debootstrap failed."
+    }
+    as_root rm -rf "$partial/var/cache/apt/archives" "$partial"/var/log/*
+    as_root mkdir -p "$partial/var/cache/apt/archives/partial"
+    as_root tar -C "$partial" -cf "$partial.tar" .
+    as_root rm -rf "$partial"
+    mv "$partial.tar" "$bare_debian"
+}

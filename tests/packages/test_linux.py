@@ -1,0 +1,176 @@
+"""The Debian package on a bare Debian 12 with its dependencies alone: installed, started, upgraded, removed."""
+
+import hashlib
+import os
+import subprocess
+from contextlib import suppress
+from pathlib import Path
+
+import numpy
+import pytest
+
+from desk.desk import Desk, field
+from desk.waiting import wait_for
+from desk.x11 import save_png, xlib
+
+CACHE = Path(os.environ["ROTIKA_CACHE"])
+USER = "ola"
+# The mounts belong to the command alone and end with it.
+MOUNTS = """root=$1 archives=$2; shift 2
+mount -t proc proc "$root/proc"
+mount --bind "$archives" "$root/var/cache/apt/archives"
+exec chroot "$@" """
+# Of homes, or of the system's own tools: databases, logs, what does not outlive the next start.
+IGNORED = {"home", "root", "proc", "sys", "dev", "run", "tmp", "var/log", "var/cache", "var/lib/dpkg", "var/lib/apt"}
+
+
+class BareDebian:
+    def __init__(self, folder):
+        self.folder = folder
+        subprocess.run(["tar", "-C", folder, "-xf", CACHE / "debian-bookworm.tar"], check=True)
+        folder.chmod(0o755)
+        self.run("useradd", "--create-home", USER)
+
+    def command(self, *words, user="root", **variables):
+        """The command line that runs these words inside."""
+        home = "/root" if user == "root" else f"/home/{user}"
+        variables |= {"HOME": home, "PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "DEBIAN_FRONTEND": "noninteractive"}
+        return ["unshare", "--mount", "sh", "-ec", MOUNTS, "sh", self.folder, CACHE / "debian-archives",
+                f"--userspec={user}:{user}", self.folder, "env", "-i", "-C", home,
+                *(f"{name}={value}" for name, value in variables.items()), *words]
+
+    def run(self, *words):
+        done = subprocess.run(self.command(*words), capture_output=True, text=True)
+        assert done.returncode == 0, f"{words}: {done.stdout[-2000:]}{done.stderr[-2000:]}"
+        return done.stdout
+
+    def install(self, package):
+        (self.folder / "tmp" / package.name).write_bytes(package.read_bytes())
+        self.run("apt", "install", "-y", "--no-install-recommends", "-o", "APT::Keep-Downloaded-Packages=true",
+                 f"/tmp/{package.name}")
+
+    def files(self):
+        """Every path of the system outside homes."""
+        found = set()
+        for folder, folders, names in os.walk(self.folder):
+            inside = Path(folder).relative_to(self.folder)
+            folders[:] = [name for name in folders if str(inside / name) not in IGNORED]
+            found |= {f"/{inside / name}" for name in folders + names}
+        return found
+
+    def data(self, home=f"home/{USER}"):
+        return self.folder / home / ".local/share/rotika"
+
+
+class InstalledDesk(Desk):
+    """The program is what its user gets by the command "rotika"; its files are in that user's home."""
+
+    def __init__(self, system):
+        super().__init__("/")
+        self.system, self.folder = system, system.data()
+
+    def launch_program(self, user=USER):
+        return self.screen.launch(*self.system.command("rotika", user=user, DISPLAY=self.display.name))
+
+    def guard(self):
+        for process in Path("/proc").glob("[0-9]*"):
+            with suppress(OSError):  # ended in the meantime
+                if (process / "cmdline").read_bytes().startswith(b"/usr/lib/rotika/rotika-guard") and \
+                        os.readlink(process / "root") == str(self.system.folder):
+                    return int(process.name)
+        return None
+
+    def show_tray(self):
+        self.screen.launch(*"trayer --edge bottom --align right --widthtype pixel --width 200 --heighttype pixel "
+                           "--height 40 --SetDockType true --expand false".split())
+        tray = self.display.atom("_NET_SYSTEM_TRAY_S0")
+        wait_for("the tray", lambda: xlib.XGetSelectionOwner(self.display.handle, tray))
+
+    def icon_of(self, index):
+        """The middle of the hovered field."""
+        self.aim(index)
+        x, y = self.virtual
+        return self.display.picture(self.wheel().id)[y - 60:y - 10, x - 20:x + 20].astype(int)
+
+
+@pytest.fixture
+def system(tmp_path):
+    return BareDebian(tmp_path)
+
+
+@pytest.fixture
+def desk(system, artefacts):
+    made = InstalledDesk(system)
+    try:
+        yield made
+        left = made.end_program() and ["an exit status"] or made.leftovers()
+        assert not left, f"left behind: {left}"
+    finally:
+        made.keep(artefacts, "linux")
+        made.close()
+
+
+def newer(package, folder):
+    """The package with a higher version, repacked."""
+    content, made = folder / "content", folder / "newer.deb"
+    subprocess.run(["dpkg-deb", "-R", package, content], check=True)
+    control = content / "DEBIAN/control"
+    control.write_text(control.read_text().replace("\nVersion: ", "\nVersion: 9"))
+    subprocess.run(["dpkg-deb", "--root-owner-group", "-Zgzip", "-b", content, made], check=True, capture_output=True)
+    return made
+
+
+def sums(folder):
+    return {str(file): hashlib.sha256(file.read_bytes()).hexdigest() for file in folder.rglob("*") if file.is_file()}
+
+
+def use_icons(desk):
+    """A field with the user's own icon, which is red, and one with an icon of the program's."""
+    save_png(numpy.full((64, 64, 4), (255, 0, 0, 255), numpy.uint8), desk.folder / "icons/znak.png")
+    icons = ("znak", "leczenie")
+    desk.write("default.json", {"wheels": [{"name": "", "actions": [
+        field("a", name="", color="#108030", icon=f"icons/{icon}.png") for icon in icons]}]})
+    desk.field_count = len(icons)
+
+
+def test_the_package_is_installed_upgraded_under_the_running_program_and_removed(system, desk, release, artefacts,
+                                                                                 tmp_path_factory):
+    package, = release.glob("rotika_*_amd64.deb")
+    system.install(package)
+    before = system.files()
+    desk.show_tray()
+    desk.start_program()
+    wait_for("the icon in the tray", lambda: desk.display.pixel(1266, 780) != desk.display.pixel(1220, 780))
+    assert desk.guard()
+    save_png(desk.display.picture(), artefacts / "linux-first-start.png")
+    desk.work_in_recorder()
+    desk.field_count = 8  # of the wheel that the first start makes
+    desk.choose(6)
+    desk.recorder.expect("7")
+
+    kept = sums(desk.folder)
+    assert {Path(name).name for name in kept} >= {"config.json", "default.json", "voice.json"}
+    system.install(newer(package, tmp_path_factory.mktemp("newer")))
+    desk.recorder.mark()
+    desk.choose(1)
+    desk.recorder.expect("2")
+    assert desk.end_program() == 0 and sums(desk.folder) == kept
+
+    use_icons(desk)
+    kept = sums(desk.folder)
+    desk.start_program()
+    desk.work_in_recorder()
+    desk.open_wheel()
+    wait_for("the own icon", lambda: (desk.icon_of(0) == (255, 0, 0)).all(2).any())
+    wait_for("the program's icon", lambda: len({tuple(pixel) for line in desk.icon_of(1) for pixel in line}) > 5)
+    save_png(desk.display.picture(), artefacts / "linux-icons.png")
+    desk.close_wheel()
+    assert desk.end_program() == 0 and sums(desk.folder) == kept
+
+    desk.program = desk.launch_program(user="root")
+    wait_for("root's window", lambda: desk.is_in_front("Rotika"))
+    assert desk.end_program() == 0 and (system.data("root") / "voice.json").exists()
+    system.run("apt-get", "purge", "-y", "rotika")
+    left = system.files()
+    assert left <= before and not [path for path in left if "rotika" in path.lower()]
+    assert sums(desk.folder) == kept

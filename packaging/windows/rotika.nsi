@@ -23,6 +23,8 @@ AllowSkipFiles off
 !define STAGED "instalacja.tmp" ; in the program's folder, so that placing a file is one rename
 
 Name "Rotika"
+Caption "Instalator programu Rotika"
+UninstallCaption "Odinstalowanie programu Rotika"
 OutFile "${OUTPUT}"
 BrandingText "Rotika ${VERSION}"
 InstallDir "$LOCALAPPDATA\Programs\Rotika"
@@ -51,23 +53,38 @@ VIAddVersionKey LegalCopyright "© 2025 The Rotika authors, MIT License"
 !define MUI_WELCOMEPAGE_TITLE "Instalacja programu Rotika ${VERSION}"
 !define MUI_WELCOMEPAGE_TEXT "Rotika pokazuje nad każdym programem koło funkcji, które wybiera się myszą, głosem albo wzrokiem.$\r$\n$\r$\nInstalacja nie wymaga uprawnień administratora. Jeśli Rotika jest już zainstalowana, zostanie zaktualizowana; ustawienia, koła i ikony pozostaną bez zmian.$\r$\n$\r$\nKliknij Dalej, aby kontynuować."
 !insertmacro MUI_PAGE_WELCOME
+!define MUI_PAGE_HEADER_TEXT "Folder"
+!define MUI_PAGE_HEADER_SUBTEXT "Wybierz folder, w którym ma stać program."
+!define MUI_DIRECTORYPAGE_TEXT_TOP "Rotika zostanie zainstalowana w tym folderze i będzie w nim zapisywać ustawienia. Aby wybrać inny, kliknij Przeglądaj."
 !define MUI_PAGE_CUSTOMFUNCTION_LEAVE LeaveFolderPage
 !insertmacro MUI_PAGE_DIRECTORY
 Page custom ShowOptions LeaveOptions
+!define MUI_PAGE_HEADER_SUBTEXT "Proszę czekać, trwa instalacja programu Rotika."
 !insertmacro MUI_PAGE_INSTFILES
+!define MUI_FINISHPAGE_TITLE "Rotika jest zainstalowana"
+!define MUI_FINISHPAGE_TEXT "Koło funkcji otwiera klawisz x, chyba że w ustawieniach wybrano inny. Pierwsze kroki opisuje podręcznik.$\r$\n$\r$\nKliknij Zakończ, aby zamknąć instalator."
 !define MUI_FINISHPAGE_RUN "$INSTDIR\rotika.exe"
 !define MUI_FINISHPAGE_RUN_TEXT "Uruchom Rotikę"
 !define MUI_PAGE_CUSTOMFUNCTION_SHOW ShowFinish
 !insertmacro MUI_PAGE_FINISH
 
+!define MUI_PAGE_HEADER_TEXT "Odinstalowanie"
+!define MUI_PAGE_HEADER_SUBTEXT "Program zostanie usunięty z tego komputera."
+!define MUI_UNCONFIRMPAGE_TEXT_TOP "Rotika zostanie usunięta z tego folderu. Kliknij Dalej, aby kontynuować."
 !insertmacro MUI_UNPAGE_CONFIRM
 UninstPage custom un.ShowOptions un.LeaveOptions
+!define MUI_PAGE_HEADER_SUBTEXT "Proszę czekać, trwa odinstalowywanie programu Rotika."
 !insertmacro MUI_UNPAGE_INSTFILES
+!define MUI_FINISHPAGE_TITLE "Rotika jest odinstalowana"
+!define MUI_FINISHPAGE_TEXT "Kliknij Zakończ, aby zamknąć to okno."
 !insertmacro MUI_UNPAGE_FINISH
 !insertmacro MUI_LANGUAGE Polish
 
-LangString RunningText ${LANG_POLISH} "Rotika jest teraz uruchomiona:$Running.$\r$\n$\r$\nPo kliknięciu OK zostanie zakończona. Jeśli to aktualizacja, zaraz potem uruchomi się ponownie."
-LangString StillRunningText ${LANG_POLISH} "Nie udało się zakończyć programu. W folderze $INSTDIR nadal działa:$Running.$\r$\n$\r$\nZakończ go (ikona w zasobniku systemowym, „Zakończ”) i kliknij Ponów próbę. Kliknięcie Anuluj niczego nie zmieni."
+LangString RunningText ${LANG_POLISH} "Rotika jest teraz uruchomiona:$Running.$\r$\n$\r$\nPo kliknięciu OK zostanie zakończona, a zaraz po aktualizacji uruchomi się ponownie."
+LangString un.RunningText ${LANG_POLISH} "Rotika jest teraz uruchomiona:$Running.$\r$\n$\r$\nPo kliknięciu OK zostanie zakończona i odinstalowana."
+!define STILL_RUNNING "Nie udało się zakończyć programu. W folderze $INSTDIR nadal działa:$Running.$\r$\n$\r$\nZakończ go (ikona w zasobniku systemowym, „Zakończ”) i kliknij Ponów próbę. Kliknięcie Anuluj niczego nie zmieni."
+LangString StillRunningText ${LANG_POLISH} "${STILL_RUNNING}"
+LangString un.StillRunningText ${LANG_POLISH} "${STILL_RUNNING}"
 
 Var FolderProblem ; why the program cannot be installed into the folder, or empty
 Var Autostart     ; 1 if the program is to start with the system

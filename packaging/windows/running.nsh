@@ -82,7 +82,7 @@ Function ${un}EndRunning
         Return
     ${EndIf}
     Call ${un}RememberRunning
-    MessageBox MB_OKCANCEL|MB_ICONINFORMATION "$(RunningText)" /SD IDOK IDOK end_them
+    MessageBox MB_OKCANCEL|MB_ICONINFORMATION "$(${un}RunningText)" /SD IDOK IDOK end_them
     Return
 end_them:
     Push $0
@@ -90,7 +90,7 @@ end_them:
     Pop $0
     Call ${un}WaitForEnd
     ${If} $Running != ""
-        MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$(StillRunningText)" /SD IDCANCEL IDRETRY end_them
+        MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$(${un}StillRunningText)" /SD IDCANCEL IDRETRY end_them
     ${EndIf}
 FunctionEnd
 

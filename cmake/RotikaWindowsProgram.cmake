@@ -1,4 +1,5 @@
-# rotika_describe_program(target description [ICON]): adds version information, manifest and, with ICON, the icon.
+# rotika_describe_program(target description [ICON]): adds version information, manifest and, with ICON, the icon, and
+# links with protections against memory faults. The linker's defaults are the same, but differ between distributions.
 
 function(rotika_describe_program target description)
     set(manifest ${CMAKE_CURRENT_BINARY_DIR}/${target}.manifest)
@@ -18,4 +19,6 @@ function(rotika_describe_program target description)
     configure_file(${PROJECT_SOURCE_DIR}/common/windows/program.rc.in ${resources} @ONLY)
     target_sources(${target} PRIVATE ${resources})
     set_source_files_properties(${resources} PROPERTIES OBJECT_DEPENDS "${needed}")
+    target_link_options(${target} PRIVATE LINKER:--dynamicbase,--high-entropy-va,--nxcompat
+                                          LINKER:--no-insert-timestamp) # two builds give the same bytes
 endfunction()

@@ -5,7 +5,6 @@
 #include "shell/engine_status.h"
 #include "shell/gaze_page.h"
 #include "shell/page_area.h"
-#include "shell/quit_event_filter.h"
 #include "shell/voice_page.h"
 #include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
@@ -56,7 +55,6 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
     setCentralWidget(central);
 
     createTray();
-    new QuitEventFilter(this);
     refreshStatus();
     auto* poll = new QTimer(this);
     connect(poll, &QTimer::timeout, this, &MainWindow::refreshStatus);

@@ -15,7 +15,8 @@ enum class LibrarySearch {
     systemDefault,
 };
 
-/// Loads a full path, or a bare name by the system's search order. Null when it cannot be loaded; silent.
+/// Loads a full path, or a bare name by the system's search order, which never includes the current folder.
+/// Null when it cannot be loaded; silent.
 LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch search);
 
 /// Null when the library has no such export.

@@ -30,7 +30,7 @@ TEST_F(SystemContract, AFileIsReplacedCompletelyOrUnchanged) {
     EXPECT_TRUE(fs::is_empty(folder)) << "a temporary file was left";
 }
 
-TEST_F(SystemContract, ALibraryIsLoadedAndATruncatedOneIsRefused) {
+TEST_F(SystemContract, ALibraryIsLoadedButNotATruncatedOneNorByNameFromTheCurrentFolder) {
     const std::u16string path = fs::path(ROTIKA_CONTRACT_LIBRARY).make_preferred().u16string();
     const LibraryHandle library = loadLibrary(path, LibrarySearch::ownFolderFirst);
     ASSERT_NE(library, nullptr);
@@ -42,6 +42,12 @@ TEST_F(SystemContract, ALibraryIsLoadedAndATruncatedOneIsRefused) {
         ASSERT_TRUE(replaceFileBytes(cut, whole.substr(0, whole.size() * percent / 100)));
         EXPECT_EQ(loadLibrary(cut, LibrarySearch::ownFolderFirst), nullptr) << percent;
     }
+    const fs::path former = fs::current_path();
+    ASSERT_TRUE(replaceFileBytes(joinPath(folder, u"foreign.dll"), whole));
+    fs::current_path(folder);
+    for (const LibrarySearch search : {LibrarySearch::ownFolderFirst, LibrarySearch::systemDefault})
+        EXPECT_EQ(loadLibrary(u"foreign.dll", search), nullptr);
+    fs::current_path(former);
 }
 
 } // namespace

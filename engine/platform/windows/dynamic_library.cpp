@@ -9,6 +9,11 @@ namespace rotika {
 
 namespace {
 
+/// Takes the current folder out of every search for a library in this process: until the program sets it, it
+/// is whatever the starter chose, and an open file dialog makes it the user's, such as the downloads. Runs
+/// before main, ahead of the first search.
+[[maybe_unused]] const BOOL currentFolderIsExcluded = SetDllDirectoryW(L"");
+
 /// Suppresses the loader's error dialogs on this thread while it exists.
 class ErrorDialogsOff {
 public:
@@ -22,6 +27,19 @@ public:
 private:
     DWORD former = 0;
 };
+
+/// As the system searches, but without the current folder even if a library has called SetDllDirectory too.
+HMODULE loadByName(const std::wstring& name) {
+    constexpr DWORD folders = LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32;
+    if (const HMODULE loaded = LoadLibraryExW(name.c_str(), nullptr, folders))
+        return loaded;
+    std::wstring path(32767, L'\0'); // the longest value of a variable
+    path.resize(GetEnvironmentVariableW(L"PATH", path.data(), static_cast<DWORD>(path.size())));
+    std::wstring found(path.size() + name.size() + MAX_PATH, L'\0');
+    found.resize(SearchPathW(path.c_str(), name.c_str(), L".dll", static_cast<DWORD>(found.size()),
+                             found.data(), nullptr));
+    return path.empty() || found.empty() ? nullptr : LoadLibraryW(found.c_str());
+}
 
 /// Empty when the code page lacks one of the characters.
 std::string inSystemCodePage(const std::wstring& path) {
@@ -41,11 +59,11 @@ LibraryHandle loadLibrary(const std::u16string& pathOrName, LibrarySearch search
         return nullptr; // the system would load the name before the zero
     }
     const ErrorDialogsOff dialogsOff;
-    const bool isPath = pathOrName.find(u'\\') != std::u16string::npos;
-    const std::wstring name = isPath ? unlimitedPath(wideText(pathOrName)) : wideText(pathOrName);
-    const HMODULE loaded = search == LibrarySearch::ownFolderFirst
-                               ? LoadLibraryExW(name.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)
-                               : LoadLibraryW(name.c_str());
+    if (pathOrName.find_first_of(u"\\/") == std::u16string::npos)
+        return reinterpret_cast<LibraryHandle>(loadByName(wideText(pathOrName)));
+    const std::wstring path = unlimitedPath(wideText(pathOrName));
+    const DWORD flags = search == LibrarySearch::ownFolderFirst ? LOAD_WITH_ALTERED_SEARCH_PATH : 0;
+    const HMODULE loaded = LoadLibraryExW(path.c_str(), nullptr, flags);
     return reinterpret_cast<LibraryHandle>(loaded);
 }
 

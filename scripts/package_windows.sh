@@ -1,0 +1,96 @@
+# The Windows installer and the portable archive. Sourced after common.sh, packages.sh and builds.sh; the folder of the
+# release is $release.
+
+# What a release places on a Windows machine, besides the licence texts. The program's own files in the build folder are
+# left out: a started program writes its settings there.
+windows_programs=(rotika.exe rotika-engine.exe rotika-guard.exe)
+windows_data=(rotika.ico themes/*.qss icons/*.png)
+
+# package_windows: builds the program and makes rotika-VERSION-setup.exe and rotika-VERSION-portable.zip. Two runs of one
+# revision give the same bytes.
+package_windows() {
+    need_packages release
+    build_windows
+    make_windows_packages "$root/build/windows/rotika" "${release:=$root/build/release}"
+}
+
+# make_windows_packages folder-of-the-program release
+make_windows_packages() {
+    local built=$1 to=$2 version work=$root/build/windows-packages name
+    version=$(sed -n 's/^project(rotika VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
+    export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct)}
+    name=rotika-$version
+    for program in "${windows_programs[@]}"; do
+        check_windows_program "$built/$program" "$version"
+    done
+    rm -rf "$work"
+    mkdir -p "$work/Rotika" "$to"
+    copy_windows_files "$built" "$work/Rotika"
+    make_portable_archive "$work" "$to/$name-portable.zip"
+    make_installer "$work" "$version" "$to/$name-setup.exe"
+    note "$to/$name-portable.zip"
+    note "$to/$name-setup.exe"
+}
+
+# check_windows_program file version: version information, manifest, memory protections, no libraries but Windows' own.
+check_windows_program() {
+    local file=$1 headers manifest wanted
+    headers=$(x86_64-w64-mingw32-objdump -p "$file")
+    manifest=$(wrestool --extract --raw --type=24 "$file")
+    for wanted in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do
+        grep -q "^[[:space:]]*$wanted" <<<"$headers" || die "$file is linked without $wanted."
+    done
+    for wanted in PerMonitorV2 '>UTF-8<' 'longPathAware.*>true<' '<supportedOS'; do
+        grep -q "$wanted" <<<"$manifest" || die "The manifest of $file lacks $wanted."
+    done
+    wrestool --extract --raw --type=16 "$file" | iconv -f UTF-16LE -t UTF-8 -c | grep -qaF "$2" ||
+        die "$file has no version information with $2."
+    [[ $file == *guard* ]] || wrestool --list --type=14 "$file" | grep -q IDI_ICON1 || die "$file has no icon."
+    ! grep -i 'DLL Name: lib' <<<"$headers" || die "$file needs a library of the compiler."
+}
+
+# Everything gets the time of the release, since both formats store times.
+copy_windows_files() {
+    local built=$1 to=$2
+    umask 022
+    (cd "$built" && cp --parents "${windows_programs[@]}" ${windows_data[@]} "$to")
+    mkdir -p "$to/licencje"
+    cp "$root/LICENSE" "$to/licencje/rotika.txt"
+    if [ -d "$root/packaging/notices" ]; then
+        cp -R "$root/packaging/notices/." "$to/licencje"
+    fi
+    find "$to" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
+}
+
+make_portable_archive() {
+    local work=$1 archive=$2
+    rm -f "$archive"
+    (cd "$work" && find Rotika -type f | LC_ALL=C sort | TZ=UTC zip -q -X -9 -@ "$archive")
+}
+
+# The list of the shipped files, by which the installer replaces and removes: see packaging/windows/files.nsh.
+list_windows_files() {
+    /usr/bin/python3 -B - "$1" <<'PYTHON'
+import sys, zlib
+from pathlib import Path
+
+folder = Path(sys.argv[1])
+for file in sorted(folder.rglob("*")):
+    if file.is_file():
+        path, data = str(file.relative_to(folder)).replace("/", "\\"), file.read_bytes()
+        print(f"{zlib.crc32(data):08X} {len(data):010d} {path.encode('ascii').decode()}")
+PYTHON
+}
+
+make_installer() {
+    local work=$1 version=$2 installer=$3
+    list_windows_files "$work/Rotika" >"$work/lista-plikow.txt"
+    mv "$work/lista-plikow.txt" "$work/Rotika"
+    touch --date="@$SOURCE_DATE_EPOCH" "$work/Rotika/lista-plikow.txt"
+    rsvg-convert -w 120 -h 120 -o "$work/logo.png" "$root/packaging/icons/rotika.svg"
+    convert -size 164x314 gradient:'#F4F7FB-#D6E4F2' "$work/logo.png" -gravity center -composite \
+        -type TrueColor "BMP3:$work/welcome.bmp"
+    makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$work/Rotika" "-DICON=$work/Rotika/rotika.ico" \
+        "-DWELCOME=$work/welcome.bmp" "-DSIZE_KB=$(du -sk --apparent-size "$work/Rotika" | cut -f1)" \
+        "-DOUTPUT=$installer" "$root/packaging/windows/rotika.nsi"
+}

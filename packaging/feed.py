@@ -23,7 +23,7 @@ SPARKLE = "http://www.andymatuschak.org/xml-namespaces/sparkle"  # the format's 
 FEED, SUMS = "appcast.xml", "SHA256SUMS"
 KEY_HEADER = bytes.fromhex("302a300506032b6570032100")  # of an Ed25519 public key in DER, before its 32 bytes
 # The installer then asks nothing and starts the program again: the user may have no other way to press a button.
-INSTALLER_ARGUMENTS = "/S /START"
+INSTALLER_ARGUMENTS = "/S /RESTART"
 
 
 def openssl(*words, data=None):

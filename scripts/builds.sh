@@ -35,10 +35,14 @@ build_linux() {
     note "The program: $root/build/linux/rotika/rotika"
 }
 
+# For each build in this folder, so that none keeps the key of a release. More go at the end.
+windows_options=(-DROTIKA_UPDATE_KEY= -DROTIKA_UPDATE_FEED=https://rotika.example/appcast.xml)
+
 build_windows() {
     need_packages windows
     need_qt_windows
-    build_preset windows "${program_targets[@]}" rotika-engine -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
+    build_preset windows "${program_targets[@]}" rotika-engine -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)" \
+        "${windows_options[@]}"
     note "The program: $root/build/windows/rotika/rotika.exe"
     note "The engine alone: $root/build/windows/rotika/rotika-engine.exe"
 }

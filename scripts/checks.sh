@@ -222,7 +222,7 @@ test_windows() {
     prepare_speech
     step "Wine prefix" "$root/scripts/wine.sh" --prepare
     step "Build for Windows" build_preset windows rotika-engine tests_unit tests_shell tests_contract tests_scenarios \
-        -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
+        -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)" "${windows_options[@]}"
     step_passed || return 0
     if [ -z "$1" ]; then
         step "Tests under Wine: unit, shell" run_under_wine 'unit|shell'

@@ -1,7 +1,7 @@
 # ./dev package and ./dev test packages. Sourced after checks.sh.
 
 release=$root/build/release
-package_parts=(linux)
+package_parts=(linux notices windows feed) # the installer contains the notices
 
 for part in "${package_parts[@]}"; do
     . "$root/scripts/package_$part.sh"
@@ -17,7 +17,8 @@ release_notes() { python3 -B "$root/packaging/release_notes.py" --version "$(pro
 run_package() {
     local part parts=("$@")
     [ $# -gt 0 ] || parts=("${package_parts[@]}")
-    need_packages build release
+    need_packages build windows release
+    need_update_key
     SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(release_notes epoch)}
     export SOURCE_DATE_EPOCH
     umask 022 # folders in packages must be readable by all
@@ -31,9 +32,27 @@ run_package() {
     (cd "$release" && ls -l)
 }
 
-# test_packages case: the packages of build/release, which must have been made.
+# test_packages case: makes the packages, those of ROTIKA_UPDATE_PRIVATE_KEY or, without one, others that are signed by
+# a key for tests; then installs and removes them.
 test_packages() {
-    need_packages test release
+    need_packages build test windows wine release
+    if [ -z "${ROTIKA_UPDATE_PRIVATE_KEY:-}" ]; then
+        release=$root/build/release-for-tests
+        export ROTIKA_UPDATE_FEED=https://updates.example/appcast.xml
+        export ROTIKA_UPDATE_PRIVATE_KEY=$root/build/update-key-for-tests.pem
+        [ -f "$ROTIKA_UPDATE_PRIVATE_KEY" ] || make_update_key "$ROTIKA_UPDATE_PRIVATE_KEY"
+    fi
+    step "Release" run_package
+    step_passed || return 0
+    step "Bare Debian and Wine prefix" prepare_bare_systems
+    step "Packages" run_package_tests "$1"
+}
+
+prepare_bare_systems() {
     need_bare_debian
-    ROTIKA_CACHE=$cache step "Packages" desk_python -m pytest -q "$root/tests/packages" ${1:+-k "$1"}
+    "$root/scripts/wine.sh" --prepare
+}
+
+run_package_tests() {
+    ROTIKA_CACHE=$cache ROTIKA_RELEASE=$release desk_python -m pytest -q -n "$jobs" "$root/tests/packages" ${1:+-k "$1"}
 }

@@ -1,23 +1,25 @@
 # The signed update feed, the check sums, the licence texts and Qt's source of a release. Sourced after package.sh.
 
 # The private Ed25519 key that signs updates. Its public half goes into the program, so losing it ends updates for
-# everybody who has the program. Made once by: openssl genpkey -algorithm ed25519 -out FILE
+# everybody who has the program.
 need_update_key() {
     [ -n "${ROTIKA_UPDATE_PRIVATE_KEY:-}" ] || die "A release needs the key that signs its updates:" \
         "ROTIKA_UPDATE_PRIVATE_KEY=<file> ./dev package. See \"Releases\" in CONTRIBUTING.md."
     update_key=$(feed_tool key "$ROTIKA_UPDATE_PRIVATE_KEY") ||
         die "Not an Ed25519 private key: $ROTIKA_UPDATE_PRIVATE_KEY"
+    windows_options+=(-DROTIKA_UPDATE_KEY="$update_key")
+    [ -z "${ROTIKA_UPDATE_FEED:-}" ] || windows_options+=(-DROTIKA_UPDATE_FEED="$ROTIKA_UPDATE_FEED")
 }
 
-feed_tool() { /usr/bin/python3 -B "$root/packaging/feed.py" "$@"; }
+make_update_key() { (umask 077 && openssl genpkey -algorithm ed25519 -out "$1"); }
 
-# Address of the update feed; the placeholder makes a program that looks for no updates.
-update_feed=${ROTIKA_UPDATE_FEED:-https://rotika.example/appcast.xml}
+feed_tool() { /usr/bin/python3 -B "$root/packaging/feed.py" "$@"; }
 
 # Qt's exact source package, which its licence wants beside the program; kept in the cache.
 package_qt_source() {
     local folder
     folder=$cache/qt-source-$(qt_host_version)
+    say "Qt's source and the licence texts"
     if [ ! -d "$folder" ]; then
         rm -rf "$folder.work"
         mkdir -p "$folder.work/package"
@@ -30,11 +32,15 @@ package_qt_source() {
 }
 
 package_notices() {
+    package_qt_source
     /usr/bin/python3 -B "$root/packaging/notices.py" "$(echo "$release"/source/qt6-base_*.orig.tar.xz)" "$root" \
         "$release/licencje"
 }
 
 package_feed() {
-    feed_tool make "$release" "$version" "$update_feed" "$ROTIKA_UPDATE_PRIVATE_KEY"
+    say "The update feed and the check sums"
+    [ -n "${ROTIKA_UPDATE_FEED:-}" ] || note "Without ROTIKA_UPDATE_FEED the program looks for no updates."
+    feed_tool make "$release" "$(project_version)" "${ROTIKA_UPDATE_FEED:-https://rotika.example/appcast.xml}" \
+        "$ROTIKA_UPDATE_PRIVATE_KEY"
     feed_tool check "$release" "$update_key"
 }

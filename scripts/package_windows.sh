@@ -1,5 +1,4 @@
-# The Windows installer and the portable archive. Sourced after common.sh, packages.sh and builds.sh; the folder of the
-# release is $release.
+# The Windows installer and the portable archive. Sourced by package.sh.
 
 # What a release places on a Windows machine, besides the licence texts. The program's own files in the build folder are
 # left out: a started program writes its settings there.
@@ -9,16 +8,15 @@ windows_data=(rotika.ico themes/*.qss icons/*.png)
 # package_windows: builds the program and makes rotika-VERSION-setup.exe and rotika-VERSION-portable.zip. Two runs of one
 # revision give the same bytes.
 package_windows() {
-    need_packages release
     build_windows
-    make_windows_packages "$root/build/windows/rotika" "${release:=$root/build/release}"
+    [ -d "$release/licencje" ] || package_notices
+    make_windows_packages "$root/build/windows/rotika" "$release"
 }
 
 # make_windows_packages folder-of-the-program release
 make_windows_packages() {
     local built=$1 to=$2 version work=$root/build/windows-packages name
-    version=$(sed -n 's/^project(rotika VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
-    export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct)}
+    version=$(project_version)
     name=rotika-$version
     for program in "${windows_programs[@]}"; do
         check_windows_program "$built/$program" "$version"
@@ -52,12 +50,12 @@ check_windows_program() {
 # Everything gets the time of the release, since both formats store times.
 copy_windows_files() {
     local built=$1 to=$2
-    umask 022
     (cd "$built" && cp --parents "${windows_programs[@]}" ${windows_data[@]} "$to")
-    mkdir -p "$to/licencje"
-    cp "$root/LICENSE" "$to/licencje/rotika.txt"
-    if [ -d "$root/packaging/notices" ]; then
-        cp -R "$root/packaging/notices/." "$to/licencje"
+    cp -R "$release/licencje" "$to"
+    if [ -n "${ROTIKA_UPDATE_LIBRARY:-}" ]; then
+        cp "$ROTIKA_UPDATE_LIBRARY" "$to/WinSparkle.dll"
+    else
+        note "Without ROTIKA_UPDATE_LIBRARY, a WinSparkle.dll, the program looks for no updates."
     fi
     find "$to" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
 }

@@ -1,3 +1,4 @@
+import os
 import sys
 from pathlib import Path
 
@@ -10,7 +11,7 @@ sys.path.insert(0, str(ROOT / "tests"))
 @pytest.fixture
 def release():
     """The folder of the packages, which "./dev package" has made."""
-    return ROOT / "build/release"
+    return Path(os.environ["ROTIKA_RELEASE"])
 
 
 @pytest.fixture

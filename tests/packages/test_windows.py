@@ -1,5 +1,6 @@
 """The Windows installer and the portable archive under Wine: what they place, keep, end, start again and remove."""
 
+import os
 import re
 import signal
 import zipfile
@@ -13,7 +14,7 @@ from desk.screen import Screen
 from desk.waiting import holds_within, wait_for
 from desk.wine import SCRIPT, WineTarget
 
-RELEASE = Path(__file__).parents[2] / "build/release"
+RELEASE = Path(os.environ["ROTIKA_RELEASE"])
 SETUP, = RELEASE.glob("rotika-*-setup.exe")
 PORTABLE, = RELEASE.glob("rotika-*-portable.zip")
 VERSION = SETUP.name.split("-")[1]

@@ -22,7 +22,6 @@ package_qt_source() {
     say "Qt's source and the licence texts"
     if [ ! -d "$folder" ]; then
         rm -rf "$folder.work"
-        mkdir -p "$folder.work/package"
         download_source_package "$folder.work" qt6-base "$(qt_host_version)"
         mv "$folder.work/package" "$folder"
         rm -rf "$folder.work"

@@ -83,17 +83,23 @@ write_private_sources() {
     done
 }
 
-fetch_qt_source() {
-    local work=$1 version
-    [ ! -d "$work/source" ] || return 0
-    version=$(qt_host_version)
-    say "Fetching the source package of Qt $version"
+# download_source_package work name version: the files of the source package, into work/package.
+download_source_package() {
+    local work=$1
     write_private_sources "$work/apt"
     # A package source without deb-src fails here, which is harmless if another one has the package.
     private_apt_get "$work/apt" update || note "Some sources could not be read; continuing with the others."
     rm -rf "$work/package"
     mkdir -p "$work/package"
-    (cd "$work/package" && private_apt_get "$work/apt" source --download-only "qt6-base=$version")
+    (cd "$work/package" && private_apt_get "$work/apt" source --download-only "$2=$3")
+}
+
+fetch_qt_source() {
+    local work=$1 version
+    [ ! -d "$work/source" ] || return 0
+    version=$(qt_host_version)
+    say "Fetching the source package of Qt $version"
+    download_source_package "$work" qt6-base "$version"
     rm -rf "$work/source.partial"
     dpkg-source --no-check -x "$work/package/"*.dsc "$work/source.partial"
     mv "$work/source.partial" "$work/source"

@@ -3,9 +3,9 @@
 release=$root/build/release
 package_parts=(linux notices windows feed) # the installer contains the notices
 
-for part in "${package_parts[@]}"; do
-    . "$root/scripts/package_$part.sh"
-done
+. "$root/scripts/package_linux.sh"
+. "$root/scripts/package_windows.sh"
+. "$root/scripts/package_feed.sh"
 
 project_version() { sed -nE 's/^project\(rotika VERSION ([0-9.]+).*/\1/p' "$root/CMakeLists.txt"; }
 

@@ -1,5 +1,5 @@
 # Building the program for either system, starting it, the demo and the benchmarks. Sourced after common.sh,
-# packages.sh, qt_windows.sh and voice.sh.
+# packages.sh, qt_windows.sh, archive_windows.sh and voice.sh.
 
 use_ccache() {
     have ccache || return 0
@@ -38,7 +38,9 @@ build_linux() {
 build_windows() {
     need_packages windows
     need_qt_windows
-    build_preset windows "${program_targets[@]}" rotika-engine -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)"
+    need_archive_windows
+    build_preset windows "${program_targets[@]}" rotika-engine -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)" \
+        -DROTIKA_ARCHIVE_WINDOWS="$(archive_windows_prefix)"
     note "The program: $root/build/windows/rotika/rotika.exe"
     note "The engine alone: $root/build/windows/rotika/rotika-engine.exe"
 }

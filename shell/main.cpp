@@ -8,6 +8,7 @@
 #include "shell/settings.h"
 #include "shell/themes.h"
 #include "shell/update_service.h"
+#include "shell/voice_installer.h"
 
 #include <QApplication>
 #include <QDir>
@@ -49,6 +50,7 @@ int main(int argc, char** argv) {
     applyTheme(savedTheme());
     QDir::setCurrent(dataFolder());
     prepareDataFolder();
+    finishVoiceInstallation();
 
     LicenceCheck licence;
     const LicenceResult licenceResult = licence.check();

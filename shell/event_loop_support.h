@@ -2,13 +2,19 @@
 
 #include <memory>
 
-/// Additions to Qt's event loop. On Linux: termination signals quit the application in the normal way, and
-/// the engine's GLib sources are dispatched when Qt's event loop does not use GLib. On Windows: WM_CLOSE is
-/// not delivered to Qt's hidden windows, because closing them would end the program. Create before the first
-/// dialog, destroy after the engine has stopped. Main thread.
+class ProgramEnd;
+
+/// For the time before EventLoopSupport exists, when there is nothing to save or release: on Linux a
+/// termination signal ends the process at once with status 0. Call first of all.
+void exitOnTermination();
+
+/// Additions to Qt's event loop. On Linux: termination signals end the program in the normal way, and the
+/// engine's GLib sources are dispatched when Qt's event loop does not use GLib. On Windows: so does the end
+/// of the session, and WM_CLOSE is not delivered to Qt's hidden windows, because closing them would end the
+/// program. Create before the first dialog, destroy after the engine has stopped. Main thread.
 class EventLoopSupport {
 public:
-    EventLoopSupport();
+    explicit EventLoopSupport(ProgramEnd& programEnd);
     ~EventLoopSupport();
     EventLoopSupport(const EventLoopSupport&) = delete;
     EventLoopSupport& operator=(const EventLoopSupport&) = delete;
@@ -17,3 +23,11 @@ private:
     struct Parts;
     std::unique_ptr<Parts> parts;
 };
+
+/// On Windows ends the loops of native menus and boxes, which no exit of Qt's ends. Main thread.
+void endNativeLoops();
+
+/// Waits until there is a tray to show an icon in, at most `limitMs`; events are processed. Also ends when
+/// the program does. A tray that starts after the program's first look for one might not be used by Qt, so
+/// call this before. Main thread.
+bool waitForTray(int limitMs);

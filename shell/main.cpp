@@ -1,10 +1,14 @@
 #include "common/single_instance.h"
 #include "engine/core/overlay.h"
 #include "licence/licence_check.h"
+#include "shell/command_line.h"
+#include "shell/console.h"
+#include "shell/control.h"
 #include "shell/data_folder.h"
 #include "shell/event_loop_support.h"
 #include "shell/main_window.h"
 #include "shell/polish_translator.h"
+#include "shell/program_end.h"
 #include "shell/settings.h"
 #include "shell/themes.h"
 #include "shell/update_service.h"
@@ -14,8 +18,12 @@
 #include <QDir>
 #include <QIcon>
 #include <QMessageBox>
+#include <optional>
 
 namespace {
+
+// At the start of a session the desktop's panel may come up after the program.
+constexpr int trayLimitMs = 10'000;
 
 QString savedTheme() {
     return uiSettings().value(themeKey, "fluent").toString();
@@ -26,10 +34,74 @@ void quitForUpdate() {
     QMetaObject::invokeMethod(QCoreApplication::instance(), "quit", Qt::QueuedConnection);
 }
 
+void stopServices() {
+    stopUpdateService();
+    OverlayEngineStop();
+}
+
+/// The exit status if the program has nothing more to do, without a screen.
+std::optional<int> runWithoutWindow(const CommandLine& line) {
+    switch (line.launch) {
+    case Launch::version:
+        printText(QStringLiteral("Rotika " ROTIKA_VERSION), false);
+        return 0;
+    case Launch::help:
+        printText(commandLineHelp(), false);
+        return 0;
+    case Launch::invalid:
+        printText(line.fault, true);
+        return 2;
+    case Launch::quit:
+        return quitRunningCopies() ? 0 : 1;
+    default:
+        return std::nullopt;
+    }
+}
+
+int runAsSecondCopy(const CommandLine& line) {
+    if (line.launch == Launch::installVoice) {
+        if (sendToRunningCopy({installVoiceCommand.toString(), line.files}))
+            return 0;
+        printText(
+            QStringLiteral("Rotika już działa, ale nie przyjmuje poleceń. Zakończ ją i spróbuj ponownie."),
+            true);
+        return 1;
+    }
+    QMessageBox::information(
+        nullptr, QStringLiteral("Rotika"),
+        QCoreApplication::translate("main", "Rotika już działa — sprawdź ikonę w zasobniku systemowym."),
+        QMessageBox::Ok, QMessageBox::NoButton);
+    return 0;
+}
+
+void obey(const ControlCommand& command, MainWindow& window) {
+    if (command.name == showCommand) {
+        window.showAndActivate();
+    } else if (command.name == installVoiceCommand) {
+        window.showAndActivate(); // it may be hidden in the tray
+        installVoice(command.arguments, &window);
+    }
+}
+
+/// What the program was started for, and what other processes ask for from then on.
+void serveCommands(ControlListener& control, const CommandLine& line, MainWindow& window) {
+    const auto obeyCommand = [&window](const ControlCommand& command) { obey(command, window); };
+    if (line.launch == Launch::installVoice)
+        control.arrive({installVoiceCommand.toString(), line.files});
+    // In the event loop, because a command may open a dialog.
+    QMetaObject::invokeMethod(
+        &window, [&control, obeyCommand] { control.deliverTo(obeyCommand); }, Qt::QueuedConnection);
+}
+
 } // namespace
 
 // The order matters: each step needs the ones before it.
 int main(int argc, char** argv) {
+    exitOnTermination();
+    const CommandLine line = parseCommandLine(programArguments(argc, argv));
+    if (const std::optional<int> status = runWithoutWindow(line))
+        return *status;
+
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName("Rotika");
     QCoreApplication::setApplicationName("Rotika");
@@ -37,15 +109,16 @@ int main(int argc, char** argv) {
     QGuiApplication::setWindowIcon(QIcon(QCoreApplication::applicationDirPath() + "/rotika.ico"));
     installPolishTranslator();
     // Before the dialogs below: a termination signal may arrive while one is open.
-    const EventLoopSupport loopSupport;
+    ProgramEnd programEnd;
+    const EventLoopSupport loopSupport(programEnd);
 
-    if (!claimSingleInstance()) {
-        QMessageBox::information(
-            nullptr, QStringLiteral("Rotika"),
-            QCoreApplication::translate("main", "Rotika już działa — sprawdź ikonę w zasobniku systemowym."),
-            QMessageBox::Ok, QMessageBox::NoButton);
-        return 0;
-    }
+    const bool isFirstCopy = claimSingleInstance();
+    // Before the dialogs as well. A copy that only sends a command receives none.
+    std::optional<ControlListener> control;
+    if (isFirstCopy || line.launch != Launch::installVoice)
+        control.emplace(isFirstCopy, [&programEnd] { programEnd.begin(); });
+    if (!isFirstCopy)
+        return runAsSecondCopy(line);
 
     applyTheme(savedTheme());
     QDir::setCurrent(dataFolder());
@@ -58,11 +131,19 @@ int main(int argc, char** argv) {
         return 0;
 
     OverlayEngineStart();
+    programEnd.setLastActs(stopServices);
+    const bool startsInTray = line.launch == Launch::minimized && waitForTray(trayLimitMs);
     MainWindow window(licence, licenceResult);
-    window.show();
+    programEnd.setLastActs([&window] {
+        window.keepUnsavedChanges(); // first: stopping the engine may take seconds
+        stopServices();
+    });
+    // Without a tray there would be no way to the window.
+    if (!startsInTray)
+        window.show();
+    serveCommands(*control, line, window);
     startUpdateService(quitForUpdate);
     const int status = QApplication::exec();
-    stopUpdateService();
-    OverlayEngineStop();
+    programEnd.performLastActs();
     return status;
 }

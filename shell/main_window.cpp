@@ -5,7 +5,6 @@
 #include "shell/engine_status.h"
 #include "shell/gaze_page.h"
 #include "shell/page_area.h"
-#include "shell/quit_event_filter.h"
 #include "shell/voice_page.h"
 #include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
@@ -55,8 +54,10 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
     row->addWidget(new PageArea(stack, sidebar->width()), 1);
     setCentralWidget(central);
 
+    if (editorPage->offersRecovery())
+        sidebar->setCurrentRow(editorRow);
+
     createTray();
-    new QuitEventFilter(this);
     refreshStatus();
     auto* poll = new QTimer(this);
     connect(poll, &QTimer::timeout, this, &MainWindow::refreshStatus);
@@ -136,6 +137,10 @@ void MainWindow::refreshStatus() {
 void MainWindow::openInEditor(const QString& path) {
     editorPage->loadFile(path);
     sidebar->setCurrentRow(editorRow);
+}
+
+void MainWindow::keepUnsavedChanges() {
+    editorPage->keepUnsavedChanges();
 }
 
 void MainWindow::showAndActivate() {

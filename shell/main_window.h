@@ -21,6 +21,11 @@ public:
     /// `licence` must outlive the window. The engine must have been started.
     MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidget* parent = nullptr);
 
+    void showAndActivate();
+
+    /// Call before the program ends.
+    void keepUnsavedChanges();
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 
@@ -35,7 +40,6 @@ private:
     void refreshStatus();
     void chooseTheme(const ThemeInfo& theme);
     void openInEditor(const QString& path);
-    void showAndActivate();
 
     QListWidget* sidebar = nullptr;
     PageStack* stack = nullptr;

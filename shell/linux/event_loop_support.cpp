@@ -6,13 +6,21 @@
 #include <optional>
 
 struct EventLoopSupport::Parts {
+    explicit Parts(ProgramEnd& programEnd) : quitSignals(programEnd) {}
+
     QuitSignals quitSignals;
     std::optional<GlibPump> glibPump;
 };
 
-EventLoopSupport::EventLoopSupport() : parts(std::make_unique<Parts>()) {
+EventLoopSupport::EventLoopSupport(ProgramEnd& programEnd) : parts(std::make_unique<Parts>(programEnd)) {
     if (!GlibPump::qtServesGlib())
         parts->glibPump.emplace();
 }
 
 EventLoopSupport::~EventLoopSupport() = default;
+
+void exitOnTermination() {
+    QuitSignals::exitUntilCreated();
+}
+
+void endNativeLoops() {}

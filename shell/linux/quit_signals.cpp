@@ -1,20 +1,17 @@
 #include "shell/linux/quit_signals.h"
 
+#include "shell/program_end.h"
+
 #include <fcntl.h>
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <QApplication>
-#include <QDialog>
-#include <QThread>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 
 namespace {
 
 constexpr std::array quitSignalNumbers{SIGTERM, SIGINT, SIGHUP};
-constexpr std::chrono::milliseconds repetitionPause{50};
 constexpr itimerval orderlyEndLimit{{0, 0}, {1, 800'000}};
 
 volatile std::sig_atomic_t writeEnd = -1;
@@ -46,26 +43,20 @@ void setHandler(int number, void (*handler)(int)) {
     sigaction(number, &action, nullptr);
 }
 
-/// A native dialog of the desktop runs a loop that Qt cannot end; it ends when its dialog closes.
-void cancelDialogs() {
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-        auto* dialog = qobject_cast<QDialog*>(window);
-        if (dialog != nullptr && dialog->isVisible())
-            dialog->done(QDialog::Rejected);
-    }
-}
-
 } // namespace
 
-QuitSignals::QuitSignals() {
+void QuitSignals::exitUntilCreated() {
+    for (const int number : quitSignalNumbers)
+        setHandler(number, onTimeUp);
+}
+
+QuitSignals::QuitSignals(ProgramEnd& programEnd) {
     if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0)
         return;
-    QObject::connect(&repetition, &QTimer::timeout, &repetition, [this] { endLoops(); });
     notifier = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
-    QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), [this] {
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), [this, &programEnd] {
         notifier->setEnabled(false);
-        repetition.start(repetitionPause);
-        endLoops();
+        programEnd.begin();
     });
     writeEnd = ends[1];
     setHandler(SIGALRM, onTimeUp);
@@ -80,13 +71,4 @@ QuitSignals::~QuitSignals() {
     writeEnd = -1;
     close(ends[0]);
     close(ends[1]);
-}
-
-void QuitSignals::endLoops() {
-    // Repeated: the application's loop ignores an exit from before its start, and closing a dialog may open
-    // another. Not quit(), which closes the open windows first, and one may refuse.
-    if (rounds++ > 0)
-        cancelDialogs();
-    if (QThread::currentThread()->loopLevel() > 0)
-        QCoreApplication::exit(0);
 }

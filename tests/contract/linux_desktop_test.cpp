@@ -1,11 +1,11 @@
 // Other programs of a Linux session on the X server and the message buses.
 
+#include "common/linux/bus_address.h"
 #include "contract_test.h"
 #include "platform/elements.h"
 #include "platform/injection.h"
 #include "platform/pointer.h"
 
-#include "platform/linux/bus_address.h"
 #include "platform/linux/connection.h"
 #include "platform/linux/key_positions.h"
 #include "platform/linux/raw_keys.h"

@@ -1,10 +1,10 @@
 #include "platform/linux/accessibility.h"
 
+#include "common/linux/bus_address.h"
 #include "platform/elements.h"
 #include "platform/threads.h"
 
 #include "platform/linux/accessible_requests.h"
-#include "platform/linux/bus_address.h"
 
 namespace rotika {
 

@@ -1,10 +1,10 @@
 #include "platform/message_box.h"
 
 #include "base/text.h"
+#include "common/linux/bus_address.h"
+#include "common/linux/owner_bus.h"
 
-#include "platform/linux/bus_address.h"
 #include "platform/linux/connection.h"
-#include "platform/linux/owner_bus.h"
 #include "platform/linux/owner_loop.h"
 #include "platform/linux/warning_window.h"
 

@@ -1,8 +1,9 @@
 #include "platform/linux/session_lock.h"
 
-#include "platform/linux/bus_address.h"
+#include "common/linux/bus_address.h"
+#include "common/linux/owner_bus.h"
+
 #include "platform/linux/connection.h"
-#include "platform/linux/owner_bus.h"
 #include "platform/linux/owner_loop.h"
 #include "platform/linux/root_events.h"
 

@@ -1,13 +1,11 @@
-#include "platform/linux/bus_address.h"
+#include "common/linux/bus_address.h"
 
-#include "platform/linux/glib_handles.h"
-
+#include <gio/gio.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
 #include <cstring>
-
-namespace rotika {
+#include <memory>
 
 std::string sessionBusAddress() {
     const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
@@ -20,8 +18,7 @@ std::string sessionBusAddress() {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode))
         return {};
-    const GPointer<char> escaped(g_dbus_address_escape_value(path.c_str()));
+    const std::unique_ptr<char, decltype(&g_free)> escaped(g_dbus_address_escape_value(path.c_str()),
+                                                           &g_free);
     return std::string("unix:path=") + escaped.get();
 }
-
-} // namespace rotika

@@ -1,9 +1,7 @@
-#include "platform/linux/owner_bus.h"
+#include "common/linux/owner_bus.h"
 
 #include <memory>
 #include <utility>
-
-namespace rotika {
 
 namespace {
 
@@ -38,5 +36,3 @@ void callOnOwnerBus(GDBusConnection* bus, const BusCall& call, GVariant* argumen
                            G_VARIANT_TYPE(call.replyType), call.flags, call.limitMs, nullptr, onReply,
                            kept.release());
 }
-
-} // namespace rotika

@@ -1,11 +1,11 @@
 #pragma once
 
+// Qt defines this name of a GIO structure's member as a macro.
+#undef signals
 #include <gio/gio.h>
 
 #include <functional>
 #include <string>
-
-namespace rotika {
 
 /// Connects to the bus at `address` in the background: a bus that hangs blocks nothing. The owner's loop
 /// calls `connected` once, with null if there is no such bus; replies and signals are also delivered by the
@@ -27,5 +27,3 @@ struct BusCall {
     int limitMs = -1;
 };
 void callOnOwnerBus(GDBusConnection* bus, const BusCall& call, GVariant* arguments, BusReply handler);
-
-} // namespace rotika

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <functional>
+
+// Commands from other processes of the same user to the running program: on Linux by
+// org.freedesktop.Application on the session bus (name pl.rotika.Rotika), on Windows by WM_COPYDATA to a
+// hidden window.
+
+/// A command as it is sent.
+struct ControlCommand {
+    QString name;
+    QStringList arguments;
+};
+
+inline constexpr QStringView quitCommand = u"quit";
+inline constexpr QStringView showCommand = u"show";
+inline constexpr QStringView installVoiceCommand = u"install-voice"; // arguments: absolute paths, may be none
+
+/// From an untrusted sender: false for unknown names and for more or longer arguments than any command has.
+bool isValidCommand(const ControlCommand& command);
+
+/// Receives commands while it exists. A sender of another user is not obeyed. Never blocks: with no session
+/// bus, or one that hangs, there are just no commands. At most one object at a time. Main thread.
+class ControlListener {
+public:
+    using Handler = std::function<void(const ControlCommand&)>;
+
+    /// `isFirstCopy`: the only other case is the second copy, which receives nothing but quit. `quit` is
+    /// called for each quit.
+    ControlListener(bool isFirstCopy, std::function<void()> quit);
+    ~ControlListener();
+    ControlListener(const ControlListener&) = delete;
+    ControlListener& operator=(const ControlListener&) = delete;
+
+    /// Passes all other commands on, at first those that have arrived already.
+    void deliverTo(Handler handler);
+
+    /// For the implementations: a command has arrived.
+    void arrive(const ControlCommand& command);
+
+private:
+    void open(bool isFirstCopy);
+    void close();
+
+    std::function<void()> quit;
+    Handler handler;
+    QList<ControlCommand> early;
+};
+
+/// Sends a command to the first copy; waits some seconds for a copy that is just starting. False if nobody
+/// has received it. Must not be called by a process with a ControlListener. Main thread.
+bool sendToRunningCopy(const ControlCommand& command);
+
+/// Ends all copies of this user that run from this program's folder, the engine without the shell and second
+/// copies included, and waits until they have gone. False if one is left after ten seconds.
+bool quitRunningCopies();

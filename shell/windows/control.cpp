@@ -1,0 +1,237 @@
+#include "shell/control.h"
+
+#include "common/data_folder.h"
+
+// clang-format off
+#include <windows.h>
+#include <tlhelp32.h>
+// clang-format on
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// Every copy of the program has a hidden window of this class. Commands are WM_COPYDATA with this number: the
+// name and the arguments in UTF-16, each ending in a zero; wParam: a window of the sender.
+constexpr wchar_t windowClass[] = L"RotikaControl";
+constexpr wchar_t firstCopyTitle[] = L"Rotika";
+constexpr wchar_t secondCopyTitle[] = L"Rotika (2)";
+constexpr ULONG_PTR commandData = 0x526F7431;
+constexpr DWORD maxDataBytes = 1 << 20;
+constexpr LRESULT commandReceived = 1;
+constexpr UINT replyLimitMs = 2000;
+
+constexpr auto sendLimit = 8s;
+constexpr auto quitLimit = 10s;
+constexpr DWORD retryMs = 100;
+
+/// There is one per process.
+ControlListener* currentListener = nullptr;
+HWND currentWindow = nullptr;
+
+struct HandleCloser {
+    void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+using Handle = std::unique_ptr<std::remove_pointer_t<HANDLE>, HandleCloser>;
+
+std::vector<BYTE> userOf(HANDLE process) {
+    HANDLE opened = nullptr;
+    if (process == nullptr || OpenProcessToken(process, TOKEN_QUERY, &opened) == 0)
+        return {};
+    const Handle token(opened);
+    DWORD size = 0;
+    GetTokenInformation(opened, TokenUser, nullptr, 0, &size);
+    std::vector<BYTE> record(size);
+    if (size == 0 || GetTokenInformation(opened, TokenUser, record.data(), size, &size) == 0)
+        return {};
+    const PSID user = reinterpret_cast<const TOKEN_USER*>(record.data())->User.Sid;
+    const auto* first = static_cast<const BYTE*>(user);
+    return {first, first + GetLengthSid(user)};
+}
+
+bool isOwnUser(HANDLE process) {
+    const std::vector<BYTE> user = userOf(process);
+    return !user.empty() && user == userOf(GetCurrentProcess());
+}
+
+bool isOfOwnUser(HWND sender) {
+    DWORD number = 0;
+    GetWindowThreadProcessId(sender, &number);
+    return isOwnUser(Handle(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, number)).get());
+}
+
+ControlCommand commandOf(const COPYDATASTRUCT& data) {
+    const auto* text = static_cast<const wchar_t*>(data.lpData);
+    const std::size_t length = data.cbData / sizeof(wchar_t);
+    if (data.dwData != commandData || text == nullptr || length == 0 || data.cbData > maxDataBytes ||
+        text[length - 1] != L'\0')
+        return {};
+    QStringList words = QString::fromWCharArray(text, static_cast<qsizetype>(length - 1)).split(QChar(u'\0'));
+    const QString name = words.takeFirst();
+    return {name, words};
+}
+
+LRESULT commandArrived(HWND sender, const COPYDATASTRUCT* data) {
+    const ControlCommand command = data != nullptr ? commandOf(*data) : ControlCommand();
+    if (!isValidCommand(command) || !isOfOwnUser(sender))
+        return 0;
+    // After the reply: a command may open a dialog with a message loop of its own.
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(),
+        [command] {
+            if (currentListener != nullptr)
+                currentListener->arrive(command);
+        },
+        Qt::QueuedConnection);
+    return commandReceived;
+}
+
+LRESULT CALLBACK controlProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    if (message == WM_COPYDATA)
+        return commandArrived(reinterpret_cast<HWND>(wParam),
+                              reinterpret_cast<const COPYDATASTRUCT*>(lParam));
+    return message == WM_CLOSE ? 0 : DefWindowProcW(window, message, wParam, lParam);
+}
+
+/// Top-level, though never shown: only such a window is told of the end of the session.
+HWND createControlWindow(const wchar_t* title) {
+    WNDCLASSW description{};
+    description.lpszClassName = windowClass;
+    description.lpfnWndProc = controlProcedure;
+    description.hInstance = GetModuleHandleW(nullptr);
+    RegisterClassW(&description);
+    return CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_NOACTIVATE, windowClass, title, WS_POPUP, 0, 0, 0, 0,
+                           nullptr, nullptr, description.hInstance, nullptr);
+}
+
+bool send(HWND sender, HWND receiver, const ControlCommand& command) {
+    std::wstring text;
+    for (const QString& word : QStringList(command.name) + command.arguments)
+        text += word.toStdWString() + L'\0';
+    COPYDATASTRUCT data{commandData, static_cast<DWORD>(text.size() * sizeof(wchar_t)), text.data()};
+    DWORD_PTR reply = 0;
+    return SendMessageTimeoutW(receiver, WM_COPYDATA, reinterpret_cast<WPARAM>(sender),
+                               reinterpret_cast<LPARAM>(&data), SMTO_ABORTIFHUNG, replyLimitMs,
+                               &reply) != 0 &&
+           reply == commandReceived;
+}
+
+/// A process of this user that runs from this program's folder.
+struct Copy {
+    DWORD number;
+    Handle process;
+    std::wstring program;
+};
+
+/// The program file's name if it is in `folder`. Compared as files: the path may be written in several ways.
+std::wstring programIn(const std::filesystem::path& folder, HANDLE process) {
+    std::wstring name(32768, L'\0');
+    auto length = static_cast<DWORD>(name.size());
+    if (QueryFullProcessImageNameW(process, 0, name.data(), &length) == 0)
+        return {};
+    name.resize(length);
+    std::error_code failure;
+    const std::filesystem::path file = name;
+    return std::filesystem::equivalent(file.parent_path(), folder, failure) ? file.filename().native()
+                                                                            : std::wstring();
+}
+
+std::vector<Copy> runningCopies() {
+    std::vector<Copy> found;
+    const std::filesystem::path folder = executableFolder();
+    const Handle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Process32FirstW(snapshot.get(), &entry); more != 0;
+         more = Process32NextW(snapshot.get(), &entry)) {
+        const std::wstring program = entry.szExeFile;
+        const bool isOurs =
+            program == L"rotika.exe" || program == L"rotika-engine.exe" || program == L"rotika-guard.exe";
+        if (!isOurs || entry.th32ProcessID == GetCurrentProcessId())
+            continue;
+        Handle process(
+            OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE, FALSE, entry.th32ProcessID));
+        if (process && isOwnUser(process.get()) && !programIn(folder, process.get()).empty())
+            found.push_back({entry.th32ProcessID, std::move(process), program});
+    }
+    return found;
+}
+
+/// Asks one process; it may not be ready for it yet.
+void askToQuit(const Copy& copy) {
+    struct Search {
+        const Copy* copy;
+    } search{&copy};
+    const auto visit = [](HWND window, LPARAM data) noexcept -> BOOL {
+        const Copy& asked = *reinterpret_cast<const Search*>(data)->copy;
+        DWORD process = 0;
+        const DWORD thread = GetWindowThreadProcessId(window, &process);
+        std::wstring name(64, L'\0');
+        name.resize(
+            static_cast<std::size_t>(GetClassNameW(window, name.data(), static_cast<int>(name.size()))));
+        if (process != asked.number)
+            return TRUE;
+        if (asked.program == L"rotika-engine.exe")
+            PostThreadMessageW(thread, WM_QUIT, 0, 0); // ends the loops of its boxes as well
+        else if (name == windowClass)
+            send(currentWindow, window, {quitCommand.toString(), {}});
+        return TRUE;
+    };
+    EnumWindows(visit, reinterpret_cast<LPARAM>(&search));
+}
+
+/// The sender's end of a message.
+struct SenderWindow {
+    SenderWindow() : handle(createControlWindow(L"")) {}
+    ~SenderWindow() { DestroyWindow(handle); }
+    SenderWindow(const SenderWindow&) = delete;
+    SenderWindow& operator=(const SenderWindow&) = delete;
+    HWND handle;
+};
+
+} // namespace
+
+void ControlListener::open(bool isFirstCopy) {
+    currentListener = this;
+    currentWindow = createControlWindow(isFirstCopy ? firstCopyTitle : secondCopyTitle);
+}
+
+void ControlListener::close() {
+    DestroyWindow(currentWindow);
+    currentWindow = nullptr;
+    currentListener = nullptr;
+}
+
+bool sendToRunningCopy(const ControlCommand& command) {
+    const SenderWindow sender;
+    for (const auto limit = Clock::now() + sendLimit; Clock::now() < limit; Sleep(retryMs)) {
+        const HWND receiver = FindWindowW(windowClass, firstCopyTitle);
+        DWORD process = 0;
+        GetWindowThreadProcessId(receiver, &process);
+        AllowSetForegroundWindow(process); // its dialog comes to the front
+        if (receiver != nullptr && send(sender.handle, receiver, command))
+            return true;
+    }
+    return false;
+}
+
+bool quitRunningCopies() {
+    const SenderWindow sender;
+    currentWindow = sender.handle;
+    const auto limit = Clock::now() + quitLimit;
+    for (std::vector<Copy> copies = runningCopies(); !copies.empty(); copies = runningCopies()) {
+        if (Clock::now() >= limit)
+            return false;
+        for (const Copy& copy : copies)
+            askToQuit(copy);
+        WaitForSingleObject(copies.front().process.get(), retryMs);
+    }
+    return true;
+}

@@ -277,6 +277,11 @@ show_doctor() {
     else
         printf '%-16s %s\n' "Qt for Windows" "not built yet; ./dev windows builds it, once"
     fi
+    if have dpkg-query && package_is_installed libarchive-dev && archive_windows_is_built; then
+        printf '%-16s %s\n' "libarchive" "$(archive_windows_prefix), for Windows"
+    else
+        printf '%-16s %s\n' "libarchive" "not built for Windows yet; ./dev windows builds it, once"
+    fi
     show_speech
     show_program "for Linux" "$root/build/linux/rotika/rotika"
     show_speech_beside "$root/build/linux/rotika/rotika" libvosk.so

@@ -17,6 +17,7 @@ namespace {
 /// stay below 10.
 constexpr std::uint64_t highestRatio = 200;
 constexpr std::uint64_t ratioFreeBytes = 1 << 20;
+constexpr qsizetype longestShownName = 60;
 
 QString text(const char* words) {
     return QCoreApplication::translate("ArchiveExtractor", words);
@@ -97,13 +98,14 @@ QString nameOf(archive_entry* entry) {
 /// Checks one entry and adds it if it is a file.
 QString addEntry(archive_entry* entry, ArchiveNames& names, QList<ArchiveFile>& files) {
     const QString name = nameOf(entry);
+    const QString shown = name.left(longestShownName);
     const auto type = archive_entry_filetype(entry);
     if (archive_entry_is_encrypted(entry) != 0)
         return text("Archiwum jest zaszyfrowane hasłem.");
     if ((type != AE_IFREG && type != AE_IFDIR) || archive_entry_hardlink(entry) != nullptr)
-        return text("Archiwum zawiera dowiązanie albo plik specjalny: %1").arg(name);
+        return text("Archiwum zawiera dowiązanie albo plik specjalny: %1").arg(shown);
     if (!names.add(name, type == AE_IFDIR))
-        return text("Archiwum zawiera niedozwoloną nazwę pliku: %1").arg(name);
+        return text("Archiwum zawiera niedozwoloną nazwę pliku: %1").arg(shown);
     if (type == AE_IFDIR)
         return {};
     if (archive_entry_size_is_set(entry) == 0 || archive_entry_size(entry) < 0)

@@ -1,7 +1,9 @@
 #include "shell/file_placement.h"
 
+#include <chrono>
 #include <fstream>
 #include <system_error>
+#include <thread>
 
 namespace {
 
@@ -9,6 +11,8 @@ namespace fs = std::filesystem;
 
 constexpr char8_t workPrefix[] = u8".rotika-voice-install-";
 constexpr int mostWorkFolders = 100;
+constexpr int moveAttempts = 5;
+constexpr std::chrono::milliseconds movePause{20};
 
 fs::path newFolder(const fs::path& work) {
     return work / u8"new";
@@ -33,10 +37,15 @@ bool isPresent(const fs::path& path) {
     return fs::symlink_status(path, failure).type() != fs::file_type::not_found;
 }
 
+/// Virus scanners hold new files open for a moment, which on Windows keeps them where they are.
 bool moveTo(const fs::path& from, const fs::path& to) {
-    std::error_code failure;
-    fs::rename(from, to, failure);
-    return !failure;
+    for (int attempt = 1;; ++attempt) {
+        std::error_code failure;
+        fs::rename(from, to, failure);
+        if (failure != std::errc::permission_denied || attempt == moveAttempts)
+            return !failure;
+        std::this_thread::sleep_for(movePause);
+    }
 }
 
 bool writeNote(const fs::path& path) {

@@ -5,7 +5,6 @@
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QFileInfo>
 #include <QRegularExpression>
 #include <algorithm>
 #include <array>
@@ -37,12 +36,14 @@ QString folderOf(const QString& path) {
     return path.left(path.lastIndexOf('/') + 1);
 }
 
-/// The library itself and the libraries beside it that it needs.
+/// The library itself, and on Windows the libraries beside it that it needs; elsewhere the system has them.
 QString takeLibrary(const QString& library, const QList<ArchiveFile>& files, SpeechPackage& package) {
     package.kind = SpeechPackage::Kind::library;
-    const QString ending = '.' + QFileInfo(library).suffix();
+    const bool needsOthers = library.endsWith(QStringLiteral(".dll"));
     for (const ArchiveFile& file : files) {
-        if (folderOf(file.path) != folderOf(library) || !file.path.endsWith(ending, Qt::CaseInsensitive))
+        const bool isNeeded = needsOthers && folderOf(file.path) == folderOf(library) &&
+                              file.path.endsWith(QStringLiteral(".dll"), Qt::CaseInsensitive);
+        if (file.path != library && !isNeeded)
             continue;
         if (file.path == library && file.size > static_cast<std::uint64_t>(largestLibrary))
             return text("Biblioteka mowy jest za duża.");

@@ -17,6 +17,7 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QPointer>
+#include <QProgressBar>
 #include <QProgressDialog>
 #include <QStandardPaths>
 #include <QThread>
@@ -39,6 +40,11 @@ QString engineVoiceStatus() {
 
 QString configPath() {
     return dataFolder() + '/' + QString::fromUtf16(configFileName);
+}
+
+QString downloadFolder() {
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+    return QFileInfo(folder).isDir() ? folder : QDir::homePath();
 }
 
 /// True when the file then has this content.
@@ -67,6 +73,7 @@ private:
     void awaitStatus();
     void onTick();
     void finish(QMessageBox::Icon icon, const QString& message);
+    QString installedPart() const;
     QString missingPart() const;
 
     QWidget* window;
@@ -117,6 +124,8 @@ void VoiceInstallation::makeDialog() {
     dialog->setAutoClose(false);
     dialog->setAutoReset(false);
     dialog->setMinimumWidth(420);
+    if (auto* bar = dialog->findChild<QProgressBar*>())
+        bar->setAccessibleName(text("Postęp instalacji"));
     connect(dialog, &QProgressDialog::canceled, this, &VoiceInstallation::cancel);
     raiseDialog();
 }
@@ -154,7 +163,10 @@ void VoiceInstallation::onUnpacked() {
             startWorker([work = unpacked.work] { removeWorkFolder(work); }, nullptr);
         deleteLater();
     } else if (!problem.isEmpty()) {
-        finish(QMessageBox::Warning, problem + QStringLiteral("\n\n") + text("Niczego nie zmieniono."));
+        const QString archive = QFileInfo(unpacked.faultyArchive).fileName();
+        const QString title = archive.isEmpty() ? QString() : shortened(archive) + QStringLiteral("\n\n");
+        finish(QMessageBox::Warning,
+               title + problem + QStringLiteral("\n\n") + text("Niczego nie zmieniono."));
     } else if (apply()) {
         startWorker([work = unpacked.work] { removeWorkFolder(work); }, nullptr);
         awaitStatus();
@@ -227,8 +239,8 @@ void VoiceInstallation::onTick() {
     if (!isSettled && !startDeadline.hasExpired())
         return;
     const bool isActive = status == text("aktywny");
-    QString message = isActive ? text("Głos jest zainstalowany i działa.") : text("Głos jest zainstalowany.");
-    message += QStringLiteral("\n\n") + text("Stan: %1").arg(voiceStatusLine());
+    QString message = installedPart();
+    message += QStringLiteral("\n\n") + text("Stan głosu: %1").arg(voiceStatusLine());
     if (const QString missing = missingPart(); !isActive && !missing.isEmpty())
         message += QStringLiteral("\n\n") + missing;
     if (isOldLibraryLoaded)
@@ -236,6 +248,13 @@ void VoiceInstallation::onTick() {
             QStringLiteral("\n\n") +
             text("Nowa biblioteka mowy zacznie działać po zakończeniu i ponownym uruchomieniu programu.");
     finish(isActive ? QMessageBox::Information : QMessageBox::Warning, message);
+}
+
+QString VoiceInstallation::installedPart() const {
+    if (unpacked.hasLibrary && !unpacked.modelFolder.isEmpty())
+        return text("Biblioteka mowy i model języka są zainstalowane.");
+    return unpacked.hasLibrary ? text("Biblioteka mowy jest zainstalowana.")
+                               : text("Model języka jest zainstalowany.");
 }
 
 /// A hint at the archive that was not installed yet.
@@ -251,7 +270,7 @@ QString VoiceInstallation::missingPart() const {
 void VoiceInstallation::finish(QMessageBox::Icon icon, const QString& message) {
     ticker.stop();
     delete dialog;
-    QMessageBox* box = makeBox(window, icon, text("Instalacja głosu"), message);
+    QMessageBox* box = makeBox(window, icon, text("Głos"), message);
     box->open();
     deleteLater();
 }
@@ -269,8 +288,7 @@ void installVoice(const QStringList& files, QWidget* window) {
     if (chosen.isEmpty() && !isAsking) {
         isAsking = true;
         chosen = askFilesToOpen(window, text("Wybierz pobrane archiwa głosu: bibliotekę mowy i model języka"),
-                                QStandardPaths::writableLocation(QStandardPaths::DownloadLocation),
-                                text("Archiwa zip (*.zip)"));
+                                downloadFolder(), text("Archiwa zip (*.zip)"));
         isAsking = false;
     }
     if (!chosen.isEmpty() && !running)

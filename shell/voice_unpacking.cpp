@@ -18,20 +18,18 @@ QString text(const char* words) {
     return QCoreApplication::translate("VoiceUnpacking", words);
 }
 
-QString withName(const QString& archive, const QString& problem) {
-    return QFileInfo(archive).fileName() + QStringLiteral("\n\n") + problem;
-}
-
 PlacedName placedName(const QString& name) {
     const QByteArray bytes = name.toUtf8();
     return {bytes.begin(), bytes.end()};
 }
 
-QString recogniseAll(const QStringList& archives, QList<SpeechPackage>& packages) {
+QString recogniseAll(const QStringList& archives, QList<SpeechPackage>& packages, UnpackedVoice& unpacked) {
     for (const QString& archive : archives) {
         SpeechPackage package;
-        if (QString problem = recognisePackage(archive, package); !problem.isEmpty())
-            return withName(archive, problem);
+        if (QString problem = recognisePackage(archive, package); !problem.isEmpty()) {
+            unpacked.faultyArchive = archive;
+            return problem;
+        }
         for (const SpeechPackage& other : packages)
             if (other.kind == package.kind)
                 return text(
@@ -93,8 +91,10 @@ QString unpackAll(const QList<SpeechPackage>& packages, UnpackingProgress& progr
         QString::fromUtf8(reinterpret_cast<const char*>(work.data()), static_cast<qsizetype>(work.size())) +
         QStringLiteral("/new"));
     for (const SpeechPackage& package : packages) {
-        if (QString problem = unpack(package, folder, progress.extraction); !problem.isEmpty())
-            return withName(package.archive, problem);
+        if (QString problem = unpack(package, folder, progress.extraction); !problem.isEmpty()) {
+            unpacked.faultyArchive = package.archive;
+            return problem;
+        }
         addNames(package, unpacked);
     }
     return {};
@@ -104,7 +104,7 @@ QString unpackAll(const QList<SpeechPackage>& packages, UnpackingProgress& progr
 
 QString unpackVoice(const QStringList& archives, UnpackingProgress& progress, UnpackedVoice& unpacked) {
     QList<SpeechPackage> packages;
-    if (QString problem = recogniseAll(archives, packages); !problem.isEmpty())
+    if (QString problem = recogniseAll(archives, packages, unpacked); !problem.isEmpty())
         return problem;
     std::uint64_t bytes = 0;
     for (const SpeechPackage& package : packages)

@@ -14,7 +14,8 @@ struct UnpackedVoice {
     std::filesystem::path work; // empty if nothing was unpacked
     std::vector<PlacedName> names;
     bool hasLibrary = false;
-    QString modelFolder; // empty if there is no model
+    QString modelFolder;   // empty if there is no model
+    QString faultyArchive; // the cause of the failure, if it was one archive
 };
 
 /// What the thread that shows the progress reads meanwhile.

@@ -9,12 +9,11 @@ namespace {
 
 /// An entry of a zip archive; what its headers say may differ from what it holds.
 struct Entry {
-    QByteArray name;
-    QByteArray content = "content";
+    QByteArray name, content = "content";
     quint16 flags = 0; // 1: encrypted
     quint16 unixType = 0100000;
     quint32 sizeMore = 0, checksumMore = 0;
-    bool isPacked = false;
+    quint16 method = 0; // 8: packed
 };
 
 quint32 checksumOf(const QByteArray& bytes) {
@@ -27,37 +26,30 @@ quint32 checksumOf(const QByteArray& bytes) {
     return ~rest;
 }
 
+/// Each number in as many bytes as its type has.
+template <typename... Numbers>
+QByteArray joined(Numbers... numbers) {
+    return (QByteArray(reinterpret_cast<const char*>(&numbers), sizeof numbers) + ...);
+}
+
 QByteArray zip(const QList<Entry>& entries) {
     QByteArray bytes, directory;
-    const auto put = [](QByteArray& to, quint64 value, int size) {
-        for (int i = 0; i < size; ++i)
-            to += static_cast<char>(value >> 8 * i);
-    };
-    for (const Entry& entry : entries) {
-        const QByteArray wrapped = qCompress(entry.content, 9); // a length and zlib's header and checksum
-        const QByteArray stored = entry.isPacked ? wrapped.mid(6).chopped(4) : entry.content;
-        QByteArray common;
-        for (const quint64 half :
-             {quint64{20}, quint64{entry.flags}, quint64{entry.isPacked ? 8U : 0U}, quint64{0}, quint64{33}})
-            put(common, half, 2);
-        put(common, checksumOf(entry.content) + entry.checksumMore, 4);
-        put(common, static_cast<quint64>(stored.size()), 4);
-        put(common, static_cast<quint64>(entry.content.size()) + entry.sizeMore, 4);
-        put(common, static_cast<quint64>(entry.name.size()), 2);
-        put(common, 0, 2);
-        directory += QByteArray("PK\1\2\24\3", 6) + common + QByteArray(6, '\0');
-        put(directory, quint64{entry.unixType | 0644U} << 16, 4);
-        put(directory, static_cast<quint64>(bytes.size()), 4);
-        directory += entry.name;
-        bytes += "PK\3\4" + common + entry.name + stored;
+    for (const auto& [name, content, flags, type, sizeMore, checksumMore, method] : entries) {
+        const QByteArray packed =
+            qCompress(content, 9).mid(6).chopped(4); // without zlib's header and checksum
+        const QByteArray& stored = method == 0 ? content : packed;
+        const QByteArray common =
+            joined(quint16{20}, flags, method, 33U << 16, checksumOf(content) + checksumMore,
+                   static_cast<quint32>(stored.size()), static_cast<quint32>(content.size()) + sizeMore,
+                   static_cast<quint32>(name.size()));
+        directory += "PK\1\2\24\3" + common + QByteArray(6, '\0') +
+                     joined((type | 0644U) << 16, static_cast<quint32>(bytes.size())) + name;
+        bytes += "PK\3\4" + common + name + stored;
     }
-    QByteArray end("PK\5\6\0\0\0\0", 8);
-    for (int i = 0; i < 2; ++i)
-        put(end, static_cast<quint64>(entries.size()), 2);
-    put(end, static_cast<quint64>(directory.size()), 4);
-    put(end, static_cast<quint64>(bytes.size()), 4);
-    put(end, 0, 2);
-    return bytes + directory + end;
+    const auto count = static_cast<quint16>(entries.size());
+    return bytes + directory + "PK\5\6" +
+           joined(0U, count, count, static_cast<quint32>(directory.size()),
+                  static_cast<quint32>(bytes.size()), quint16{0});
 }
 
 } // namespace
@@ -74,8 +66,8 @@ TEST(Archive, IsUnpackedOnlyIfSafeAndWhole) {
         ExtractionProgress progress;
         return extractFiles(archive, {{files.constLast().path, target}}, progress);
     };
-    const QByteArray content(100'000, 'x');
-    const QByteArray good = zip({{"a/", {}, 0, 0040000}, {"a/b.txt", content, 0, 0100000, 0, 0, true}});
+    const QByteArray content(20'000, 'x');
+    const QByteArray good = zip({{"a/", {}, 0, 0040000}, {"a/b.txt", content, 0, 0100000, 0, 0, 8}});
     EXPECT_EQ(problemOf(good), "");
     EXPECT_EQ(bytesOf(target), content);
 
@@ -83,17 +75,15 @@ TEST(Archive, IsUnpackedOnlyIfSafeAndWhole) {
          {"../x", "a/../../x", "/x", "C:/x", "C:x", "a\\..\\x", "a//x", "./x", "", "x.", "x ", "con",
           "a/NUL.txt", "Com1 .dat", "a:stream", "x\x01", "za\xc5\xbc\xc3\xb3\xc5\x82\xc4\x87", "a?"})
         EXPECT_NE(problemOf(zip({{name}})), "") << name;
-    EXPECT_NE(problemOf(zip({{QByteArray(300, 'x')}})), "");
     for (const auto& [first, second] :
          {std::pair("a/X", "a/x"), {"A/x", "a/y"}, {"x", "x"}, {"a", "a/x"}, {"a/x", "A"}})
         EXPECT_NE(problemOf(zip({{first}, {second}})), "") << first << " " << second;
     EXPECT_NE(problemOf(zip({{"link", "/etc/passwd", 0, 0120000}})), "");
-    EXPECT_NE(problemOf(zip({{"pipe", "", 0, 0010000}})), "");
     EXPECT_NE(problemOf(zip({{"x", "0123456789abcdef", 1}})), "") << "encrypted";
     EXPECT_NE(problemOf(zip({{"x", "text", 0, 0100000, 0, 1}})), "") << "checksum";
     for (const quint32 more : {1U, 0xfffff000U, 0x7fffffffU})
-        EXPECT_NE(problemOf(zip({{"x", content, 0, 0100000, more, 0, true}})), "") << "size " << more;
-    EXPECT_NE(problemOf(zip({{"x", QByteArray(60'000'000, '\0'), 0, 0100000, 0, 0, true}})), "") << "ratio";
+        EXPECT_NE(problemOf(zip({{"x", content, 0, 0100000, more, 0, 8}})), "") << "size " << more;
+    EXPECT_NE(problemOf(zip({{"x", QByteArray(8'000'000, '\0'), 0, 0100000, 0, 0, 8}})), "") << "ratio";
     QList<Entry> many;
     for (int i = 0; i <= mostArchiveEntries; ++i)
         many.append({QByteArray::number(i)});
@@ -140,10 +130,7 @@ TEST(SpeechPackage, IsRefusedWithTheReason) {
     for (const auto& [names, reason] : refused)
         EXPECT_TRUE(problemOf(names).contains(reason)) << reason;
     const QString library = folder.filePath("library");
-    for (const QByteArray& bytes : {QByteArray(), QByteArray("MZ"),
-                                    QByteArray("\x7f"
-                                               "ELF"),
-                                    QByteArray(200, '\xff')}) {
+    for (const QByteArray& bytes : {QByteArray(), QByteArray("MZ"), QByteArray("\177ELF")}) {
         writeFile(library, bytes);
         EXPECT_TRUE(checkSpeechLibrary(library).contains("nie jest biblioteką"));
     }

@@ -1,5 +1,5 @@
 # Building the program for either system, starting it, the demo and the benchmarks. Sourced after common.sh,
-# packages.sh, qt_windows.sh and voice.sh.
+# packages.sh, qt_windows.sh, archive_windows.sh and voice.sh.
 
 use_ccache() {
     have ccache || return 0
@@ -41,8 +41,9 @@ windows_options=(-DROTIKA_UPDATE_KEY= -DROTIKA_UPDATE_FEED=https://rotika.exampl
 build_windows() {
     need_packages windows
     need_qt_windows
+    need_archive_windows
     build_preset windows "${program_targets[@]}" rotika-engine -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)" \
-        "${windows_options[@]}"
+        -DROTIKA_ARCHIVE_WINDOWS="$(archive_windows_prefix)" "${windows_options[@]}"
     note "The program: $root/build/windows/rotika/rotika.exe"
     note "The engine alone: $root/build/windows/rotika/rotika-engine.exe"
 }

@@ -36,6 +36,8 @@ NO_IMPLEMENTATION = {
     ("threads", "linux"): "the standard library's threads serve both systems, in platform/threads.cpp",
     ("threads", "windows"): "the same",
 }
+# Third-party libraries outside the platform folders, each in one file.
+THIRD_PARTY = {"shell/archive_extractor.cpp": ("archive.h", "archive_entry.h")}
 # A header of the seam that declares no function.
 NO_SOURCE = {"input_guard_protocol"}
 
@@ -86,6 +88,8 @@ def fault_of_product_include(name, target):
 def fault_of_other_include(name, header):
     """Why `name` may not include <header>; None if it may."""
     folder, system = folder_of(name)
+    if header in THIRD_PARTY.get(name, ()):
+        return None
     if re.fullmatch(r"[a-z_0-9]+", header):  # standard library headers have no suffix
         return None
     if folder in ("shell", "licence") and re.match(r"Q[A-Za-z]*$|Qt[A-Za-z]+/", header):

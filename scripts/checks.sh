@@ -195,7 +195,9 @@ run_mutants() {
     need_packages build test windows wine
     need_speech
     use_ccache
-    ROTIKA_MUTANTS_CMAKE="-DROTIKA_QT_WINDOWS=$(qt_windows_prefix)" python3 -B "$root/tools/mutants.py" "$@"
+    need_archive_windows
+    ROTIKA_MUTANTS_CMAKE="-DROTIKA_QT_WINDOWS=$(qt_windows_prefix) -DROTIKA_ARCHIVE_WINDOWS=$(archive_windows_prefix)" \
+        python3 -B "$root/tools/mutants.py" "$@"
 }
 
 # run_attack seconds [seed]: the random fault campaign, half of the time on each build.
@@ -219,10 +221,12 @@ attack() {
 test_windows() {
     need_packages build test windows wine
     need_qt_windows
+    need_archive_windows
     prepare_speech
     step "Wine prefix" "$root/scripts/wine.sh" --prepare
     step "Build for Windows" build_preset windows rotika-engine tests_unit tests_shell tests_contract tests_scenarios \
-        -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)" "${windows_options[@]}"
+        -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)" -DROTIKA_ARCHIVE_WINDOWS="$(archive_windows_prefix)" \
+        "${windows_options[@]}"
     step_passed || return 0
     if [ -z "$1" ]; then
         step "Tests under Wine: unit, shell" run_under_wine 'unit|shell'
@@ -274,6 +278,11 @@ show_doctor() {
         printf '%-16s %s\n' "Qt for Windows" "$(qt_windows_prefix)"
     else
         printf '%-16s %s\n' "Qt for Windows" "not built yet; ./dev windows builds it, once"
+    fi
+    if have dpkg-query && package_is_installed libarchive-dev && archive_windows_is_built; then
+        printf '%-16s %s\n' "libarchive" "$(archive_windows_prefix), for Windows"
+    else
+        printf '%-16s %s\n' "libarchive" "not built for Windows yet; ./dev windows builds it, once"
     fi
     show_speech
     show_program "for Linux" "$root/build/linux/rotika/rotika"

@@ -8,6 +8,7 @@ packages_build="
     qt6-base-dev
     libx11-dev libxext-dev libxi-dev libxfixes-dev libxtst-dev libxrandr-dev libxdamage-dev libxkbcommon-dev
     libcairo2-dev libpango1.0-dev libgdk-pixbuf-2.0-dev libglib2.0-dev libatspi2.0-dev libpulse-dev
+    libarchive-dev
     libgtest-dev libbenchmark-dev"
 
 # Running the tests, the demo and the benchmarks on a private screen.
@@ -30,6 +31,7 @@ packages_windows="
     g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev libwine-dev
     cmake ninja-build pkg-config ccache librsvg2-bin icoutils
     qt6-base-dev qt6-base-dev-tools googletest
+    libarchive-dev libz-mingw-w64-dev
     dpkg-dev perl"
 
 # Running the Windows build under Wine.

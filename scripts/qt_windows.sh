@@ -1,5 +1,5 @@
 # Qt for Windows, built once from Debian's own source package into the cache.
-# Sourced after common.sh and packages.sh.
+# Sourced after common.sh, packages.sh and source_packages.sh.
 
 # Only Core, Gui, Widgets and Test: everything else off, bundled copies of the third-party libraries on.
 # OpenGL is disabled by its input variable, since the feature alone leaves dynamic OpenGL partly enabled; tablet events
@@ -44,7 +44,7 @@ build_qt_windows() {
     ! qt_windows_is_built || return 0
     say "Building Qt for Windows from source: once, about 25 minutes on two cores ($work)"
     mkdir -p "$work"
-    fetch_qt_source "$work"
+    fetch_source_package "$work" qt6-base "$(qt_host_version)"
     configure_qt_windows "$work"
     nice -n 19 cmake --build "$work/build" --parallel "$jobs"
     rm -rf "$work/install"
@@ -53,56 +53,6 @@ build_qt_windows() {
     mv "$work/install/qt" "$prefix"
     rm -rf "$work"
     note "Qt for Windows is installed in $prefix"
-}
-
-# apt-get on separate lists with the deb-src counterparts of the system's package sources. It changes nothing in the
-# system's apt and needs no root.
-private_apt_get() {
-    local apt=$1
-    shift
-    apt-get -q \
-        -o Dir::Etc::sourcelist="$apt/sources.list" -o Dir::Etc::sourceparts="$apt/sources.list.d" \
-        -o Dir::State::lists="$apt/lists" -o Dir::Cache="$apt/cache" -o Dir::Cache::pkgcache= \
-        -o Dir::Cache::srcpkgcache= -o APT::Sandbox::User="$(id -un)" "$@"
-}
-
-write_private_sources() {
-    local apt=$1 file
-    mkdir -p "$apt/sources.list.d" "$apt/lists/partial" "$apt/cache/archives/partial"
-    : >"$apt/sources.list"
-    if [ -f /etc/apt/sources.list ]; then
-        sed -n 's/^[[:space:]]*deb[[:space:]]/deb-src /p' /etc/apt/sources.list >"$apt/sources.list"
-    fi
-    for file in /etc/apt/sources.list.d/*.list; do
-        [ -f "$file" ] || continue
-        sed -n 's/^[[:space:]]*deb[[:space:]]/deb-src /p' "$file" >"$apt/sources.list.d/${file##*/}"
-    done
-    for file in /etc/apt/sources.list.d/*.sources; do
-        [ -f "$file" ] || continue
-        sed 's/^[Tt]ypes:.*/Types: deb-src/' "$file" >"$apt/sources.list.d/${file##*/}"
-    done
-}
-
-# download_source_package work name version: the files of the source package, into work/package.
-download_source_package() {
-    local work=$1
-    write_private_sources "$work/apt"
-    # A package source without deb-src fails here, which is harmless if another one has the package.
-    private_apt_get "$work/apt" update || note "Some sources could not be read; continuing with the others."
-    rm -rf "$work/package"
-    mkdir -p "$work/package"
-    (cd "$work/package" && private_apt_get "$work/apt" source --download-only "$2=$3")
-}
-
-fetch_qt_source() {
-    local work=$1 version
-    [ ! -d "$work/source" ] || return 0
-    version=$(qt_host_version)
-    say "Fetching the source package of Qt $version"
-    download_source_package "$work" qt6-base "$version"
-    rm -rf "$work/source.partial"
-    dpkg-source --no-check -x "$work/package/"*.dsc "$work/source.partial"
-    mv "$work/source.partial" "$work/source"
 }
 
 # The prefix is a placeholder "/qt", installed under DESTDIR: the result is relocatable.

@@ -26,9 +26,13 @@ void prepareList(QFileDialog& dialog) {
     dialog.resize(QSize(760, 480).boundedTo(maximumWindowSize(*dialog.parentWidget())));
 }
 
-QString chosenFile(QFileDialog& dialog) {
+QStringList chosenFiles(QFileDialog& dialog) {
     prepareList(dialog);
-    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
+}
+
+QString chosenFile(QFileDialog& dialog) {
+    return chosenFiles(dialog).value(0);
 }
 
 bool mayOverwrite(QWidget* parent, const QString& title, const QString& path) {
@@ -49,6 +53,13 @@ QString askFileToOpen(QWidget* parent, const QString& title, const QString& star
     QFileDialog dialog(parent, title, start, filter);
     dialog.setFileMode(QFileDialog::ExistingFile);
     return chosenFile(dialog);
+}
+
+QStringList askFilesToOpen(QWidget* parent, const QString& title, const QString& start,
+                           const QString& filter) {
+    QFileDialog dialog(parent, title, start, filter);
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    return chosenFiles(dialog);
 }
 
 QString askFileToSave(QWidget* parent, const QString& title, const QString& start, const QString& filter,

@@ -34,6 +34,11 @@ void quitForUpdate() {
     QMetaObject::invokeMethod(QCoreApplication::instance(), "quit", Qt::QueuedConnection);
 }
 
+void stopServices() {
+    stopUpdateService();
+    OverlayEngineStop();
+}
+
 /// The exit status if the program has nothing more to do, without a screen.
 std::optional<int> runWithoutWindow(const CommandLine& line) {
     switch (line.launch) {
@@ -70,10 +75,12 @@ int runAsSecondCopy(const CommandLine& line) {
 }
 
 void obey(const ControlCommand& command, MainWindow& window) {
-    if (command.name == showCommand)
+    if (command.name == showCommand) {
         window.showAndActivate();
-    else if (command.name == installVoiceCommand)
+    } else if (command.name == installVoiceCommand) {
+        window.showAndActivate(); // it may be hidden in the tray
         installVoice(command.arguments, &window);
+    }
 }
 
 /// What the program was started for, and what other processes ask for from then on.
@@ -115,6 +122,7 @@ int main(int argc, char** argv) {
 
     applyTheme(savedTheme());
     QDir::setCurrent(dataFolder());
+    finishVoiceInstallation();
 
     LicenceCheck licence;
     const LicenceResult licenceResult = licence.check();
@@ -122,12 +130,13 @@ int main(int argc, char** argv) {
         return 0;
 
     OverlayEngineStart();
-    programEnd.setLastActs([] {
-        stopUpdateService();
-        OverlayEngineStop();
-    });
+    programEnd.setLastActs(stopServices);
     const bool startsInTray = line.launch == Launch::minimized && waitForTray(trayLimitMs);
     MainWindow window(licence, licenceResult);
+    programEnd.setLastActs([&window] {
+        window.keepUnsavedChanges(); // first: stopping the engine may take seconds
+        stopServices();
+    });
     // Without a tray there would be no way to the window.
     if (!startsInTray)
         window.show();

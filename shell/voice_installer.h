@@ -4,6 +4,12 @@
 
 class QWidget;
 
-/// Installs voice from downloaded archives; without files the user chooses them. May show dialogs over
-/// `parent`. Main thread.
-void installVoice(const QStringList& files, QWidget* parent);
+/// Installs the speech library, a language model or both from their makers' zip archives, shows the progress
+/// and starts voice control. With no files the user is asked for them. Everything is checked before anything
+/// is replaced; after a failure or a cancellation the data folder is as before. Returns while the
+/// installation goes on; one at a time. `window` is a top-level window, shown. Main thread.
+void installVoice(const QStringList& files, QWidget* window);
+
+/// Takes back an installation that the end of the process interrupted and removes its files. Call once,
+/// before the engine starts.
+void finishVoiceInstallation();

@@ -18,11 +18,13 @@ public:
     /// `openInEditor` may be empty.
     explicit VoicePage(OpenInEditor openInEditor, QWidget* parent = nullptr);
 
+    /// Call when something else has changed config.json, or the next change here would undo it.
+    void fillFromConfig();
+
 private:
     QWidget* makeStatus();
     QWidget* makeSwitches();
     QWidget* makePhrases();
-    void fillFromConfig();
     void saveSettings();
     void refreshStatus();
     void refreshPhrases();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/relaxed.h"
+#include "common/file_names.h"
 #include "common/limits.h"
 #include "model/wheel_records.h"
 
@@ -23,7 +24,7 @@ struct EngineConfig {
     std::u16string gazeDllPath;
     bool voiceEnabled = true;
     Relaxed<bool> voiceGlobal = true;
-    std::u16string voiceModel = u"vosk-model-small-pl-0.22";
+    std::u16string voiceModel = defaultSpeechModelName;
     std::u16string voiceDllPath;
 };
 

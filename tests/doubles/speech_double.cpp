@@ -60,6 +60,8 @@ extern "C" void vosk_recognizer_free(void* /*recognizer*/) {
 }
 
 #ifndef WITHOUT_OPTIONAL
+extern "C" void vosk_set_log_level(int /*level*/) {}
+
 extern "C" int vosk_model_find_word(void* /*model*/, const char* /*word*/) {
     return 1;
 }

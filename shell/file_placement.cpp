@@ -1,0 +1,142 @@
+#include "shell/file_placement.h"
+
+#include <chrono>
+#include <fstream>
+#include <system_error>
+#include <thread>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char8_t workPrefix[] = u8".rotika-voice-install-";
+constexpr int mostWorkFolders = 100;
+constexpr int moveAttempts = 5;
+constexpr std::chrono::milliseconds movePause{20};
+
+fs::path newFolder(const fs::path& work) {
+    return work / u8"new";
+}
+
+fs::path oldFolder(const fs::path& work) {
+    return work / u8"old";
+}
+
+/// Has an empty file for each new one that replaces nothing.
+fs::path addedFolder(const fs::path& work) {
+    return work / u8"added";
+}
+
+fs::path confirmation(const fs::path& work) {
+    return work / u8"confirmed";
+}
+
+/// A link is never followed.
+bool isPresent(const fs::path& path) {
+    std::error_code failure;
+    return fs::symlink_status(path, failure).type() != fs::file_type::not_found;
+}
+
+/// Virus scanners hold new files open for a moment, which on Windows keeps them where they are.
+bool moveTo(const fs::path& from, const fs::path& to) {
+    for (int attempt = 1;; ++attempt) {
+        std::error_code failure;
+        fs::rename(from, to, failure);
+        if (failure != std::errc::permission_denied || attempt == moveAttempts)
+            return !failure;
+        std::this_thread::sleep_for(movePause);
+    }
+}
+
+bool writeNote(const fs::path& path) {
+    std::ofstream note(path);
+    note.close();
+    return !note.fail();
+}
+
+/// The new one comes after the old one has left: no system exchanges two folders in one step on all disks.
+bool place(const fs::path& work, const PlacedName& name) {
+    const fs::path target = work.parent_path() / name;
+    if (isPresent(target) ? !moveTo(target, oldFolder(work) / name) : !writeNote(addedFolder(work) / name))
+        return false;
+    return moveTo(newFolder(work) / name, target);
+}
+
+/// Moves the new one back, if it has been placed.
+void withdraw(const fs::path& work, const fs::path& name) {
+    if (!isPresent(newFolder(work) / name))
+        moveTo(work.parent_path() / name, newFolder(work) / name);
+}
+
+std::vector<fs::path> entriesOf(const fs::path& folder) {
+    std::vector<fs::path> found;
+    std::error_code failure;
+    for (fs::directory_iterator at(folder, failure), end; !failure && at != end; at.increment(failure))
+        found.push_back(at->path());
+    return found;
+}
+
+} // namespace
+
+fs::path makeWorkFolder(const fs::path& dataFolder) {
+    for (int number = 1; number <= mostWorkFolders; ++number) {
+        std::error_code failure;
+        fs::path work = dataFolder / workPrefix;
+        work += std::to_string(number);
+        if (!fs::create_directory(work, failure)) // left from before, as a replaced library in use
+            continue;
+        if (fs::create_directory(newFolder(work), failure) &&
+            fs::create_directory(oldFolder(work), failure) &&
+            fs::create_directory(addedFolder(work), failure))
+            return work;
+        removeWorkFolder(work);
+        return {};
+    }
+    return {};
+}
+
+bool placeFiles(const fs::path& work, const std::vector<PlacedName>& names) {
+    for (const PlacedName& name : names) {
+        if (!place(work, name)) {
+            unplaceFiles(work);
+            return false;
+        }
+    }
+    return true;
+}
+
+void unplaceFiles(const fs::path& work) {
+    for (const fs::path& note : entriesOf(addedFolder(work)))
+        withdraw(work, note.filename());
+    for (const fs::path& old : entriesOf(oldFolder(work))) {
+        withdraw(work, old.filename());
+        moveTo(old, work.parent_path() / old.filename());
+    }
+}
+
+bool confirmPlacement(const fs::path& work) {
+    return writeNote(confirmation(work));
+}
+
+void removeWorkFolder(const fs::path& work) noexcept {
+    std::error_code ignored;
+    fs::remove_all(newFolder(work), ignored);
+    // What could not be put back is kept for the next start.
+    if (!isPresent(confirmation(work)) && !entriesOf(oldFolder(work)).empty())
+        return;
+    // The notes before the confirmation: a start between the two must not take anything back.
+    fs::remove_all(addedFolder(work), ignored);
+    fs::remove_all(oldFolder(work), ignored);
+    if (!isPresent(oldFolder(work)))
+        fs::remove_all(work, ignored);
+}
+
+void finishPlacements(const fs::path& dataFolder) {
+    for (const fs::path& work : entriesOf(dataFolder)) {
+        if (!work.filename().u8string().starts_with(workPrefix))
+            continue;
+        if (!isPresent(confirmation(work)))
+            unplaceFiles(work);
+        removeWorkFolder(work);
+    }
+}

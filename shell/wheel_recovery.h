@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QThreadPool>
 #include <QTimer>
+#include <memory>
 #include <optional>
 
 /// Unsaved changes of a wheel file that an earlier run has kept.
@@ -25,6 +26,7 @@ class WheelRecovery : public QObject {
 
 public:
     explicit WheelRecovery(QObject* parent = nullptr);
+    ~WheelRecovery() override;
 
     /// Call after each change. The file is written within seconds, in the background.
     void keep(const WheelDocument& document);
@@ -58,7 +60,7 @@ private:
     void write();
 
     QTimer delay;
-    QThreadPool writer; // one thread: the order matters
+    std::unique_ptr<QThreadPool> writer; // one thread: the order matters
     std::optional<WheelDocument> pending;
     QString ownedFor; // the wheel file whose recovery file this run has written; empty: none
     bool isBlocked = false;

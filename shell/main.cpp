@@ -34,6 +34,11 @@ void quitForUpdate() {
     QMetaObject::invokeMethod(QCoreApplication::instance(), "quit", Qt::QueuedConnection);
 }
 
+void stopServices() {
+    stopUpdateService();
+    OverlayEngineStop();
+}
+
 /// The exit status if the program has nothing more to do, without a screen.
 std::optional<int> runWithoutWindow(const CommandLine& line) {
     switch (line.launch) {
@@ -123,12 +128,13 @@ int main(int argc, char** argv) {
         return 0;
 
     OverlayEngineStart();
-    programEnd.setLastActs([] {
-        stopUpdateService();
-        OverlayEngineStop();
-    });
+    programEnd.setLastActs(stopServices);
     const bool startsInTray = line.launch == Launch::minimized && waitForTray(trayLimitMs);
     MainWindow window(licence, licenceResult);
+    programEnd.setLastActs([&window] {
+        window.keepUnsavedChanges(); // first: stopping the engine may take seconds
+        stopServices();
+    });
     // Without a tray there would be no way to the window.
     if (!startsInTray)
         window.show();

@@ -54,6 +54,9 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
     row->addWidget(new PageArea(stack, sidebar->width()), 1);
     setCentralWidget(central);
 
+    if (editorPage->offersRecovery())
+        sidebar->setCurrentRow(editorRow);
+
     createTray();
     refreshStatus();
     auto* poll = new QTimer(this);
@@ -134,6 +137,10 @@ void MainWindow::refreshStatus() {
 void MainWindow::openInEditor(const QString& path) {
     editorPage->loadFile(path);
     sidebar->setCurrentRow(editorRow);
+}
+
+void MainWindow::keepUnsavedChanges() {
+    editorPage->keepUnsavedChanges();
 }
 
 void MainWindow::showAndActivate() {

@@ -23,6 +23,9 @@ public:
 
     void showAndActivate();
 
+    /// Call before the program ends.
+    void keepUnsavedChanges();
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 

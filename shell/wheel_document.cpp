@@ -87,17 +87,36 @@ QJsonArray actionsToJson(const EditorWheel& wheel) {
     return actions;
 }
 
-QJsonObject rootOf(const WheelDocument& document) {
-    if (!document.multiWheel)
-        return {
-            {"actions", document.wheels.isEmpty() ? QJsonArray() : actionsToJson(document.wheels.first())}};
-    QJsonArray wheels;
-    for (const EditorWheel& wheel : document.wheels)
-        wheels.append(QJsonObject{{"name", wheel.name}, {"actions", actionsToJson(wheel)}});
-    return {{"wheels", wheels}};
+} // namespace
+
+QJsonObject WheelDocument::root() const {
+    if (!multiWheel)
+        return {{"actions", wheels.isEmpty() ? QJsonArray() : actionsToJson(wheels.first())}};
+    QJsonArray array;
+    for (const EditorWheel& wheel : wheels)
+        array.append(QJsonObject{{"name", wheel.name}, {"actions", actionsToJson(wheel)}});
+    return {{"wheels", array}};
 }
 
-} // namespace
+QByteArray WheelDocument::toJson() const {
+    return QJsonDocument(root()).toJson();
+}
+
+bool WheelDocument::setRoot(const QJsonObject& root) {
+    wheels.clear();
+    multiWheel = root["wheels"].isArray();
+    if (multiWheel) {
+        for (const QJsonValue& wheel : root["wheels"].toArray())
+            wheels.append(wheelFromJson(wheel.toObject()));
+    } else if (root["actions"].isArray()) {
+        wheels.append(wheelFromJson({{"actions", root["actions"]}}));
+    } else {
+        return false;
+    }
+    if (wheels.isEmpty())
+        wheels.append({QStringLiteral("Koło 1"), {}});
+    return true;
+}
 
 bool WheelDocument::load(const QString& filePath, QString* error) {
     const std::optional<QByteArray> bytes = readFile(filePath);
@@ -111,23 +130,12 @@ bool WheelDocument::load(const QString& filePath, QString* error) {
         report(error, QStringLiteral("Błąd JSON: %1").arg(fault.errorString()));
         return false;
     }
-    const QJsonObject root = json.object();
-    wheels.clear();
     path = filePath;
     lastKnownContent = *bytes;
-    if (root["wheels"].isArray()) {
-        multiWheel = true;
-        for (const QJsonValue& wheel : root["wheels"].toArray())
-            wheels.append(wheelFromJson(wheel.toObject()));
-    } else if (root["actions"].isArray()) {
-        multiWheel = false;
-        wheels.append(wheelFromJson({{"actions", root["actions"]}}));
-    } else {
+    if (!setRoot(json.object())) {
         report(error, QStringLiteral("Plik nie zawiera \"wheels\" ani \"actions\""));
         return false;
     }
-    if (wheels.isEmpty())
-        wheels.append({QStringLiteral("Koło 1"), {}});
     return true;
 }
 
@@ -145,7 +153,7 @@ bool WheelDocument::backUpForeignChange() {
 
 bool WheelDocument::save(QString* error) {
     backupPath.clear();
-    const QByteArray bytes = QJsonDocument(rootOf(*this)).toJson();
+    const QByteArray bytes = toJson();
     if (backUpForeignChange() && replaceFile(path, bytes)) {
         lastKnownContent = bytes;
         return true;

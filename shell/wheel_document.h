@@ -61,6 +61,14 @@ struct WheelDocument {
     /// Sets `path` even if saving fails.
     bool saveAs(const QString& filePath, QString* error);
 
+    /// The content as JSON, and as bytes of the file.
+    QJsonObject root() const;
+    QByteArray toJson() const;
+
+    /// Takes form and wheels; at least one wheel. False, and may have emptied the document, if `root` has
+    /// neither form.
+    bool setRoot(const QJsonObject& root);
+
     /// The folder of the file, which the icons' paths are relative to.
     QDir folder() const;
 

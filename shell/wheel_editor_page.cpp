@@ -7,12 +7,14 @@
 #include "shell/file_dialogs.h"
 #include "shell/function_form.h"
 #include "shell/message_boxes.h"
+#include "shell/recovery_bar.h"
 #include "shell/settings.h"
 #include "shell/step_editor.h"
 #include "shell/titled_preview.h"
 #include "shell/wheel_tree.h"
 
 #include <QBoxLayout>
+#include <QFile>
 #include <QFileInfo>
 #include <QInputDialog>
 #include <QPushButton>
@@ -38,6 +40,8 @@ WheelEditorPage::WheelEditorPage(QWidget* parent) : QWidget(parent) {
     page->setContentsMargins(18, 14, 18, 14);
     page->setSpacing(10);
     page->addLayout(makeFileRow());
+    recoveryBar = new RecoveryBar;
+    page->addWidget(recoveryBar);
     auto* body = new QHBoxLayout;
     body->setSpacing(12);
     tree = new WheelTree;
@@ -79,6 +83,8 @@ QWidget* WheelEditorPage::makeDetails() {
 }
 
 void WheelEditorPage::connectParts() {
+    connect(recoveryBar, &RecoveryBar::restoreRequested, this, &WheelEditorPage::restoreFound);
+    connect(recoveryBar, &RecoveryBar::discardRequested, this, &WheelEditorPage::discardFound);
     connect(tree, &WheelTree::selectionChanged, this, &WheelEditorPage::onTreeSelection);
     connect(tree, &WheelTree::addWheelRequested, this, &WheelEditorPage::addWheel);
     connect(tree, &WheelTree::addFunctionRequested, this, &WheelEditorPage::addAction);
@@ -115,6 +121,9 @@ EditorFunction* WheelEditorPage::currentFunction() {
 void WheelEditorPage::markDirty() {
     dirty = true;
     fileLabel->setText(doc.path + " *");
+    if (const auto unanswered = std::exchange(found, std::nullopt))
+        recoveryBar->reportSetAside(recovery.setAside(*unanswered));
+    recovery.keep(doc);
 }
 
 void WheelEditorPage::markClean() {
@@ -129,12 +138,45 @@ void WheelEditorPage::loadFile(const QString& path) {
         warn(this, error);
         return;
     }
+    recovery.leave();
     doc = opened;
     loaded = true;
     form->setWheelFolder(doc.folder());
     markClean();
     uiSettings().setValue(lastWheelFileKey, path);
+    showDocument();
+    found = WheelRecovery::find(doc);
+    recoveryBar->hide();
+    if (found)
+        recoveryBar->offer(*found, path);
+}
+
+void WheelEditorPage::showDocument() {
     tree->rebuild(doc, 0, doc.wheels.first().actions.isEmpty() ? -1 : 0);
+}
+
+void WheelEditorPage::keepUnsavedChanges() {
+    recovery.flush();
+}
+
+void WheelEditorPage::restoreFound() {
+    const auto restored = std::exchange(found, std::nullopt);
+    recoveryBar->hide();
+    if (!restored)
+        return;
+    doc.multiWheel = restored->multiWheel;
+    doc.wheels = restored->wheels;
+    if (restored->fileHasChanged)
+        doc.lastKnownContent = ""; // another content than the file's: saving backs that up
+    recovery.adopt(doc.path);
+    markDirty();
+    showDocument();
+}
+
+void WheelEditorPage::discardFound() {
+    if (const auto discarded = std::exchange(found, std::nullopt))
+        QFile::remove(discarded->path);
+    recoveryBar->hide();
 }
 
 void WheelEditorPage::openFile() {
@@ -158,6 +200,7 @@ void WheelEditorPage::saveFile(bool saveAs) {
         warn(this, error);
         return;
     }
+    recovery.remove();
     if (saveAs) {
         uiSettings().setValue(lastWheelFileKey, path);
         form->setWheelFolder(doc.folder());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "shell/wheel_document.h"
+#include "shell/wheel_recovery.h"
 
 #include <QWidget>
 #include <functional>
@@ -8,6 +9,7 @@
 class FunctionForm;
 class QLabel;
 class QLayout;
+class RecoveryBar;
 class StepEditor;
 class TitledPreview;
 class WheelTree;
@@ -20,9 +22,15 @@ class WheelEditorPage : public QWidget {
 public:
     explicit WheelEditorPage(QWidget* parent = nullptr);
 
-    /// Replaces the open document; unsaved changes are discarded without a question. If the file cannot be
-    /// read, shows a warning and keeps the old document.
+    /// Replaces the open document without a question; unsaved changes are kept in its recovery file. If the
+    /// file cannot be read, shows a warning and keeps the old document.
     void loadFile(const QString& path);
+
+    /// Unsaved changes of the open file were found and the user has not decided about them.
+    bool offersRecovery() const { return found.has_value(); }
+
+    /// Writes unsaved changes to the recovery file. Call before the program ends.
+    void keepUnsavedChanges();
 
 private slots:
     void openFile();
@@ -38,6 +46,10 @@ private:
     QWidget* makeDetails();
     void connectParts();
     void openLastFile();
+
+    void showDocument();
+    void restoreFound();
+    void discardFound();
 
     EditorWheel* currentWheel();
     EditorFunction* currentFunction();
@@ -55,6 +67,9 @@ private:
     bool dirty = false;
     int selectedWheel = -1;
     int selectedFunction = -1; // -1: the wheel itself
+    WheelRecovery recovery;
+    std::optional<FoundRecovery> found;
+    RecoveryBar* recoveryBar = nullptr;
     QLabel* fileLabel = nullptr;
     WheelTree* tree = nullptr;
     QWidget* detailsPanel = nullptr;

@@ -1,7 +1,9 @@
 #include "shell/console.h"
 
-#include <shellapi.h>
+// clang-format off
 #include <windows.h>
+#include <shellapi.h>
+// clang-format on
 
 #include <memory>
 

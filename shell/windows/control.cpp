@@ -2,8 +2,10 @@
 
 #include "common/data_folder.h"
 
-#include <tlhelp32.h>
+// clang-format off
 #include <windows.h>
+#include <tlhelp32.h>
+// clang-format on
 
 #include <chrono>
 #include <filesystem>

@@ -193,6 +193,25 @@ def test_closing_hides_to_the_tray_whose_icon_restores_the_window_and_whose_menu
     assert desk.program.wait(TIMEOUT_S) == 0
 
 
+def test_an_end_in_any_dialog_keeps_unsaved_edits_and_the_next_start_offers_them(desk, user):
+    saved = desk.folder / "default-odzysk.json"
+    names = [[], ["Nowa funkcja"], ["Nowa funkcja"] * 2]
+    for before, after, dialog in ((0, 1, "Otwórz…"), (1, 2, "Dodaj koło"), (1, 2, "Kolor: domyślny")):
+        desk.prepare(field("a"))
+        user.start()
+        if not saved.exists():
+            user.open_file("default.json")
+        else:
+            user.press("Przywróć zmiany")  # the page is in front and the engine works meanwhile
+        user.press("Dodaj funkcję")
+        user.press(dialog)
+        wait_for("the dialog", lambda: desk.display.active_title() != "Rotika")
+        desk.program.terminate()
+        assert desk.program.wait(2) == 0
+        kept = user.file(saved)["wheels"][0]["actions"]
+        assert [each["name"] for each in kept] == ["a", *names[after]], before
+
+
 def in_view(extents, whole, enough=20):
     """Whether at least `enough` of it in each direction, or all if it is smaller, lies within `whole`."""
     return all(min(a + length, b + room) - max(a, b) >= min(length, enough)

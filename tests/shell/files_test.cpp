@@ -1,5 +1,6 @@
 #include "shell/voice_page.h"
 #include "shell/wheel_document.h"
+#include "shell/wheel_recovery.h"
 #include "test_files.h"
 
 #include <gtest/gtest.h>
@@ -58,6 +59,39 @@ TEST_F(Files, ChangedByAnotherProgramAreBackedUpBeforeSaving) {
         EXPECT_TRUE(document.save(nullptr) && document.backupPath.isEmpty());
     }
     EXPECT_FALSE(document.saveAs(folder.filePath("nie ma/kola.json"), nullptr));
+}
+
+TEST_F(Files, KeepUnsavedChangesUntilTheyAreSavedOrEqualTheFile) {
+    const QString kept = folder.filePath("kola-odzysk.json");
+    writeFile(kept, R"({"wheels":[]})"); // the user's own, and so not replaced without a copy
+    WheelDocument document = opened(R"({"actions":[{"name":"a"}]})");
+    const WheelDocument saved = document;
+    EXPECT_FALSE(WheelRecovery::find(document));
+    WheelRecovery recovery;
+    document.wheels.append(EditorWheel{"nowe", {}});
+    document.multiWheel = true;
+    recovery.keep(document);
+    recovery.flush();
+    EXPECT_EQ(bytesOf(folder.filePath("kola-odzysk-kopia-1.json")), R"({"wheels":[]})");
+    const auto found = WheelRecovery::find(saved);
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->wheels, document.wheels);
+    EXPECT_TRUE(found->multiWheel && !found->fileHasChanged);
+    EXPECT_TRUE(WheelRecovery::find(opened(R"({"actions":[]})"))->fileHasChanged);
+    recovery.leave();
+    recovery.remove(); // no longer this run's
+    EXPECT_TRUE(QFile::exists(kept));
+    EXPECT_TRUE(document.save(nullptr));
+    EXPECT_FALSE(WheelRecovery::find(document) || QFile::exists(kept));
+
+    // Where no file can be created beside the wheel file (here a folder has its name) the data folder serves.
+    EXPECT_TRUE(QDir().mkdir(kept));
+    document.wheels.removeLast();
+    recovery.keep(document);
+    recovery.flush();
+    EXPECT_TRUE(WheelRecovery::find(opened(R"({"actions":[]})")));
+    recovery.remove();
+    EXPECT_FALSE(WheelRecovery::find(opened(R"({"actions":[]})")));
 }
 
 /// What Qt cannot parse is backed up; what the engine's parser accepts nevertheless is converted as well.

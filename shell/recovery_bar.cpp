@@ -1,0 +1,69 @@
+#include "shell/recovery_bar.h"
+
+#include "shell/cards.h"
+#include "shell/wheel_recovery.h"
+
+#include <QAccessible>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLocale>
+#include <QPushButton>
+
+namespace {
+
+constexpr int buttonHeightPx = 36;
+
+} // namespace
+
+RecoveryBar::RecoveryBar(QWidget* parent) : QFrame(parent) {
+    setObjectName("Card");
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(14, 10, 14, 10);
+    text = makeLabel({}, "value");
+    text->setTextFormat(Qt::PlainText); // paths may contain HTML
+    text->setWordWrap(true);
+    row->addWidget(text, 1);
+    restore = addButton(*row, tr("Przywróć zmiany"));
+    discard = addButton(*row, tr("Odrzuć zmiany"));
+    dismiss = addButton(*row, tr("Zamknij"));
+    for (QPushButton* button : {restore, discard, dismiss})
+        button->setMinimumHeight(buttonHeightPx);
+    connect(restore, &QPushButton::clicked, this, &RecoveryBar::restoreRequested);
+    connect(discard, &QPushButton::clicked, this, &RecoveryBar::discardRequested);
+    connect(dismiss, &QPushButton::clicked, this, &QWidget::hide);
+    hide();
+}
+
+void RecoveryBar::offer(const FoundRecovery& found, const QString& wheelFile) {
+    const QString time = QLocale(QLocale::Polish).toString(found.time, QStringLiteral("d MMMM yyyy, HH:mm"));
+    QString line =
+        tr("Znaleziono niezapisane zmiany w pliku %1 (%2).").arg(QFileInfo(wheelFile).fileName(), time);
+    if (found.fileHasChanged)
+        line += ' ' + tr("Od tego czasu zmienił się też sam plik; jego obecna wersja zostanie przy zapisie "
+                         "zachowana jako kopia.");
+    restore->setVisible(true);
+    discard->setVisible(true);
+    dismiss->setVisible(false);
+    showText(line);
+}
+
+void RecoveryBar::reportSetAside(const QString& copy) {
+    restore->setVisible(false);
+    discard->setVisible(false);
+    dismiss->setVisible(true);
+    showText(
+        copy.isEmpty()
+            ? tr("Wcześniejszych niezapisanych zmian nie udało się skopiować, więc nowe nie są chronione "
+                 "do najbliższego otwarcia pliku.")
+            : tr("Wcześniejsze niezapisane zmiany są w pliku %1.").arg(copy));
+}
+
+/// Announced to screen readers: the focus stays where it is.
+void RecoveryBar::showText(const QString& line) {
+    text->setText(line);
+    setAccessibleName(line);
+    show();
+    QAccessibleEvent alert(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}

@@ -1,0 +1,145 @@
+#include "shell/wheel_recovery.h"
+
+#include "shell/data_folder.h"
+#include "shell/json_file.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+
+namespace {
+
+constexpr char member[] = "rotikaRecovery"; // names the wheel file and the content that was changed
+constexpr int delayMs = 2000;
+constexpr int flushLimitMs = 1200; // the process may have less than two seconds
+
+QString hashOf(const QByteArray& bytes) {
+    return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
+}
+
+/// Where the recovery file of a wheel file may be, the best place first.
+QStringList recoveryPaths(const QString& wheelFile) {
+    const QFileInfo file(wheelFile);
+    const QString name = file.completeBaseName() + QStringLiteral("-odzysk");
+    const QString ending = file.suffix().isEmpty() ? QString() : '.' + file.suffix();
+    const QString unique = hashOf(file.absoluteFilePath().toUtf8()).left(8);
+    return {file.dir().filePath(name + ending),
+            dataFolder() + '/' + name + '-' + unique + QStringLiteral(".json")};
+}
+
+/// Beside the wheel file only its name counts: the whole folder may have been moved.
+bool isFor(const QString& wheelFile, const QString& recoveryPath, const QJsonObject& root) {
+    const QFileInfo file(wheelFile);
+    const QJsonObject origin = root[member].toObject();
+    return QFileInfo(recoveryPath).dir() == file.dir() ? origin["name"].toString() == file.fileName()
+                                                       : origin["path"].toString() == file.absoluteFilePath();
+}
+
+QJsonObject readObject(const QString& path) {
+    return QJsonDocument::fromJson(readFile(path).value_or(QByteArray())).object();
+}
+
+void removeRecoveryFiles(const QString& wheelFile) {
+    for (const QString& path : recoveryPaths(wheelFile))
+        if (QFileInfo::exists(path) && isFor(wheelFile, path, readObject(path)))
+            QFile::remove(path);
+}
+
+/// A file of another origin that has this name is not lost.
+bool makeRoom(const QString& wheelFile, const QString& path) {
+    if (!QFileInfo::exists(path))
+        return true;
+    const std::optional<QByteArray> found = readFile(path);
+    return found && (isFor(wheelFile, path, QJsonDocument::fromJson(*found).object()) ||
+                     !saveBackupCopy(path, *found).isEmpty());
+}
+
+void writeRecoveryFile(const WheelDocument& document) {
+    if (document.toJson() == document.lastKnownContent)
+        return removeRecoveryFiles(document.path);
+    QJsonObject root = document.root();
+    root[member] = QJsonObject{{"name", QFileInfo(document.path).fileName()},
+                               {"path", QFileInfo(document.path).absoluteFilePath()},
+                               {"changedContent", hashOf(document.lastKnownContent)}};
+    const QByteArray bytes = QJsonDocument(root).toJson(QJsonDocument::Compact);
+    for (const QString& path : recoveryPaths(document.path))
+        if (makeRoom(document.path, path) && replaceFile(path, bytes))
+            return;
+}
+
+} // namespace
+
+WheelRecovery::WheelRecovery(QObject* parent) : QObject(parent) {
+    writer.setMaxThreadCount(1);
+    delay.setSingleShot(true);
+    connect(&delay, &QTimer::timeout, this, &WheelRecovery::write);
+}
+
+void WheelRecovery::keep(const WheelDocument& document) {
+    if (isBlocked)
+        return;
+    pending = document;
+    if (!delay.isActive())
+        delay.start(delayMs);
+}
+
+/// The document's lists are shared and not copied, so this costs the main thread nothing.
+void WheelRecovery::write() {
+    if (!pending)
+        return;
+    ownedFor = pending->path;
+    writer.start([document = *pending]() noexcept { writeRecoveryFile(document); });
+    pending.reset();
+}
+
+void WheelRecovery::flush() {
+    delay.stop();
+    write();
+    writer.waitForDone(flushLimitMs);
+}
+
+void WheelRecovery::leave() {
+    flush();
+    ownedFor.clear();
+    isBlocked = false;
+}
+
+void WheelRecovery::remove() {
+    delay.stop();
+    pending.reset();
+    writer.clear();
+    writer.waitForDone();
+    if (!ownedFor.isEmpty())
+        removeRecoveryFiles(ownedFor);
+    ownedFor.clear();
+}
+
+void WheelRecovery::adopt(const QString& wheelFile) {
+    ownedFor = wheelFile;
+    isBlocked = false;
+}
+
+QString WheelRecovery::setAside(const FoundRecovery& found) {
+    const std::optional<QByteArray> bytes = readFile(found.path);
+    const QString copy = bytes ? saveBackupCopy(found.path, *bytes) : QString();
+    isBlocked = copy.isEmpty();
+    return copy;
+}
+
+std::optional<FoundRecovery> WheelRecovery::find(const WheelDocument& saved) {
+    for (const QString& path : recoveryPaths(saved.path)) {
+        const QJsonObject root = readObject(path);
+        WheelDocument kept;
+        if (!isFor(saved.path, path, root) || !kept.setRoot(root))
+            continue;
+        if (kept.wheels == saved.wheels && kept.multiWheel == saved.multiWheel) {
+            QFile::remove(path);
+            continue;
+        }
+        const QString changed = root[member].toObject()["changedContent"].toString();
+        return FoundRecovery{path, kept.multiWheel, kept.wheels, QFileInfo(path).lastModified(),
+                             changed != hashOf(saved.lastKnownContent)};
+    }
+    return std::nullopt;
+}

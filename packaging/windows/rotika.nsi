@@ -376,6 +376,7 @@ FunctionEnd
 !macro RemoveSettingsFile name
     Delete "$INSTDIR\${name}.json"
     Delete "$INSTDIR\${name}-kopia-*.json"
+    Delete "$INSTDIR\${name}-odzysk*.json"
 !macroend
 
 Section Uninstall

@@ -19,7 +19,7 @@ PORTABLE, = RELEASE.glob("rotika-*-portable.zip")
 VERSION = SETUP.name.split("-")[1]
 SHIPPED = {name.partition("/")[2] for name in zipfile.ZipFile(PORTABLE).namelist()}
 OWN = {"lista-plikow.txt", "odinstaluj.exe"}
-SETTINGS = {"config.json", "default.json", "voice.json", "config-kopia-1.json"}
+SETTINGS = {"config.json", "default.json", "voice.json", "config-kopia-1.json", "default-odzysk.json"}
 KEPT = {"icons/moja.png": b"own", "icons/dom.png": b"edited", "libvosk.dll": b"library", "gra.json": b"{}",
         "vosk-model-small-pl-0.22/am/final.mdl": b"model"}
 START_MENU = {"Rotika.lnk", "Zainstaluj głos….lnk"}

@@ -99,6 +99,7 @@ int main(int argc, char** argv) {
     const CommandLine line = parseCommandLine(programArguments(argc, argv));
     if (const std::optional<int> status = runWithoutWindow(line))
         return *status;
+    dropHangingBus();
 
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName("Rotika");
@@ -131,6 +132,7 @@ int main(int argc, char** argv) {
     programEnd.setLastActs(stopServices);
     const bool startsInTray = line.launch == Launch::minimized && waitForTray(trayLimitMs);
     MainWindow window(licence, licenceResult);
+    QObject::connect(&programEnd, &ProgramEnd::beginning, &window, &MainWindow::keepUnsavedChanges);
     programEnd.setLastActs([&window] {
         window.keepUnsavedChanges(); // first: stopping the engine may take seconds
         stopServices();

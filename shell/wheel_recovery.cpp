@@ -99,6 +99,11 @@ void WheelRecovery::flush() {
     writer.waitForDone(flushLimitMs);
 }
 
+void WheelRecovery::finish() {
+    flush();
+    isBlocked = true;
+}
+
 void WheelRecovery::leave() {
     flush();
     ownedFor.clear();

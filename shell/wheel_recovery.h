@@ -32,6 +32,10 @@ public:
     /// Writes what is not written yet; waits for that about a second at most.
     void flush();
 
+    /// The program ends: the same, and later changes are ignored. They are none of the user's: a cancelled
+    /// colour dialog clears the colour.
+    void finish();
+
     /// The document will be replaced by another: leaves the recovery file for the next opening.
     void leave();
 

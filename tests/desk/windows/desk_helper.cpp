@@ -2,7 +2,7 @@
 //   desk_helper record LOG WIDTH HEIGHT  shows the foreground window and logs the input that it receives
 //   desk_helper activate FILE            sends the engine this wheel file; exit status 1 if it accepts
 //   desk_helper stray                    sends the engine private messages that no worker has posted
-//   desk_helper quit                     ends the engine by WM_QUIT
+//   desk_helper end-session              tells the engine's process that the session ends
 //   desk_helper taken KEY FLAGS          whether this hot key is registered; exit status 1 for yes
 //   desk_helper [WORD]                   the program that a step opens: notes WORD or "started"
 //
@@ -113,6 +113,33 @@ bool sendStrayMessages(HWND engine) {
     return isSent;
 }
 
+struct SessionMessage {
+    DWORD process;
+    UINT message;
+};
+
+BOOL CALLBACK sendTo(HWND window, LPARAM data) {
+    const auto& wanted = *reinterpret_cast<SessionMessage*>(data);
+    constexpr UINT limitMs = 5000;
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process == wanted.process)
+        SendMessageTimeoutW(window, wanted.message, wanted.message == WM_ENDSESSION, 0, SMTO_ABORTIFHUNG,
+                            limitMs, nullptr);
+    return TRUE;
+}
+
+/// As the system does, but for the process's end if it does not end by itself.
+int endSession(HWND engine) {
+    SessionMessage each{0, 0};
+    GetWindowThreadProcessId(engine, &each.process);
+    for (const UINT message : {WM_QUERYENDSESSION, WM_ENDSESSION}) {
+        each.message = message;
+        EnumWindows(sendTo, reinterpret_cast<LPARAM>(&each));
+    }
+    return engine != nullptr ? 0 : noEngine;
+}
+
 int note(const std::string& word) {
     std::ofstream notes(std::getenv("DESK_NOTES"), std::ios::binary | std::ios::app);
     return notes << word << "\n" << std::flush ? 0 : 2;
@@ -131,7 +158,7 @@ int main(int argc, char** argv) {
         return activate(engine, argv[2]);
     if (word == "stray")
         return sendStrayMessages(engine) ? 0 : noEngine;
-    if (word == "quit")
-        return PostThreadMessageW(GetWindowThreadProcessId(engine, nullptr), WM_QUIT, 0, 0) ? 0 : noEngine;
+    if (word == "end-session")
+        return endSession(engine);
     return note(word);
 }

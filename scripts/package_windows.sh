@@ -1,4 +1,5 @@
-# The Windows installer and the portable archive. Sourced by package.sh.
+# The Windows installer and the portable archive. Sourced by package.sh, which sets $release, the folder of the release,
+# and SOURCE_DATE_EPOCH, the time that stands for every time in it.
 
 # What a release places on a Windows machine, besides the licence texts. The program's own files in the build folder are
 # left out: a started program writes its settings there.
@@ -8,26 +9,25 @@ windows_data=(rotika.ico themes/*.qss icons/*.png)
 # package_windows: builds the program and makes rotika-VERSION-setup.exe and rotika-VERSION-portable.zip. Two runs of one
 # revision give the same bytes.
 package_windows() {
+    local built=$root/build/windows/rotika work=$root/build/windows-packages version program
     build_windows
     [ -d "$release/licencje" ] || package_notices
-    make_windows_packages "$root/build/windows/rotika" "$release"
-}
-
-# make_windows_packages folder-of-the-program release
-make_windows_packages() {
-    local built=$1 to=$2 version work=$root/build/windows-packages name
     version=$(project_version)
-    name=rotika-$version
     for program in "${windows_programs[@]}"; do
         check_windows_program "$built/$program" "$version"
     done
     rm -rf "$work"
-    mkdir -p "$work/Rotika" "$to"
+    mkdir -p "$work/Rotika" "$release"
     copy_windows_files "$built" "$work/Rotika"
-    make_portable_archive "$work" "$to/$name-portable.zip"
-    make_installer "$work" "$version" "$to/$name-setup.exe"
-    note "$to/$name-portable.zip"
-    note "$to/$name-setup.exe"
+    make_portable_archive "$work" "$release/rotika-$version-portable.zip"
+    make_installer "$work" "$version" "$release/rotika-$version-setup.exe"
+}
+
+# test_package_windows case: under Wine.
+test_package_windows() {
+    need_packages wine
+    "$root/scripts/wine.sh" --prepare
+    desk_python -m pytest -q -n "$jobs" "$root/tests/packages/test_windows.py" ${1:+-k "$1"}
 }
 
 # check_windows_program file version: version information, manifest, memory protections, no libraries but Windows' own.

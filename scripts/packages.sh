@@ -29,7 +29,7 @@ packages_npm="npm"
 # Cross-building for Windows, Qt included.
 packages_windows="
     g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev libwine-dev
-    cmake ninja-build pkg-config ccache librsvg2-bin icoutils
+    cmake ninja-build pkg-config ccache librsvg2-bin icoutils imagemagick
     qt6-base-dev qt6-base-dev-tools googletest
     libarchive-dev libz-mingw-w64-dev
     dpkg-dev perl"

@@ -56,6 +56,7 @@ VIAddVersionKey LegalCopyright "© 2025 The Rotika authors, MIT License"
 !define MUI_PAGE_HEADER_TEXT "Folder"
 !define MUI_PAGE_HEADER_SUBTEXT "Wybierz folder, w którym ma stać program."
 !define MUI_DIRECTORYPAGE_TEXT_TOP "Rotika zostanie zainstalowana w tym folderze i będzie w nim zapisywać ustawienia. Aby wybrać inny, kliknij Przeglądaj."
+!define MUI_PAGE_CUSTOMFUNCTION_PRE SkipFolderPageOnUpgrade
 !define MUI_PAGE_CUSTOMFUNCTION_LEAVE LeaveFolderPage
 !insertmacro MUI_PAGE_DIRECTORY
 Page custom ShowOptions LeaveOptions
@@ -80,9 +81,9 @@ UninstPage custom un.ShowOptions un.LeaveOptions
 !insertmacro MUI_UNPAGE_FINISH
 !insertmacro MUI_LANGUAGE Polish
 
-LangString RunningText ${LANG_POLISH} "Rotika jest teraz uruchomiona:$Running.$\r$\n$\r$\nPo kliknięciu OK zostanie zakończona, a zaraz po aktualizacji uruchomi się ponownie."
-LangString un.RunningText ${LANG_POLISH} "Rotika jest teraz uruchomiona:$Running.$\r$\n$\r$\nPo kliknięciu OK zostanie zakończona i odinstalowana."
-!define STILL_RUNNING "Nie udało się zakończyć programu. W folderze $INSTDIR nadal działa:$Running.$\r$\n$\r$\nZakończ go (ikona w zasobniku systemowym, „Zakończ”) i kliknij Ponów próbę. Kliknięcie Anuluj niczego nie zmieni."
+LangString RunningText ${LANG_POLISH} "Rotika jest teraz uruchomiona.$\r$\n$\r$\nPo kliknięciu OK zostanie zakończona, a zaraz po aktualizacji uruchomi się ponownie."
+LangString un.RunningText ${LANG_POLISH} "Rotika jest teraz uruchomiona.$\r$\n$\r$\nPo kliknięciu OK zostanie zakończona i odinstalowana."
+!define STILL_RUNNING "Nie udało się zakończyć programu. W folderze $INSTDIR nadal działa: $Running.$\r$\n$\r$\nZakończ go (ikona w zasobniku systemowym, „Zakończ”) i kliknij Ponów próbę. Kliknięcie Anuluj niczego nie zmieni."
 LangString StillRunningText ${LANG_POLISH} "${STILL_RUNNING}"
 LangString un.StillRunningText ${LANG_POLISH} "${STILL_RUNNING}"
 
@@ -149,6 +150,13 @@ Function CheckFolder
     !insertmacro RefuseBelow "$PROGRAMFILES32"
     !insertmacro RefuseBelow "$PROGRAMFILES64"
     !insertmacro RefuseBelow "$WINDIR"
+FunctionEnd
+
+; Moving an installation is not offered: its files would stay behind.
+Function SkipFolderPageOnUpgrade
+    ${If} ${FileExists} "$INSTDIR\${LIST}"
+        Abort
+    ${EndIf}
 FunctionEnd
 
 Function LeaveFolderPage
@@ -376,6 +384,7 @@ FunctionEnd
 !macro RemoveSettingsFile name
     Delete "$INSTDIR\${name}.json"
     Delete "$INSTDIR\${name}-kopia-*.json"
+    Delete "$INSTDIR\${name}-odzysk*.json"
 !macroend
 
 Section Uninstall

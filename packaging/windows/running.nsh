@@ -1,7 +1,7 @@
 ; The programs of the folder that run: found, ended and started again. Included once for the installer and once, with
 ; the prefix "un.", for the uninstaller.
 
-Var Running    ; names of the programs of the folder that run, each after a space
+Var Running    ; names of the programs of the folder that run
 Var ShellRuns  ; 1 if rotika.exe is among them
 Var EngineRuns ; 1 if rotika-engine.exe is
 Var StartAgain ; command line, empty if none had run
@@ -13,7 +13,10 @@ Var StartAgain ; command line, empty if none had run
         ClearErrors
         FileOpen $0 "$INSTDIR\${name}" a
         ${If} ${Errors}
-            StrCpy $Running "$Running ${name}"
+            ${If} $Running != ""
+                StrCpy $Running "$Running, "
+            ${EndIf}
+            StrCpy $Running "$Running${name}"
             StrCpy ${runs} 1
         ${Else}
             FileClose $0
@@ -94,8 +97,12 @@ end_them:
     ${EndIf}
 FunctionEnd
 
+; Starts again what was ended, but no second copy if it still runs.
 Function ${un}StartAgain
+    Call ${un}FindRunning
     ${If} $StartAgain != ""
+    ${AndIf} $ShellRuns = 0
+    ${AndIf} $EngineRuns = 0
         Exec $StartAgain
     ${EndIf}
 FunctionEnd

@@ -31,9 +31,11 @@ run_package() {
     (cd "$release" && ls -l)
 }
 
-# test_packages case: the packages of build/release, which must have been made.
+# test_packages case: the packages of build/release, which must have been made; each part has its own test.
 test_packages() {
+    local part
     need_packages test release
-    need_bare_debian
-    ROTIKA_CACHE=$cache step "Packages" desk_python -m pytest -q "$root/tests/packages" ${1:+-k "$1"}
+    for part in "${package_parts[@]}"; do
+        ! declare -F "test_package_$part" >/dev/null || step "Package: $part" "test_package_$part" "$1"
+    done
 }

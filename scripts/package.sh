@@ -44,15 +44,6 @@ test_packages() {
     fi
     step "Release" run_package
     step_passed || return 0
-    step "Bare Debian and Wine prefix" prepare_bare_systems
-    step "Packages" run_package_tests "$1"
-}
-
-prepare_bare_systems() {
-    need_bare_debian
-    "$root/scripts/wine.sh" --prepare
-}
-
-run_package_tests() {
-    ROTIKA_CACHE=$cache ROTIKA_RELEASE=$release desk_python -m pytest -q -n "$jobs" "$root/tests/packages" ${1:+-k "$1"}
+    step "Package for Linux" test_package_linux "$1"
+    step "Package for Windows" test_package_windows "$1"
 }

@@ -25,9 +25,8 @@ package_windows() {
 
 # test_package_windows case: under Wine.
 test_package_windows() {
-    need_packages wine
     "$root/scripts/wine.sh" --prepare
-    desk_python -m pytest -q -n "$jobs" "$root/tests/packages/test_windows.py" ${1:+-k "$1"}
+    ROTIKA_RELEASE=$release desk_python -m pytest -q -n "$jobs" "$root/tests/packages/test_windows.py" ${1:+-k "$1"}
 }
 
 # check_windows_program file version: version information, manifest, memory protections, no libraries but Windows' own.

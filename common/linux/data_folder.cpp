@@ -98,12 +98,22 @@ void copyPreparedFiles(const fs::path& beside, const fs::path& own) {
     copyIfMissing(beside / settings, own / settings);
 }
 
-/// Earlier versions had a link to the program's icons here, to which users cannot add their own.
+/// Whether `icons` is the link to the program's icons that earlier versions made, also after the program has
+/// moved. A link of the user's own, for instance to a drive that is not connected, is not.
+bool isLinkOfEarlierVersion(const fs::path& icons, const fs::path& shipped) {
+    std::error_code ignored;
+    if (!fs::is_symlink(fs::symlink_status(icons, ignored))) {
+        return false;
+    }
+    return fs::exists(icons, ignored) ? fs::equivalent(icons, shipped, ignored)
+                                      : fs::read_symlink(icons, ignored).filename() == shipped.filename();
+}
+
+/// For the user's own icons, which cannot be added to the program's.
 void makeIconFolder(const fs::path& beside, const fs::path& own) {
     const fs::path icons = own / iconFolderName;
     std::error_code ignored;
-    if (fs::is_symlink(fs::symlink_status(icons, ignored)) &&
-        (!fs::exists(icons, ignored) || fs::equivalent(icons, beside / iconFolderName, ignored))) {
+    if (isLinkOfEarlierVersion(icons, beside / iconFolderName)) {
         fs::remove(icons, ignored);
     }
     fs::create_directory(icons, ignored);

@@ -27,6 +27,6 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Looked for at run time; without each the program starts, and one of its features is missing: labels on elements and
 # screen readers; notices of a locked screen; sound.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
-    "at-spi2-core, default-dbus-session-bus | dbus-session-bus, pulseaudio | pipewire-pulse")
+    "at-spi2-core, default-dbus-session-bus | dbus-session-bus, pulseaudio | pipewire-pulse, hicolor-icon-theme")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "picom | xcompmgr, xdg-utils")
 include(CPack)

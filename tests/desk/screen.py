@@ -101,6 +101,16 @@ class Screen:
         if words:
             self.run("xrandr", *words)
 
+    def show_tray(self):
+        """A panel in the corner at the right below. Its newest icon is at 1266, 780, and 1220, 780 stays free."""
+        self.launch(*"trayer --edge bottom --align right --widthtype pixel --width 200 --heighttype pixel --height 40 "
+                    "--SetDockType true --expand false".split())
+        tray = self.display.atom("_NET_SYSTEM_TRAY_S0")
+        wait_for("the tray", lambda: xlib.XGetSelectionOwner(self.display.handle, tray))
+
+    def wait_for_tray_icon(self):
+        wait_for("the icon in the tray", lambda: self.display.pixel(1266, 780) != self.display.pixel(1220, 780))
+
     def close(self):
         self.display.close()
         for helper in reversed(self.helpers):  # the server last

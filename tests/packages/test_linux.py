@@ -3,6 +3,7 @@
 import hashlib
 import os
 import subprocess
+import tempfile
 from contextlib import suppress
 from pathlib import Path
 
@@ -11,9 +12,10 @@ import pytest
 
 from desk.desk import Desk, field
 from desk.waiting import wait_for
-from desk.x11 import save_png, xlib
+from desk.x11 import save_png
 
-CACHE = Path(os.environ["ROTIKA_CACHE"])
+RELEASE, CACHE = Path(os.environ["ROTIKA_RELEASE"]), Path(os.environ["ROTIKA_CACHE"])
+ARTEFACTS = Path(__file__).parents[2] / "build/artefacts/packages"
 USER = "ola"
 # The mounts belong to the command alone and end with it.
 MOUNTS = """root=$1 archives=$2; shift 2
@@ -30,6 +32,7 @@ class BareDebian:
         subprocess.run(["tar", "-C", folder, "-xf", CACHE / "debian-bookworm.tar"], check=True)
         folder.chmod(0o755)
         self.run("useradd", "--create-home", USER)
+        self.run("apt-get", "update")
 
     def command(self, *words, user="root", **variables):
         """The command line that runs these words inside."""
@@ -80,33 +83,29 @@ class InstalledDesk(Desk):
                     return int(process.name)
         return None
 
-    def show_tray(self):
-        self.screen.launch(*"trayer --edge bottom --align right --widthtype pixel --width 200 --heighttype pixel "
-                           "--height 40 --SetDockType true --expand false".split())
-        tray = self.display.atom("_NET_SYSTEM_TRAY_S0")
-        wait_for("the tray", lambda: xlib.XGetSelectionOwner(self.display.handle, tray))
-
-    def icon_of(self, index):
-        """The middle of the hovered field."""
+    def hovered(self, index):
+        """The colours around the middle of the field that the wheel's cursor is put on."""
         self.aim(index)
         x, y = self.virtual
-        return self.display.picture(self.wheel().id)[y - 60:y - 10, x - 20:x + 20].astype(int)
+        return {tuple(map(int, pixel)) for line in self.display.picture(self.wheel().id)[y - 60:y - 10, x - 20:x + 20]
+                for pixel in line}
 
 
 @pytest.fixture
-def system(tmp_path):
-    return BareDebian(tmp_path)
+def system():
+    with tempfile.TemporaryDirectory(prefix="rotika-debian.") as folder:  # too large to be kept as pytest would
+        yield BareDebian(Path(folder))
 
 
 @pytest.fixture
-def desk(system, artefacts):
+def desk(system):
     made = InstalledDesk(system)
     try:
         yield made
         left = made.end_program() and ["an exit status"] or made.leftovers()
         assert not left, f"left behind: {left}"
     finally:
-        made.keep(artefacts, "linux")
+        made.keep(ARTEFACTS, "linux")
         made.close()
 
 
@@ -124,25 +123,16 @@ def sums(folder):
     return {str(file): hashlib.sha256(file.read_bytes()).hexdigest() for file in folder.rglob("*") if file.is_file()}
 
 
-def use_icons(desk):
-    """A field with the user's own icon, which is red, and one with an icon of the program's."""
-    save_png(numpy.full((64, 64, 4), (255, 0, 0, 255), numpy.uint8), desk.folder / "icons/znak.png")
-    icons = ("znak", "leczenie")
-    desk.write("default.json", {"wheels": [{"name": "", "actions": [
-        field("a", name="", color="#108030", icon=f"icons/{icon}.png") for icon in icons]}]})
-    desk.field_count = len(icons)
-
-
-def test_the_package_is_installed_upgraded_under_the_running_program_and_removed(system, desk, release, artefacts,
-                                                                                 tmp_path_factory):
-    package, = release.glob("rotika_*_amd64.deb")
+def test_the_package_is_installed_upgraded_under_the_running_program_and_removed(system, desk, tmp_path):
+    package, = RELEASE.glob("rotika_*_amd64.deb")
+    ARTEFACTS.mkdir(parents=True, exist_ok=True)
     system.install(package)
     before = system.files()
-    desk.show_tray()
+    desk.screen.show_tray()
     desk.start_program()
-    wait_for("the icon in the tray", lambda: desk.display.pixel(1266, 780) != desk.display.pixel(1220, 780))
+    desk.screen.wait_for_tray_icon()
     assert desk.guard()
-    save_png(desk.display.picture(), artefacts / "linux-first-start.png")
+    save_png(desk.display.picture(), ARTEFACTS / "linux-first-start.png")
     desk.work_in_recorder()
     desk.field_count = 8  # of the wheel that the first start makes
     desk.choose(6)
@@ -150,20 +140,22 @@ def test_the_package_is_installed_upgraded_under_the_running_program_and_removed
 
     kept = sums(desk.folder)
     assert {Path(name).name for name in kept} >= {"config.json", "default.json", "voice.json"}
-    system.install(newer(package, tmp_path_factory.mktemp("newer")))
+    system.install(newer(package, tmp_path))
     desk.recorder.mark()
     desk.choose(1)
     desk.recorder.expect("2")
     assert desk.end_program() == 0 and sums(desk.folder) == kept
 
-    use_icons(desk)
-    kept = sums(desk.folder)
+    save_png(numpy.full((64, 64, 4), (255, 0, 0, 255), numpy.uint8), desk.folder / "icons/znak.png")
+    desk.write("default.json", {"wheels": [{"name": "", "actions": [
+        field("a", name="", color="#108030", icon=f"icons/{icon}.png") for icon in ("znak", "leczenie")]}]})
+    desk.field_count, kept = 2, sums(desk.folder)
     desk.start_program()
     desk.work_in_recorder()
     desk.open_wheel()
-    wait_for("the own icon", lambda: (desk.icon_of(0) == (255, 0, 0)).all(2).any())
-    wait_for("the program's icon", lambda: len({tuple(pixel) for line in desk.icon_of(1) for pixel in line}) > 5)
-    save_png(desk.display.picture(), artefacts / "linux-icons.png")
+    wait_for("the own icon", lambda: (255, 0, 0) in desk.hovered(0))
+    wait_for("the program's icon", lambda: len(desk.hovered(1)) > 5)
+    save_png(desk.display.picture(), ARTEFACTS / "linux-icons.png")
     desk.close_wheel()
     assert desk.end_program() == 0 and sums(desk.folder) == kept
 

@@ -169,12 +169,9 @@ def test_a_failed_save_loses_nothing_and_settings_reach_the_engine(desk, user):
 
 def test_closing_hides_to_the_tray_whose_icon_restores_the_window_and_whose_menu_quits(desk, user):
     desk.prepare(field("a"))
-    desk.screen.launch(*"trayer --edge bottom --align right --widthtype pixel --width 200 --heighttype pixel --height 40 "
-                       "--SetDockType true --expand false".split())
-    tray = desk.display.atom("_NET_SYSTEM_TRAY_S0")
-    wait_for("the tray", lambda: xlib.XGetSelectionOwner(desk.display.handle, tray))
+    desk.screen.show_tray()
     user.start()
-    wait_for("the icon at the panel's end", lambda: desk.display.pixel(1266, 780) != desk.display.pixel(1220, 780))
+    desk.screen.wait_for_tray_icon()
     user.close_window()
     place_cursor(desk.display, 1266, 780)
     xlib.XGrabServer(desk.display.handle)  # or a busy server might exceed the double-click time

@@ -111,11 +111,9 @@ bool sendStrayMessages(HWND engine) {
     const HWND control = FindWindowW(L"RotikaControl", nullptr);
     constexpr ULONG_PTR command = 0x526F7431;
     using namespace std::string_literals;
-    const std::pair<ULONG_PTR, std::wstring> refused[] = {{command, L"quit"s},
-                                                          {command, L"quit\0a\0"s},
-                                                          {command, L"cos\0"s},
-                                                          {command, L""s},
-                                                          {1, L"quit\0"s}};
+    const std::pair<ULONG_PTR, std::wstring> refused[] = {{command, L"quit\0"s},    {command, L"quit"s},
+                                                          {command, L"quit\0a\0"s}, {command, L"cos\0"s},
+                                                          {command, L""s},          {1, L"quit\0"s}};
     for (auto [kind, text] : refused) {
         COPYDATASTRUCT data{kind, static_cast<DWORD>(text.size() * sizeof(wchar_t)), text.data()};
         isSent = isSent && SendMessageW(control, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)) == 0;

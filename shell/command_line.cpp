@@ -32,19 +32,18 @@ CommandLine fault(const QString& text) {
 
 } // namespace
 
-CommandLine parseCommandLine(const QStringList& all) {
-    QStringList arguments = withoutSessionId(all);
-    if (arguments.isEmpty())
+CommandLine parseCommandLine(const QStringList& arguments) {
+    QStringList words = withoutSessionId(arguments);
+    if (words.isEmpty())
         return {};
-    const QString word = arguments.takeFirst();
+    const QString word = words.takeFirst();
     const std::optional<Launch> launch = launchOf(word);
     if (!launch)
         return fault(QStringLiteral("Nieznana opcja: %1").arg(word));
-    if (launch != Launch::installVoice && !arguments.isEmpty())
-        return fault(
-            QStringLiteral("Po opcji %1 niczego już nie można podać: %2").arg(word, arguments.first()));
+    if (launch != Launch::installVoice && !words.isEmpty())
+        return fault(QStringLiteral("Po opcji %1 niczego już nie można podać: %2").arg(word, words.first()));
     CommandLine line{*launch, {}, {}};
-    for (const QString& file : arguments) {
+    for (const QString& file : words) {
         if (file.startsWith(QLatin1String("--")))
             return fault(QStringLiteral("To nie jest nazwa pliku: %1").arg(file));
         line.files.append(QFileInfo(file).absoluteFilePath());

@@ -27,8 +27,8 @@ ControlListener::~ControlListener() {
     close();
 }
 
-void ControlListener::deliverTo(Handler receiver) {
-    handler = std::move(receiver);
+void ControlListener::deliverTo(Handler newHandler) {
+    handler = std::move(newHandler);
     for (const ControlCommand& command : std::exchange(early, {}))
         handler(command);
 }

@@ -28,15 +28,15 @@ class ControlListener {
 public:
     using Handler = std::function<void(const ControlCommand&)>;
 
-    /// `isFirstCopy`: the only other case is the second copy, which receives nothing but quit. `quit` is
-    /// called for each quit.
-    ControlListener(bool isFirstCopy, std::function<void()> quit);
+    /// `isFirstCopy`: the only other case is the second copy, which receives nothing but quit.
+    /// `quitHandler` is called for each quit.
+    ControlListener(bool isFirstCopy, std::function<void()> quitHandler);
     ~ControlListener();
     ControlListener(const ControlListener&) = delete;
     ControlListener& operator=(const ControlListener&) = delete;
 
     /// Passes all other commands on, at first those that have arrived already.
-    void deliverTo(Handler handler);
+    void deliverTo(Handler newHandler);
 
     /// For the implementations: a command has arrived.
     void arrive(const ControlCommand& command);

@@ -5,7 +5,7 @@
 class ProgramEnd;
 
 /// For the time before EventLoopSupport exists, when there is nothing to save or release: on Linux a
-/// termination signal ends the process at once with status 0. Call first of all.
+/// termination signal ends the process at once with status 0. Call as early as possible.
 void exitOnTermination();
 
 /// On Linux: if the session bus does not answer within two seconds, the process goes on as without one. Qt

@@ -97,10 +97,10 @@ void serveCommands(ControlListener& control, const CommandLine& line, MainWindow
 
 // The order matters: each step needs the ones before it.
 int main(int argc, char** argv) {
-    exitOnTermination();
     const CommandLine line = parseCommandLine(programArguments(argc, argv));
     if (const std::optional<int> status = runWithoutWindow(line))
         return *status;
+    exitOnTermination();
     dropHangingBus();
 
     QApplication application(argc, argv);

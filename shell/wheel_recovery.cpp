@@ -138,7 +138,7 @@ void WheelRecovery::adopt(const QString& wheelFile) {
 
 QString WheelRecovery::setAside(const FoundRecovery& found) {
     const std::optional<QByteArray> bytes = readFile(found.path);
-    const QString copy = bytes ? saveBackupCopy(found.path, *bytes) : QString();
+    QString copy = bytes ? saveBackupCopy(found.path, *bytes) : QString();
     isBlocked = copy.isEmpty();
     return copy;
 }

@@ -2,12 +2,15 @@
 #include "common/linux/owner_bus.h"
 #include "shell/event_loop_support.h"
 
-#include <X11/Xlib.h>
-
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QTimer>
 #include <memory>
+
+// Last: its macros break Qt's headers.
+// clang-format off
+#include <X11/Xlib.h>
+// clang-format on
 
 namespace {
 

@@ -1,7 +1,8 @@
 // The desk's helper program for Windows:
 //   desk_helper record LOG WIDTH HEIGHT  shows the foreground window and logs the input that it receives
 //   desk_helper activate FILE            sends the engine this wheel file; exit status 1 if it accepts
-//   desk_helper stray                    sends the engine private messages that no worker has posted
+//   desk_helper stray                    sends the engine private messages that no worker has posted, and the
+//                                        program commands that it must refuse, one for want of a sender
 //   desk_helper end-session              tells the engine's process that the session ends
 //   desk_helper taken KEY FLAGS          whether this hot key is registered; exit status 1 for yes
 //   desk_helper [WORD]                   the program that a step opens: notes WORD or "started"
@@ -107,6 +108,16 @@ int activate(HWND engine, const std::string& file) {
 
 bool sendStrayMessages(HWND engine) {
     bool isSent = true;
+    const HWND control = FindWindowW(L"RotikaControl", nullptr);
+    constexpr ULONG_PTR command = 0x526F7431;
+    using namespace std::string_literals;
+    const std::pair<ULONG_PTR, std::wstring> refused[] = {{command, L"quit\0"s},    {command, L"quit"s},
+                                                          {command, L"quit\0a\0"s}, {command, L"cos\0"s},
+                                                          {command, L""s},          {1, L"quit\0"s}};
+    for (auto [kind, text] : refused) {
+        COPYDATASTRUCT data{kind, static_cast<DWORD>(text.size() * sizeof(wchar_t)), text.data()};
+        isSent = isSent && SendMessageW(control, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)) == 0;
+    }
     for (const UINT message : {WM_APP + 5U, WM_APP + 6U, WM_APP + 8U})
         for (const LPARAM made : {0LL, 0x7FFF12345678LL})
             isSent = isSent && PostMessageW(engine, message, 0, made) != 0;

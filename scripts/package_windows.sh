@@ -6,8 +6,8 @@
 windows_programs=(rotika.exe rotika-engine.exe rotika-guard.exe)
 windows_data=(rotika.ico themes/*.qss icons/*.png)
 
-# package_windows: builds the program and makes rotika-VERSION-setup.exe and rotika-VERSION-portable.zip. Two runs of one
-# revision give the same bytes.
+# package_windows: builds the program and makes rotika-VERSION-setup.exe and rotika-VERSION-portable.zip. Two runs give
+# the same bytes.
 package_windows() {
     local built=$root/build/windows/rotika work=$root/build/windows-packages version program
     need_packages release
@@ -89,8 +89,9 @@ instructions_for_files() {
 }
 
 make_installer() {
-    local work=$1 version=$2 installer=$3
+    local work=$1 version=$2 installer=$3 size_kb
     list_windows_files "$work/Rotika" >"$work/lista-plikow.txt"
+    size_kb=$(awk '{ bytes += $2 } END { print int(bytes / 1024) }' "$work/lista-plikow.txt")
     mv "$work/lista-plikow.txt" "$work/Rotika"
     instructions_for_files "$work/Rotika" >"$work/files.nsh"
     rsvg-convert -w 120 -h 120 -o "$work/logo.png" "$root/packaging/icons/rotika.svg"
@@ -99,6 +100,6 @@ make_installer() {
     touch --date="@$SOURCE_DATE_EPOCH" "$work/welcome.bmp" "$work/Rotika/lista-plikow.txt"
     makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$work/Rotika" \
         "-DFILES_NSH=$work/files.nsh" "-DICON=$work/Rotika/rotika.ico" \
-        "-DWELCOME=$work/welcome.bmp" "-DSIZE_KB=$(awk '{ n += $2 } END { print int(n / 1024) }' "$work/Rotika/lista-plikow.txt")" \
+        "-DWELCOME=$work/welcome.bmp" "-DSIZE_KB=$size_kb" \
         "-DOUTPUT=$installer" "$root/packaging/windows/rotika.nsi"
 }

@@ -6,8 +6,8 @@
 windows_programs=(rotika.exe rotika-engine.exe rotika-guard.exe)
 windows_data=(rotika.ico themes/*.qss icons/*.png)
 
-# package_windows: builds the program and makes rotika-VERSION-setup.exe and rotika-VERSION-portable.zip. Two runs of one
-# revision give the same bytes.
+# package_windows: builds the program and makes rotika-VERSION-setup.exe and rotika-VERSION-portable.zip. Two runs give
+# the same bytes.
 package_windows() {
     local built=$root/build/windows/rotika work=$root/build/windows-packages version program
     build_windows
@@ -79,15 +79,26 @@ for file in sorted(folder.rglob("*")):
 PYTHON
 }
 
+# NSIS' own recursion takes the files in the order of the disk.
+instructions_for_files() {
+    find "$1" -mindepth 1 -type d -printf 'CreateDirectory "$OUTDIR\\%P"\n' | LC_ALL=C sort
+    find "$1" -type f -printf '%P\n' | LC_ALL=C sort | while read -r file; do
+        printf 'File "/oname=%s" "${FILES}/%s"\n' "${file//\//\\}" "$file"
+    done
+}
+
 make_installer() {
-    local work=$1 version=$2 installer=$3
+    local work=$1 version=$2 installer=$3 size_kb
     list_windows_files "$work/Rotika" >"$work/lista-plikow.txt"
+    size_kb=$(awk '{ bytes += $2 } END { print int(bytes / 1024) }' "$work/lista-plikow.txt")
     mv "$work/lista-plikow.txt" "$work/Rotika"
-    touch --date="@$SOURCE_DATE_EPOCH" "$work/Rotika/lista-plikow.txt"
+    instructions_for_files "$work/Rotika" >"$work/files.nsh"
     rsvg-convert -w 120 -h 120 -o "$work/logo.png" "$root/packaging/icons/rotika.svg"
     convert -size 164x314 gradient:'#F4F7FB-#D6E4F2' "$work/logo.png" -gravity center -composite \
         -type TrueColor "BMP3:$work/welcome.bmp"
-    makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$work/Rotika" "-DICON=$work/Rotika/rotika.ico" \
-        "-DWELCOME=$work/welcome.bmp" "-DSIZE_KB=$(du -sk --apparent-size "$work/Rotika" | cut -f1)" \
+    touch --date="@$SOURCE_DATE_EPOCH" "$work/welcome.bmp" "$work/Rotika/lista-plikow.txt"
+    makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$work/Rotika" \
+        "-DFILES_NSH=$work/files.nsh" "-DICON=$work/Rotika/rotika.ico" \
+        "-DWELCOME=$work/welcome.bmp" "-DSIZE_KB=$size_kb" \
         "-DOUTPUT=$installer" "$root/packaging/windows/rotika.nsi"
 }

@@ -1,5 +1,5 @@
 ; Installs Rotika for one user. package_windows.sh defines VERSION, FILES (a folder with the shipped files and their
-; list), ICON, WELCOME (a picture), SIZE_KB and OUTPUT.
+; list), FILES_NSH (the instructions that unpack them), ICON, WELCOME (a picture), SIZE_KB and OUTPUT.
 ;
 ; Command line: /S installs without questions, into the earlier folder on an upgrade; /D=FOLDER (last, unquoted) chooses
 ; the folder; /RESTART starts the program afterwards even if it does not run now, for an update that the program itself
@@ -301,7 +301,7 @@ Section
     RMDir /r "$INSTDIR\${STAGED}" ; of an interrupted installation
     SetOutPath "$INSTDIR\${STAGED}"
     ClearErrors
-    File /r "${FILES}/*"
+    !include "${FILES_NSH}"
     SetOutPath "$INSTDIR"
     ${If} ${Errors}
         !insertmacro GiveUp "Nie można zapisać plików programu."

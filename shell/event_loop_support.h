@@ -5,8 +5,12 @@
 class ProgramEnd;
 
 /// For the time before EventLoopSupport exists, when there is nothing to save or release: on Linux a
-/// termination signal ends the process at once with status 0. Call first of all.
+/// termination signal ends the process at once with status 0. Call as early as possible.
 void exitOnTermination();
+
+/// On Linux: if the session bus does not answer within two seconds, the process goes on as without one. Qt
+/// would wait for it without a limit. Call before QApplication exists.
+void dropHangingBus();
 
 /// Additions to Qt's event loop. On Linux: termination signals end the program in the normal way, and the
 /// engine's GLib sources are dispatched when Qt's event loop does not use GLib. On Windows: so does the end

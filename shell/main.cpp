@@ -97,10 +97,11 @@ void serveCommands(ControlListener& control, const CommandLine& line, MainWindow
 
 // The order matters: each step needs the ones before it.
 int main(int argc, char** argv) {
-    exitOnTermination();
     const CommandLine line = parseCommandLine(programArguments(argc, argv));
     if (const std::optional<int> status = runWithoutWindow(line))
         return *status;
+    exitOnTermination();
+    dropHangingBus();
 
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName("Rotika");
@@ -134,6 +135,7 @@ int main(int argc, char** argv) {
     programEnd.setLastActs(stopServices);
     const bool startsInTray = line.launch == Launch::minimized && waitForTray(trayLimitMs);
     MainWindow window(licence, licenceResult);
+    QObject::connect(&programEnd, &ProgramEnd::beginning, &window, &MainWindow::keepUnsavedChanges);
     programEnd.setLastActs([&window] {
         window.keepUnsavedChanges(); // first: stopping the engine may take seconds
         stopServices();

@@ -33,6 +33,7 @@ void ProgramEnd::begin() {
     if (repetition.isActive())
         return;
     repetition.start(repetitionPause);
+    emit beginning();
     endLoops();
 }
 

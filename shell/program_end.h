@@ -24,6 +24,10 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
+signals:
+    /// The program will end: no loop has ended yet, no dialog is cancelled.
+    void beginning();
+
 private:
     void endLoops();
 

@@ -156,7 +156,7 @@ void WheelEditorPage::showDocument() {
 }
 
 void WheelEditorPage::keepUnsavedChanges() {
-    recovery.flush();
+    recovery.finish();
 }
 
 void WheelEditorPage::restoreFound() {

@@ -63,17 +63,29 @@ void writeRecoveryFile(const WheelDocument& document) {
                                {"path", QFileInfo(document.path).absoluteFilePath()},
                                {"changedContent", hashOf(document.lastKnownContent)}};
     const QByteArray bytes = QJsonDocument(root).toJson(QJsonDocument::Compact);
-    for (const QString& path : recoveryPaths(document.path))
-        if (makeRoom(document.path, path) && replaceFile(path, bytes))
+    // As private as the wheel file; writable, or the next write would be refused.
+    const QFile::Permissions permissions =
+        QFile::permissions(document.path) | QFile::WriteOwner | QFile::ReadOwner;
+    for (const QString& path : recoveryPaths(document.path)) {
+        if (makeRoom(document.path, path) && replaceFile(path, bytes)) {
+            QFile::setPermissions(path, permissions);
             return;
+        }
+    }
 }
 
 } // namespace
 
-WheelRecovery::WheelRecovery(QObject* parent) : QObject(parent) {
-    writer.setMaxThreadCount(1);
+WheelRecovery::WheelRecovery(QObject* parent) : QObject(parent), writer(std::make_unique<QThreadPool>()) {
+    writer->setMaxThreadCount(1);
     delay.setSingleShot(true);
     connect(&delay, &QTimer::timeout, this, &WheelRecovery::write);
+}
+
+/// A thread that a file system keeps waiting is abandoned: a pool's destructor would wait for it.
+WheelRecovery::~WheelRecovery() {
+    if (!writer->waitForDone(flushLimitMs))
+        static_cast<void>(writer.release());
 }
 
 void WheelRecovery::keep(const WheelDocument& document) {
@@ -89,14 +101,19 @@ void WheelRecovery::write() {
     if (!pending)
         return;
     ownedFor = pending->path;
-    writer.start([document = *pending]() noexcept { writeRecoveryFile(document); });
+    writer->start([document = *pending]() noexcept { writeRecoveryFile(document); });
     pending.reset();
 }
 
 void WheelRecovery::flush() {
     delay.stop();
     write();
-    writer.waitForDone(flushLimitMs);
+    writer->waitForDone(flushLimitMs);
+}
+
+void WheelRecovery::finish() {
+    flush();
+    isBlocked = true;
 }
 
 void WheelRecovery::leave() {
@@ -108,8 +125,7 @@ void WheelRecovery::leave() {
 void WheelRecovery::remove() {
     delay.stop();
     pending.reset();
-    writer.clear();
-    writer.waitForDone();
+    writer->waitForDone();
     if (!ownedFor.isEmpty())
         removeRecoveryFiles(ownedFor);
     ownedFor.clear();

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QThreadPool>
 #include <QTimer>
+#include <memory>
 #include <optional>
 
 /// Unsaved changes of a wheel file that an earlier run has kept.
@@ -25,12 +26,17 @@ class WheelRecovery : public QObject {
 
 public:
     explicit WheelRecovery(QObject* parent = nullptr);
+    ~WheelRecovery() override;
 
     /// Call after each change. The file is written within seconds, in the background.
     void keep(const WheelDocument& document);
 
     /// Writes what is not written yet; waits for that about a second at most.
     void flush();
+
+    /// The program ends: the same, and later changes are ignored. They are none of the user's: a cancelled
+    /// colour dialog clears the colour.
+    void finish();
 
     /// The document will be replaced by another: leaves the recovery file for the next opening.
     void leave();
@@ -54,7 +60,7 @@ private:
     void write();
 
     QTimer delay;
-    QThreadPool writer; // one thread: the order matters
+    std::unique_ptr<QThreadPool> writer; // one thread: the order matters
     std::optional<WheelDocument> pending;
     QString ownedFor; // the wheel file whose recovery file this run has written; empty: none
     bool isBlocked = false;

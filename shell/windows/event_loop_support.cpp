@@ -83,6 +83,8 @@ EventLoopSupport::~EventLoopSupport() = default;
 
 void exitOnTermination() {}
 
+void dropHangingBus() {}
+
 void endNativeLoops() {
     EndMenu();
     EnumThreadWindows(GetCurrentThreadId(), closeBox, 0);

@@ -63,8 +63,8 @@ class Desk:
         self.write("default.json", {"wheels": [{"name": name, "actions": list(fields)}, *more]})
         self.field_count = len(fields)
 
-    def launch_program(self, **more):
-        return self.screen.launch(*self.target.command(self.folder / self.target.executable),
+    def launch_program(self, *words, **more):
+        return self.screen.launch(*self.target.command(self.folder / self.target.executable, *words),
                                   variables=self.variables, **more)
 
     def start_program(self, **more):

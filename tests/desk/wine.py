@@ -81,6 +81,7 @@ class WineTarget:
     executable = "rotika.exe"
     runtime_folder = "win-x86_64"
     input_is_exact = is_accessible = False
+    has_tray = True
     turns_per_press = 2
 
     def __init__(self, screen):
@@ -130,7 +131,8 @@ class WineTarget:
         return self.run(SCRIPT, HELPER, *words)
 
     def ask_to_quit(self, process):
-        self.run_helper("quit")
+        """As the system does at the end of a session; returns the exit status."""
+        self.run_helper("end-session")
         holds_within(2 * TIMEOUT_S, lambda: process.poll() is not None)
         return end(process)
 

@@ -1,6 +1,7 @@
 """Start-up with a second instance or broken files, and the session lock."""
 
 import shutil
+from pathlib import Path
 
 import pytest
 
@@ -21,6 +22,34 @@ def test_a_second_instance_shows_a_message_and_exits_without_disturbing_the_firs
     second = desk.launch_program()
     desk.display.close_window(wait_for("a message", lambda: desk.display.titled("Rotika")[1:])[0])
     assert second.wait(10) == 0
+    expect_wheel(desk)
+    assert desk.launch_program("--install-voice", "brak.zip").wait(20) == 0  # passed to the first
+    second = desk.launch_program()
+    wait_for("a message", lambda: desk.display.titled("Rotika")[1:])
+    desk.open_wheel()
+    for _ in range(2):  # at the second time there is nothing to end
+        assert desk.launch_program("--quit").wait(20) == 0
+        assert (desk.program.wait(3), second.wait(3)) == (0, 0)
+        assert not desk.guard()
+
+
+def test_words_of_the_command_line_are_answered_without_a_window(desk):
+    desk.prepare(field("a"))
+    desk.variables["DISPLAY"] = ""
+    answers = {("--version",): (0, "Rotika "), ("--help",): (0, "--install-voice"), ("--quit",): (0, ""),
+               ("--cos",): (2, "Nieznana opcja: --cos"), ("--quit", "a"): (2, "--quit")}
+    for words, (status, part) in answers.items():
+        log = desk.screen.folder / f"{Path(desk.target.command('rotika')[0]).name}.log"
+        log.write_text("")
+        assert desk.launch_program(*words).wait(20) == status
+        assert part in log.read_text(), words
+
+
+def test_a_minimized_start_shows_the_window_only_where_there_is_no_tray(desk):
+    desk.prepare(field("a"))
+    desk.program = desk.launch_program("--minimized")
+    wait_for("the program", desk.guard, 30)
+    assert bool(holds_within(15, lambda: desk.display.titled("Rotika"))) != desk.target.has_tray
     expect_wheel(desk)
 
 

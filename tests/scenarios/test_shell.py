@@ -194,22 +194,31 @@ def test_closing_hides_to_the_tray_whose_icon_restores_the_window_and_whose_menu
 
 
 def test_an_end_in_any_dialog_keeps_unsaved_edits_and_the_next_start_offers_them(desk, user):
-    saved = desk.folder / "default-odzysk.json"
-    names = [[], ["Nowa funkcja"], ["Nowa funkcja"] * 2]
-    for before, after, dialog in ((0, 1, "Otwórz…"), (1, 2, "Dodaj koło"), (1, 2, "Kolor: domyślny")):
-        desk.prepare(field("a"))
+    desk.prepare(first := field("a", color="#FF0000"))
+    kept = desk.folder / "default-odzysk.json"
+    for count, dialog in enumerate(("Otwórz…", "Dodaj koło", "Kolor pola: #FF0000"), 1):
         user.start()
-        if not saved.exists():
+        if count == 1:
             user.open_file("default.json")
         else:
-            user.press("Przywróć zmiany")  # the page is in front and the engine works meanwhile
+            user.press("Przywróć zmiany")  # the page is in front
         user.press("Dodaj funkcję")
+        user.press("a", role="tree item")
         user.press(dialog)
         wait_for("the dialog", lambda: desk.display.active_title() != "Rotika")
         desk.program.terminate()
         assert desk.program.wait(2) == 0
-        kept = user.file(saved)["wheels"][0]["actions"]
-        assert [each["name"] for each in kept] == ["a", *names[after]], before
+        actions = user.file(kept.name)["wheels"][0]["actions"]
+        assert actions[0]["color"] == first["color"]  # a cancelled colour dialog clears it
+        assert len(actions) == count + 1
+    desk.write("default.json", changed := {"wheels": [{"name": "Nowe", "actions": [field("n")]}]})
+    user.start()
+    user.press("Przywróć zmiany")
+    user.press("Zapisz")
+    user.answer_box()  # what another program has written is kept
+    assert user.file("default-kopia-1.json") == changed
+    assert len(user.file("default.json")["wheels"][0]["actions"]) == 4
+    assert not kept.exists()
 
 
 def in_view(extents, whole, enough=20):

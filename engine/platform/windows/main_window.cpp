@@ -87,6 +87,13 @@ void destroyed(HWND window) noexcept {
     handlers.destroyed();
 }
 
+/// The system ends the process next. Nothing else ends the engine without the shell, which has the editor.
+void sessionEnded(HWND window, bool isCertain) noexcept {
+    if (isCertain && handlers.editorRequested != nullptr) {
+        DestroyWindow(window);
+    }
+}
+
 void monitorsChanged() noexcept {
     if (handlers.monitorsChanged != nullptr) {
         handlers.monitorsChanged();
@@ -126,6 +133,9 @@ LRESULT CALLBACK mainProcedure(HWND window, UINT message, WPARAM wParam, LPARAM 
         return dataArrived(reinterpret_cast<const COPYDATASTRUCT*>(lParam));
     case WM_COMMAND:
         command(window, LOWORD(wParam));
+        return 0;
+    case WM_ENDSESSION:
+        sessionEnded(window, wParam != 0);
         return 0;
     case WM_HOTKEY:
         handlers.hotKeyPressed(registeredHotKeyId(wParam));

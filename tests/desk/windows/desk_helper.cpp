@@ -1,8 +1,9 @@
 // The desk's helper program for Windows:
 //   desk_helper record LOG WIDTH HEIGHT  shows the foreground window and logs the input that it receives
 //   desk_helper activate FILE            sends the engine this wheel file; exit status 1 if it accepts
-//   desk_helper stray                    sends the engine private messages that no worker has posted
-//   desk_helper quit                     ends the engine by WM_QUIT
+//   desk_helper stray                    sends the engine private messages that no worker has posted, and the
+//                                        program commands that it must refuse, one for want of a sender
+//   desk_helper end-session              tells the engine's process that the session ends
 //   desk_helper taken KEY FLAGS          whether this hot key is registered; exit status 1 for yes
 //   desk_helper [WORD]                   the program that a step opens: notes WORD or "started"
 //
@@ -107,10 +108,47 @@ int activate(HWND engine, const std::string& file) {
 
 bool sendStrayMessages(HWND engine) {
     bool isSent = true;
+    const HWND control = FindWindowW(L"RotikaControl", nullptr);
+    constexpr ULONG_PTR command = 0x526F7431;
+    using namespace std::string_literals;
+    const std::pair<ULONG_PTR, std::wstring> refused[] = {{command, L"quit\0"s},    {command, L"quit"s},
+                                                          {command, L"quit\0a\0"s}, {command, L"cos\0"s},
+                                                          {command, L""s},          {1, L"quit\0"s}};
+    for (auto [kind, text] : refused) {
+        COPYDATASTRUCT data{kind, static_cast<DWORD>(text.size() * sizeof(wchar_t)), text.data()};
+        isSent = isSent && SendMessageW(control, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)) == 0;
+    }
     for (const UINT message : {WM_APP + 5U, WM_APP + 6U, WM_APP + 8U})
         for (const LPARAM made : {0LL, 0x7FFF12345678LL})
             isSent = isSent && PostMessageW(engine, message, 0, made) != 0;
     return isSent;
+}
+
+struct SessionMessage {
+    DWORD process;
+    UINT message;
+};
+
+BOOL CALLBACK sendTo(HWND window, LPARAM data) {
+    const auto& wanted = *reinterpret_cast<SessionMessage*>(data);
+    constexpr UINT limitMs = 5000;
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process == wanted.process)
+        SendMessageTimeoutW(window, wanted.message, wanted.message == WM_ENDSESSION, 0, SMTO_ABORTIFHUNG,
+                            limitMs, nullptr);
+    return TRUE;
+}
+
+/// As the system does, but for the process's end if it does not end by itself.
+int endSession(HWND engine) {
+    SessionMessage each{0, 0};
+    GetWindowThreadProcessId(engine, &each.process);
+    for (const UINT message : {WM_QUERYENDSESSION, WM_ENDSESSION}) {
+        each.message = message;
+        EnumWindows(sendTo, reinterpret_cast<LPARAM>(&each));
+    }
+    return engine != nullptr ? 0 : noEngine;
 }
 
 int note(const std::string& word) {
@@ -131,7 +169,7 @@ int main(int argc, char** argv) {
         return activate(engine, argv[2]);
     if (word == "stray")
         return sendStrayMessages(engine) ? 0 : noEngine;
-    if (word == "quit")
-        return PostThreadMessageW(GetWindowThreadProcessId(engine, nullptr), WM_QUIT, 0, 0) ? 0 : noEngine;
+    if (word == "end-session")
+        return endSession(engine);
     return note(word);
 }

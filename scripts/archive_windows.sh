@@ -8,6 +8,8 @@ archive_windows_options=(
     -DENABLE_ZSTD=OFF -DENABLE_LZ4=OFF -DENABLE_LIBB2=OFF -DENABLE_LIBXML2=OFF -DENABLE_EXPAT=OFF
     -DENABLE_OPENSSL=OFF -DENABLE_MBEDTLS=OFF -DENABLE_NETTLE=OFF -DENABLE_CNG=OFF -DENABLE_PCREPOSIX=OFF
     -DENABLE_WERROR=OFF -DPOSIX_REGEX_LIB=NONE
+    # Not the import library of the DLL.
+    -DZLIB_LIBRARY=/usr/x86_64-w64-mingw32/lib/libz.a
     # One check runs a program to see how zlib was compiled; CMake crashes when it cannot, and failing is right.
     -DCMAKE_CROSSCOMPILING_EMULATOR=/bin/false
 )

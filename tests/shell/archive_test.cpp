@@ -35,9 +35,8 @@ QByteArray joined(Numbers... numbers) {
 QByteArray zip(const QList<Entry>& entries) {
     QByteArray bytes, directory;
     for (const auto& [name, content, flags, type, sizeMore, checksumMore, method] : entries) {
-        const QByteArray packed =
-            qCompress(content, 9).mid(6).chopped(4); // without zlib's header and checksum
-        const QByteArray& stored = method == 0 ? content : packed;
+        // Packed without zlib's header and checksum.
+        const QByteArray stored = method == 0 ? content : qCompress(content, 9).mid(6).chopped(4);
         const QByteArray common =
             joined(quint16{20}, flags, method, 33U << 16, checksumOf(content) + checksumMore,
                    static_cast<quint32>(stored.size()), static_cast<quint32>(content.size()) + sizeMore,

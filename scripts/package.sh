@@ -1,7 +1,7 @@
 # ./dev package and ./dev test packages. Sourced after checks.sh.
 
 release=$root/build/release
-package_parts=(linux notices windows feed) # the installer contains the notices
+package_parts=(documents linux windows feed) # in this order: the packages contain the documents
 
 . "$root/scripts/package_linux.sh"
 . "$root/scripts/package_windows.sh"
@@ -24,6 +24,7 @@ run_package() {
     umask 022 # folders in packages must be readable by all
     [ $# -gt 0 ] || rm -rf "$release"
     mkdir -p "$release"
+    [ "${parts[0]}" = documents ] || [ -d "$release/podrecznik" ] || package_documents
     for part in "${parts[@]}"; do
         declare -F "package_$part" >/dev/null || die "No such part of a release: $part"
         "package_$part"
@@ -44,6 +45,7 @@ test_packages() {
     fi
     step "Release" run_package
     step_passed || return 0
+    step "Update feed" test_package_feed "$1"
     step "Package for Linux" test_package_linux "$1"
     step "Package for Windows" test_package_windows "$1"
 }

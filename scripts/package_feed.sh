@@ -1,4 +1,5 @@
-# The signed update feed, the check sums, the licence texts and Qt's source of a release. Sourced after package.sh.
+# What goes with the packages of a release: the manual, the licence texts, Qt's source, the signed update feed and the
+# check sums. Sourced by package.sh.
 
 # The private Ed25519 key that signs updates. Its public half goes into the program, so losing it ends updates for
 # everybody who has the program.
@@ -30,10 +31,28 @@ package_qt_source() {
     cp "$folder"/qt6-base_* "$release/source/"
 }
 
-package_notices() {
+# The manual as a web page, since few people read Markdown files.
+package_manual() {
+    local folder=$release/podrecznik
+    rm -rf "$folder"
+    mkdir -p "$folder/pictures"
+    {
+        printf '<!DOCTYPE html>\n<html lang="pl">\n<meta charset="utf-8">\n<title>Rotika: podręcznik</title>\n<style>%s</style>\n' \
+            'body { max-width: 50em; margin: 2em auto; padding: 0 1em; font: 1.1em/1.5 sans-serif } img { max-width: 100% }
+td, th { padding: .3em .6em; border: 1px solid #808080; text-align: left } table { border-collapse: collapse }'
+        cmark-gfm -e table "$root/docs/podrecznik.md"
+        printf '</html>\n'
+    } >"$folder/podrecznik.html"
+    sed -n 's/.*(pictures\/\([^)]*\)).*/\1/p' "$root/docs/podrecznik.md" | while read -r picture; do
+        cp "$root/docs/pictures/$picture" "$folder/pictures/"
+    done
+}
+
+package_documents() {
     package_qt_source
     /usr/bin/python3 -B "$root/packaging/notices.py" "$(echo "$release"/source/qt6-base_*.orig.tar.xz)" "$root" \
         "$release/licencje"
+    package_manual
 }
 
 package_feed() {
@@ -42,4 +61,8 @@ package_feed() {
     feed_tool make "$release" "$(project_version)" "${ROTIKA_UPDATE_FEED:-https://rotika.example/appcast.xml}" \
         "$ROTIKA_UPDATE_PRIVATE_KEY"
     feed_tool check "$release" "$update_key"
+}
+
+test_package_feed() {
+    desk_python -m pytest -q -p no:cacheprovider "$root/tests/packages/test_feed.py" ${1:+-k "$1"}
 }

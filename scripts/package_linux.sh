@@ -1,7 +1,7 @@
 # The Debian package. Sourced by package.sh.
 
 package_linux() {
-    build_preset package rotika_package_files
+    build_preset package rotika_package_files -DROTIKA_MANUAL="$release/podrecznik"
     say "The Debian package"
     rm -f "$release"/rotika_*.deb
     (cd "$root/build/package" && cpack -B "$root/build/package/cpack") >"$root/build/package/cpack.log" 2>&1 || {

@@ -11,7 +11,6 @@ windows_data=(rotika.ico themes/*.qss icons/*.png)
 package_windows() {
     local built=$root/build/windows/rotika work=$root/build/windows-packages version program
     build_windows
-    [ -d "$release/licencje" ] || package_notices
     version=$(project_version)
     for program in "${windows_programs[@]}"; do
         check_windows_program "$built/$program" "$version"
@@ -50,7 +49,7 @@ check_windows_program() {
 copy_windows_files() {
     local built=$1 to=$2
     (cd "$built" && cp --parents "${windows_programs[@]}" ${windows_data[@]} "$to")
-    cp -R "$release/licencje" "$to"
+    cp -R "$release/licencje" "$release/podrecznik" "$to"
     if [ -n "${ROTIKA_UPDATE_LIBRARY:-}" ]; then
         cp "$ROTIKA_UPDATE_LIBRARY" "$to/WinSparkle.dll"
     else

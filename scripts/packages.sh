@@ -39,7 +39,7 @@ packages_wine="wine wine64 fonts-liberation"
 
 # Making and checking the packages of a release, and trying them on a bare system.
 packages_release="
-    dpkg-dev fakeroot lintian desktop-file-utils appstream man-db groff gzip python3 debootstrap
+    dpkg-dev fakeroot lintian desktop-file-utils appstream cmark-gfm man-db groff gzip python3 debootstrap
     nsis zip libarchive-dev libarchive-tools libz-mingw-w64-dev openssl"
 
 packages_of() {

@@ -275,6 +275,7 @@ Function WriteEntries
     CreateDirectory "$SMPROGRAMS\Rotika"
     CreateShortcut "$SMPROGRAMS\Rotika\Rotika.lnk" "$INSTDIR\rotika.exe"
     CreateShortcut "$SMPROGRAMS\Rotika\Zainstaluj głos….lnk" "$INSTDIR\rotika.exe" "--install-voice"
+    CreateShortcut "$SMPROGRAMS\Rotika\Podręcznik.lnk" "$INSTDIR\podrecznik\podrecznik.html"
     WriteRegStr HKCU "${UNINSTALL_KEY}" DisplayName "Rotika"
     WriteRegStr HKCU "${UNINSTALL_KEY}" DisplayVersion "${VERSION}"
     WriteRegStr HKCU "${UNINSTALL_KEY}" Publisher "Rotika"
@@ -407,10 +408,13 @@ Section Uninstall
     ${EndIf}
     RMDir "$INSTDIR\icons" ; each only if it is empty
     RMDir "$INSTDIR\licencje"
+    RMDir "$INSTDIR\podrecznik\pictures"
+    RMDir "$INSTDIR\podrecznik"
     RMDir "$INSTDIR\themes"
     RMDir "$INSTDIR"
     Delete "$SMPROGRAMS\Rotika\Rotika.lnk"
     Delete "$SMPROGRAMS\Rotika\Zainstaluj głos….lnk"
+    Delete "$SMPROGRAMS\Rotika\Podręcznik.lnk"
     RMDir "$SMPROGRAMS\Rotika"
     DeleteRegValue HKCU "${RUN_KEY}" Rotika
     DeleteRegKey HKCU "${UNINSTALL_KEY}"

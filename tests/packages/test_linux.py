@@ -132,6 +132,7 @@ def test_the_package_is_installed_upgraded_under_the_running_program_and_removed
     desk.start_program()
     desk.screen.wait_for_tray_icon()
     assert desk.guard()
+    wait_for("its content", lambda: len(numpy.unique(desk.display.picture()[300:500, 300:700])) > 9)
     save_png(desk.display.picture(), ARTEFACTS / "linux-first-start.png")
     desk.work_in_recorder()
     desk.field_count = 8  # of the wheel that the first start makes

@@ -1,6 +1,7 @@
 # The Debian package. Sourced by package.sh.
 
 package_linux() {
+    [ -d "$release/podrecznik" ] || package_manual
     build_preset package rotika_package_files -DROTIKA_MANUAL="$release/podrecznik"
     say "The Debian package"
     rm -f "$release"/rotika_*.deb
@@ -29,6 +30,7 @@ check_debian_package() (
 )
 
 test_package_linux() {
+    [ -d "$release/podrecznik" ] || package_manual
     need_bare_debian
     as_root env PYTHONPATH="$root/tests" ROTIKA_CACHE="$cache" ROTIKA_RELEASE="$release" /usr/bin/python3 -B -m pytest \
         -q -p no:cacheprovider "$root/tests/packages/test_linux.py" ${1:+-k "$1"}

@@ -11,6 +11,7 @@ windows_data=(rotika.ico themes/*.qss icons/*.png)
 package_windows() {
     local built=$root/build/windows/rotika work=$root/build/windows-packages version program
     build_windows
+    [ -d "$release/licencje" ] || package_documents
     version=$(project_version)
     for program in "${windows_programs[@]}"; do
         check_windows_program "$built/$program" "$version"

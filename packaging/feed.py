@@ -3,7 +3,7 @@
 
 feed.py key <private key>                         prints the public key as the program and the feed write it
 feed.py make <release> <version> <address> <private key>
-feed.py check <release> <public key>              fails on any file that is missing, added or changed
+feed.py check <release> <public key>              fails on any file that is missing, added or changed since
 
 <release> is the folder of the release's files, <address> that of appcast.xml: the installer lies beside it."""
 
@@ -20,7 +20,7 @@ from urllib.parse import urljoin
 import release_notes
 
 SPARKLE = "http://www.andymatuschak.org/xml-namespaces/sparkle"  # the format's own namespace
-FEED, SUMS = "appcast.xml", "SHA256SUMS"
+FEED, SUMS, SIGNATURE = "appcast.xml", "SHA256SUMS", "SHA256SUMS.sig"
 KEY_HEADER = bytes.fromhex("302a300506032b6570032100")  # of an Ed25519 public key in DER, before its 32 bytes
 # The installer then asks nothing and starts the program again: the user may have no other way to press a button.
 INSTALLER_ARGUMENTS = "/S /RESTART"
@@ -32,6 +32,11 @@ def openssl(*words, data=None):
 
 def public_key(private):
     return base64.b64encode(openssl("pkey", "-in", private, "-pubout", "-outform", "DER")[len(KEY_HEADER):]).decode()
+
+
+def sign(file, private):
+    """In base64, as the feed and the signature of the sums have it."""
+    return base64.b64encode(openssl("pkeyutl", "-sign", "-inkey", private, "-rawin", "-in", file)).decode()
 
 
 def is_signed(file, signature, public):
@@ -49,7 +54,6 @@ def is_signed(file, signature, public):
 
 def make_feed(release, version, address, private):
     installer = release / f"rotika-{version}-setup.exe"
-    signature = openssl("pkeyutl", "-sign", "-inkey", private, "-rawin", "-in", installer)
     xml.register_namespace("sparkle", SPARKLE)
     feed = xml.Element("rss", version="2.0")
     channel = xml.SubElement(feed, "channel")
@@ -64,13 +68,13 @@ def make_feed(release, version, address, private):
         "url": urljoin(address, installer.name), "length": str(installer.stat().st_size),
         "type": "application/octet-stream", f"{{{SPARKLE}}}version": version, f"{{{SPARKLE}}}os": "windows-x64",
         f"{{{SPARKLE}}}installerArguments": INSTALLER_ARGUMENTS,
-        f"{{{SPARKLE}}}edSignature": base64.b64encode(signature).decode()})
+        f"{{{SPARKLE}}}edSignature": sign(installer, private)})
     xml.indent(feed)
     xml.ElementTree(feed).write(release / FEED, encoding="utf-8", xml_declaration=True)
 
 
 def sums_of(release):
-    files = sorted(file for file in release.rglob("*") if file.is_file() and file.name != SUMS)
+    files = sorted(file for file in release.rglob("*") if file.is_file() and file.name not in (SUMS, SIGNATURE))
     return "".join(f"{hashlib.sha256(file.read_bytes()).hexdigest()}  {file.relative_to(release)}\n" for file in files)
 
 
@@ -78,7 +82,12 @@ def check(release, public):
     """What is wrong with the release, as texts."""
     if sums_of(release) != (release / SUMS).read_text(encoding="utf-8"):
         yield f"{SUMS} does not match the files"
-    for enclosure in xml.parse(release / FEED).iter("enclosure"):
+    if not is_signed(release / SUMS, (release / SIGNATURE).read_text(encoding="ascii"), public):
+        yield f"{SUMS} does not have the signature of this key"
+    enclosures = list(xml.parse(release / FEED).iter("enclosure"))
+    if len(enclosures) != 1:
+        yield f"{FEED} offers {len(enclosures)} files instead of one"
+    for enclosure in enclosures:
         file = release / enclosure.get("url").rpartition("/")[2]
         if not file.is_file() or int(enclosure.get("length")) != file.stat().st_size:
             yield f"{file.name} is missing or has another size than {FEED} says"
@@ -86,12 +95,17 @@ def check(release, public):
             yield f"{file.name} does not have the signature of this key"
 
 
+def make(release, version, address, private):
+    make_feed(release, version, address, private)
+    (release / SUMS).write_text(sums_of(release), encoding="utf-8")
+    (release / SIGNATURE).write_text(sign(release / SUMS, private) + "\n", encoding="ascii")
+
+
 def main(command=None, *words):
     if command == "key" and len(words) == 1:
         print(public_key(words[0]))
     elif command == "make" and len(words) == 4:
-        make_feed(Path(words[0]), *words[1:])
-        (Path(words[0]) / SUMS).write_text(sums_of(Path(words[0])), encoding="utf-8")
+        make(Path(words[0]), *words[1:])
     elif command == "check" and len(words) == 2:
         if faults := list(check(Path(words[0]), words[1])):
             sys.exit("\n".join(faults))

@@ -44,6 +44,7 @@ build_windows() {
     need_archive_windows
     build_preset windows "${program_targets[@]}" rotika-engine -DROTIKA_QT_WINDOWS="$(qt_windows_prefix)" \
         -DROTIKA_ARCHIVE_WINDOWS="$(archive_windows_prefix)" "${windows_options[@]}"
+    [ -n "${update_key:-}" ] || note "A developer's build, without a key for updates: it looks for none."
     note "The program: $root/build/windows/rotika/rotika.exe"
     note "The engine alone: $root/build/windows/rotika/rotika-engine.exe"
 }

@@ -26,7 +26,11 @@ run_package() {
     export SOURCE_DATE_EPOCH
     umask 022 # folders in packages must be readable by all
     [ $# -gt 0 ] || rm -rf "$release"
+    rm -f "$release"/appcast.xml "$release"/SHA256SUMS*
     mkdir -p "$release"
+    if [ "${parts[0]}" = windows ]; then
+        package_documents
+    fi
     for part in "${parts[@]}"; do
         declare -F "package_$part" >/dev/null || die "No such part of a release: $part"
         "package_$part"

@@ -8,6 +8,8 @@ need_update_key() {
         "ROTIKA_UPDATE_PRIVATE_KEY=<file> ./dev package. See \"Releases\" in CONTRIBUTING.md."
     update_key=$(feed_tool key "$ROTIKA_UPDATE_PRIVATE_KEY") ||
         die "Not an Ed25519 private key: $ROTIKA_UPDATE_PRIVATE_KEY"
+    [[ $(realpath "$ROTIKA_UPDATE_PRIVATE_KEY") != "$release"/* ]] || die "The key is in the folder to be published."
+    [[ ${ROTIKA_UPDATE_FEED:-https://} == https://* ]] || die "The update feed must be at an https address."
     windows_options+=(-DROTIKA_UPDATE_KEY="$update_key")
     [ -z "${ROTIKA_UPDATE_FEED:-}" ] || windows_options+=(-DROTIKA_UPDATE_FEED="$ROTIKA_UPDATE_FEED")
 }
@@ -16,19 +18,28 @@ make_update_key() { (umask 077 && openssl genpkey -algorithm ed25519 -out "$1");
 
 feed_tool() { /usr/bin/python3 -B "$root/packaging/feed.py" "$@"; }
 
-# Qt's exact source package, which its licence wants beside the program; kept in the cache.
-package_qt_source() {
-    local folder
-    folder=$cache/qt-source-$(qt_host_version)
-    say "Qt's source and the licence texts"
+# The sources that the licence of Qt wants beside the program: the program's own, to link it with another Qt, and the
+# exact source package of the Qt in it, which is kept in the cache.
+package_sources() {
+    local folder version
+    version=$(qt_windows_source_version)
+    folder=$cache/qt-source-$version
+    say "The sources"
+    [ "$version" = "$(qt_host_version)" ] ||
+        die "Qt for Windows was built from version $version, which is outdated. Remove $(qt_windows_prefix) first."
     if [ ! -d "$folder" ]; then
         rm -rf "$folder.work"
-        download_source_package "$folder.work" qt6-base "$(qt_host_version)"
+        download_source_package "$folder.work" qt6-base "$version"
         mv "$folder.work/package" "$folder"
         rm -rf "$folder.work"
     fi
+    rm -rf "$release/source"
     mkdir -p "$release/source"
     cp "$folder"/qt6-base_* "$release/source/"
+    (cd "$root" && git ls-files -z) |
+        tar -C "$root" --null --files-from=- --sort=name --mtime="@$SOURCE_DATE_EPOCH" --owner=0 --group=0 --numeric-owner \
+            --mode=u=rwX,go=rX --transform="s,^,rotika-$(project_version)/," -c |
+        gzip -9n >"$release/source/rotika-$(project_version).tar.gz"
 }
 
 # The manual as a web page, since few people read Markdown files.
@@ -49,7 +60,9 @@ td, th { padding: .3em .6em; border: 1px solid #808080; text-align: left } table
 }
 
 package_documents() {
-    package_qt_source
+    need_qt_windows
+    package_sources
+    say "The licence texts and the manual"
     /usr/bin/python3 -B "$root/packaging/notices.py" "$(echo "$release"/source/qt6-base_*.orig.tar.xz)" "$root" \
         "$release/licencje"
     package_manual

@@ -1,8 +1,9 @@
 # The Debian package. Sourced by package.sh.
 
 package_linux() {
-    [ -d "$release/podrecznik" ] || package_manual
-    build_preset package rotika_package_files -DROTIKA_MANUAL="$release/podrecznik"
+    package_manual
+    build_preset package rotika_package_files -DROTIKA_MANUAL="$release/podrecznik" \
+        -DROTIKA_CONTACT="${ROTIKA_CONTACT:-Rotika <kontakt@rotika.example>}"
     say "The Debian package"
     rm -f "$release"/rotika_*.deb
     (cd "$root/build/package" && cpack -B "$root/build/package/cpack") >"$root/build/package/cpack.log" 2>&1 || {
@@ -33,7 +34,9 @@ test_package_linux() {
     [ -d "$release/podrecznik" ] || package_manual
     need_bare_debian
     as_root env PYTHONPATH="$root/tests" ROTIKA_CACHE="$cache" ROTIKA_RELEASE="$release" /usr/bin/python3 -B -m pytest \
-        -q -p no:cacheprovider "$root/tests/packages/test_linux.py" ${1:+-k "$1"}
+        -q -p no:cacheprovider "$root/tests/packages/test_linux.py" ${1:+-k "$1"} || status=$?
+    as_root chown -R "$(id -u):$(id -g)" "$artefacts"
+    return "$status"
 }
 
 # A Debian 12 with nothing but its base, for trying the package: made once, from the mirror of this machine's apt.

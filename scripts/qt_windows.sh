@@ -26,6 +26,11 @@ qt_windows_prefix() {
     printf '%s\n' "$cache/qt-windows-${version%-*}"
 }
 
+# The version of the source package that it was built from; earlier builds did not note it.
+qt_windows_source_version() {
+    cat "$(qt_windows_prefix)/source-version" 2>/dev/null || qt_host_version
+}
+
 qt_windows_is_built() {
     [ -f "$(qt_windows_prefix)/lib/cmake/Qt6/qt.toolchain.cmake" ]
 }
@@ -49,6 +54,7 @@ build_qt_windows() {
     nice -n 19 cmake --build "$work/build" --parallel "$jobs"
     rm -rf "$work/install"
     DESTDIR=$work/install cmake --install "$work/build" --strip >"$work/install.log"
+    qt_host_version >"$work/install/qt/source-version"
     rm -rf "$prefix"
     mv "$work/install/qt" "$prefix"
     rm -rf "$work"

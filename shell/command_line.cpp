@@ -64,7 +64,7 @@ QString commandLineHelp() {
                           "  --version                  wyświetla wersję\n"
                           "  --help                     wyświetla tę pomoc\n"
                           "\n"
-                          "Stan wyjścia: 0 — w porządku, 1 — polecenia nie udało się wykonać,\n"
+                          "Kod wyjścia: 0 — w porządku, 1 — polecenia nie udało się wykonać,\n"
                           "2 — błędna opcja.")
         .arg(QStringLiteral(ROTIKA_VERSION));
 }

@@ -1,5 +1,6 @@
 """The signed update feed: a release passes its check, and no file can be changed, exchanged or added afterwards."""
 
+import re
 import subprocess
 import sys
 from pathlib import Path
@@ -27,12 +28,14 @@ def test_only_what_was_signed_passes_the_check(tmp_path):
     assert feed(*make).returncode == 0 and feed("check", release, public).stderr == ""
     assert "signature" in feed("check", release, other).stderr
     source.write_bytes(b"changed")
-    assert "SHA256SUMS" in feed("check", release, public).stderr
-    feed(*make)
+    assert "SHA256SUMS does not match" in feed("check", release, public).stderr
+    # An attacker has another key, and so can only leave the feed as it was or offer nothing.
     signed = (release / "appcast.xml").read_bytes()
-    installer.write_bytes(b"Installer")  # of the same length
-    feed(*make)  # with the sums of an attacker, who has no key and so must leave the feed as it was
+    forge = *make[:-1], tmp_path / "other"
+    assert feed(*forge).returncode == 0
+    assert feed("check", release, public).stderr.count("does not have the signature") == 2
     (release / "appcast.xml").write_bytes(signed)
-    assert "signature" in feed("check", release, public).stderr
-    installer.unlink()
-    assert "missing" in feed("check", release, public).stderr
+    installer.write_bytes(b"Installer")  # of the same length
+    assert "setup.exe does not have the signature" in feed("check", release, public).stderr
+    (release / "appcast.xml").write_bytes(re.sub(b"<enclosure.*?/>", b"", signed, flags=re.DOTALL))
+    assert "instead of one" in feed("check", release, public).stderr

@@ -85,6 +85,8 @@ class InstalledDesk(Desk):
 
     def hovered(self, index):
         """The colours around the middle of the field that the wheel's cursor is put on."""
+        if not self.wheel():  # it closes where a busy machine stands still for more than a second
+            self.open_wheel()
         self.aim(index)
         x, y = self.virtual
         return {tuple(map(int, pixel)) for line in self.display.picture(self.wheel().id)[y - 60:y - 10, x - 20:x + 20]

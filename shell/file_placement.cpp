@@ -1,5 +1,7 @@
 #include "shell/file_placement.h"
 
+#include "common/files.h"
+
 #include <chrono>
 #include <fstream>
 #include <system_error>
@@ -11,8 +13,8 @@ namespace fs = std::filesystem;
 
 constexpr char8_t workPrefix[] = u8".rotika-voice-install-";
 constexpr int mostWorkFolders = 100;
-constexpr int moveAttempts = 5;
-constexpr std::chrono::milliseconds movePause{20};
+constexpr std::chrono::seconds moveLimit{4}; // of all moves of one call together
+constexpr std::chrono::milliseconds movePause{50};
 
 fs::path newFolder(const fs::path& work) {
     return work / u8"new";
@@ -37,12 +39,24 @@ bool isPresent(const fs::path& path) {
     return fs::symlink_status(path, failure).type() != fs::file_type::not_found;
 }
 
-/// Virus scanners hold new files open for a moment, which on Windows keeps them where they are.
-bool moveTo(const fs::path& from, const fs::path& to) {
-    for (int attempt = 1;; ++attempt) {
+/// Moves files until a common deadline.
+class Mover {
+public:
+    bool move(const fs::path& from, const fs::path& to) const;
+
+private:
+    std::chrono::steady_clock::time_point deadline = std::chrono::steady_clock::now() + moveLimit;
+};
+
+/// Virus scanners hold new files open for a moment, which on Windows keeps them where they are. The library
+/// reports that as an error of input and output.
+bool Mover::move(const fs::path& from, const fs::path& to) const {
+    for (;;) {
         std::error_code failure;
         fs::rename(from, to, failure);
-        if (failure != std::errc::permission_denied || attempt == moveAttempts)
+        const bool mayBeHeld =
+            (failure == std::errc::permission_denied || failure == std::errc::io_error) && isPresent(from);
+        if (!mayBeHeld || std::chrono::steady_clock::now() >= deadline)
             return !failure;
         std::this_thread::sleep_for(movePause);
     }
@@ -55,17 +69,18 @@ bool writeNote(const fs::path& path) {
 }
 
 /// The new one comes after the old one has left: no system exchanges two folders in one step on all disks.
-bool place(const fs::path& work, const PlacedName& name) {
+bool place(const fs::path& work, const PlacedName& name, const Mover& mover) {
     const fs::path target = work.parent_path() / name;
-    if (isPresent(target) ? !moveTo(target, oldFolder(work) / name) : !writeNote(addedFolder(work) / name))
+    if (isPresent(target) ? !mover.move(target, oldFolder(work) / name)
+                          : !writeNote(addedFolder(work) / name))
         return false;
-    return moveTo(newFolder(work) / name, target);
+    return mover.move(newFolder(work) / name, target);
 }
 
 /// Moves the new one back, if it has been placed.
-void withdraw(const fs::path& work, const fs::path& name) {
+void withdraw(const fs::path& work, const fs::path& name, const Mover& mover) {
     if (!isPresent(newFolder(work) / name))
-        moveTo(work.parent_path() / name, newFolder(work) / name);
+        mover.move(work.parent_path() / name, newFolder(work) / name);
 }
 
 std::vector<fs::path> entriesOf(const fs::path& folder) {
@@ -95,9 +110,20 @@ fs::path makeWorkFolder(const fs::path& dataFolder) {
     return {};
 }
 
+bool keepForRestoring(const fs::path& work, const PlacedName& name) {
+    const fs::path file = work.parent_path() / name;
+    if (!isPresent(file))
+        return writeNote(addedFolder(work) / name);
+    // Not written to "old" itself: from there an incomplete copy would be restored.
+    const fs::path copy = work / u8"copy";
+    const std::optional<std::string> bytes = readWholeFile(file);
+    return bytes && replaceWholeFile(copy, *bytes) && Mover().move(copy, oldFolder(work) / name);
+}
+
 bool placeFiles(const fs::path& work, const std::vector<PlacedName>& names) {
+    const Mover mover;
     for (const PlacedName& name : names) {
-        if (!place(work, name)) {
+        if (!place(work, name, mover)) {
             unplaceFiles(work);
             return false;
         }
@@ -106,11 +132,12 @@ bool placeFiles(const fs::path& work, const std::vector<PlacedName>& names) {
 }
 
 void unplaceFiles(const fs::path& work) {
+    const Mover mover;
     for (const fs::path& note : entriesOf(addedFolder(work)))
-        withdraw(work, note.filename());
+        withdraw(work, note.filename(), mover);
     for (const fs::path& old : entriesOf(oldFolder(work))) {
-        withdraw(work, old.filename());
-        moveTo(old, work.parent_path() / old.filename());
+        withdraw(work, old.filename(), mover);
+        mover.move(old, work.parent_path() / old.filename());
     }
 }
 
@@ -131,12 +158,14 @@ void removeWorkFolder(const fs::path& work) noexcept {
         fs::remove_all(work, ignored);
 }
 
-void finishPlacements(const fs::path& dataFolder) {
+std::vector<fs::path> unplaceUnconfirmed(const fs::path& dataFolder) {
+    std::vector<fs::path> works;
     for (const fs::path& work : entriesOf(dataFolder)) {
         if (!work.filename().u8string().starts_with(workPrefix))
             continue;
         if (!isPresent(confirmation(work)))
             unplaceFiles(work);
-        removeWorkFolder(work);
+        works.push_back(work);
     }
+    return works;
 }

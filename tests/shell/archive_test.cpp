@@ -1,5 +1,6 @@
 #include "shell/archive_extractor.h"
 #include "shell/file_placement.h"
+#include "shell/speech_library_file.h"
 #include "shell/speech_package.h"
 #include "test_files.h"
 
@@ -128,6 +129,11 @@ TEST(SpeechPackage, IsRefusedWithTheReason) {
          {{"libvosk.dylib"}, "innego systemu"}}};
     for (const auto& [names, reason] : refused)
         EXPECT_TRUE(problemOf(names).contains(reason)) << reason;
+    const QByteArray name = speechLibraryFileName().toUtf8();
+    writeFile(archive, zip({{name}, {"version.dll"}, {"libstdc++-6.dll"}, {"x/libgcc_s_seh-1.dll"}}));
+    SpeechPackage package;
+    EXPECT_EQ(recognisePackage(archive, package), "");
+    EXPECT_EQ(package.files.size(), name.endsWith(".dll") ? 2 : 1);
     const QString library = folder.filePath("library");
     for (const QByteArray& bytes : {QByteArray(), QByteArray("MZ"), QByteArray("\177ELF")}) {
         writeFile(library, bytes);
@@ -152,13 +158,18 @@ TEST(FilePlacement, ChangesAllOrNothingAlsoAfterACrash) {
         EXPECT_FALSE(placeFiles(work, {u8"library", u8"added", u8"missing"}));
         EXPECT_EQ(bytesOf(data.filePath("library")), "old");
         EXPECT_FALSE(data.exists("added"));
+        writeFile(data.filePath("settings"), "old");
+        EXPECT_TRUE(keepForRestoring(work, u8"settings") && keepForRestoring(work, u8"notes"));
+        for (const char* const name : {"settings", "notes"})
+            writeFile(data.filePath(name), "new");
         EXPECT_TRUE(placeFiles(work, {u8"library", u8"added", u8"model"}));
         EXPECT_EQ(bytesOf(data.filePath("model/file")), "new");
         EXPECT_TRUE(!isConfirmed || confirmPlacement(work));
-        finishPlacements(dataFolder); // the next start
-        for (const char* const name : {"library", "model/file"})
+        for (const auto& each : unplaceUnconfirmed(dataFolder)) // the next start
+            removeWorkFolder(each);
+        for (const char* const name : {"library", "model/file", "settings"})
             EXPECT_EQ(bytesOf(data.filePath(name)), isConfirmed ? "new" : "old");
         EXPECT_EQ(data.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(),
-                  isConfirmed ? 3 : 2);
+                  isConfirmed ? 5 : 3);
     }
 }

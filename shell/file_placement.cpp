@@ -2,6 +2,7 @@
 
 #include "common/files.h"
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <system_error>
@@ -12,7 +13,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char8_t workPrefix[] = u8".rotika-voice-install-";
-constexpr int mostWorkFolders = 100;
+constexpr int firstWorkNumber = 100;
+constexpr int mostWorkFolders = 900;
 constexpr std::chrono::seconds moveLimit{4}; // of all moves of one call together
 constexpr std::chrono::milliseconds movePause{50};
 
@@ -31,6 +33,17 @@ fs::path addedFolder(const fs::path& work) {
 
 fs::path confirmation(const fs::path& work) {
     return work / u8"confirmed";
+}
+
+fs::path deferment(const fs::path& work) {
+    return work / u8"deferred";
+}
+
+/// With the same number of digits, so that the names are in the order of the numbers.
+fs::path workFolder(const fs::path& dataFolder, int number) {
+    fs::path work = dataFolder / workPrefix;
+    work += std::to_string(firstWorkNumber + number);
+    return work;
 }
 
 /// A link is never followed.
@@ -94,11 +107,13 @@ std::vector<fs::path> entriesOf(const fs::path& folder) {
 } // namespace
 
 fs::path makeWorkFolder(const fs::path& dataFolder) {
-    for (int number = 1; number <= mostWorkFolders; ++number) {
+    int number = mostWorkFolders;
+    while (number > 0 && !isPresent(workFolder(dataFolder, number - 1)))
+        --number;
+    for (; number < mostWorkFolders; ++number) {
         std::error_code failure;
-        fs::path work = dataFolder / workPrefix;
-        work += std::to_string(number);
-        if (!fs::create_directory(work, failure)) // left from before, as a replaced library in use
+        fs::path work = workFolder(dataFolder, number);
+        if (!fs::create_directory(work, failure))
             continue;
         if (fs::create_directory(newFolder(work), failure) &&
             fs::create_directory(oldFolder(work), failure) &&
@@ -145,6 +160,10 @@ bool confirmPlacement(const fs::path& work) {
     return writeNote(confirmation(work));
 }
 
+bool deferConfirmation(const fs::path& work) {
+    return writeNote(deferment(work));
+}
+
 void removeWorkFolder(const fs::path& work) noexcept {
     std::error_code ignored;
     fs::remove_all(newFolder(work), ignored);
@@ -158,14 +177,20 @@ void removeWorkFolder(const fs::path& work) noexcept {
         fs::remove_all(work, ignored);
 }
 
-std::vector<fs::path> unplaceUnconfirmed(const fs::path& dataFolder) {
-    std::vector<fs::path> works;
-    for (const fs::path& work : entriesOf(dataFolder)) {
-        if (!work.filename().u8string().starts_with(workPrefix))
-            continue;
-        if (!isPresent(confirmation(work)))
+LeftPlacements unplaceUnconfirmed(const fs::path& dataFolder) {
+    std::vector<fs::path> works = entriesOf(dataFolder);
+    std::erase_if(works,
+                  [](const fs::path& entry) { return !entry.filename().u8string().starts_with(workPrefix); });
+    std::ranges::sort(works,
+                      std::ranges::greater()); // the last one may have replaced files of an earlier one
+    LeftPlacements left;
+    for (const fs::path& work : works) {
+        std::error_code failure;
+        const bool isConfirmed = isPresent(confirmation(work));
+        const bool isDeferred = !isConfirmed && fs::remove(deferment(work), failure);
+        if (!isConfirmed && !isDeferred)
             unplaceFiles(work);
-        works.push_back(work);
+        (isDeferred ? left.onTrial : left.ended).push_back(work);
     }
-    return works;
+    return left;
 }

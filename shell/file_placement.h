@@ -11,7 +11,8 @@
 /// A file or folder to be moved from the work folder, by its name in both folders.
 using PlacedName = std::u8string;
 
-/// A new work folder with the subfolder "new" in the data folder; empty if none can be made.
+/// A new work folder with the subfolder "new" in the data folder, by its name after all others that are
+/// there; empty if none can be made.
 std::filesystem::path makeWorkFolder(const std::filesystem::path& dataFolder);
 
 /// Notes the content of a file that is about to be changed, so that unplaceFiles restores it as well. False
@@ -28,9 +29,18 @@ void unplaceFiles(const std::filesystem::path& work);
 /// From now on the next start keeps what is placed. False if that could not be noted.
 bool confirmPlacement(const std::filesystem::path& work);
 
+/// The next start keeps what is placed as well, but on trial: the start after that one takes it back unless
+/// it is confirmed or deferred again by then. False if that could not be noted.
+bool deferConfirmation(const std::filesystem::path& work);
+
 /// Removes the work folder as far as the system allows: a library in use on Windows stays.
 void removeWorkFolder(const std::filesystem::path& work) noexcept;
 
-/// For the start of the program: takes back every placement that was not confirmed. Returns the work folders,
-/// which are to be removed.
-std::vector<std::filesystem::path> unplaceUnconfirmed(const std::filesystem::path& dataFolder);
+/// Work folders that an earlier run has left.
+struct LeftPlacements {
+    std::vector<std::filesystem::path> onTrial;
+    std::vector<std::filesystem::path> ended; // to be removed
+};
+
+/// For the start of the program: takes back every placement that was neither confirmed nor deferred.
+LeftPlacements unplaceUnconfirmed(const std::filesystem::path& dataFolder);

@@ -10,6 +10,7 @@
 #include "shell/message_boxes.h"
 #include "shell/speech_library_file.h"
 #include "shell/voice_page.h"
+#include "shell/voice_start.h"
 #include "shell/voice_unpacking.h"
 
 #include <QDeadlineTimer>
@@ -35,10 +36,6 @@ QString text(const char* words) {
     return QCoreApplication::translate("VoiceInstaller", words);
 }
 
-QString engineVoiceStatus() {
-    return QStringView(OverlayVoiceStatus()).toString();
-}
-
 QString downloadFolder() {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
     return QFileInfo(folder).isDir() ? folder : QDir::homePath();
@@ -48,13 +45,6 @@ QString downloadFolder() {
 bool writeConfig(const QJsonObject& config) {
     writeConfigObject(config);
     return readConfigObject() == config;
-}
-
-/// Up to 4 GB may take long. Nobody waits for it: the next start removes what the end of the process leaves.
-void removeInBackground(const std::filesystem::path& work) {
-    QThread* const thread = QThread::create([work] { removeWorkFolder(work); });
-    QObject::connect(thread, &QThread::finished, thread, &QObject::deleteLater);
-    thread->start();
 }
 
 /// What an installation shares with its worker, which may outlive it. Except for the progress it is the
@@ -129,7 +119,7 @@ VoiceInstallation::~VoiceInstallation() {
     if (worker && worker->wait(QDeadlineTimer(stopLimit)))
         delete worker.data();
     if (stage == Stage::starting)
-        confirmPlacement(work->unpacked.work);
+        deferConfirmation(work->unpacked.work);
     delete dialog;
 }
 
@@ -291,14 +281,17 @@ void VoiceInstallation::abandonWorker() {
 }
 
 /// The files are confirmed only now: if loading them had ended the process, the next start would take them
-/// back instead of ending as well.
+/// back instead of ending as well. A library that replaces a loaded one is loaded by the next start.
 void VoiceInstallation::finishWhenSettled() {
-    const QString status = engineVoiceStatus();
-    const bool isSettled = status != statusBefore && status != text("ładowanie modelu…");
-    if (!isSettled && !deadline.hasExpired())
+    if (!isVoiceSettledSince(statusBefore) && !deadline.hasExpired())
         return;
-    confirmPlacement(work->unpacked.work);
-    removeInBackground(work->unpacked.work);
+    if (isOldLibraryLoaded) {
+        deferConfirmation(work->unpacked.work);
+    } else {
+        confirmPlacement(work->unpacked.work);
+        removeInBackground(work->unpacked.work);
+    }
+    const QString status = engineVoiceStatus();
     const bool isActive = status == text("aktywny");
     QString message = installedPart();
     message += QStringLiteral("\n\n") + text("Stan głosu: %1").arg(voiceStatusLine());
@@ -355,9 +348,4 @@ void installVoice(const QStringList& files, QWidget* window) {
     }
     if (!chosen.isEmpty() && (!running || running->isCancelled()))
         running = new VoiceInstallation(chosen, window);
-}
-
-void finishVoiceInstallation() {
-    for (const std::filesystem::path& work : unplaceUnconfirmed(dataFolderPath()))
-        removeInBackground(work);
 }

@@ -10,7 +10,3 @@ class QWidget;
 /// start if the process ends before voice has started. Returns while the installation goes on; one at a time.
 /// `window` is a top-level window, shown. Main thread.
 void installVoice(const QStringList& files, QWidget* window);
-
-/// Takes back an installation that the end of the process interrupted and removes its files. Call once,
-/// before the engine starts.
-void finishVoiceInstallation();

@@ -84,6 +84,7 @@ def test_voice_is_installed_from_archives_only_if_they_are_what_they_should_be(d
     installer.launch(library, model)  # the loaded library is replaced too
     installer.expect_message("ponownym uruchomieniu")
     speech.wait_for_call("model_new", 3)
+    assert list(desk.folder.glob(".*"))  # on trial until the library itself has been loaded
     desk.end_program()
     desk.start_program()
     speech.wait_for_call("model_new", 4)

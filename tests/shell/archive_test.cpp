@@ -142,7 +142,9 @@ TEST(SpeechPackage, IsRefusedWithTheReason) {
 }
 
 TEST(FilePlacement, ChangesAllOrNothingAlsoAfterACrash) {
-    for (const bool isConfirmed : {false, true}) {
+    enum class End { crash, deferred, confirmed };
+    for (const End end : {End::crash, End::deferred, End::confirmed}) {
+        const bool isConfirmed = end == End::confirmed;
         const QTemporaryDir folder;
         const QDir data(folder.path());
         const std::filesystem::path dataFolder(folder.path().toStdU16String());
@@ -165,7 +167,15 @@ TEST(FilePlacement, ChangesAllOrNothingAlsoAfterACrash) {
         EXPECT_TRUE(placeFiles(work, {u8"library", u8"added", u8"model"}));
         EXPECT_EQ(bytesOf(data.filePath("model/file")), "new");
         EXPECT_TRUE(!isConfirmed || confirmPlacement(work));
-        for (const auto& each : unplaceUnconfirmed(dataFolder)) // the next start
+        const auto later = makeWorkFolder(dataFolder); // another one, on top
+        writeFile(QString::fromStdU16String((later / "new/library").u16string()), "newest");
+        EXPECT_TRUE(placeFiles(later, {u8"library"}));
+        if (end == End::deferred) {
+            EXPECT_TRUE(deferConfirmation(work));
+            EXPECT_EQ(unplaceUnconfirmed(dataFolder).onTrial, std::vector{work});
+            EXPECT_EQ(bytesOf(data.filePath("library")), "new");
+        }
+        for (const auto& each : unplaceUnconfirmed(dataFolder).ended) // the next start
             removeWorkFolder(each);
         for (const char* const name : {"library", "model/file", "settings"})
             EXPECT_EQ(bytesOf(data.filePath(name)), isConfirmed ? "new" : "old");

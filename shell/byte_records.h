@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -17,11 +18,12 @@ std::optional<Record> recordAt(const QByteArray& bytes, std::uint64_t offset) {
     return record;
 }
 
-/// The zero-terminated text at this offset; empty if it does not end within the bytes.
-inline QByteArray textAt(const QByteArray& bytes, std::uint64_t offset) {
-    if (offset >= static_cast<std::uint64_t>(bytes.size()))
+/// The zero-terminated text at this offset; empty if it is longer or does not end within the bytes.
+inline QByteArray textAt(const QByteArray& bytes, std::uint64_t offset, std::size_t longest) {
+    const auto size = static_cast<std::uint64_t>(bytes.size());
+    if (offset >= size)
         return {};
-    const auto start = static_cast<qsizetype>(offset);
-    const qsizetype end = bytes.indexOf('\0', start);
-    return end < 0 ? QByteArray() : bytes.mid(start, end - start);
+    const char* const start = bytes.constData() + offset;
+    const void* const end = std::memchr(start, 0, std::min<std::size_t>(size - offset, longest + 1));
+    return end == nullptr ? QByteArray() : QByteArray(start, static_cast<const char*>(end) - start);
 }

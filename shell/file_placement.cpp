@@ -1,5 +1,8 @@
 #include "shell/file_placement.h"
 
+#include "common/files.h"
+
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <system_error>
@@ -10,9 +13,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char8_t workPrefix[] = u8".rotika-voice-install-";
-constexpr int mostWorkFolders = 100;
-constexpr int moveAttempts = 5;
-constexpr std::chrono::milliseconds movePause{20};
+constexpr int firstWorkNumber = 100;
+constexpr int mostWorkFolders = 900;
+constexpr std::chrono::seconds moveLimit{4}; // of all moves of one call together
+constexpr std::chrono::milliseconds movePause{50};
 
 fs::path newFolder(const fs::path& work) {
     return work / u8"new";
@@ -31,18 +35,41 @@ fs::path confirmation(const fs::path& work) {
     return work / u8"confirmed";
 }
 
+fs::path deferment(const fs::path& work) {
+    return work / u8"deferred";
+}
+
+/// With the same number of digits, so that the names are in the order of the numbers.
+fs::path workFolder(const fs::path& dataFolder, int number) {
+    fs::path work = dataFolder / workPrefix;
+    work += std::to_string(firstWorkNumber + number);
+    return work;
+}
+
 /// A link is never followed.
 bool isPresent(const fs::path& path) {
     std::error_code failure;
     return fs::symlink_status(path, failure).type() != fs::file_type::not_found;
 }
 
-/// Virus scanners hold new files open for a moment, which on Windows keeps them where they are.
-bool moveTo(const fs::path& from, const fs::path& to) {
-    for (int attempt = 1;; ++attempt) {
+/// Moves files until a common deadline.
+class Mover {
+public:
+    bool move(const fs::path& from, const fs::path& to) const;
+
+private:
+    std::chrono::steady_clock::time_point deadline = std::chrono::steady_clock::now() + moveLimit;
+};
+
+/// Virus scanners hold new files open for a moment, which on Windows keeps them where they are. The library
+/// reports that as an error of input and output.
+bool Mover::move(const fs::path& from, const fs::path& to) const {
+    for (;;) {
         std::error_code failure;
         fs::rename(from, to, failure);
-        if (failure != std::errc::permission_denied || attempt == moveAttempts)
+        const bool mayBeHeld =
+            (failure == std::errc::permission_denied || failure == std::errc::io_error) && isPresent(from);
+        if (!mayBeHeld || std::chrono::steady_clock::now() >= deadline)
             return !failure;
         std::this_thread::sleep_for(movePause);
     }
@@ -55,17 +82,18 @@ bool writeNote(const fs::path& path) {
 }
 
 /// The new one comes after the old one has left: no system exchanges two folders in one step on all disks.
-bool place(const fs::path& work, const PlacedName& name) {
+bool place(const fs::path& work, const PlacedName& name, const Mover& mover) {
     const fs::path target = work.parent_path() / name;
-    if (isPresent(target) ? !moveTo(target, oldFolder(work) / name) : !writeNote(addedFolder(work) / name))
+    if (isPresent(target) ? !mover.move(target, oldFolder(work) / name)
+                          : !writeNote(addedFolder(work) / name))
         return false;
-    return moveTo(newFolder(work) / name, target);
+    return mover.move(newFolder(work) / name, target);
 }
 
 /// Moves the new one back, if it has been placed.
-void withdraw(const fs::path& work, const fs::path& name) {
+void withdraw(const fs::path& work, const fs::path& name, const Mover& mover) {
     if (!isPresent(newFolder(work) / name))
-        moveTo(work.parent_path() / name, newFolder(work) / name);
+        mover.move(work.parent_path() / name, newFolder(work) / name);
 }
 
 std::vector<fs::path> entriesOf(const fs::path& folder) {
@@ -79,11 +107,13 @@ std::vector<fs::path> entriesOf(const fs::path& folder) {
 } // namespace
 
 fs::path makeWorkFolder(const fs::path& dataFolder) {
-    for (int number = 1; number <= mostWorkFolders; ++number) {
+    int number = mostWorkFolders;
+    while (number > 0 && !isPresent(workFolder(dataFolder, number - 1)))
+        --number;
+    for (; number < mostWorkFolders; ++number) {
         std::error_code failure;
-        fs::path work = dataFolder / workPrefix;
-        work += std::to_string(number);
-        if (!fs::create_directory(work, failure)) // left from before, as a replaced library in use
+        fs::path work = workFolder(dataFolder, number);
+        if (!fs::create_directory(work, failure))
             continue;
         if (fs::create_directory(newFolder(work), failure) &&
             fs::create_directory(oldFolder(work), failure) &&
@@ -95,9 +125,20 @@ fs::path makeWorkFolder(const fs::path& dataFolder) {
     return {};
 }
 
+bool keepForRestoring(const fs::path& work, const PlacedName& name) {
+    const fs::path file = work.parent_path() / name;
+    if (!isPresent(file))
+        return writeNote(addedFolder(work) / name);
+    // Not written to "old" itself: from there an incomplete copy would be restored.
+    const fs::path copy = work / u8"copy";
+    const std::optional<std::string> bytes = readWholeFile(file);
+    return bytes && replaceWholeFile(copy, *bytes) && Mover().move(copy, oldFolder(work) / name);
+}
+
 bool placeFiles(const fs::path& work, const std::vector<PlacedName>& names) {
+    const Mover mover;
     for (const PlacedName& name : names) {
-        if (!place(work, name)) {
+        if (!place(work, name, mover)) {
             unplaceFiles(work);
             return false;
         }
@@ -106,16 +147,21 @@ bool placeFiles(const fs::path& work, const std::vector<PlacedName>& names) {
 }
 
 void unplaceFiles(const fs::path& work) {
+    const Mover mover;
     for (const fs::path& note : entriesOf(addedFolder(work)))
-        withdraw(work, note.filename());
+        withdraw(work, note.filename(), mover);
     for (const fs::path& old : entriesOf(oldFolder(work))) {
-        withdraw(work, old.filename());
-        moveTo(old, work.parent_path() / old.filename());
+        withdraw(work, old.filename(), mover);
+        mover.move(old, work.parent_path() / old.filename());
     }
 }
 
 bool confirmPlacement(const fs::path& work) {
     return writeNote(confirmation(work));
+}
+
+bool deferConfirmation(const fs::path& work) {
+    return writeNote(deferment(work));
 }
 
 void removeWorkFolder(const fs::path& work) noexcept {
@@ -131,12 +177,20 @@ void removeWorkFolder(const fs::path& work) noexcept {
         fs::remove_all(work, ignored);
 }
 
-void finishPlacements(const fs::path& dataFolder) {
-    for (const fs::path& work : entriesOf(dataFolder)) {
-        if (!work.filename().u8string().starts_with(workPrefix))
-            continue;
-        if (!isPresent(confirmation(work)))
+LeftPlacements unplaceUnconfirmed(const fs::path& dataFolder) {
+    std::vector<fs::path> works = entriesOf(dataFolder);
+    std::erase_if(works,
+                  [](const fs::path& entry) { return !entry.filename().u8string().starts_with(workPrefix); });
+    std::ranges::sort(works,
+                      std::ranges::greater()); // the last one may have replaced files of an earlier one
+    LeftPlacements left;
+    for (const fs::path& work : works) {
+        std::error_code failure;
+        const bool isConfirmed = isPresent(confirmation(work));
+        const bool isDeferred = !isConfirmed && fs::remove(deferment(work), failure);
+        if (!isConfirmed && !isDeferred)
             unplaceFiles(work);
-        removeWorkFolder(work);
+        (isDeferred ? left.onTrial : left.ended).push_back(work);
     }
+    return left;
 }

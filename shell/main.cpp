@@ -13,6 +13,7 @@
 #include "shell/themes.h"
 #include "shell/update_service.h"
 #include "shell/voice_installer.h"
+#include "shell/voice_start.h"
 
 #include <QApplication>
 #include <QDir>

@@ -15,6 +15,10 @@ constexpr qint64 largestLibrary = qint64{512} << 20; // read into memory as a wh
 
 constexpr std::array libraryFileNames{"libvosk.so", "libvosk.dll", "libvosk.dylib"};
 
+/// What the library needs on Windows. Others from the archive must not come into the program's folder, where
+/// the program and the system's own components would load them.
+constexpr std::array companionFileNames{"libgcc_s_seh-1.dll", "libstdc++-6.dll", "libwinpthread-1.dll"};
+
 /// The engine can do without two of them, at the price of wrong phrases that nobody is told of.
 constexpr std::array usedNames{
     "vosk_set_log_level",      "vosk_model_new",          "vosk_model_free",
@@ -36,13 +40,19 @@ QString folderOf(const QString& path) {
     return path.left(path.lastIndexOf('/') + 1);
 }
 
+bool isCompanion(const QString& name) {
+    return std::ranges::any_of(companionFileNames, [&](auto known) {
+        return name.compare(QLatin1String(known), Qt::CaseInsensitive) == 0;
+    });
+}
+
 /// The library itself, and on Windows the libraries beside it that it needs; elsewhere the system has them.
 QString takeLibrary(const QString& library, const QList<ArchiveFile>& files, SpeechPackage& package) {
     package.kind = SpeechPackage::Kind::library;
     const bool needsOthers = library.endsWith(QStringLiteral(".dll"));
     for (const ArchiveFile& file : files) {
-        const bool isNeeded = needsOthers && folderOf(file.path) == folderOf(library) &&
-                              file.path.endsWith(QStringLiteral(".dll"), Qt::CaseInsensitive);
+        const bool isNeeded =
+            needsOthers && folderOf(file.path) == folderOf(library) && isCompanion(nameOf(file.path));
         if (file.path != library && !isNeeded)
             continue;
         if (file.path == library && file.size > static_cast<std::uint64_t>(largestLibrary))

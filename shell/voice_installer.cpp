@@ -10,6 +10,7 @@
 #include "shell/message_boxes.h"
 #include "shell/speech_library_file.h"
 #include "shell/voice_page.h"
+#include "shell/voice_start.h"
 #include "shell/voice_unpacking.h"
 
 #include <QDeadlineTimer>
@@ -28,18 +29,11 @@ namespace {
 
 constexpr std::chrono::milliseconds progressPeriod{100};
 constexpr std::chrono::seconds startLimit{60}; // a large model takes half of it on a slow disk
+constexpr std::chrono::seconds stopLimit{1};   // of the worker; a drive of the network may never answer
 constexpr int fullBar = 1000;
 
 QString text(const char* words) {
     return QCoreApplication::translate("VoiceInstaller", words);
-}
-
-QString engineVoiceStatus() {
-    return QStringView(OverlayVoiceStatus()).toString();
-}
-
-QString configPath() {
-    return dataFolder() + '/' + QString::fromUtf16(configFileName);
 }
 
 QString downloadFolder() {
@@ -53,6 +47,16 @@ bool writeConfig(const QJsonObject& config) {
     return readConfigObject() == config;
 }
 
+/// What an installation shares with its worker, which may outlive it. Except for the progress it is the
+/// worker's while that runs.
+struct VoiceWork {
+    QStringList archives;
+    UnpackingProgress progress;
+    UnpackedVoice unpacked;
+    QString problem;
+    bool isDone = false; // the last step
+};
+
 /// One installation, from the checks to the result. Owned by its window.
 class VoiceInstallation : public QObject {
 public:
@@ -60,50 +64,62 @@ public:
     ~VoiceInstallation() override;
 
     void raiseDialog();
+    bool isCancelled() const { return stage == Stage::cancelled; }
 
 private:
+    enum class Stage { unpacking, cancelled, placing, starting, finished };
+
     void makeDialog();
-    void startWorker(std::function<void()> task, void (VoiceInstallation::*next)());
+    void startWorker(std::function<void(VoiceWork&)> task, void (VoiceInstallation::*next)());
     void showProgress();
     void cancel();
     void onUnpacked();
-    bool apply();
-    bool stopVoice(const QJsonObject& config);
+    void prepareToPlace();
+    void onSettingsKept();
+    void onPlaced();
+    void takeBack();
+    void onTakenBack();
     QJsonObject newConfig(QJsonObject config) const;
     void awaitStatus();
     void onTick();
+    void abandonWorker();
+    void finishWhenSettled();
     void finish(QMessageBox::Icon icon, const QString& message);
     QString installedPart() const;
     QString missingPart() const;
 
     QWidget* window;
-    QStringList archives;
+    std::shared_ptr<VoiceWork> work = std::make_shared<VoiceWork>();
     QPointer<QProgressDialog> dialog;
     QTimer ticker;
-    std::unique_ptr<QThread> worker;
-    UnpackingProgress progress; // shared with the worker
-    UnpackedVoice unpacked;     // the worker's until it ends, as is the next
-    QString problem;
-    bool isStarting = false;
+    QPointer<QThread> worker; // deletes itself
+    Stage stage = Stage::unpacking;
     bool isOldLibraryLoaded = false;
     QString statusBefore;
-    QDeadlineTimer startDeadline;
+    QDeadlineTimer deadline; // for the worker after a cancellation, later for voice to start
 };
 
 VoiceInstallation::VoiceInstallation(const QStringList& files, QWidget* mainWindow)
-    : QObject(mainWindow), window(mainWindow), archives(files) {
+    : QObject(mainWindow), window(mainWindow) {
+    work->archives = files;
     makeDialog();
     connect(&ticker, &QTimer::timeout, this, &VoiceInstallation::onTick);
     ticker.start(progressPeriod);
-    startWorker([this] { problem = unpackVoice(archives, progress, unpacked); },
-                &VoiceInstallation::onUnpacked);
+    startWorker(
+        [](VoiceWork& shared) {
+            shared.problem = unpackVoice(shared.archives, shared.progress, shared.unpacked);
+        },
+        &VoiceInstallation::onUnpacked);
 }
 
-/// At the end of the program too: the worker notices the request within one block of the archive.
+/// At the end of the program too: the worker mostly notices the request within one block of the archive. One
+/// that a drive keeps waiting is abandoned.
 VoiceInstallation::~VoiceInstallation() {
-    progress.extraction.isCancelled = true;
-    if (worker)
-        worker->wait();
+    work->progress.extraction.isCancelled = true;
+    if (worker && worker->wait(QDeadlineTimer(stopLimit)))
+        delete worker.data();
+    if (stage == Stage::starting)
+        deferConfirmation(work->unpacked.work);
     delete dialog;
 }
 
@@ -116,7 +132,7 @@ void VoiceInstallation::makeDialog() {
     label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     dialog->setLabel(label);
     QStringList names;
-    for (const QString& archive : archives)
+    for (const QString& archive : work->archives)
         names.append(shortened(QFileInfo(archive).fileName()));
     dialog->setLabelText(text("Sprawdzanie i rozpakowywanie:") + '\n' + names.join('\n'));
     dialog->setCancelButtonText(text("Anuluj"));
@@ -138,106 +154,144 @@ void VoiceInstallation::raiseDialog() {
     dialog->activateWindow();
 }
 
-void VoiceInstallation::startWorker(std::function<void()> task, void (VoiceInstallation::*next)()) {
-    if (worker)
-        worker->wait();
-    worker.reset(QThread::create(std::move(task)));
-    if (next != nullptr)
-        connect(worker.get(), &QThread::finished, this, next);
+void VoiceInstallation::startWorker(std::function<void(VoiceWork&)> task, void (VoiceInstallation::*next)()) {
+    worker = QThread::create([shared = work, run = std::move(task)] { run(*shared); });
+    connect(worker, &QThread::finished, worker, &QObject::deleteLater);
+    connect(worker, &QThread::finished, this, next);
     worker->start();
 }
 
+/// Not after a cancellation: a new value would show the dialog again.
 void VoiceInstallation::showProgress() {
-    const std::uint64_t total = progress.totalBytes;
+    const std::uint64_t total = work->progress.totalBytes;
     if (dialog && total > 0)
-        dialog->setValue(static_cast<int>(progress.extraction.bytes * fullBar / total));
+        dialog->setValue(static_cast<int>(work->progress.extraction.bytes * fullBar / total));
 }
 
 void VoiceInstallation::cancel() {
-    progress.extraction.isCancelled = true;
+    if (stage != Stage::unpacking)
+        return;
+    stage = Stage::cancelled;
+    work->progress.extraction.isCancelled = true;
+    deadline.setRemainingTime(stopLimit);
 }
 
 void VoiceInstallation::onUnpacked() {
-    if (progress.extraction.isCancelled) {
-        if (problem.isEmpty())
-            startWorker([work = unpacked.work] { removeWorkFolder(work); }, nullptr);
+    if (stage == Stage::cancelled) {
+        if (work->problem.isEmpty())
+            removeInBackground(work->unpacked.work);
         deleteLater();
-    } else if (!problem.isEmpty()) {
-        const QString archive = QFileInfo(unpacked.faultyArchive).fileName();
+    } else if (!work->problem.isEmpty()) {
+        const QString archive = QFileInfo(work->unpacked.faultyArchive).fileName();
         const QString title = archive.isEmpty() ? QString() : shortened(archive) + QStringLiteral("\n\n");
         finish(QMessageBox::Warning,
-               title + problem + QStringLiteral("\n\n") + text("Niczego nie zmieniono."));
-    } else if (apply()) {
-        startWorker([work = unpacked.work] { removeWorkFolder(work); }, nullptr);
-        awaitStatus();
+               title + work->problem + QStringLiteral("\n\n") + text("Niczego nie zmieniono."));
     } else {
-        startWorker([work = unpacked.work] { removeWorkFolder(work); }, nullptr);
-        finish(QMessageBox::Warning,
-               text("Nie udało się zapisać nowych plików w folderze programu — może jest na dysku za mało "
-                    "miejsca albo inny program ich używa.\n\nNiczego nie zmieniono."));
+        prepareToPlace();
     }
+}
+
+/// From here on everything that changes is restored by the next start unless this one confirms it.
+void VoiceInstallation::prepareToPlace() {
+    stage = Stage::placing;
+    const QString library = dataFolder() + '/' + speechLibraryFileName();
+    isOldLibraryLoaded = work->unpacked.hasLibrary && isLibraryLoaded(library);
+    if (dialog) {
+        dialog->setLabelText(text("Uruchamianie głosu…"));
+        dialog->setRange(0, 0);
+        dialog->setCancelButton(nullptr);
+    }
+    startWorker(
+        [](VoiceWork& shared) {
+            shared.isDone =
+                keepForRestoring(shared.unpacked.work, std::filesystem::path(configFileName).u8string());
+        },
+        &VoiceInstallation::onSettingsKept);
 }
 
 /// Voice is stopped first, because the engine starts it with new settings only after a stop.
-bool VoiceInstallation::apply() {
-    const QString library = dataFolder() + '/' + speechLibraryFileName();
-    isOldLibraryLoaded = unpacked.hasLibrary && isLibraryLoaded(library);
-    const std::optional<QByteArray> before = readFile(configPath());
-    const QJsonObject config = readConfigObject();
-    const bool isPlaced = stopVoice(config) && placeFiles(unpacked.work, unpacked.names);
-    statusBefore = engineVoiceStatus();
-    const bool isDone = isPlaced && writeConfig(newConfig(config)) && confirmPlacement(unpacked.work);
-    if (!isDone) {
-        unplaceFiles(unpacked.work);
-        if (before && readFile(configPath()) != before)
-            replaceFile(configPath(), *before);
+void VoiceInstallation::onSettingsKept() {
+    QJsonObject stopped = readConfigObject();
+    stopped["voiceEnabled"] = false;
+    if (!work->isDone || !writeConfig(stopped)) {
+        takeBack();
+        return;
     }
     OverlayReloadConfig();
-    return isDone;
+    startWorker(
+        [](VoiceWork& shared) { shared.isDone = placeFiles(shared.unpacked.work, shared.unpacked.names); },
+        &VoiceInstallation::onPlaced);
 }
 
-bool VoiceInstallation::stopVoice(const QJsonObject& config) {
-    QJsonObject stopped = config;
-    stopped["voiceEnabled"] = false;
-    if (!writeConfig(stopped))
-        return false;
+void VoiceInstallation::onPlaced() {
+    statusBefore = engineVoiceStatus();
+    if (!work->isDone || !writeConfig(newConfig(readConfigObject()))) {
+        takeBack();
+        return;
+    }
     OverlayReloadConfig();
-    return true;
+    awaitStatus();
+}
+
+void VoiceInstallation::takeBack() {
+    startWorker([](VoiceWork& shared) { unplaceFiles(shared.unpacked.work); },
+                &VoiceInstallation::onTakenBack);
+}
+
+void VoiceInstallation::onTakenBack() {
+    OverlayReloadConfig();
+    removeInBackground(work->unpacked.work);
+    finish(QMessageBox::Warning,
+           text("Nie udało się zapisać nowych plików w folderze programu — może jest na dysku za mało "
+                "miejsca albo inny program ich używa.\n\nNiczego nie zmieniono."));
 }
 
 /// A configured library would be used instead of the installed one.
 QJsonObject VoiceInstallation::newConfig(QJsonObject config) const {
     config["voiceEnabled"] = true;
-    if (unpacked.hasLibrary && !config["voiceDllPath"].toString().isEmpty())
+    if (work->unpacked.hasLibrary && !config["voiceDllPath"].toString().isEmpty())
         config["voiceDllPath"] = QString();
     const QString model = config["voiceModel"].toString();
     const QString current = model.isEmpty() ? defaultModelFolder() : model;
-    if (!unpacked.modelFolder.isEmpty() && current != unpacked.modelFolder)
-        config["voiceModel"] = unpacked.modelFolder;
+    if (!work->unpacked.modelFolder.isEmpty() && current != work->unpacked.modelFolder)
+        config["voiceModel"] = work->unpacked.modelFolder;
     return config;
 }
 
 void VoiceInstallation::awaitStatus() {
-    isStarting = true;
-    startDeadline.setRemainingTime(startLimit);
+    stage = Stage::starting;
+    deadline.setRemainingTime(startLimit);
     for (VoicePage* page : window->findChildren<VoicePage*>())
         page->fillFromConfig();
-    if (!dialog)
-        return;
-    dialog->setLabelText(text("Uruchamianie głosu…"));
-    dialog->setRange(0, 0);
-    dialog->setCancelButton(nullptr);
 }
 
 void VoiceInstallation::onTick() {
-    if (!isStarting) {
+    if (stage == Stage::unpacking)
         showProgress();
+    else if (stage == Stage::cancelled && deadline.hasExpired())
+        abandonWorker();
+    else if (stage == Stage::starting)
+        finishWhenSettled();
+}
+
+/// It removes its work folder itself.
+void VoiceInstallation::abandonWorker() {
+    worker.clear();
+    deleteLater();
+}
+
+/// The files are confirmed only now: if loading them had ended the process, the next start would take them
+/// back instead of ending as well. A library that replaces a loaded one is loaded by the next start.
+void VoiceInstallation::finishWhenSettled() {
+    if (!isVoiceSettledSince(statusBefore) && !deadline.hasExpired())
         return;
+    if (isOldLibraryLoaded) {
+        deferConfirmation(work->unpacked.work);
+    } else {
+        confirmPlacement(work->unpacked.work);
+        removeInBackground(work->unpacked.work);
     }
     const QString status = engineVoiceStatus();
-    const bool isSettled = status != statusBefore && status != text("ładowanie modelu…");
-    if (!isSettled && !startDeadline.hasExpired())
-        return;
     const bool isActive = status == text("aktywny");
     QString message = installedPart();
     message += QStringLiteral("\n\n") + text("Stan głosu: %1").arg(voiceStatusLine());
@@ -251,23 +305,24 @@ void VoiceInstallation::onTick() {
 }
 
 QString VoiceInstallation::installedPart() const {
-    if (unpacked.hasLibrary && !unpacked.modelFolder.isEmpty())
+    if (work->unpacked.hasLibrary && !work->unpacked.modelFolder.isEmpty())
         return text("Biblioteka mowy i model języka są zainstalowane.");
-    return unpacked.hasLibrary ? text("Biblioteka mowy jest zainstalowana.")
-                               : text("Model języka jest zainstalowany.");
+    return work->unpacked.hasLibrary ? text("Biblioteka mowy jest zainstalowana.")
+                                     : text("Model języka jest zainstalowany.");
 }
 
 /// A hint at the archive that was not installed yet.
 QString VoiceInstallation::missingPart() const {
-    if (!unpacked.hasLibrary && !QFileInfo::exists(dataFolder() + '/' + speechLibraryFileName()))
+    if (!work->unpacked.hasLibrary && !QFileInfo::exists(dataFolder() + '/' + speechLibraryFileName()))
         return text("Potrzebna jest jeszcze biblioteka mowy — zainstaluj jej archiwum tak samo.");
     const QString model = readConfigObject()["voiceModel"].toString(defaultModelFolder());
-    if (unpacked.modelFolder.isEmpty() && !QFileInfo::exists(QDir(dataFolder()).filePath(model)))
+    if (work->unpacked.modelFolder.isEmpty() && !QFileInfo::exists(QDir(dataFolder()).filePath(model)))
         return text("Potrzebny jest jeszcze model języka — zainstaluj jego archiwum tak samo.");
     return {};
 }
 
 void VoiceInstallation::finish(QMessageBox::Icon icon, const QString& message) {
+    stage = Stage::finished;
     ticker.stop();
     delete dialog;
     QMessageBox* box = makeBox(window, icon, text("Głos"), message);
@@ -280,7 +335,7 @@ void VoiceInstallation::finish(QMessageBox::Icon icon, const QString& message) {
 void installVoice(const QStringList& files, QWidget* window) {
     static QPointer<VoiceInstallation> running;
     static bool isAsking = false;
-    if (running) {
+    if (running && !running->isCancelled()) {
         running->raiseDialog();
         return;
     }
@@ -291,10 +346,6 @@ void installVoice(const QStringList& files, QWidget* window) {
                                 downloadFolder(), text("Archiwa zip (*.zip)"));
         isAsking = false;
     }
-    if (!chosen.isEmpty() && !running)
+    if (!chosen.isEmpty() && (!running || running->isCancelled()))
         running = new VoiceInstallation(chosen, window);
-}
-
-void finishVoiceInstallation() {
-    finishPlacements(dataFolderPath());
 }

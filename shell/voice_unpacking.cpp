@@ -113,6 +113,8 @@ QString unpackVoice(const QStringList& archives, UnpackingProgress& progress, Un
     QString problem = checkFreeSpace(bytes);
     if (problem.isEmpty())
         problem = unpackAll(packages, progress, unpacked);
+    if (problem.isEmpty() && progress.extraction.isCancelled)
+        problem = text("Przerwano.");
     if (!problem.isEmpty() && !unpacked.work.empty())
         removeWorkFolder(unpacked.work);
     return problem;

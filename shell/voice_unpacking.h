@@ -3,10 +3,8 @@
 #include "shell/file_placement.h"
 #include "shell/speech_package.h"
 
-#include <QList>
 #include <QStringList>
 #include <filesystem>
-#include <optional>
 #include <vector>
 
 /// The checked and unpacked content of archives, in a work folder of file_placement.h.
@@ -25,5 +23,5 @@ struct UnpackingProgress {
 };
 
 /// Checks and unpacks archives of a library, a model or both. Returns the reason for the user why that
-/// failed, and then leaves nothing behind; else empty. Any thread.
+/// failed, and then leaves nothing behind; else empty. A cancellation counts as a failure. Any thread.
 QString unpackVoice(const QStringList& archives, UnpackingProgress& progress, UnpackedVoice& unpacked);

@@ -99,14 +99,19 @@ void copyPreparedFiles(const fs::path& beside, const fs::path& own) {
 }
 
 /// Whether `icons` is the link to the program's icons that earlier versions made, also after the program has
-/// moved. A link of the user's own, for instance to a drive that is not connected, is not.
+/// moved in a folder of the same name. A link of the user's own, for instance to a drive that is not
+/// connected, is not.
 bool isLinkOfEarlierVersion(const fs::path& icons, const fs::path& shipped) {
     std::error_code ignored;
     if (!fs::is_symlink(fs::symlink_status(icons, ignored))) {
         return false;
     }
-    return fs::exists(icons, ignored) ? fs::equivalent(icons, shipped, ignored)
-                                      : fs::read_symlink(icons, ignored).filename() == shipped.filename();
+    if (fs::exists(icons, ignored)) {
+        return fs::equivalent(icons, shipped, ignored);
+    }
+    const fs::path target = fs::read_symlink(icons, ignored);
+    return target.filename() == shipped.filename() &&
+           target.parent_path().filename() == shipped.parent_path().filename();
 }
 
 /// For the user's own icons, which cannot be added to the program's.

@@ -39,7 +39,7 @@ void addNames(const QByteArray& bytes, const Elf64_Shdr& symbols, std::uint64_t 
             return;
         if (symbol->st_shndx != SHN_UNDEF && ELF64_ST_TYPE(symbol->st_info) == STT_FUNC &&
             ELF64_ST_BIND(symbol->st_info) != STB_LOCAL)
-            names.insert(textAt(bytes, texts + symbol->st_name));
+            names.insert(textAt(bytes, texts + symbol->st_name, longestExportedName));
     }
 }
 
@@ -62,6 +62,7 @@ std::optional<QSet<QByteArray>> exportedNames(const QByteArray& bytes) {
             continue;
         if (const auto texts = sectionAt(bytes, *header, section->sh_link))
             addNames(bytes, *section, texts->sh_offset, names);
+        break; // there is only one
     }
     return names;
 }

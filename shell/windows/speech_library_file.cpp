@@ -8,7 +8,8 @@
 
 namespace {
 
-constexpr std::uint64_t mostNames = 1'000'000;
+constexpr std::uint64_t mostNames = 65'536;
+constexpr std::uint64_t mostSections = 96; // the system's limit
 
 /// The headers of an image and their offset.
 struct Image {
@@ -24,6 +25,7 @@ std::optional<Image> imageOf(const QByteArray& bytes) {
     const auto headers = recordAt<IMAGE_NT_HEADERS64>(bytes, image.start);
     if (!headers || headers->Signature != IMAGE_NT_SIGNATURE ||
         headers->FileHeader.Machine != IMAGE_FILE_MACHINE_AMD64 ||
+        headers->FileHeader.NumberOfSections > mostSections ||
         (headers->FileHeader.Characteristics & IMAGE_FILE_DLL) == 0 ||
         headers->OptionalHeader.Magic != IMAGE_NT_OPTIONAL_HDR64_MAGIC)
         return std::nullopt;
@@ -80,7 +82,7 @@ std::optional<QSet<QByteArray>> exportedNames(const QByteArray& bytes) {
         const auto text = name ? offsetOf(bytes, *image, *name) : std::nullopt;
         if (!text)
             break;
-        names.insert(textAt(bytes, *text));
+        names.insert(textAt(bytes, *text, longestExportedName));
     }
     return names;
 }

@@ -128,16 +128,15 @@ TEST_F(LinuxFiles, AnInstalledProgramsUserHasAFolderForOwnIcons) {
     fs::create_directories(folder / "icons");
     fs::create_directories(pictures);
     ASSERT_TRUE(write("installed", "") && write("icons/shipped.png", "") && write("pictures/own.png", ""));
-    for (const fs::path& earlier :
-         {fs::path(), folder / "icons", folder / "gone/icons", pictures, folder / "gone/pictures"}) {
+    const fs::path moved = folder / "gone" / folder.filename() / "icons", stick = folder / "gone/icons";
+    for (const fs::path& earlier : {fs::path(), folder / "icons", moved, pictures, stick}) {
         fs::remove_all(icons);
         if (!earlier.empty())
             fs::create_directory_symlink(earlier, icons);
         for (int start = 0; start < 2; ++start) {
             ASSERT_EQ(chooseDataFolder(folder), own);
-            EXPECT_EQ(fs::is_symlink(icons), earlier.filename() == "pictures") << earlier;
-            EXPECT_EQ(write("data/rotika/icons/own.png", "own"), earlier != folder / "gone/pictures")
-                << earlier;
+            EXPECT_EQ(fs::is_symlink(icons), earlier == pictures || earlier == stick) << earlier;
+            EXPECT_EQ(write("data/rotika/icons/own.png", "own"), earlier != stick) << earlier;
         }
     }
     EXPECT_EQ(read("pictures/own.png") + read("icons/own.png"), "ownnone");

@@ -60,6 +60,15 @@ def test_voice_is_installed_from_archives_only_if_they_are_what_they_should_be(d
         installer.expect_message(reason)
     assert installer.files() == before and not list(desk.folder.glob(".*"))
 
+    speech.write("hangs model_new")
+    installer.launch(model, library)
+    speech.wait_for_call("model_new")
+    desk.kill_program()  # as the end of the process by a defective library
+    speech.write()
+    desk.start_program()
+    wait_for("the installation to be taken back", lambda: not list(desk.folder.glob(".*")))
+    assert installer.files() == before
+
     installer.launch(model, library)
     installer.expect_message("są zainstalowane", "aktywny")
     wait_for("the work folder to be removed", lambda: not list(desk.folder.glob(".*")))
@@ -70,12 +79,14 @@ def test_voice_is_installed_from_archives_only_if_they_are_what_they_should_be(d
     assert {name.as_posix(): text for name, text in after.items() if name.parts[0] == MODEL} == {
         f"{MODEL}/{file.relative_to(desk.speech / 'model')}": file.read_bytes()
         for file in (desk.speech / "model").rglob("*") if file.is_file()}
-    speech.wait_for_call("model_new")
+    speech.wait_for_call("model_new", 2)
 
     installer.launch(library, model)  # the loaded library is replaced too
     installer.expect_message("ponownym uruchomieniu")
-    speech.wait_for_call("model_new", 2)
+    speech.wait_for_call("model_new", 3)
+    assert list(desk.folder.glob(".*"))  # on trial until the library itself has been loaded
     desk.end_program()
     desk.start_program()
-    speech.wait_for_call("model_new", 3)
-    assert installer.files() == after and not list(desk.folder.glob(".*"))
+    speech.wait_for_call("model_new", 4)
+    wait_for("the work folder to be removed", lambda: not list(desk.folder.glob(".*")))
+    assert installer.files() == after

@@ -1,5 +1,6 @@
 #include "shell/archive_extractor.h"
 #include "shell/file_placement.h"
+#include "shell/speech_library_file.h"
 #include "shell/speech_package.h"
 #include "test_files.h"
 
@@ -128,6 +129,11 @@ TEST(SpeechPackage, IsRefusedWithTheReason) {
          {{"libvosk.dylib"}, "innego systemu"}}};
     for (const auto& [names, reason] : refused)
         EXPECT_TRUE(problemOf(names).contains(reason)) << reason;
+    const QByteArray name = speechLibraryFileName().toUtf8();
+    writeFile(archive, zip({{name}, {"version.dll"}, {"libstdc++-6.dll"}, {"x/libgcc_s_seh-1.dll"}}));
+    SpeechPackage package;
+    EXPECT_EQ(recognisePackage(archive, package), "");
+    EXPECT_EQ(package.files.size(), name.endsWith(".dll") ? 2 : 1);
     const QString library = folder.filePath("library");
     for (const QByteArray& bytes : {QByteArray(), QByteArray("MZ"), QByteArray("\177ELF")}) {
         writeFile(library, bytes);
@@ -136,7 +142,9 @@ TEST(SpeechPackage, IsRefusedWithTheReason) {
 }
 
 TEST(FilePlacement, ChangesAllOrNothingAlsoAfterACrash) {
-    for (const bool isConfirmed : {false, true}) {
+    enum class End { crash, deferred, confirmed };
+    for (const End end : {End::crash, End::deferred, End::confirmed}) {
+        const bool isConfirmed = end == End::confirmed;
         const QTemporaryDir folder;
         const QDir data(folder.path());
         const std::filesystem::path dataFolder(folder.path().toStdU16String());
@@ -152,13 +160,26 @@ TEST(FilePlacement, ChangesAllOrNothingAlsoAfterACrash) {
         EXPECT_FALSE(placeFiles(work, {u8"library", u8"added", u8"missing"}));
         EXPECT_EQ(bytesOf(data.filePath("library")), "old");
         EXPECT_FALSE(data.exists("added"));
+        writeFile(data.filePath("settings"), "old");
+        EXPECT_TRUE(keepForRestoring(work, u8"settings") && keepForRestoring(work, u8"notes"));
+        for (const char* const name : {"settings", "notes"})
+            writeFile(data.filePath(name), "new");
         EXPECT_TRUE(placeFiles(work, {u8"library", u8"added", u8"model"}));
         EXPECT_EQ(bytesOf(data.filePath("model/file")), "new");
         EXPECT_TRUE(!isConfirmed || confirmPlacement(work));
-        finishPlacements(dataFolder); // the next start
-        for (const char* const name : {"library", "model/file"})
+        const auto later = makeWorkFolder(dataFolder); // another one, on top
+        writeFile(QString::fromStdU16String((later / "new/library").u16string()), "newest");
+        EXPECT_TRUE(placeFiles(later, {u8"library"}));
+        if (end == End::deferred) {
+            EXPECT_TRUE(deferConfirmation(work));
+            EXPECT_EQ(unplaceUnconfirmed(dataFolder).onTrial, std::vector{work});
+            EXPECT_EQ(bytesOf(data.filePath("library")), "new");
+        }
+        for (const auto& each : unplaceUnconfirmed(dataFolder).ended) // the next start
+            removeWorkFolder(each);
+        for (const char* const name : {"library", "model/file", "settings"})
             EXPECT_EQ(bytesOf(data.filePath(name)), isConfirmed ? "new" : "old");
         EXPECT_EQ(data.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(),
-                  isConfirmed ? 3 : 2);
+                  isConfirmed ? 5 : 3);
     }
 }

@@ -9,9 +9,11 @@ namespace rotika {
 
 namespace {
 
-/// Takes the current folder out of every search for a library in this process: until the program sets it, it
-/// is whatever the starter chose, and an open file dialog makes it the user's, such as the downloads. Runs
-/// before main, ahead of the first search.
+/// Takes the current folder out of every search for a library in this process and in those that it starts:
+/// until the program sets it, it is whatever the starter chose, and an open file dialog makes it the user's,
+/// such as the downloads. Runs before main, ahead of the first search. SetDefaultDllDirectories would not
+/// affect the programs that functions open, but it excludes the PATH as well, where libraries of the
+/// recogniser and the eye tracker and what these need may be.
 [[maybe_unused]] const BOOL currentFolderIsExcluded = SetDllDirectoryW(L"");
 
 /// Suppresses the loader's error dialogs on this thread while it exists.

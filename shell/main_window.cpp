@@ -75,13 +75,10 @@ void MainWindow::makePages() {
 
 /// The bar is above all pages: the program starts with the first one, and the user may work on any.
 QLayout* MainWindow::makePageColumn() {
-    auto* barRow = new QVBoxLayout;
-    barRow->setContentsMargins(18, 14, 18, 0);
-    barRow->addWidget(recoveryBar);
     connect(recoveryBar, &RecoveryBar::restoreRequested, this, [this] { sidebar->setCurrentRow(editorRow); });
     auto* column = new QVBoxLayout;
     column->setSpacing(0);
-    column->addLayout(barRow);
+    column->addWidget(recoveryBar);
     column->addWidget(new PageArea(stack, recoveryBar, sidebar->width()), 1);
     return column;
 }

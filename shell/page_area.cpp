@@ -14,7 +14,6 @@ namespace {
 
 /// Applies on very small screens: the area does not shrink below this.
 constexpr QSize minimumAreaSize{240, 200};
-constexpr int barMarginPx = 14;
 
 } // namespace
 
@@ -65,7 +64,7 @@ void PageArea::followFocus(const QWidget* /*before*/, QWidget* now) {
 QSize PageArea::minimumSizeHint() const {
     QSize available = maximumWindowSize(*this) - QSize(besidePx, 0);
     if (!bar->isHidden())
-        available.rheight() -= bar->heightForWidth(available.width()) + barMarginPx;
+        available.rheight() -= bar->heightForWidth(available.width());
     available = available.expandedTo(minimumAreaSize);
     QSize minimum = pages->minimumSizeHint();
     // minimumSizeHint() does not include the height of wrapped texts.

@@ -4,8 +4,9 @@
 #include "shell/wheel_recovery.h"
 
 #include <QAccessible>
+#include <QBoxLayout>
 #include <QFileInfo>
-#include <QHBoxLayout>
+#include <QFrame>
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
@@ -16,9 +17,13 @@ constexpr int buttonHeightPx = 36;
 
 } // namespace
 
-RecoveryBar::RecoveryBar(QWidget* parent) : QFrame(parent) {
-    setObjectName("Card");
-    auto* row = new QHBoxLayout(this);
+RecoveryBar::RecoveryBar(QWidget* parent) : QWidget(parent) {
+    auto* around = new QVBoxLayout(this); // as the pages have it
+    around->setContentsMargins(18, 14, 18, 0);
+    auto* card = new QFrame;
+    card->setObjectName("Card");
+    around->addWidget(card);
+    auto* row = new QHBoxLayout(card);
     row->setContentsMargins(14, 10, 14, 10);
     text = makeLabel({}, "value");
     text->setTextFormat(Qt::PlainText); // paths may contain HTML

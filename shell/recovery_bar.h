@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QFrame>
+#include <QWidget>
 
 class QLabel;
 class QPushButton;
@@ -8,7 +8,7 @@ struct FoundRecovery;
 
 /// Offers unsaved changes that were found. A bar of the window and no box: nobody has to answer, and the
 /// engine and the rest of the window go on working. Main thread.
-class RecoveryBar : public QFrame {
+class RecoveryBar : public QWidget {
     Q_OBJECT
 
 public:

@@ -34,6 +34,11 @@ void ControlListener::deliverTo(Handler newHandler) {
 }
 
 void ControlListener::arrive(const ControlCommand& command) {
+    QMetaObject::invokeMethod(
+        &context, [this, command] { obey(command); }, Qt::QueuedConnection);
+}
+
+void ControlListener::obey(const ControlCommand& command) {
     if (command.name == quitCommand)
         quit();
     else if (handler)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QObject>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -22,8 +23,10 @@ inline constexpr QStringView installVoiceCommand = u"install-voice"; // argument
 /// From an untrusted sender: false for unknown names and for more or longer arguments than any command has.
 bool isValidCommand(const ControlCommand& command);
 
-/// Receives commands while it exists. A sender of another user is not obeyed. Never blocks: with no session
-/// bus, or one that hangs, there are just no commands. At most one object at a time. Main thread.
+/// Receives commands while it exists, from programs of the user's session: on Linux a sender of another user
+/// is not obeyed; on Windows the system protects the messages, and no more is known of the sender. Never
+/// blocks: with no session bus, or one that hangs, there are just no commands. At most one object at a time.
+/// Main thread.
 class ControlListener {
 public:
     using Handler = std::function<void(const ControlCommand&)>;
@@ -38,22 +41,26 @@ public:
     /// Passes all other commands on, at first those that have arrived already.
     void deliverTo(Handler newHandler);
 
-    /// For the implementations: a command has arrived.
+    /// For the implementations: a command has arrived. It is obeyed in the event loop, because it may open a
+    /// dialog with a loop of its own.
     void arrive(const ControlCommand& command);
 
 private:
     void open(bool isFirstCopy);
     void close();
+    void obey(const ControlCommand& command);
 
+    QObject context; // of the commands in the event loop
     std::function<void()> quit;
     Handler handler;
     QList<ControlCommand> early;
 };
 
 /// Sends a command to the first copy; waits some seconds for a copy that is just starting. False if nobody
-/// has received it. Must not be called by a process with a ControlListener. Main thread.
+/// has received it. Not while a ControlListener exists. Main thread.
 bool sendToRunningCopy(const ControlCommand& command);
 
 /// Ends all copies of this user that run from this program's folder, the engine without the shell and second
-/// copies included, and waits until they have gone. False if one is left after ten seconds.
+/// copies included, and waits until they have gone. False if one is left after ten seconds; on Windows a copy
+/// whose user cannot be read counts.
 bool quitRunningCopies();

@@ -8,8 +8,8 @@ class ProgramEnd;
 /// termination signal ends the process at once with status 0. Call as early as possible.
 void exitOnTermination();
 
-/// On Linux: if the session bus does not answer within two seconds, the process goes on as without one. Qt
-/// would wait for it without a limit. Call before QApplication exists.
+/// On Linux: if the session bus does not answer within two seconds, the process goes on as without one; the
+/// programs that it starts do not. Qt would wait for it without a limit. Call before QApplication exists.
 void dropHangingBus();
 
 /// Additions to Qt's event loop. On Linux: termination signals end the program in the normal way, and the

@@ -37,20 +37,24 @@ bool replaceFile(const QString& path, const QByteArray& bytes) {
     return replaceWholeFile(nativePath(path), {bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }
 
-QString saveBackupCopy(const QString& path, const QByteArray& bytes) {
+QString freeBackupPath(const QString& path) {
     const QFileInfo file(path);
     const QString ending = file.suffix().isEmpty() ? QString() : '.' + file.suffix();
     for (int number = 1;; ++number) {
         const QString name =
             QStringLiteral("%1-kopia-%2").arg(file.completeBaseName(), QString::number(number));
-        QString copy = file.dir().filePath(name + ending);
-        if (QFileInfo::exists(copy) || QFileInfo(copy).isSymLink())
-            continue;
-        if (!replaceFile(copy, bytes))
-            return {};
-        QFile::setPermissions(copy, file.permissions());
-        return copy;
+        QString free = file.dir().filePath(name + ending);
+        if (!QFileInfo::exists(free) && !QFileInfo(free).isSymLink())
+            return free;
     }
+}
+
+QString saveBackupCopy(const QString& path, const QByteArray& bytes) {
+    QString copy = freeBackupPath(path);
+    if (!replaceFile(copy, bytes))
+        return {};
+    QFile::setPermissions(copy, QFileInfo(path).permissions());
+    return copy;
 }
 
 QJsonObject readConfigObject() {

@@ -5,7 +5,7 @@
 #include <QString>
 #include <optional>
 
-// Reading and writing with the same functions as the engine. Main thread.
+// Reading and writing with the same functions as the engine. Any thread, except for config.json: main thread.
 
 /// Empty if the file cannot be opened, is not a regular file or is too large.
 std::optional<QByteArray> readFile(const QString& path);
@@ -13,6 +13,9 @@ std::optional<QByteArray> readFile(const QString& path);
 /// Replaces the content of a file atomically: a full disk or a crash leaves the old content. False if the
 /// file is unchanged.
 bool replaceFile(const QString& path, const QByteArray& bytes);
+
+/// A free name beside `path` for a backup of it.
+QString freeBackupPath(const QString& path);
 
 /// Writes `bytes`, the content of `path`, to a new file beside it. Returns the new path, empty on failure.
 QString saveBackupCopy(const QString& path, const QByteArray& bytes);

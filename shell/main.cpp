@@ -19,6 +19,8 @@
 #include <QDir>
 #include <QIcon>
 #include <QMessageBox>
+#include <cstdio>
+#include <functional>
 #include <optional>
 
 namespace {
@@ -59,13 +61,17 @@ std::optional<int> runWithoutWindow(const CommandLine& line) {
     }
 }
 
-int runAsSecondCopy(const CommandLine& line) {
-    if (line.launch == Launch::installVoice) {
-        if (sendToRunningCopy({installVoiceCommand.toString(), line.files}))
-            return 0;
-        printText(
-            QStringLiteral("Rotika już działa, ale nie przyjmuje poleceń. Zakończ ją i spróbuj ponownie."),
-            true);
+int runAsSecondCopy(const CommandLine& line, std::function<void()> quit) {
+    const bool isSender = line.launch == Launch::installVoice;
+    if (isSender && sendToRunningCopy({installVoiceCommand.toString(), line.files}))
+        return 0;
+    const ControlListener control(false, std::move(quit)); // before the boxes
+    if (isSender) {
+        const QString fault =
+            QStringLiteral("Rotika już działa, ale nie przyjmuje poleceń. Zakończ ją i spróbuj ponownie.");
+        std::fputs(qUtf8Printable(fault + '\n'), stderr); // for a script
+        QMessageBox::warning(nullptr, QStringLiteral("Rotika"), fault, QMessageBox::Ok,
+                             QMessageBox::NoButton);
         return 1;
     }
     QMessageBox::information(
@@ -114,13 +120,10 @@ int main(int argc, char** argv) {
     ProgramEnd programEnd;
     const EventLoopSupport loopSupport(programEnd);
 
-    const bool isFirstCopy = claimSingleInstance();
-    // Before the dialogs as well. A copy that only sends a command receives none.
-    std::optional<ControlListener> control;
-    if (isFirstCopy || line.launch != Launch::installVoice)
-        control.emplace(isFirstCopy, [&programEnd] { programEnd.begin(); });
-    if (!isFirstCopy)
-        return runAsSecondCopy(line);
+    const auto quit = [&programEnd] { programEnd.begin(); };
+    if (!claimSingleInstance())
+        return runAsSecondCopy(line, quit);
+    ControlListener control(true, quit); // before the dialogs as well
 
     applyTheme(savedTheme());
     QDir::setCurrent(dataFolder());
@@ -143,7 +146,7 @@ int main(int argc, char** argv) {
     // Without a tray there would be no way to the window.
     if (!startsInTray)
         window.show();
-    serveCommands(*control, line, window);
+    serveCommands(control, line, window);
     startUpdateService(quitForUpdate);
     const int status = QApplication::exec();
     programEnd.performLastActs();

@@ -5,6 +5,7 @@
 #include "shell/engine_status.h"
 #include "shell/gaze_page.h"
 #include "shell/page_area.h"
+#include "shell/recovery_bar.h"
 #include "shell/voice_page.h"
 #include "shell/wheel_editor_page.h"
 #include "shell/wheel_preview.h"
@@ -51,11 +52,8 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
     makePages();
     connect(sidebar, &QListWidget::currentRowChanged, stack, &QStackedWidget::setCurrentIndex);
     row->addWidget(sidebar);
-    row->addWidget(new PageArea(stack, sidebar->width()), 1);
+    row->addLayout(makePageColumn(), 1);
     setCentralWidget(central);
-
-    if (editorPage->offersRecovery())
-        sidebar->setCurrentRow(editorRow);
 
     createTray();
     refreshStatus();
@@ -66,12 +64,23 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
 
 void MainWindow::makePages() {
     stack = new PageStack;
-    editorPage = new WheelEditorPage;
+    recoveryBar = new RecoveryBar;
+    editorPage = new WheelEditorPage(*recoveryBar);
     stack->addWidget(makeDashboard());
     stack->addWidget(editorPage);
     stack->addWidget(new VoicePage([this](const QString& path) { openInEditor(path); }));
     stack->addWidget(new GazePage);
     stack->addWidget(makeSettingsPage());
+}
+
+/// The bar is above all pages: the program starts with the first one, and the user may work on any.
+QLayout* MainWindow::makePageColumn() {
+    connect(recoveryBar, &RecoveryBar::restoreRequested, this, [this] { sidebar->setCurrentRow(editorRow); });
+    auto* column = new QVBoxLayout;
+    column->setSpacing(0);
+    column->addWidget(recoveryBar);
+    column->addWidget(new PageArea(stack, recoveryBar, sidebar->width()), 1);
+    return column;
 }
 
 QWidget* MainWindow::makeDashboard() {

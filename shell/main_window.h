@@ -5,9 +5,11 @@
 #include <QMainWindow>
 
 class QLabel;
+class QLayout;
 class QListWidget;
 class PageStack;
 class QSystemTrayIcon;
+class RecoveryBar;
 class WheelEditorPage;
 class WheelPreview;
 struct ThemeInfo;
@@ -31,6 +33,7 @@ protected:
 
 private:
     void makePages();
+    QLayout* makePageColumn();
     QWidget* makeDashboard();
     QWidget* makeSettingsPage();
     QWidget* makeThemeCard();
@@ -43,6 +46,7 @@ private:
 
     QListWidget* sidebar = nullptr;
     PageStack* stack = nullptr;
+    RecoveryBar* recoveryBar = nullptr;
     WheelPreview* dashboardPreview = nullptr;
     WheelEditorPage* editorPage = nullptr;
     QSystemTrayIcon* tray = nullptr;

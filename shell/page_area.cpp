@@ -39,8 +39,8 @@ int PageStack::heightForWidth(int width) const {
     return std::max(wrapped, page->minimumSizeHint().height());
 }
 
-PageArea::PageArea(PageStack* stack, int beside, QWidget* parent)
-    : QScrollArea(parent), pages(stack), besidePx(beside) {
+PageArea::PageArea(PageStack* stack, QWidget* above, int beside, QWidget* parent)
+    : QScrollArea(parent), pages(stack), bar(above), besidePx(beside) {
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
     setWidgetResizable(true);
@@ -49,6 +49,7 @@ PageArea::PageArea(PageStack* stack, int beside, QWidget* parent)
     viewport()->setAutoFillBackground(false);
     pages->setAutoFillBackground(false);
     pages->installEventFilter(this);
+    bar->installEventFilter(this);
     connect(qApp, &QApplication::focusChanged, this, &PageArea::followFocus);
     pages->sizeToCurrentPage();
 }
@@ -61,7 +62,10 @@ void PageArea::followFocus(const QWidget* /*before*/, QWidget* now) {
 }
 
 QSize PageArea::minimumSizeHint() const {
-    const QSize available = (maximumWindowSize(*this) - QSize(besidePx, 0)).expandedTo(minimumAreaSize);
+    QSize available = maximumWindowSize(*this) - QSize(besidePx, 0);
+    if (!bar->isHidden())
+        available.rheight() -= bar->heightForWidth(available.width());
+    available = available.expandedTo(minimumAreaSize);
     QSize minimum = pages->minimumSizeHint();
     // minimumSizeHint() does not include the height of wrapped texts.
     minimum.setHeight(
@@ -73,7 +77,8 @@ QSize PageArea::minimumSizeHint() const {
 
 bool PageArea::eventFilter(QObject* watched, QEvent* event) {
     // QScrollArea does not pass a change of its content's size hint on to the window.
-    if (watched == pages && event->type() == QEvent::LayoutRequest)
+    if ((watched == pages && event->type() == QEvent::LayoutRequest) ||
+        (watched == bar && (event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent)))
         updateGeometry();
     return QScrollArea::eventFilter(watched, event);
 }

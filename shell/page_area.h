@@ -23,9 +23,9 @@ class PageArea : public QScrollArea {
     Q_OBJECT
 
 public:
-    /// Takes ownership of `stack`, to which all pages have been added. `besidePx`: the width of the window's
-    /// other content.
-    PageArea(PageStack* stack, int besidePx, QWidget* parent = nullptr);
+    /// Takes ownership of `stack`, to which all pages have been added. `above`: a bar that may appear above
+    /// the area; `besidePx`: the width of what is beside it.
+    PageArea(PageStack* stack, QWidget* above, int besidePx, QWidget* parent = nullptr);
 
     QSize minimumSizeHint() const override;
 
@@ -38,5 +38,6 @@ private:
     void followFocus(const QWidget* before, QWidget* now);
 
     PageStack* pages;
+    QWidget* bar;
     int besidePx;
 };

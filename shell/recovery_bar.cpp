@@ -4,8 +4,9 @@
 #include "shell/wheel_recovery.h"
 
 #include <QAccessible>
+#include <QBoxLayout>
 #include <QFileInfo>
-#include <QHBoxLayout>
+#include <QFrame>
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
@@ -16,9 +17,13 @@ constexpr int buttonHeightPx = 36;
 
 } // namespace
 
-RecoveryBar::RecoveryBar(QWidget* parent) : QFrame(parent) {
-    setObjectName("Card");
-    auto* row = new QHBoxLayout(this);
+RecoveryBar::RecoveryBar(QWidget* parent) : QWidget(parent) {
+    auto* around = new QVBoxLayout(this); // as the pages have it
+    around->setContentsMargins(18, 14, 18, 0);
+    auto* card = new QFrame;
+    card->setObjectName("Card");
+    around->addWidget(card);
+    auto* row = new QHBoxLayout(card);
     row->setContentsMargins(14, 10, 14, 10);
     text = makeLabel({}, "value");
     text->setTextFormat(Qt::PlainText); // paths may contain HTML
@@ -38,10 +43,12 @@ RecoveryBar::RecoveryBar(QWidget* parent) : QFrame(parent) {
 void RecoveryBar::offer(const FoundRecovery& found, const QString& wheelFile) {
     const QString time = QLocale(QLocale::Polish).toString(found.time, QStringLiteral("d MMMM yyyy, HH:mm"));
     QString line =
-        tr("Znaleziono niezapisane zmiany w pliku %1 (%2).").arg(QFileInfo(wheelFile).fileName(), time);
+        tr("Znaleziono niezapisane zmiany w pliku kół %1 (%2).").arg(QFileInfo(wheelFile).fileName(), time);
     if (found.fileHasChanged)
         line += ' ' + tr("Od tego czasu zmienił się też sam plik; jego obecna wersja zostanie przy zapisie "
                          "zachowana jako kopia.");
+    if (!found.olderCopy.isEmpty())
+        line += ' ' + tr("Starsze zmiany są w pliku %1.").arg(found.olderCopy);
     restore->setVisible(true);
     discard->setVisible(true);
     dismiss->setVisible(false);
@@ -52,11 +59,10 @@ void RecoveryBar::reportSetAside(const QString& copy) {
     restore->setVisible(false);
     discard->setVisible(false);
     dismiss->setVisible(true);
-    showText(
-        copy.isEmpty()
-            ? tr("Wcześniejszych niezapisanych zmian nie udało się skopiować, więc nowe nie są chronione "
-                 "do najbliższego otwarcia pliku.")
-            : tr("Wcześniejsze niezapisane zmiany są w pliku %1.").arg(copy));
+    showText(copy.isEmpty() ? tr("Wcześniejszych niezapisanych zmian nie udało się przenieść do innego "
+                                 "pliku, więc nowe nie są chronione "
+                                 "do najbliższego otwarcia pliku.")
+                            : tr("Wcześniejsze niezapisane zmiany są w pliku %1.").arg(copy));
 }
 
 /// Announced to screen readers: the focus stays where it is.

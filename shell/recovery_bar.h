@@ -1,14 +1,14 @@
 #pragma once
 
-#include <QFrame>
+#include <QWidget>
 
 class QLabel;
 class QPushButton;
 struct FoundRecovery;
 
-/// Offers unsaved changes that were found. A bar of the page and no box: nobody has to answer, and the engine
-/// and the rest of the window go on working. Main thread.
-class RecoveryBar : public QFrame {
+/// Offers unsaved changes that were found. A bar of the window and no box: nobody has to answer, and the
+/// engine and the rest of the window go on working. Main thread.
+class RecoveryBar : public QWidget {
     Q_OBJECT
 
 public:
@@ -17,7 +17,7 @@ public:
 
     void offer(const FoundRecovery& found, const QString& wheelFile);
 
-    /// The user has gone on editing instead of answering; the changes are in the file `copy`, or still where
+    /// The user has discarded the changes or has gone on editing; they are in the file `copy`, or still where
     /// they were if that is empty.
     void reportSetAside(const QString& copy);
 

@@ -14,7 +14,6 @@
 #include "shell/wheel_tree.h"
 
 #include <QBoxLayout>
-#include <QFile>
 #include <QFileInfo>
 #include <QInputDialog>
 #include <QPushButton>
@@ -35,13 +34,11 @@ bool isIndexOf(qsizetype index, qsizetype size) {
 
 } // namespace
 
-WheelEditorPage::WheelEditorPage(QWidget* parent) : QWidget(parent) {
+WheelEditorPage::WheelEditorPage(RecoveryBar& bar, QWidget* parent) : QWidget(parent), recoveryBar(&bar) {
     auto* page = new QVBoxLayout(this);
     page->setContentsMargins(18, 14, 18, 14);
     page->setSpacing(10);
     page->addLayout(makeFileRow());
-    recoveryBar = new RecoveryBar;
-    page->addWidget(recoveryBar);
     auto* body = new QHBoxLayout;
     body->setSpacing(12);
     tree = new WheelTree;
@@ -84,7 +81,7 @@ QWidget* WheelEditorPage::makeDetails() {
 
 void WheelEditorPage::connectParts() {
     connect(recoveryBar, &RecoveryBar::restoreRequested, this, &WheelEditorPage::restoreFound);
-    connect(recoveryBar, &RecoveryBar::discardRequested, this, &WheelEditorPage::discardFound);
+    connect(recoveryBar, &RecoveryBar::discardRequested, this, &WheelEditorPage::setFoundAside);
     connect(tree, &WheelTree::selectionChanged, this, &WheelEditorPage::onTreeSelection);
     connect(tree, &WheelTree::addWheelRequested, this, &WheelEditorPage::addWheel);
     connect(tree, &WheelTree::addFunctionRequested, this, &WheelEditorPage::addAction);
@@ -121,8 +118,7 @@ EditorFunction* WheelEditorPage::currentFunction() {
 void WheelEditorPage::markDirty() {
     dirty = true;
     fileLabel->setText(doc.path + " *");
-    if (const auto unanswered = std::exchange(found, std::nullopt))
-        recoveryBar->reportSetAside(recovery.setAside(*unanswered));
+    setFoundAside();
     recovery.keep(doc);
 }
 
@@ -173,10 +169,9 @@ void WheelEditorPage::restoreFound() {
     showDocument();
 }
 
-void WheelEditorPage::discardFound() {
-    if (const auto discarded = std::exchange(found, std::nullopt))
-        QFile::remove(discarded->path);
-    recoveryBar->hide();
+void WheelEditorPage::setFoundAside() {
+    if (const auto left = std::exchange(found, std::nullopt))
+        recoveryBar->reportSetAside(recovery.setAside(*left));
 }
 
 void WheelEditorPage::openFile() {

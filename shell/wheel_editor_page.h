@@ -20,14 +20,12 @@ class WheelEditorPage : public QWidget {
     Q_OBJECT
 
 public:
-    explicit WheelEditorPage(QWidget* parent = nullptr);
+    /// `bar` offers unsaved changes that were found; it must outlive the page.
+    explicit WheelEditorPage(RecoveryBar& bar, QWidget* parent = nullptr);
 
     /// Replaces the open document without a question; unsaved changes are kept in its recovery file. If the
     /// file cannot be read, shows a warning and keeps the old document.
     void loadFile(const QString& path);
-
-    /// Unsaved changes of the open file were found and the user has not decided about them.
-    bool offersRecovery() const { return found.has_value(); }
 
     /// Writes unsaved changes to the recovery file. Call before the program ends.
     void keepUnsavedChanges();
@@ -49,7 +47,8 @@ private:
 
     void showDocument();
     void restoreFound();
-    void discardFound();
+    /// The user wants the document as it is: found changes get a file of their own.
+    void setFoundAside();
 
     EditorWheel* currentWheel();
     EditorFunction* currentFunction();
@@ -69,7 +68,7 @@ private:
     int selectedFunction = -1; // -1: the wheel itself
     WheelRecovery recovery;
     std::optional<FoundRecovery> found;
-    RecoveryBar* recoveryBar = nullptr;
+    RecoveryBar* recoveryBar;
     QLabel* fileLabel = nullptr;
     WheelTree* tree = nullptr;
     QWidget* detailsPanel = nullptr;

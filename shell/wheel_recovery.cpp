@@ -40,22 +40,34 @@ QJsonObject readObject(const QString& path) {
     return QJsonDocument::fromJson(readFile(path).value_or(QByteArray())).object();
 }
 
+bool isRecoveryFile(const QString& wheelFile, const QString& path) {
+    return QFileInfo::exists(path) && isFor(wheelFile, path, readObject(path));
+}
+
 void removeRecoveryFiles(const QString& wheelFile) {
     for (const QString& path : recoveryPaths(wheelFile))
-        if (QFileInfo::exists(path) && isFor(wheelFile, path, readObject(path)))
+        if (isRecoveryFile(wheelFile, path))
             QFile::remove(path);
+}
+
+/// Gives the file the name of a backup. Returns the new path, empty on failure.
+QString moveAside(const QString& path) {
+    QString aside = freeBackupPath(path);
+    return QFile::rename(path, aside) ? aside : QString();
 }
 
 /// A file of another origin that has this name is not lost.
 bool makeRoom(const QString& wheelFile, const QString& path) {
-    if (!QFileInfo::exists(path))
-        return true;
-    const std::optional<QByteArray> found = readFile(path);
-    return found && (isFor(wheelFile, path, QJsonDocument::fromJson(*found).object()) ||
-                     !saveBackupCopy(path, *found).isEmpty());
+    return !QFileInfo::exists(path) || isRecoveryFile(wheelFile, path) ||
+           (QFileInfo(path).isFile() && !moveAside(path).isEmpty());
 }
 
-void writeRecoveryFile(const WheelDocument& document) {
+/// `isOwned`: the recovery files that exist are this run's, and not an earlier one's that nobody has asked
+/// about.
+void writeRecoveryFile(const WheelDocument& document, bool isOwned) {
+    for (const QString& path : recoveryPaths(document.path))
+        if (!isOwned && isRecoveryFile(document.path, path))
+            moveAside(path);
     if (document.toJson() == document.lastKnownContent)
         return removeRecoveryFiles(document.path);
     QJsonObject root = document.root();
@@ -100,8 +112,8 @@ void WheelRecovery::keep(const WheelDocument& document) {
 void WheelRecovery::write() {
     if (!pending)
         return;
-    ownedFor = pending->path;
-    writer->start([document = *pending]() noexcept { writeRecoveryFile(document); });
+    const bool isOwned = std::exchange(ownedFor, pending->path) == pending->path;
+    writer->start([document = *pending, isOwned]() noexcept { writeRecoveryFile(document, isOwned); });
     pending.reset();
 }
 
@@ -125,9 +137,8 @@ void WheelRecovery::leave() {
 void WheelRecovery::remove() {
     delay.stop();
     pending.reset();
-    writer->waitForDone();
     if (!ownedFor.isEmpty())
-        removeRecoveryFiles(ownedFor);
+        writer->start([wheelFile = ownedFor]() noexcept { removeRecoveryFiles(wheelFile); });
     ownedFor.clear();
 }
 
@@ -137,13 +148,13 @@ void WheelRecovery::adopt(const QString& wheelFile) {
 }
 
 QString WheelRecovery::setAside(const FoundRecovery& found) {
-    const std::optional<QByteArray> bytes = readFile(found.path);
-    QString copy = bytes ? saveBackupCopy(found.path, *bytes) : QString();
-    isBlocked = copy.isEmpty();
-    return copy;
+    QString aside = moveAside(found.path);
+    isBlocked = aside.isEmpty();
+    return aside;
 }
 
 std::optional<FoundRecovery> WheelRecovery::find(const WheelDocument& saved) {
+    std::optional<FoundRecovery> newest;
     for (const QString& path : recoveryPaths(saved.path)) {
         const QJsonObject root = readObject(path);
         WheelDocument kept;
@@ -154,8 +165,18 @@ std::optional<FoundRecovery> WheelRecovery::find(const WheelDocument& saved) {
             continue;
         }
         const QString changed = root[member].toObject()["changedContent"].toString();
-        return FoundRecovery{path, kept.multiWheel, kept.wheels, QFileInfo(path).lastModified(),
-                             changed != hashOf(saved.lastKnownContent)};
+        FoundRecovery each{path,
+                           kept.multiWheel,
+                           kept.wheels,
+                           QFileInfo(path).lastModified(),
+                           changed != hashOf(saved.lastKnownContent),
+                           {}};
+        if (newest && each.time > newest->time)
+            std::swap(*newest, each);
+        if (newest)
+            newest->olderCopy = moveAside(each.path);
+        else
+            newest = each;
     }
-    return std::nullopt;
+    return newest;
 }

@@ -16,6 +16,7 @@ struct FoundRecovery {
     QList<EditorWheel> wheels;
     QDateTime time;
     bool fileHasChanged = false; // the wheel file, since then
+    QString olderCopy;           // older kept changes of the same file; empty: none
 };
 
 /// Keeps the unsaved changes of the open wheel file in a recovery file beside it ("kola-odzysk.json"), or,
@@ -41,19 +42,19 @@ public:
     /// The document will be replaced by another: leaves the recovery file for the next opening.
     void leave();
 
-    /// The changes have been saved: removes the recovery file, unless it is an earlier run's that has not
-    /// been adopted.
+    /// The changes have been saved: removes the recovery file, in the background, unless it is an earlier
+    /// run's that has not been adopted.
     void remove();
 
     /// From now on an earlier run's recovery file of this wheel file counts as this run's.
     void adopt(const QString& wheelFile);
 
-    /// Copies an earlier run's recovery file to a name of its own, because it will be replaced. Returns the
-    /// new path; empty on failure, and from then on nothing is kept until leave() or adopt().
+    /// Gives an earlier run's recovery file a name of its own, under which it is kept but not offered again.
+    /// Returns the new path; empty on failure, and from then on nothing is kept until leave() or adopt().
     QString setAside(const FoundRecovery& found);
 
-    /// The kept changes of the file that `saved` has been loaded from. A recovery file without any difference
-    /// is removed.
+    /// The kept changes of the file that `saved` has been loaded from, the newest if there are several: older
+    /// ones get a name of their own. A recovery file without any difference is removed.
     static std::optional<FoundRecovery> find(const WheelDocument& saved);
 
 private:

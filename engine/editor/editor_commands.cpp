@@ -8,8 +8,10 @@
 #include "editor/editor_form.h"
 #include "editor/editor_state.h"
 #include "editor/editor_steps.h"
+#include "editor/kept_edits.h"
 #include "files/color_text.h"
 #include "files/wheel_files.h"
+#include "files/wheel_writer.h"
 #include "model/engine_state.h"
 #include "platform/main_window.h"
 #include "platform/tray.h"
@@ -202,8 +204,18 @@ void onControlUsed(std::int32_t id, bool selectionChanged) noexcept {
 }
 
 void onCloseRequested() noexcept {
-    if (!editorState.editorDirty || askInEditor(u"Są niezapisane zmiany. Zamknąć edytor mimo to?"))
-        destroyEditorWindow(editorState.editorWindow);
+    if (editorState.editorDirty && !askInEditor(u"Są niezapisane zmiany. Zamknąć edytor mimo to?"))
+        return;
+    editorState.editorDirty = false;
+    destroyEditorWindow(editorState.editorWindow);
+}
+
+/// Without a question if the program ends, as at the end of a session: the changes are kept.
+void onDestroyed() noexcept {
+    if (editorState.editorDirty)
+        keepEdits(serializeWheels(editorState.editorWheels));
+    editorState.editorDirty = false;
+    editorState.editorWindow = nullptr;
 }
 
 } // namespace
@@ -212,7 +224,7 @@ EditorWindowHandlers editorWindowHandlers() {
     return {
         .controlUsed = onControlUsed,
         .closeRequested = onCloseRequested,
-        .destroyed = []() noexcept { editorState.editorWindow = nullptr; },
+        .destroyed = onDestroyed,
     };
 }
 

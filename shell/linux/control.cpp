@@ -76,7 +76,6 @@ void obey(GVariant* values, const ControlCommand& command, GDBusMethodInvocation
                                               "not for this user");
         return;
     }
-    // Before the command, which may open a dialog with an event loop of its own.
     g_dbus_method_invocation_return_value(invocation, nullptr);
     currentListener->arrive(command);
 }

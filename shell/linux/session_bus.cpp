@@ -2,7 +2,6 @@
 #include "common/linux/owner_bus.h"
 #include "shell/event_loop_support.h"
 
-#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -38,5 +37,5 @@ void dropHangingBus() {
         g_main_context_iteration(nullptr, TRUE);
     g_source_remove(limit);
     if (!attempt->hasAnswered)
-        ::setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
+        disableSessionBus();
 }

@@ -1,6 +1,7 @@
 #include "shell/control.h"
 
 #include "common/data_folder.h"
+#include "shell/windows/hidden_window.h"
 
 // clang-format off
 #include <windows.h>
@@ -19,10 +20,12 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 // Every copy of the program has a hidden window of this class. Commands are WM_COPYDATA with this number: the
-// name and the arguments in UTF-16, each ending in a zero; wParam: a window of the sender.
+// name and the arguments in UTF-16, each ending in a zero. Who sends them is not checked: no message can
+// prove it, and the system delivers none from another session or from a program with fewer rights.
 constexpr wchar_t windowClass[] = L"RotikaControl";
 constexpr wchar_t firstCopyTitle[] = L"Rotika";
 constexpr wchar_t secondCopyTitle[] = L"Rotika (2)";
+constexpr wchar_t quittingCopyTitle[] = L"Rotika (--quit)"; // waits for the end of the others itself
 constexpr ULONG_PTR commandData = 0x526F7431;
 constexpr DWORD maxDataBytes = 1 << 20;
 constexpr LRESULT commandReceived = 1;
@@ -56,15 +59,11 @@ std::vector<BYTE> userOf(HANDLE process) {
     return {first, first + GetLengthSid(user)};
 }
 
-bool isOwnUser(HANDLE process) {
+/// Also true if the user cannot be read, as of a process with more rights: such a one must not pass for
+/// ended.
+bool mayBeOwnUser(HANDLE process) {
     const std::vector<BYTE> user = userOf(process);
-    return !user.empty() && user == userOf(GetCurrentProcess());
-}
-
-bool isOfOwnUser(HWND sender) {
-    DWORD number = 0;
-    GetWindowThreadProcessId(sender, &number);
-    return isOwnUser(Handle(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, number)).get());
+    return user.empty() || user == userOf(GetCurrentProcess());
 }
 
 ControlCommand commandOf(const COPYDATASTRUCT& data) {
@@ -78,48 +77,28 @@ ControlCommand commandOf(const COPYDATASTRUCT& data) {
     return {name, words};
 }
 
-LRESULT commandArrived(HWND sender, const COPYDATASTRUCT* data) {
+LRESULT commandArrived(const COPYDATASTRUCT* data) {
     const ControlCommand command = data != nullptr ? commandOf(*data) : ControlCommand();
-    if (!isValidCommand(command) || !isOfOwnUser(sender))
+    if (!isValidCommand(command) || currentListener == nullptr)
         return 0;
-    // After the reply: a command may open a dialog with a message loop of its own.
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(),
-        [command] {
-            if (currentListener != nullptr)
-                currentListener->arrive(command);
-        },
-        Qt::QueuedConnection);
+    currentListener->arrive(command);
     return commandReceived;
 }
 
 LRESULT CALLBACK controlProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
     if (message == WM_COPYDATA)
-        return commandArrived(reinterpret_cast<HWND>(wParam),
-                              reinterpret_cast<const COPYDATASTRUCT*>(lParam));
+        return commandArrived(reinterpret_cast<const COPYDATASTRUCT*>(lParam));
     return message == WM_CLOSE ? 0 : DefWindowProcW(window, message, wParam, lParam);
 }
 
-/// Top-level, though never shown: only such a window is told of the end of the session.
-HWND createControlWindow(const wchar_t* title) {
-    WNDCLASSW description{};
-    description.lpszClassName = windowClass;
-    description.lpfnWndProc = controlProcedure;
-    description.hInstance = GetModuleHandleW(nullptr);
-    RegisterClassW(&description);
-    return CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_NOACTIVATE, windowClass, title, WS_POPUP, 0, 0, 0, 0,
-                           nullptr, nullptr, description.hInstance, nullptr);
-}
-
-bool send(HWND sender, HWND receiver, const ControlCommand& command) {
+bool send(HWND receiver, const ControlCommand& command) {
     std::wstring text;
     for (const QString& word : QStringList(command.name) + command.arguments)
         text += word.toStdWString() + L'\0';
     COPYDATASTRUCT data{commandData, static_cast<DWORD>(text.size() * sizeof(wchar_t)), text.data()};
     DWORD_PTR reply = 0;
-    return SendMessageTimeoutW(receiver, WM_COPYDATA, reinterpret_cast<WPARAM>(sender),
-                               reinterpret_cast<LPARAM>(&data), SMTO_ABORTIFHUNG, replyLimitMs,
-                               &reply) != 0 &&
+    return SendMessageTimeoutW(receiver, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data), SMTO_ABORTIFHUNG,
+                               replyLimitMs, &reply) != 0 &&
            reply == commandReceived;
 }
 
@@ -143,6 +122,18 @@ std::wstring programIn(const std::filesystem::path& folder, HANDLE process) {
                                                                             : std::wstring();
 }
 
+/// The control window of a process, of this title or of any (null).
+HWND controlWindowOf(DWORD process, const wchar_t* title = nullptr) {
+    HWND window = nullptr;
+    while ((window = FindWindowExW(nullptr, window, windowClass, title)) != nullptr) {
+        DWORD owner = 0;
+        GetWindowThreadProcessId(window, &owner);
+        if (owner == process)
+            break;
+    }
+    return window;
+}
+
 std::vector<Copy> runningCopies() {
     std::vector<Copy> found;
     const std::filesystem::path folder = executableFolder();
@@ -154,53 +145,43 @@ std::vector<Copy> runningCopies() {
         const std::wstring program = entry.szExeFile;
         const bool isOurs =
             program == L"rotika.exe" || program == L"rotika-engine.exe" || program == L"rotika-guard.exe";
-        if (!isOurs || entry.th32ProcessID == GetCurrentProcessId())
+        if (!isOurs || entry.th32ProcessID == GetCurrentProcessId() ||
+            controlWindowOf(entry.th32ProcessID, quittingCopyTitle) != nullptr)
             continue;
         Handle process(
             OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE, FALSE, entry.th32ProcessID));
-        if (process && isOwnUser(process.get()) && !programIn(folder, process.get()).empty())
+        if (process && mayBeOwnUser(process.get()) && !programIn(folder, process.get()).empty())
             found.push_back({entry.th32ProcessID, std::move(process), program});
     }
     return found;
 }
 
-/// Asks one process; it may not be ready for it yet.
+/// Asks one process; it may not be ready for it yet. The engine, and a copy that only shows a text in a box
+/// of the system, have no such window: WM_QUIT ends their loops.
 void askToQuit(const Copy& copy) {
-    struct Search {
-        const Copy* copy;
-    } search{&copy};
-    const auto visit = [](HWND window, LPARAM data) noexcept -> BOOL {
-        const Copy& asked = *reinterpret_cast<const Search*>(data)->copy;
+    const HWND control = controlWindowOf(copy.number);
+    if (control != nullptr) {
+        send(control, {quitCommand.toString(), {}});
+        return;
+    }
+    const auto visit = [](HWND window, LPARAM asked) noexcept -> BOOL {
         DWORD process = 0;
         const DWORD thread = GetWindowThreadProcessId(window, &process);
-        std::wstring name(64, L'\0');
-        name.resize(
-            static_cast<std::size_t>(GetClassNameW(window, name.data(), static_cast<int>(name.size()))));
-        if (process != asked.number)
-            return TRUE;
-        if (asked.program == L"rotika-engine.exe")
-            PostThreadMessageW(thread, WM_QUIT, 0, 0); // ends the loops of its boxes as well
-        else if (name == windowClass)
-            send(currentWindow, window, {quitCommand.toString(), {}});
+        if (process == static_cast<DWORD>(asked))
+            PostThreadMessageW(thread, WM_QUIT, 0, 0);
         return TRUE;
     };
-    EnumWindows(visit, reinterpret_cast<LPARAM>(&search));
+    EnumWindows(visit, static_cast<LPARAM>(copy.number));
 }
 
-/// The sender's end of a message.
-struct SenderWindow {
-    SenderWindow() : handle(createControlWindow(L"")) {}
-    ~SenderWindow() { DestroyWindow(handle); }
-    SenderWindow(const SenderWindow&) = delete;
-    SenderWindow& operator=(const SenderWindow&) = delete;
-    HWND handle;
-};
+using Window = std::unique_ptr<std::remove_pointer_t<HWND>, decltype(&DestroyWindow)>;
 
 } // namespace
 
 void ControlListener::open(bool isFirstCopy) {
     currentListener = this;
-    currentWindow = createControlWindow(isFirstCopy ? firstCopyTitle : secondCopyTitle);
+    currentWindow =
+        createHiddenWindow(windowClass, controlProcedure, isFirstCopy ? firstCopyTitle : secondCopyTitle);
 }
 
 void ControlListener::close() {
@@ -210,21 +191,19 @@ void ControlListener::close() {
 }
 
 bool sendToRunningCopy(const ControlCommand& command) {
-    const SenderWindow sender;
     for (const auto limit = Clock::now() + sendLimit; Clock::now() < limit; Sleep(retryMs)) {
         const HWND receiver = FindWindowW(windowClass, firstCopyTitle);
         DWORD process = 0;
         GetWindowThreadProcessId(receiver, &process);
         AllowSetForegroundWindow(process); // its dialog comes to the front
-        if (receiver != nullptr && send(sender.handle, receiver, command))
+        if (receiver != nullptr && send(receiver, command))
             return true;
     }
     return false;
 }
 
 bool quitRunningCopies() {
-    const SenderWindow sender;
-    currentWindow = sender.handle;
+    const Window mark(createHiddenWindow(windowClass, controlProcedure, quittingCopyTitle), DestroyWindow);
     const auto limit = Clock::now() + quitLimit;
     for (std::vector<Copy> copies = runningCopies(); !copies.empty(); copies = runningCopies()) {
         if (Clock::now() >= limit)

@@ -1,23 +1,18 @@
 #include "shell/event_loop_support.h"
 
 #include "shell/program_end.h"
-
-#include <windows.h>
+#include "shell/windows/hidden_window.h"
 
 #include <QEventLoop>
 #include <QTimer>
-#include <array>
-#include <string_view>
 #include <type_traits>
 
 namespace {
 
 /// Windows that Qt creates for its own use and not for a QWindow, for example for messages of its tray icon.
 bool isInternalWindow(HWND window) {
-    std::array<wchar_t, 64> buffer{};
-    const int length = GetClassNameW(window, buffer.data(), static_cast<int>(buffer.size()));
-    const std::wstring_view name(buffer.data(), static_cast<std::size_t>(length));
-    return name.starts_with(L"Qt") && name.find(L"QWindow") == std::wstring_view::npos;
+    const std::wstring name = classNameOf(window);
+    return name.starts_with(L"Qt") && name.find(L"QWindow") == std::wstring::npos;
 }
 
 LRESULT CALLBACK messageHook(int code, WPARAM isTaken, LPARAM parameter) noexcept {
@@ -39,24 +34,8 @@ LRESULT CALLBACK sessionProcedure(HWND window, UINT message, WPARAM wParam, LPAR
     return message == WM_CLOSE ? 0 : DefWindowProcW(window, message, wParam, lParam);
 }
 
-/// Top-level, though never shown: only such a window receives the messages of a session's end. Qt's windows
-/// do too, but there is none while the program starts or has only its tray icon.
-HWND createSessionWindow() {
-    WNDCLASSW description{};
-    description.lpszClassName = L"RotikaSession";
-    description.lpfnWndProc = sessionProcedure;
-    description.hInstance = GetModuleHandleW(nullptr);
-    RegisterClassW(&description);
-    return CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_NOACTIVATE, description.lpszClassName, L"", WS_POPUP, 0,
-                           0, 0, 0, nullptr, nullptr, description.hInstance, nullptr);
-}
-
 BOOL CALLBACK closeBox(HWND window, LPARAM) noexcept {
-    constexpr std::wstring_view boxClass = L"#32770";
-    std::array<wchar_t, 16> name{};
-    const int length = GetClassNameW(window, name.data(), static_cast<int>(name.size()));
-    if (std::wstring_view(name.data(), static_cast<std::size_t>(length)) == boxClass &&
-        IsWindowVisible(window) != 0)
+    if (classNameOf(window) == L"#32770" && IsWindowVisible(window) != 0)
         PostMessageW(window, WM_CLOSE, 0, 0);
     return TRUE;
 }
@@ -71,7 +50,9 @@ struct EventLoopSupport::Parts {
     Hook hook{SetWindowsHookExW(WH_GETMESSAGE, messageHook, nullptr, GetCurrentThreadId()),
               UnhookWindowsHookEx};
     using Window = std::unique_ptr<std::remove_pointer_t<HWND>, decltype(&DestroyWindow)>;
-    Window sessionWindow{createSessionWindow(), DestroyWindow};
+    // Qt's windows are told of the session's end too, but there is none while the program starts or has only
+    // its tray icon.
+    Window sessionWindow{createHiddenWindow(L"RotikaSession", sessionProcedure, L""), DestroyWindow};
 };
 
 EventLoopSupport::EventLoopSupport(ProgramEnd& programEnd) {

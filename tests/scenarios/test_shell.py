@@ -198,7 +198,8 @@ def test_an_end_in_any_dialog_keeps_unsaved_edits_and_the_next_start_offers_them
         if count == 1:
             user.open_file("default.json")
         else:
-            user.press("Przywróć zmiany")  # the page is in front
+            user.wait_until_selected("Start", "list item")
+            user.press("Przywróć zmiany")  # which shows the page
         user.press("Dodaj funkcję")
         user.press("a", role="tree item")
         user.press(dialog)
@@ -210,12 +211,17 @@ def test_an_end_in_any_dialog_keeps_unsaved_edits_and_the_next_start_offers_them
         assert len(actions) == count + 1
     desk.write("default.json", changed := {"wheels": [{"name": "Nowe", "actions": [field("n")]}]})
     user.start()
+    user.press("Odrzuć zmiany")
+    user.press("Zamknij")
+    desk.end_program()
+    (desk.folder / "default-odzysk-kopia-1.json").rename(kept)  # nothing is lost
+    user.start()
     user.press("Przywróć zmiany")
     user.press("Zapisz")
     user.answer_box()  # what another program has written is kept
     assert user.file("default-kopia-1.json") == changed
     assert len(user.file("default.json")["wheels"][0]["actions"]) == 4
-    assert not kept.exists()
+    wait_for("its removal", lambda: not kept.exists())
 
 
 def in_view(extents, whole, enough=20):

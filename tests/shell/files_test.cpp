@@ -99,7 +99,13 @@ TEST_F(Files, KeepUnsavedChangesUntilTheyAreSavedOrEqualTheFile) {
     EXPECT_TRUE(WheelRecovery::find(opened(R"({"actions":[]})"))->fileHasChanged);
     recovery.leave();
     recovery.remove(); // no longer this run's
-    EXPECT_TRUE(QFile::exists(kept));
+    recovery.keep(document);
+    recovery.flush(); // and so not overwritten
+    EXPECT_TRUE(WheelRecovery::find(saved));
+    EXPECT_EQ(json(bytesOf(folder.filePath("kola-odzysk-kopia-2.json"))), json(bytesOf(kept)));
+    EXPECT_EQ(recovery.setAside(*found), folder.filePath("kola-odzysk-kopia-3.json"));
+    EXPECT_FALSE(WheelRecovery::find(saved));
+    QFile::rename(folder.filePath("kola-odzysk-kopia-3.json"), kept);
     EXPECT_TRUE(document.save(nullptr));
     EXPECT_FALSE(WheelRecovery::find(document) || QFile::exists(kept));
 
@@ -108,8 +114,17 @@ TEST_F(Files, KeepUnsavedChangesUntilTheyAreSavedOrEqualTheFile) {
     document.wheels.removeLast();
     recovery.keep(document);
     recovery.flush();
-    EXPECT_TRUE(WheelRecovery::find(opened(R"({"actions":[]})")));
+    const QByteArray newer = bytesOf(WheelRecovery::find(opened(R"({"actions":[]})"))->path);
+    EXPECT_TRUE(QDir().rmdir(kept));
+    writeFile(kept, newer + "\n");
+    QFile older(kept);
+    EXPECT_TRUE(older.open(QIODevice::ReadWrite) &&
+                older.setFileTime(QDateTime::currentDateTime().addDays(-1), QFile::FileModificationTime));
+    const auto newest = WheelRecovery::find(opened(R"({"actions":[]})"));
+    EXPECT_EQ(bytesOf(newest->path), newer);
+    EXPECT_EQ(bytesOf(newest->olderCopy), newer + "\n");
     recovery.remove();
+    recovery.flush();
     EXPECT_FALSE(WheelRecovery::find(opened(R"({"actions":[]})")));
 }
 

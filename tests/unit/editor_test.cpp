@@ -153,6 +153,11 @@ TEST_F(Editor, ADocumentWhoseSaveFailedIsKeptAndOpenedNextTime) {
     EXPECT_EQ(seen() + editor.text(pathLabel), unsaved + "(nowy plik — niezapisany)");
     play("pick=inne.json; save; close; again");
     EXPECT_EQ(seen(), "W @0 / F @-1 / @-1");
+    play("add-wheel; add-field");
+    destroyEditorWindow(editorState.editorWindow); // with its owner, when the program ends
+    play("again");
+    EXPECT_EQ(seen(), unsaved);
+    play("pick=inne.json; save; close; again");
     setSimulatedProgramFolder(folder.path("missing"));
     play("add-wheel; add-field; pick=temp; save-as; close; again");
     EXPECT_TRUE(std::filesystem::exists(folder.at("temp/niezapisane-kola-1.json")));

@@ -1,27 +1,38 @@
 #include "platform/launcher.h"
 
 #include "base/text.h"
+#include "common/linux/bus_address.h"
 
 #include "platform/linux/glib_handles.h"
 
 #include <unistd.h>
 
+#include <memory>
 #include <string>
 
 namespace rotika {
 
 namespace {
 
+GObjectPointer<GAppLaunchContext> contextOfPrograms() {
+    GObjectPointer<GAppLaunchContext> context(g_app_launch_context_new());
+    enableSessionBusIn(context.get());
+    return context;
+}
+
 bool runProgram(const std::string& program) {
     std::string name = program;
     char* arguments[] = {name.data(), nullptr};
     constexpr auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
                                                     G_SPAWN_STDERR_TO_DEV_NULL);
-    return g_spawn_async(nullptr, arguments, nullptr, flags, nullptr, nullptr, nullptr, nullptr) != FALSE;
+    const std::unique_ptr<char*, decltype(&g_strfreev)> environment(
+        g_app_launch_context_get_environment(contextOfPrograms().get()), g_strfreev);
+    return g_spawn_async(nullptr, arguments, environment.get(), flags, nullptr, nullptr, nullptr, nullptr) !=
+           FALSE;
 }
 
 bool openAddress(const std::string& address) {
-    return g_app_info_launch_default_for_uri(address.c_str(), nullptr, nullptr) != FALSE;
+    return g_app_info_launch_default_for_uri(address.c_str(), contextOfPrograms().get(), nullptr) != FALSE;
 }
 
 /// "http:", "mailto:"; a single letter is a Windows drive.

@@ -87,7 +87,8 @@ void destroyed(HWND window) noexcept {
     handlers.destroyed();
 }
 
-/// The system ends the process next. Nothing else ends the engine without the shell, which has the editor.
+/// The system ends the process next. Only the engine without the shell (it alone opens the editor from this
+/// window) must end itself here; otherwise the shell does it.
 void sessionEnded(HWND window, bool isCertain) noexcept {
     if (isCertain && handlers.editorRequested != nullptr) {
         DestroyWindow(window);

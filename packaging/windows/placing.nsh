@@ -66,7 +66,9 @@ Function PlaceFile
     ${EndIf}
 again:
     StrCpy $1 1
-    ${If} ${FileExists} "$INSTDIR\$0"
+    ${If} ${FileExists} "$INSTDIR\$0\*.*" ; a folder of the user's
+        StrCpy $1 0
+    ${ElseIf} ${FileExists} "$INSTDIR\$0"
         Push "$INSTDIR\$0"
         Push "$INSTDIR\${EARLIER}\$0"
         Call MoveFile

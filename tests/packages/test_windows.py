@@ -59,10 +59,9 @@ class Computer:
 
     def hold(self, name):
         """Keeps a file open, in a program that waits for input; returns this program's process id."""
-        before = self.running("notepad.exe")
         path = str(self.folder.relative_to(self.drive) / name).replace("/", "\\")
-        self.screen.launch(SCRIPT, "cmd", "/c", rf"notepad < C:\{path}")
-        held, = wait_for("the holder", lambda: self.running("notepad.exe") - before, 60)
+        self.screen.launch(SCRIPT, "cmd", "/c", rf"notepad.exe < C:\{path}")
+        held, = wait_for("the holder", lambda: self.running("notepad.exe"), 60)
         return held
 
     def value(self, key, name):
@@ -180,8 +179,8 @@ def test_an_upgrade_replaces_all_files_or_none(computer):
     assert computer.run(SETUP, "/S") == 0
     (computer.folder / "rotika.ico").write_bytes(b"earlier")
     before, staged = computer.files(), computer.folder / ".rotika-instalacja"
+    held = computer.hold("themes/pro.qss")  # placed after the icon
     for succeeds in False, True:
-        held = computer.hold("themes/pro.qss")  # placed after the icon
         setup = computer.start(SETUP, "/S", "/RESTART")
         if succeeds:
             wait_for("the icon", lambda: (staged / "poprzednie/rotika.ico").exists(), 60)

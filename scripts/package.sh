@@ -48,6 +48,8 @@ test_packages() {
         release=$root/build/release-for-tests
         export ROTIKA_UPDATE_FEED=https://updates.example/appcast.xml
         export ROTIKA_UPDATE_PRIVATE_KEY=$root/build/update-key-for-tests.pem
+        export ROTIKA_UPDATE_LIBRARY=$root/build/update-library-for-tests
+        make_update_library "$ROTIKA_UPDATE_LIBRARY"
         [ -f "$ROTIKA_UPDATE_PRIVATE_KEY" ] || make_update_key "$ROTIKA_UPDATE_PRIVATE_KEY"
     fi
     step "Release" run_package

@@ -1,10 +1,20 @@
 # The Windows installer and the portable archive. Sourced by package.sh, which sets $release, the folder of the release,
 # and SOURCE_DATE_EPOCH, the time that stands for every time in it.
 
-# What a release places on a Windows machine, besides the licence texts. The program's own files in the build folder are
-# left out: a started program writes its settings there.
 windows_programs=(rotika.exe rotika-engine.exe rotika-guard.exe)
-windows_data=(rotika.ico themes/*.qss icons/*.png)
+
+# What a release places beside them. Not whatever the build folder holds: a started program writes its settings there,
+# and a developer may have own icons in it.
+windows_data() {
+    local file
+    printf '%s\n' rotika.ico
+    for file in "$root"/themes/*.palette; do
+        printf 'themes/%s.qss\n' "$(basename "$file" .palette)"
+    done
+    for file in "$root"/packaging/icons/fields/*.svg; do
+        printf 'icons/%s.png\n' "$(basename "$file" .svg)"
+    done
+}
 
 # package_windows: builds the program and makes rotika-VERSION-setup.exe and rotika-VERSION-portable.zip. Two runs give
 # the same bytes.
@@ -20,6 +30,7 @@ package_windows() {
     mkdir -p "$work/Rotika" "$release"
     copy_windows_files "$built" "$work/Rotika"
     make_portable_archive "$work" "$release/rotika-$version-portable.zip"
+    add_update_library "$work/Rotika"
     make_installer "$work" "$version" "$release/rotika-$version-setup.exe"
 }
 
@@ -48,15 +59,39 @@ check_windows_program() {
 
 # Everything gets the time of the release, since both formats store times.
 copy_windows_files() {
-    local built=$1 to=$2
-    (cd "$built" && cp --parents "${windows_programs[@]}" ${windows_data[@]} "$to")
+    local built=$1 to=$2 data
+    mapfile -t data < <(windows_data)
+    (cd "$built" && cp --parents "${windows_programs[@]}" "${data[@]}" "$to")
     cp -R "$release/licencje" "$release/podrecznik" "$to"
-    if [ -n "${ROTIKA_UPDATE_LIBRARY:-}" ]; then
-        cp "$ROTIKA_UPDATE_LIBRARY" "$to/WinSparkle.dll"
-    else
-        note "Without ROTIKA_UPDATE_LIBRARY, a WinSparkle.dll, the program looks for no updates."
+    set_times_of_release "$to"
+}
+
+set_times_of_release() { find "$@" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +; }
+
+# For the installer only: an update of the portable program would install a second one.
+add_update_library() {
+    local to=$1 from=${ROTIKA_UPDATE_LIBRARY:-} licence exports
+    if [ -z "$from" ]; then
+        note "Without ROTIKA_UPDATE_LIBRARY, a folder with WinSparkle.dll, the program looks for no updates."
+        return
     fi
-    find "$to" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
+    licence=$(find "$from" -maxdepth 1 -name COPYING -o -maxdepth 1 -name LICENSE | LC_ALL=C sort | head -n 1)
+    { [ -f "$from/WinSparkle.dll" ] && [ -n "$licence" ]; } ||
+        die "ROTIKA_UPDATE_LIBRARY must be a folder with WinSparkle.dll and its licence, COPYING or LICENSE: $from"
+    exports=$(x86_64-w64-mingw32-objdump -p "$from/WinSparkle.dll")
+    grep -qw win_sparkle_set_eddsa_public_key <<<"$exports" ||
+        die "$from/WinSparkle.dll cannot check the signatures of updates."
+    cp "$from/WinSparkle.dll" "$to/"
+    cp "$licence" "$to/licencje/winsparkle.txt"
+    set_times_of_release "$to"
+}
+
+# make_update_library folder: for tests, without the other functions.
+make_update_library() {
+    mkdir -p "$1"
+    printf 'void win_sparkle_set_eddsa_public_key(void) {}\n' |
+        x86_64-w64-mingw32-gcc -x c -shared -s -o "$1/WinSparkle.dll" -
+    printf 'The licence\n' >"$1/COPYING"
 }
 
 make_portable_archive() {
@@ -81,7 +116,9 @@ PYTHON
 
 # NSIS' own recursion takes the files in the order of the disk.
 instructions_for_files() {
-    find "$1" -mindepth 1 -type d -printf 'CreateDirectory "$OUTDIR\\%P"\n' | LC_ALL=C sort
+    find "$1" -mindepth 1 -type d -printf '%P\n' | LC_ALL=C sort | while read -r folder; do
+        printf 'CreateDirectory "$OUTDIR\\%s"\n' "${folder//\//\\}"
+    done
     find "$1" -type f -printf '%P\n' | LC_ALL=C sort | while read -r file; do
         printf 'File "/oname=%s" "${FILES}/%s"\n' "${file//\//\\}" "$file"
     done
@@ -96,7 +133,7 @@ make_installer() {
     rsvg-convert -w 120 -h 120 -o "$work/logo.png" "$root/packaging/icons/rotika.svg"
     convert -size 164x314 gradient:'#F4F7FB-#D6E4F2' "$work/logo.png" -gravity center -composite \
         -type TrueColor "BMP3:$work/welcome.bmp"
-    touch --date="@$SOURCE_DATE_EPOCH" "$work/welcome.bmp" "$work/Rotika/lista-plikow.txt"
+    set_times_of_release "$work/welcome.bmp" "$work/Rotika/lista-plikow.txt"
     makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$work/Rotika" \
         "-DFILES_NSH=$work/files.nsh" "-DICON=$work/Rotika/rotika.ico" \
         "-DWELCOME=$work/welcome.bmp" "-DSIZE_KB=$size_kb" \

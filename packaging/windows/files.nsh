@@ -59,6 +59,48 @@ Function ${un}NextOfList
     Exch $1
 FunctionEnd
 
+; Pops a path; pushes 1 if it is a link to another place, else 0.
+Function ${un}IsLink
+    Exch $0
+    System::Call 'kernel32::GetFileAttributesW(w r0) i .r0'
+    ${If} $0 = -1
+        StrCpy $0 0
+    ${Else}
+        IntOp $0 $0 >> 10 ; FILE_ATTRIBUTE_REPARSE_POINT
+        IntOp $0 $0 & 1
+    ${EndIf}
+    Exch $0
+FunctionEnd
+
+; Pops a folder's path and removes the folder if it is empty. A link stays: the system would remove it in any case.
+Function ${un}RemoveFolder
+    Exch $0
+    Push $1
+    Push $0
+    Call ${un}IsLink
+    Pop $1
+    ${If} $1 = 0
+        RMDir $0
+    ${EndIf}
+    Pop $1
+    Pop $0
+FunctionEnd
+
+; Pops the path of a file of the list; removes the file, and its folders if they are empty.
+Function ${un}RemoveFile
+    Exch $0
+    Delete "$INSTDIR\$0"
+    ${Do}
+        ${GetParent} $0 $0
+        ${If} $0 == ""
+            ${Break}
+        ${EndIf}
+        Push "$INSTDIR\$0"
+        Call ${un}RemoveFolder
+    ${Loop}
+    Pop $0
+FunctionEnd
+
 !macroend
 
 ; Pops a list's path and a file's path in it; pushes the file's sum in the list, empty if it is not there.

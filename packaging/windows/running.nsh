@@ -4,7 +4,8 @@
 Var Running    ; names of the programs of the folder that run
 Var ShellRuns  ; 1 if rotika.exe is among them
 Var EngineRuns ; 1 if rotika-engine.exe is
-Var StartAgain ; command line, empty if none had run
+Var StartAgain ; name of the program to be started again, or empty
+Var StartWords ; its command line
 
 !macro CheckRunning name runs
     ; The system refuses to open the file of a running program for writing.
@@ -42,7 +43,8 @@ Function ${un}RememberRunning
     Push $0
     Push $1
     ${If} $ShellRuns = 1
-        StrCpy $StartAgain '"$INSTDIR\rotika.exe" --minimized'
+        StrCpy $StartAgain "rotika.exe"
+        StrCpy $StartWords "--minimized"
         StrCpy $0 0
         ${Do}
             FindWindow $0 "" "Rotika" "" $0
@@ -51,12 +53,12 @@ Function ${un}RememberRunning
                 System::Call 'user32::GetClassNameW(p r0, w .r1, i ${NSIS_MAX_STRLEN})'
                 StrCpy $1 $1 2
                 ${If} $1 == "Qt" ; not the Explorer's window of the folder
-                    StrCpy $StartAgain '"$INSTDIR\rotika.exe"'
+                    StrCpy $StartWords ""
                 ${EndIf}
             ${EndIf}
         ${LoopUntil} $0 == 0
     ${ElseIf} $EngineRuns = 1
-        StrCpy $StartAgain '"$INSTDIR\rotika-engine.exe"'
+        StrCpy $StartAgain "rotika-engine.exe"
     ${EndIf}
     Pop $1
     Pop $0
@@ -79,7 +81,6 @@ FunctionEnd
 
 ; Ends the programs of the folder; $Running stays non-empty if the user refuses or it does not succeed.
 Function ${un}EndRunning
-    StrCpy $StartAgain ""
     Call ${un}FindRunning
     ${If} $Running == ""
         Return
@@ -103,7 +104,9 @@ Function ${un}StartAgain
     ${If} $StartAgain != ""
     ${AndIf} $ShellRuns = 0
     ${AndIf} $EngineRuns = 0
-        Exec $StartAgain
+    ${AndIf} ${FileExists} "$INSTDIR\$StartAgain"
+        SetOutPath "$INSTDIR" ; its current folder
+        Exec '"$INSTDIR\$StartAgain" $StartWords'
     ${EndIf}
 FunctionEnd
 

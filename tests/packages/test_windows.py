@@ -17,11 +17,15 @@ from desk.wine import SCRIPT, WineTarget
 RELEASE = Path(os.environ["ROTIKA_RELEASE"])
 (SETUP,), (PORTABLE,) = RELEASE.glob("rotika-*-setup.exe"), RELEASE.glob("rotika-*-portable.zip")
 SHIPPED = {name.partition("/")[2] for name in zipfile.ZipFile(PORTABLE).namelist()}
-OWN = {"lista-plikow.txt", "odinstaluj.exe"}
-SETTINGS = {"config.json", "default.json", "voice.json", "config-kopia-1.json", "default-odzysk.json"}
+UPDATES = {"WinSparkle.dll", "licencje/winsparkle.txt"} if os.environ.get("ROTIKA_UPDATE_LIBRARY") else set()
+OWN = {"lista-plikow.txt", "odinstaluj.exe"} | UPDATES
+SETTINGS = {"config.json", "default.json", "voice.json", "config-kopia-1.json", "default-odzysk.json",
+            "default-odzysk-kopia-2.json", "default-odzysk-0a1b2c3d.json", "default-odzysk-0a1b2c3d-kopia-10.json"}
 KEPT = {"icons/moja.png": b"own", "icons/dom.png": b"edited", "libvosk.dll": b"library", "gra.json": b"{}",
+        "default-kopia-domowa.json": b"{}", "default-kopia-2b.json": b"{}", "default-odzysk-2026-1-2.json": b"{}",
         "vosk-model-small-pl-0.22/am/final.mdl": b"model"}
-FORMER = {"icons/dawna.png": b"former", "icons/zmieniona.png": b"edited"}  # of an earlier version, the second edited
+FORMER = {"icons/dawna.png": b"former", "icons/zmieniona.png": b"edited",  # of an earlier version, the second edited
+          "dawne/inne/plik.txt": b"former"}
 START_MENU = "AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Rotika"
 KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion"
 INSTALLER, UNINSTALLER = "Instalator programu Rotika", "Odinstalowanie programu Rotika"
@@ -52,6 +56,13 @@ class Computer:
         folder = folder or self.folder
         return {str(file.relative_to(folder)): zlib.crc32(file.read_bytes())
                 for file in folder.rglob("*") if file.is_file()}
+
+    def hold(self, name):
+        """Keeps a file open, in a program that waits for input; returns this program's process id."""
+        path = str(self.folder.relative_to(self.drive) / name).replace("/", "\\")
+        self.screen.launch(SCRIPT, "cmd", "/c", rf"notepad.exe < C:\{path}")
+        held, = wait_for("the holder", lambda: self.running("notepad.exe"), 60)
+        return held
 
     def value(self, key, name):
         words = SCRIPT, "reg", "query", rf"{KEY}\{key}", "/v", name
@@ -109,7 +120,7 @@ def computer():
 def test_the_portable_archive_starts_from_a_path_with_polish_letters(computer):
     computer.folder = computer.drive / "Żółw i ćma/Rotika"
     zipfile.ZipFile(PORTABLE).extractall(computer.folder.parent)
-    assert computer.files().keys() == SHIPPED
+    assert computer.files().keys() == SHIPPED - UPDATES
     computer.start()
     computer.wait_for_window()
     wait_for("its files", lambda: computer.files().keys() >= {"config.json", "default.json", "voice.json"})
@@ -134,9 +145,11 @@ def test_an_upgrade_and_a_removal_keep_what_is_the_users(computer):
     computer.wait_for_window()
     after = computer.files()
     assert after.keys() == SHIPPED | OWN | kept and all(after[name] == before[name] for name in kept)
+    assert not (computer.folder / "dawne").exists()
+    assert computer.run(SETUP, "/S", r"/D=C:\inny") == 2 and not (computer.drive / "inny").exists()
     assert computer.run("odinstaluj.exe", "/S") == 0  # goes on in a copy of itself
-    wait_for("the end of the removal", lambda: computer.files() == {name: before[name] for name in kept} and
-             not computer.value(r"Uninstall\Rotika", "DisplayName"), 60)
+    wait_for("the end of the removal", lambda: not computer.value(r"Uninstall\Rotika", "DisplayName"), 60)
+    assert computer.files() == {name: before[name] for name in kept}
     assert not computer.files(computer.user / START_MENU) and not computer.running("rotika.exe")
 
 
@@ -160,6 +173,24 @@ def test_an_upgrade_ends_whatever_runs_and_starts_it_again(computer):
     before = computer.files()
     computer.screen.run("kill", "-STOP", again)
     assert computer.run(SETUP, "/S") == 2 and computer.files() == before and computer.running(name) == {again}
+
+
+def test_an_upgrade_replaces_all_files_or_none(computer):
+    assert computer.run(SETUP, "/S") == 0
+    (computer.folder / "rotika.ico").write_bytes(b"earlier")
+    before, staged = computer.files(), computer.folder / ".rotika-instalacja"
+    held = computer.hold("themes/pro.qss")  # placed after the icon
+    for succeeds in False, True:
+        setup = computer.start(SETUP, "/S", "/RESTART")
+        if succeeds:
+            wait_for("the icon", lambda: (staged / "poprzednie/rotika.ico").exists(), 60)
+            computer.screen.run("kill", held)
+        assert setup.wait(90) == 2 - 2 * succeeds and not staged.exists()
+        after = computer.files()
+        assert after.keys() >= before.keys() and succeeds == (after["rotika.ico"] != before["rotika.ico"])
+        assert all(after[name] == before[name] for name in before if name != "rotika.ico")
+        computer.wait_for_window()
+        assert computer.run("rotika.exe", "--quit") == 0
 
 
 def test_with_pages_a_person_chooses_folder_autostart_and_removal_of_the_settings(computer):

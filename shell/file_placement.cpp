@@ -135,6 +135,12 @@ bool keepForRestoring(const fs::path& work, const PlacedName& name) {
     return bytes && replaceWholeFile(copy, *bytes) && Mover().move(copy, oldFolder(work) / name);
 }
 
+void forgetKept(const fs::path& work, const PlacedName& name) {
+    std::error_code ignored;
+    fs::remove(oldFolder(work) / name, ignored);
+    fs::remove(addedFolder(work) / name, ignored);
+}
+
 bool placeFiles(const fs::path& work, const std::vector<PlacedName>& names) {
     const Mover mover;
     for (const PlacedName& name : names) {

@@ -19,6 +19,9 @@ std::filesystem::path makeWorkFolder(const std::filesystem::path& dataFolder);
 /// if that failed.
 bool keepForRestoring(const std::filesystem::path& work, const PlacedName& name);
 
+/// unplaceFiles leaves the file as it is then.
+void forgetKept(const std::filesystem::path& work, const PlacedName& name);
+
 /// Moves all of `names` from "new" to the data folder, and what they replace to "old". An open or loaded file
 /// may be replaced. On a failure everything is as before, and the result is false.
 bool placeFiles(const std::filesystem::path& work, const std::vector<PlacedName>& names);

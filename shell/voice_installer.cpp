@@ -36,6 +36,10 @@ QString text(const char* words) {
     return QCoreApplication::translate("VoiceInstaller", words);
 }
 
+PlacedName configName() {
+    return std::filesystem::path(configFileName).u8string();
+}
+
 QString downloadFolder() {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
     return QFileInfo(folder).isDir() ? folder : QDir::homePath();
@@ -95,6 +99,7 @@ private:
     QPointer<QThread> worker; // deletes itself
     Stage stage = Stage::unpacking;
     bool isOldLibraryLoaded = false;
+    bool isModelChanged = false;
     QString statusBefore;
     QDeadlineTimer deadline; // for the worker after a cancellation, later for voice to start
 };
@@ -202,10 +207,7 @@ void VoiceInstallation::prepareToPlace() {
         dialog->setCancelButton(nullptr);
     }
     startWorker(
-        [](VoiceWork& shared) {
-            shared.isDone =
-                keepForRestoring(shared.unpacked.work, std::filesystem::path(configFileName).u8string());
-        },
+        [](VoiceWork& shared) { shared.isDone = keepForRestoring(shared.unpacked.work, configName()); },
         &VoiceInstallation::onSettingsKept);
 }
 
@@ -225,7 +227,9 @@ void VoiceInstallation::onSettingsKept() {
 
 void VoiceInstallation::onPlaced() {
     statusBefore = engineVoiceStatus();
-    if (!work->isDone || !writeConfig(newConfig(readConfigObject()))) {
+    const QJsonObject before = readConfigObject(), after = newConfig(before);
+    isModelChanged = after["voiceModel"] != before["voiceModel"];
+    if (!work->isDone || !writeConfig(after)) {
         takeBack();
         return;
     }
@@ -281,11 +285,14 @@ void VoiceInstallation::abandonWorker() {
 }
 
 /// The files are confirmed only now: if loading them had ended the process, the next start would take them
-/// back instead of ending as well. A library that replaces a loaded one is loaded by the next start.
+/// back instead of ending as well. A library that replaces a loaded one is loaded by the next start; until
+/// then the user may change the settings.
 void VoiceInstallation::finishWhenSettled() {
     if (!isVoiceSettledSince(statusBefore) && !deadline.hasExpired())
         return;
     if (isOldLibraryLoaded) {
+        if (!isModelChanged) // else the old settings are needed to find the old model
+            forgetKept(work->unpacked.work, configName());
         deferConfirmation(work->unpacked.work);
     } else {
         confirmPlacement(work->unpacked.work);

@@ -171,13 +171,15 @@ TEST(FilePlacement, ChangesAllOrNothingAlsoAfterACrash) {
         writeFile(QString::fromStdU16String((later / "new/library").u16string()), "newest");
         EXPECT_TRUE(placeFiles(later, {u8"library"}));
         if (end == End::deferred) {
+            forgetKept(work, u8"settings");
             EXPECT_TRUE(deferConfirmation(work));
             EXPECT_EQ(unplaceUnconfirmed(dataFolder).onTrial, std::vector{work});
             EXPECT_EQ(bytesOf(data.filePath("library")), "new");
         }
         for (const auto& each : unplaceUnconfirmed(dataFolder).ended) // the next start
             removeWorkFolder(each);
-        for (const char* const name : {"library", "model/file", "settings"})
+        EXPECT_EQ(bytesOf(data.filePath("settings")), end == End::crash ? "old" : "new");
+        for (const char* const name : {"library", "model/file"})
             EXPECT_EQ(bytesOf(data.filePath(name)), isConfirmed ? "new" : "old");
         EXPECT_EQ(data.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(),
                   isConfirmed ? 5 : 3);

@@ -23,15 +23,18 @@ RecoveryBar::RecoveryBar(QWidget* parent) : QWidget(parent) {
     auto* card = new QFrame;
     card->setObjectName("Card");
     around->addWidget(card);
-    auto* row = new QHBoxLayout(card);
-    row->setContentsMargins(14, 10, 14, 10);
+    auto* column = new QVBoxLayout(card);
+    column->setContentsMargins(14, 10, 14, 10);
     text = makeLabel({}, "value");
     text->setTextFormat(Qt::PlainText); // paths may contain HTML
     text->setWordWrap(true);
-    row->addWidget(text, 1);
+    column->addWidget(text);
+    auto* row = new QHBoxLayout; // below the text, which needs all the width on a small screen
+    column->addLayout(row);
     restore = addButton(*row, tr("Przywróć zmiany"));
     discard = addButton(*row, tr("Odrzuć zmiany"));
     dismiss = addButton(*row, tr("Zamknij"));
+    row->addStretch();
     for (QPushButton* button : {restore, discard, dismiss})
         button->setMinimumHeight(buttonHeightPx);
     connect(restore, &QPushButton::clicked, this, &RecoveryBar::restoreRequested);
@@ -56,9 +59,11 @@ void RecoveryBar::offer(const FoundRecovery& found, const QString& wheelFile) {
 }
 
 void RecoveryBar::reportSetAside(const QString& copy) {
+    dismiss->setVisible(true);
+    if (discard->hasFocus()) // a hidden button passes it on, and another press would do something else
+        dismiss->setFocus();
     restore->setVisible(false);
     discard->setVisible(false);
-    dismiss->setVisible(true);
     showText(copy.isEmpty() ? tr("Wcześniejszych niezapisanych zmian nie udało się przenieść do innego "
                                  "pliku, więc nowe nie są chronione "
                                  "do najbliższego otwarcia pliku.")

@@ -102,24 +102,21 @@ bool send(HWND receiver, const ControlCommand& command) {
            reply == commandReceived;
 }
 
-/// A process of this user that runs from this program's folder.
+/// A process that runs from this program's folder, of this user as far as that can be known.
 struct Copy {
     DWORD number;
     Handle process;
-    std::wstring program;
 };
 
-/// The program file's name if it is in `folder`. Compared as files: the path may be written in several ways.
-std::wstring programIn(const std::filesystem::path& folder, HANDLE process) {
+/// Compared as files: the path may be written in several ways.
+bool runsFrom(const std::filesystem::path& folder, HANDLE process) {
     std::wstring name(32768, L'\0');
     auto length = static_cast<DWORD>(name.size());
     if (QueryFullProcessImageNameW(process, 0, name.data(), &length) == 0)
-        return {};
+        return false;
     name.resize(length);
     std::error_code failure;
-    const std::filesystem::path file = name;
-    return std::filesystem::equivalent(file.parent_path(), folder, failure) ? file.filename().native()
-                                                                            : std::wstring();
+    return std::filesystem::equivalent(std::filesystem::path(name).parent_path(), folder, failure);
 }
 
 /// The control window of a process, of this title or of any (null).
@@ -150,8 +147,8 @@ std::vector<Copy> runningCopies() {
             continue;
         Handle process(
             OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE, FALSE, entry.th32ProcessID));
-        if (process && mayBeOwnUser(process.get()) && !programIn(folder, process.get()).empty())
-            found.push_back({entry.th32ProcessID, std::move(process), program});
+        if (process && mayBeOwnUser(process.get()) && runsFrom(folder, process.get()))
+            found.push_back({entry.th32ProcessID, std::move(process)});
     }
     return found;
 }

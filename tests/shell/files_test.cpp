@@ -120,6 +120,7 @@ TEST_F(Files, KeepUnsavedChangesUntilTheyAreSavedOrEqualTheFile) {
     QFile older(kept);
     EXPECT_TRUE(older.open(QIODevice::ReadWrite) &&
                 older.setFileTime(QDateTime::currentDateTime().addDays(-1), QFile::FileModificationTime));
+    older.close(); // Windows does not rename an open file
     const auto newest = WheelRecovery::find(opened(R"({"actions":[]})"));
     EXPECT_EQ(bytesOf(newest->path), newer);
     EXPECT_EQ(bytesOf(newest->olderCopy), newer + "\n");

@@ -2,7 +2,7 @@
 //   desk_helper record LOG WIDTH HEIGHT  shows the foreground window and logs the input that it receives
 //   desk_helper activate FILE            sends the engine this wheel file; exit status 1 if it accepts
 //   desk_helper stray                    sends the engine private messages that no worker has posted, and the
-//                                        program commands that it must refuse, one for want of a sender
+//                                        program commands that it must refuse
 //   desk_helper end-session              tells the engine's process that the session ends
 //   desk_helper taken KEY FLAGS          whether this hot key is registered; exit status 1 for yes
 //   desk_helper [WORD]                   the program that a step opens: notes WORD or "started"
@@ -111,9 +111,11 @@ bool sendStrayMessages(HWND engine) {
     const HWND control = FindWindowW(L"RotikaControl", nullptr);
     constexpr ULONG_PTR command = 0x526F7431;
     using namespace std::string_literals;
-    const std::pair<ULONG_PTR, std::wstring> refused[] = {{command, L"quit\0"s},    {command, L"quit"s},
-                                                          {command, L"quit\0a\0"s}, {command, L"cos\0"s},
-                                                          {command, L""s},          {1, L"quit\0"s}};
+    const std::pair<ULONG_PTR, std::wstring> refused[] = {{command, L"quit"s},
+                                                          {command, L"quit\0a\0"s},
+                                                          {command, L"cos\0"s},
+                                                          {command, L""s},
+                                                          {1, L"quit\0"s}};
     for (auto [kind, text] : refused) {
         COPYDATASTRUCT data{kind, static_cast<DWORD>(text.size() * sizeof(wchar_t)), text.data()};
         isSent = isSent && SendMessageW(control, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)) == 0;

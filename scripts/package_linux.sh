@@ -31,8 +31,9 @@ check_debian_package() (
 )
 
 test_package_linux() {
-    [ -d "$release/podrecznik" ] || package_manual
+    local status=0 artefacts=$root/build/artefacts/packages
     need_bare_debian
+    mkdir -p "$artefacts"
     as_root env PYTHONPATH="$root/tests" ROTIKA_CACHE="$cache" ROTIKA_RELEASE="$release" /usr/bin/python3 -B -m pytest \
         -q -p no:cacheprovider "$root/tests/packages/test_linux.py" ${1:+-k "$1"} || status=$?
     as_root chown -R "$(id -u):$(id -g)" "$artefacts"

@@ -90,7 +90,7 @@ add_update_library() {
 make_update_library() {
     mkdir -p "$1"
     printf 'void win_sparkle_set_eddsa_public_key(void) {}\n' |
-        x86_64-w64-mingw32-gcc -x c -shared -s -o "$1/WinSparkle.dll" -
+        x86_64-w64-mingw32-gcc -x c -shared -s -Wl,--no-insert-timestamp -o "$1/WinSparkle.dll" -
     printf 'The licence\n' >"$1/COPYING"
 }
 

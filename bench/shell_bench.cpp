@@ -1,11 +1,11 @@
 // Latencies of the shell's window, measured in-process on a real X server.
 
 #include "licence/licence_check.h"
+#include "shell/base/settings.h"
+#include "shell/base/themes.h"
 #include "shell/main_window.h"
-#include "shell/settings.h"
-#include "shell/themes.h"
-#include "shell/wheel_document.h"
-#include "shell/wheel_editor_page.h"
+#include "shell/wheels/wheel_document.h"
+#include "shell/wheels/wheel_editor_page.h"
 #include "target_reporter.h"
 
 #include <QApplication>

@@ -2,9 +2,10 @@
 
 #include "common/limits.h"
 #include "engine/core/overlay.h"
-#include "shell/cards.h"
-#include "shell/engine_status.h"
-#include "shell/json_file.h"
+#include "shell/base/cards.h"
+#include "shell/base/config_changes.h"
+#include "shell/base/engine_status.h"
+#include "shell/base/json_file.h"
 
 #include <QCheckBox>
 #include <QSlider>
@@ -27,6 +28,7 @@ GazePage::GazePage(QWidget* parent) : QWidget(parent) {
     column->addWidget(makeCard(makeControls()));
     column->addStretch();
     fillFromConfig();
+    connect(&ConfigChanges::instance(), &ConfigChanges::changed, this, &GazePage::fillFromConfig);
     showDwell(dwellSlider->value());
     connect(dwellSlider, &QSlider::valueChanged, this, &GazePage::showDwell);
     connect(dwellSlider, &QSlider::sliderReleased, this, &GazePage::saveSettings);

@@ -1,15 +1,15 @@
 #include "shell/main_window.h"
 
 #include "engine/core/overlay.h"
-#include "shell/cards.h"
-#include "shell/engine_status.h"
+#include "shell/base/cards.h"
+#include "shell/base/engine_status.h"
+#include "shell/base/wheel_preview.h"
+#include "shell/base/window_size.h"
 #include "shell/gaze_page.h"
 #include "shell/page_area.h"
-#include "shell/recovery_bar.h"
 #include "shell/voice_page.h"
-#include "shell/wheel_editor_page.h"
-#include "shell/wheel_preview.h"
-#include "shell/window_size.h"
+#include "shell/wheels/recovery_bar.h"
+#include "shell/wheels/wheel_editor_page.h"
 
 #include <QApplication>
 #include <QCloseEvent>

@@ -1,6 +1,6 @@
 #include "shell/page_area.h"
 
-#include "shell/window_size.h"
+#include "shell/base/window_size.h"
 
 #include <QApplication>
 #include <QLayout>

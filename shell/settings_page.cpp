@@ -1,9 +1,9 @@
-#include "shell/cards.h"
+#include "shell/base/cards.h"
+#include "shell/base/settings.h"
+#include "shell/base/themes.h"
+#include "shell/base/wheel_preview.h"
 #include "shell/main_window.h"
-#include "shell/settings.h"
-#include "shell/themes.h"
-#include "shell/update_service.h"
-#include "shell/wheel_preview.h"
+#include "shell/process/update_service.h"
 
 #include <QButtonGroup>
 #include <QPushButton>

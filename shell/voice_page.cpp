@@ -2,11 +2,12 @@
 
 #include "common/file_names.h"
 #include "engine/core/overlay.h"
-#include "shell/cards.h"
-#include "shell/data_folder.h"
-#include "shell/engine_status.h"
-#include "shell/json_file.h"
-#include "shell/wheel_document.h"
+#include "shell/base/cards.h"
+#include "shell/base/config_changes.h"
+#include "shell/base/data_folder.h"
+#include "shell/base/engine_status.h"
+#include "shell/base/json_file.h"
+#include "shell/wheels/wheel_document.h"
 
 #include <QCheckBox>
 #include <QListWidget>
@@ -42,6 +43,7 @@ VoicePage::VoicePage(OpenInEditor callback, QWidget* parent)
     note->setWordWrap(true);
     column->addWidget(note);
     fillFromConfig();
+    connect(&ConfigChanges::instance(), &ConfigChanges::changed, this, &VoicePage::fillFromConfig);
     connect(enabledBox, &QCheckBox::toggled, this, &VoicePage::saveSettings);
     connect(globalBox, &QCheckBox::toggled, this, &VoicePage::saveSettings);
     refreshPhrases();

@@ -18,10 +18,8 @@ public:
     /// `openInEditor` may be empty.
     explicit VoicePage(OpenInEditor openInEditor, QWidget* parent = nullptr);
 
-    /// Call when something else has changed config.json, or the next change here would undo it.
-    void fillFromConfig();
-
 private:
+    void fillFromConfig();
     QWidget* makeStatus();
     QWidget* makeSwitches();
     QWidget* makePhrases();

@@ -1,7 +1,7 @@
-#include "shell/archive_extractor.h"
-#include "shell/file_placement.h"
-#include "shell/speech_library_file.h"
-#include "shell/speech_package.h"
+#include "shell/voice_install/archive_extractor.h"
+#include "shell/voice_install/file_placement.h"
+#include "shell/voice_install/speech_library_file.h"
+#include "shell/voice_install/speech_package.h"
 #include "test_files.h"
 
 #include <array>

@@ -1,8 +1,8 @@
-#include "shell/field_icons.h"
-#include "shell/icon_picker_dialog.h"
 #include "shell/voice_page.h"
-#include "shell/wheel_document.h"
-#include "shell/wheel_recovery.h"
+#include "shell/wheels/field_icons.h"
+#include "shell/wheels/icon_picker_dialog.h"
+#include "shell/wheels/wheel_document.h"
+#include "shell/wheels/wheel_recovery.h"
 #include "test_files.h"
 
 #include <gtest/gtest.h>

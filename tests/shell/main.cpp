@@ -1,5 +1,5 @@
-#include "shell/polish_translator.h"
-#include "shell/update_library.h"
+#include "shell/base/polish_translator.h"
+#include "shell/process/update_library.h"
 
 #include <gtest/gtest.h>
 

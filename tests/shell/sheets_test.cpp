@@ -1,8 +1,8 @@
 // The style sheets on the real pages: contrast of texts in every state, and visibility of the keyboard focus.
 
+#include "shell/base/settings.h"
+#include "shell/base/themes.h"
 #include "shell/main_window.h"
-#include "shell/settings.h"
-#include "shell/themes.h"
 #include "test_files.h"
 
 #include <gtest/gtest.h>

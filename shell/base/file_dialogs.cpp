@@ -1,0 +1,82 @@
+#include "shell/base/file_dialogs.h"
+
+#include "shell/base/window_size.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFontMetrics>
+#include <QHeaderView>
+#include <QMessageBox>
+#include <QTreeView>
+
+namespace {
+
+/// Applies to Qt's own dialog only: a native dialog has no QTreeView.
+void prepareList(QFileDialog& dialog) {
+    auto* files = dialog.findChild<QTreeView*>();
+    if (files == nullptr)
+        return;
+    // An initially selected row can override the file name that is filled in.
+    files->selectionModel()->clear();
+    // The default column widths are too small for the padding of the style sheets.
+    files->header()->setStretchLastSection(false);
+    files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    files->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    dialog.resize(QSize(760, 480).boundedTo(maximumWindowSize(*dialog.parentWidget())));
+}
+
+QStringList chosenFiles(QFileDialog& dialog) {
+    prepareList(dialog);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
+}
+
+QString chosenFile(QFileDialog& dialog) {
+    return chosenFiles(dialog).value(0);
+}
+
+bool mayOverwrite(QWidget* parent, const QString& title, const QString& path) {
+    const QFontMetrics metrics(QApplication::font());
+    const QString name = metrics.elidedText(QFileInfo(path).fileName(), Qt::ElideMiddle, 600);
+    QMessageBox box(
+        QMessageBox::Warning, title,
+        QCoreApplication::translate("FileDialogs", "Plik %1 już istnieje. Zastąpić go?").arg(name),
+        QMessageBox::Yes | QMessageBox::No, parent);
+    box.setTextFormat(Qt::PlainText); // a file name may contain HTML
+    box.setDefaultButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
+} // namespace
+
+QString askFileToOpen(QWidget* parent, const QString& title, const QString& start, const QString& filter) {
+    QFileDialog dialog(parent, title, start, filter);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    return chosenFile(dialog);
+}
+
+QStringList askFilesToOpen(QWidget* parent, const QString& title, const QString& start,
+                           const QString& filter) {
+    QFileDialog dialog(parent, title, start, filter);
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    return chosenFiles(dialog);
+}
+
+QString askFileToSave(QWidget* parent, const QString& title, const QString& start, const QString& filter,
+                      const QString& suffix) {
+    QString path = start;
+    for (;;) {
+        QFileDialog dialog(parent, title, path, filter);
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+        // Some native dialogs ask before the suffix is appended.
+        dialog.setOption(QFileDialog::DontConfirmOverwrite);
+        path = chosenFile(dialog);
+        if (path.isEmpty())
+            return {};
+        // Not setDefaultSuffix(), which takes the ".0" of "koła 2.0" for a suffix.
+        if (!path.endsWith('.' + suffix, Qt::CaseInsensitive))
+            path += '.' + suffix;
+        if (!QFileInfo::exists(path) || mayOverwrite(parent, title, path))
+            return path;
+    }
+}

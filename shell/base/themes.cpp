@@ -1,0 +1,47 @@
+#include "shell/base/themes.h"
+
+#include <QApplication>
+#include <QFile>
+#include <algorithm>
+
+namespace {
+
+QString& currentId() {
+    static QString id = QStringLiteral("fluent");
+    return id;
+}
+
+QString readSheet(const QString& themeId) {
+    QFile file(QCoreApplication::applicationDirPath() + QStringLiteral("/themes/") + themeId +
+               QStringLiteral(".qss"));
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return {};
+    return QString::fromUtf8(file.readAll());
+}
+
+} // namespace
+
+const QList<ThemeInfo>& themes() {
+    static const QList<ThemeInfo> table{
+        {"fluent", "Fluent (jasny)", "#185FA5", "#E6F1FB", "#378ADD", "#F4F6FB", "#0F6E56", "#1B2433"},
+        {"neon", "Neon (gaming)", "#39D5C9", "#1B2340", "#2AA39B", "#101423", "#39D5C9", "#E8ECFF"},
+        {"pro", "Pro studio (grafit)", "#EFA02F", "#2C2F38", "#BA7517", "#1D1F24", "#9FE1CB", "#E8E6DF"},
+    };
+    return table;
+}
+
+const ThemeInfo& themeInfo(const QString& id) {
+    const QList<ThemeInfo>& table = themes();
+    const auto row = std::find_if(table.begin(), table.end(),
+                                  [&id](const ThemeInfo& theme) { return theme.themeId == id; });
+    return row == table.end() ? table.first() : *row;
+}
+
+QString currentThemeId() {
+    return currentId();
+}
+
+void applyTheme(const QString& id) {
+    currentId() = themeInfo(id).themeId;
+    qApp->setStyleSheet(readSheet(currentId()));
+}

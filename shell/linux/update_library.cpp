@@ -1,6 +1,0 @@
-#include "shell/update_library.h"
-
-// WinSparkle exists for Windows only; here the package manager installs updates.
-QString updateLibraryName() {
-    return {};
-}

@@ -1,0 +1,48 @@
+#include "shell/process/control.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr qsizetype maxArguments = 16;
+constexpr qsizetype maxArgumentLength = 32767; // the longest path on any system
+constexpr qsizetype maxEarlyCommands = 16;
+
+} // namespace
+
+bool isValidCommand(const ControlCommand& command) {
+    if (command.name == quitCommand || command.name == showCommand)
+        return command.arguments.isEmpty();
+    const auto isShort = [](const QString& text) { return text.size() <= maxArgumentLength; };
+    return command.name == installVoiceCommand && command.arguments.size() <= maxArguments &&
+           std::all_of(command.arguments.begin(), command.arguments.end(), isShort);
+}
+
+ControlListener::ControlListener(bool isFirstCopy, std::function<void()> quitHandler)
+    : quit(std::move(quitHandler)) {
+    open(isFirstCopy);
+}
+
+ControlListener::~ControlListener() {
+    close();
+}
+
+void ControlListener::deliverTo(Handler newHandler) {
+    handler = std::move(newHandler);
+    for (const ControlCommand& command : std::exchange(early, {}))
+        handler(command);
+}
+
+void ControlListener::arrive(const ControlCommand& command) {
+    QMetaObject::invokeMethod(
+        &context, [this, command] { obey(command); }, Qt::QueuedConnection);
+}
+
+void ControlListener::obey(const ControlCommand& command) {
+    if (command.name == quitCommand)
+        quit();
+    else if (handler)
+        handler(command);
+    else if (early.size() < maxEarlyCommands)
+        early.append(command);
+}

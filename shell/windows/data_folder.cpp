@@ -1,9 +1,0 @@
-#include "shell/data_folder.h"
-
-#include "common/data_folder.h"
-
-#include <QDir>
-
-QString dataFolder() {
-    return QDir::fromNativeSeparators(QString::fromStdWString(dataFolderPath().native()));
-}

@@ -1,9 +1,0 @@
-#include "shell/update_library.h"
-
-#include <QCoreApplication>
-
-// By its full path: the system's own search would also run a file of that name from folders where others may
-// put one.
-QString updateLibraryName() {
-    return QCoreApplication::applicationDirPath() + QStringLiteral("/WinSparkle");
-}

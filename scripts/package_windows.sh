@@ -14,6 +14,9 @@ windows_data() {
     for file in "$root"/packaging/icons/fields/*.svg; do
         printf 'icons/%s.png\n' "$(basename "$file" .svg)"
     done
+    for file in "$root"/packaging/examples/*.json; do
+        printf 'przykłady/%s\n' "$(basename "$file")"
+    done
 }
 
 # package_windows: builds the program and makes rotika-VERSION-setup.exe and rotika-VERSION-portable.zip. Two runs give
@@ -97,7 +100,7 @@ make_update_library() {
 make_portable_archive() {
     local work=$1 archive=$2
     rm -f "$archive"
-    (cd "$work" && find Rotika -type f | LC_ALL=C sort | TZ=UTC zip -q -X -9 -@ "$archive")
+    (cd "$work" && find Rotika -type f | LC_ALL=C sort | TZ=UTC LC_ALL=C.UTF-8 zip -q -X -9 -UN=UTF8 -@ "$archive")
 }
 
 # The list of the shipped files, by which the installer replaces and removes: see packaging/windows/files.nsh.
@@ -106,11 +109,12 @@ list_windows_files() {
 import sys, zlib
 from pathlib import Path
 
+sys.stdout.reconfigure(encoding="utf-16", newline="\n")  # with a byte order mark
 folder = Path(sys.argv[1])
 for file in sorted(folder.rglob("*")):
     if file.is_file():
         path, data = str(file.relative_to(folder)).replace("/", "\\"), file.read_bytes()
-        print(f"{zlib.crc32(data):08X} {len(data):010d} {path.encode('ascii').decode()}")
+        print(f"{zlib.crc32(data):08X} {len(data):010d} {path}")
 PYTHON
 }
 
@@ -127,7 +131,7 @@ instructions_for_files() {
 make_installer() {
     local work=$1 version=$2 installer=$3 size_kb
     list_windows_files "$work/Rotika" >"$work/lista-plikow.txt"
-    size_kb=$(awk '{ bytes += $2 } END { print int(bytes / 1024) }' "$work/lista-plikow.txt")
+    size_kb=$(find "$work/Rotika" -type f -printf '%s\n' | awk '{ bytes += $1 } END { print int(bytes / 1024) }')
     mv "$work/lista-plikow.txt" "$work/Rotika"
     instructions_for_files "$work/Rotika" >"$work/files.nsh"
     rsvg-convert -w 120 -h 120 -o "$work/logo.png" "$root/packaging/icons/rotika.svg"

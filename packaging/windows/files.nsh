@@ -1,5 +1,5 @@
-; The files that the installer places and removes, by the list of the shipped files: one line per file, "CRC32 size path",
-; with a fixed width before the path. Included once for the installer and once, with the prefix "un.", for the
+; The files that the installer places and removes, by the list of the shipped files: UTF-16, one line per file, "CRC32
+; size path", with a fixed width before the path. Included once for the installer and once, with the prefix "un.", for the
 ; uninstaller.
 
 !define LIST "lista-plikow.txt"
@@ -45,7 +45,7 @@ Function ${un}NextOfList
     Exch $0
     Push $1
     Push $2
-    FileRead $0 $1
+    FileReadUTF16LE $0 $1
     StrCpy $0 $1 ${SUM_LENGTH}
     StrCpy $1 $1 "" ${PATH_START}
     StrCpy $2 $1 1 -1
@@ -57,6 +57,22 @@ Function ${un}NextOfList
     Exch $0
     Exch
     Exch $1
+FunctionEnd
+
+; Pops the path of a file of the list; pushes 1 if it is an icon or an example, which the user may edit, else 0.
+Function ${un}IsEditable
+    Exch $0
+    Push $1
+    StrCpy $1 $0 10
+    StrCpy $0 $0 6
+    ${If} $0 == "icons\"
+    ${OrIf} $1 == "przykłady\"
+        StrCpy $0 1
+    ${Else}
+        StrCpy $0 0
+    ${EndIf}
+    Pop $1
+    Exch $0
 FunctionEnd
 
 ; Pops a path; pushes 1 if it is a link to another place, else 0.

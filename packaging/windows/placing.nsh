@@ -41,8 +41,8 @@ Function MoveFile
     Exch $0
 FunctionEnd
 
-; Pops the path of a staged file and places it, unless an earlier one failed. An icon that the user has edited or added
-; stays.
+; Pops the path of a staged file and places it, unless an earlier one failed. An icon or example that the user has edited
+; or added stays.
 Function PlaceFile
     Exch $0
     Push $1
@@ -50,8 +50,10 @@ Function PlaceFile
     ${If} $Unplaced != ""
         Goto done
     ${EndIf}
-    StrCpy $1 $0 6
-    ${If} $1 == "icons\"
+    Push $0
+    Call IsEditable
+    Pop $1
+    ${If} $1 = 1
     ${AndIf} ${FileExists} "$INSTDIR\$0"
         Push "$INSTDIR\${LIST}" ; of the version to be replaced
         Push $0

@@ -38,8 +38,10 @@ Function un.RemoveFiles
         ${If} $1 == ""
             ${Break}
         ${EndIf}
-        StrCpy $3 $1 6
-        ${If} $3 == "icons\"
+        Push $1
+        Call un.IsEditable
+        Pop $3
+        ${If} $3 = 1
             Push "$INSTDIR\$1"
             Call un.SumOf
             Pop $3

@@ -21,7 +21,7 @@ UPDATES = {"WinSparkle.dll", "licencje/winsparkle.txt"} if os.environ.get("ROTIK
 OWN = {"lista-plikow.txt", "odinstaluj.exe"} | UPDATES
 SETTINGS = {"config.json", "default.json", "voice.json", "config-kopia-1.json", "default-odzysk.json",
             "default-odzysk-kopia-2.json", "default-odzysk-0a1b2c3d.json", "default-odzysk-0a1b2c3d-kopia-10.json"}
-KEPT = {"icons/moja.png": b"own", "icons/dom.png": b"edited", "libvosk.dll": b"library", "gra.json": b"{}",
+KEPT = {"icons/moja.png": b"own", "icons/dom.png": b"edited", "przykłady/głos.json": b"{}", "libvosk.dll": b"library", "gra.json": b"{}",
         "default-kopia-domowa.json": b"{}", "default-kopia-2b.json": b"{}", "default-odzysk-2026-1-2.json": b"{}",
         "vosk-model-small-pl-0.22/am/final.mdl": b"model"}
 FORMER = {"icons/dawna.png": b"former", "icons/zmieniona.png": b"edited",  # of an earlier version, the second edited
@@ -134,7 +134,7 @@ def test_an_upgrade_and_a_removal_keep_what_is_the_users(computer):
     assert computer.value(r"Uninstall\Rotika", "DisplayVersion") == SETUP.name.split("-")[1]
     assert not computer.value("Run", "Rotika")
     computer.add_files_of_the_user(**FORMER)
-    with (computer.folder / "lista-plikow.txt").open("a") as listed:
+    with (computer.folder / "lista-plikow.txt").open("a", encoding="utf-16-le") as listed:
         for name in (*FORMER, "icons/removed.png"):
             listed.write(f"{zlib.crc32(b'former'):08X} {len(b'former'):010d} {name}\n".replace("/", "\\"))
     program = computer.start()

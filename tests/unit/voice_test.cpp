@@ -1,10 +1,12 @@
 #include "core/lifecycle.h"
 #include "engine_test.h"
+#include "files/wheel_files.h"
 #include "platform/clock.h"
 #include "voice/phrase_table.h"
 #include "voice/speech_library.h"
 
 #include <deque>
+#include <map>
 #include <set>
 
 using namespace rotika;
@@ -138,6 +140,29 @@ TEST_F(Voice, TheTableHoldsFixedPhrasesNumbersFieldsAndVoiceFunctionsAndTheGramm
         {"text" : "cut ->  {"text" : 5} ->  "text" ->)"))
         EXPECT_EQ(recognisedText(answer.c_str()), text);
     EXPECT_EQ(recognisedText(nullptr), "");
+}
+
+TEST_F(Voice, ThePhrasesOfTheShippedExamplesAreNew) {
+    rebuildPhraseTable(); // with nothing but what is built in
+    std::map<std::string, std::string> meanings;
+    for (const char16_t* name : {u"/głos.json", u"/koła.json"}) {
+        std::u16string problems;
+        std::vector<Wheel> wheels;
+        EXPECT_TRUE(loadWheelFile(utf16FromUtf8(ROTIKA_EXAMPLES) + name, wheels, problems))
+            << utf8FromUtf16(problems);
+        for (const Wheel& wheel : wheels)
+            for (const WheelAction& action : wheel.actions) {
+                WheelAction nameless = action;
+                nameless.name.clear();
+                const std::string phrase = foldPhrase(action.voice), meaning = describe({nameless});
+                PhraseEntry found;
+                EXPECT_FALSE(findPhrase(phrase, found)) << phrase;
+                if (!phrase.empty()) {
+                    EXPECT_EQ(meanings.emplace(phrase, meaning).first->second, meaning) << phrase;
+                }
+            }
+    }
+    EXPECT_GT(meanings.size(), 80U);
 }
 
 TEST_F(Voice, UsesTheConfiguredModelAndRecognisesSoundInOrder) {

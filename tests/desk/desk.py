@@ -63,6 +63,16 @@ class Desk:
         self.write("default.json", {"wheels": [{"name": name, "actions": list(fields)}, *more]})
         self.field_count = len(fields)
 
+    def remember_wheel_file(self, name):
+        """As the file that the program opens at its start."""
+        file = self.screen.folder / "home/.config/Rotika/UI.conf"
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(f"[General]\nlastWheelFile={self.folder / name}\n")
+
+    def ui_setting(self, name):
+        lines = (self.screen.folder / "home/.config/Rotika/UI.conf").read_text().splitlines()
+        return dict(line.partition("=")[::2] for line in lines).get(name)
+
     def launch_program(self, *words, **more):
         return self.screen.launch(*self.target.command(self.folder / self.target.executable, *words),
                                   variables=self.variables, **more)

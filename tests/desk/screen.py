@@ -75,6 +75,19 @@ class Screen:
         self.helpers.append(process)
         return process
 
+    def bind_key(self, key, command="true"):
+        """As a shortcut of the desktop, which has one of its own, for the next window, without a list of windows."""
+        file = self.folder / "home/.config/openbox/rc.xml"
+        file.parent.mkdir(parents=True, exist_ok=True)
+        action = f'<action name="Execute"><command>{command}</command></action>'
+        file.write_text(f"""<openbox_config xmlns="http://openbox.org/3.4/rc"><keyboard>
+            <keybind key="{key}"><action name="Execute"><command>{command}</command></action></keybind>
+            <keybind key="A-Tab"><action name="NextWindow"><interactive>no</interactive>
+            <finalactions><action name="Focus"/><action name="Raise"/></finalactions></action></keybind>
+            </keyboard></openbox_config>""")
+        self.run("openbox", "--reconfigure")
+        wait_for(f"{key} to be a shortcut", lambda: self.display.key_is_taken(key, 0))
+
     def run(self, *words):
         done = subprocess.run(words, env=self.environment, capture_output=True, text=True, timeout=TIMEOUT_S)
         if done.returncode:

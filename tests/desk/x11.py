@@ -57,6 +57,9 @@ def bits_set(octets):
     return {8 * at + bit for at, octet in enumerate(octets) for bit in range(8) if octet >> bit & 1}
 
 
+XKB_CORE_KEYBOARD, XKB_MOUSE_KEYS = 0x100, 1 << 4
+
+
 class Display:
     """A connection to the private screen, for queries."""
 
@@ -196,6 +199,11 @@ class Display:
         while xlib.XCheckTypedEvent(self.handle, MAPPING_NOTIFY, byref(event)):
             xlib.XRefreshKeyboardMapping(byref(event))
         return xlib.XKeysymToKeycode(self.handle, c_ulong(xlib.XStringToKeysym(keysym.encode())))
+
+    def enable_mouse_keys(self):
+        """The keypad then moves the cursor and clicks."""
+        xlib.XkbChangeEnabledControls(self.handle, XKB_CORE_KEYBOARD, XKB_MOUSE_KEYS, XKB_MOUSE_KEYS)
+        self.sync()
 
     def key_is_taken(self, keysym, modifiers):
         """Whether a program has grabbed this key with these modifier bits."""

@@ -1,0 +1,705 @@
+"""The forty everyday tasks of the manual's last chapter, each done without a mouse: by keyboard alone, by voice alone, and
+by eyes with one switch. Voice and eyes use the functions of the shipped examples, the keyboard the same keys."""
+
+import json
+import shlex
+from collections import namedtuple
+from pathlib import Path
+
+import pytest
+
+from desk.accessible import SELECTED, Program
+from desk.desk import field, field_point
+from desk.device import Device
+from desk.recorder import RawKeyReleases
+from desk.sound import SoundServer
+from desk.waiting import TIMEOUT_S, wait_for
+
+pytestmark = pytest.mark.only("linux")  # Wine publishes no widgets
+
+ROOT = Path(__file__).parents[2]
+EXAMPLES = ROOT / "packaging/examples"
+FUNCTIONS = {function["voice"]: function for wheel in json.loads((EXAMPLES / "głos.json").read_text())["wheels"]
+             for function in wheel["actions"]}
+CHARACTERS = {function["steps"][0]["key"]: phrase for phrase, function in FUNCTIONS.items()
+              if phrase.startswith(("litera", "cyfra"))} | {".": "kropka"}
+KEYSYMS = {"ctrl": "Control_L", "shift": "Shift_L", "alt": "Alt_L", "enter": "Return", "esc": "Escape", "tab": "Tab",
+           "pageup": "Prior", "pagedown": "Next", "up": "Up", "down": "Down", "left": "Left", "right": "Right",
+           "delete": "Delete", "home": "Home", "end": "End", ".": "period", "backspace": "BackSpace"}
+DWELL_MS = 250
+
+
+class Person:
+    """Works at a desk on one road. `act` does what a function of the examples does, by the road's own means."""
+
+    functions = ()  # of the wheel, for the eyes
+
+    def __init__(self, desk):
+        self.desk, self.keyboard = desk, desk.keyboard
+        self.settings, self.voice_file = {"sendDelay": 20, "keyHold": 20}, {"wheels": []}
+        desk.variables["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
+
+    def start(self, *fields, more=(), in_recorder=False, **settings):
+        self.desk.prepare(*(fields or [field("b", name="Leczenie")]), more=more, **self.settings | settings)
+        self.desk.write("voice.json", self.voice_file)
+        self.desk.remember_wheel_file("default.json")
+        self.desk.start_program()
+        self.get_ready()
+        if in_recorder:
+            self.desk.work_in_recorder()
+        return self
+
+    def get_ready(self):
+        pass
+
+    def act(self, *phrases):
+        for phrase in phrases:
+            self.perform(phrase)
+
+    def write(self, text):
+        self.act(*(CHARACTERS[character] for character in text))
+
+    def in_front(self, title):
+        wait_for(f"{title} in front", lambda: self.desk.is_in_front(title))
+
+    def page(self, number):
+        self.act(("strona start", "strona koła", "strona głos", "strona wzrok", "strona ustawienia")[number - 1])
+
+    def config(self):
+        return json.loads(self.desk.read("config.json"))
+
+    def wheels(self, name="default.json"):
+        return json.loads(self.desk.read(name))["wheels"]
+
+    def function(self):
+        return self.wheels()[0]["actions"][0]
+
+    def focused(self):
+        return Program(self.desk.screen, "Rotika").focused()
+
+    def go_to(self, name, after=None):
+        """By the Tab key, from where a function leads to."""
+        if after:
+            self.act(after)
+        for _ in range(20):
+            if (widget := self.focused()) and name in (widget.name(), widget.description()):
+                return
+            self.act("następne pole")
+            wait_for("another widget", lambda: (now := self.focused()) and (not widget or now.reference != widget.reference))
+        raise AssertionError(f"Tab does not reach {name}")
+
+    def wait_for_page(self, name):
+        pages = Program(self.desk.screen, "Rotika").find("Strony", "list")
+        wait_for(f"the page {name}", lambda: pages.find(name, "list item").has_state(SELECTED))
+
+    def shortcut(self, key, phrase):
+        """Of the desktop. A voice function presses it."""
+        self.keyboard.tap(key)
+
+
+class Hands(Person):
+    def perform(self, phrase):
+        for step in FUNCTIONS[phrase]["steps"]:
+            key = KEYSYMS.get(step["key"], step["key"])
+            for _ in range(step.get("value", 1) if step["action"] == "click" else 0):
+                self.keyboard.tap(key)
+            if step["action"] != "click":
+                self.keyboard.press(key, step["action"] == "hold")
+
+    def write(self, text):
+        self.keyboard.type(text)
+
+    def use_mouse_keys(self, *keys):
+        """The system's own: the keypad moves the cursor and clicks."""
+        self.desk.display.enable_mouse_keys()
+        for key in keys:
+            self.keyboard.tap(key)
+
+
+class Automatic(Person):
+    """The program presses the keys."""
+
+    def get_ready(self):
+        self.releases = RawKeyReleases(self.desk.screen)
+
+    def perform(self, phrase):
+        steps = FUNCTIONS[phrase]["steps"]
+        before = self.releases.count()
+        self.run(phrase)
+        wanted = before + sum(step.get("value", 1) if step["action"] == "click" else step["action"] == "release"
+                              for step in steps if not step["key"].endswith("mb"))
+        wait_for(f"the keys of {phrase}", lambda: self.releases.count() >= wanted)
+
+
+class Voice(Automatic):
+    def __init__(self, desk):
+        super().__init__(desk)
+        SoundServer(desk.screen)
+        self.recogniser = Device(desk, "speech")
+        self.settings |= self.recogniser.settings
+        self.voice_file = json.loads((EXAMPLES / "głos.json").read_text())
+
+    def get_ready(self):
+        super().get_ready()
+        self.recogniser.wait_for_call("accept_waveform")
+
+    def say(self, phrase):
+        self.recogniser.add(f"say {phrase}")
+
+    run = say
+
+    def shortcut(self, key, phrase):
+        self.say(phrase)
+
+    def point_by_grid(self, *numbers, to):
+        for phrase in ("pokaż siatkę", *numbers):
+            self.say(phrase)
+        wait_for(f"the cursor at {to}", lambda: self.desk.display.cursor() == to)
+
+
+class Eyes(Automatic):
+    """The toggle key is a switch. The wheel holds the functions that a task needs."""
+
+    def __init__(self, desk):
+        super().__init__(desk)
+        self.tracker = Device(desk, "gaze", gazeDwell=DWELL_MS)
+        self.settings |= self.tracker.settings
+
+    def start(self, *fields, more=(), **settings):
+        chosen = fields or [FUNCTIONS[phrase] for phrase in self.functions]
+        return super().start(*chosen, more=more, **settings)
+
+    def get_ready(self):
+        super().get_ready()
+        self.tracker.wait_for_status("aktywny")
+
+    def look(self, x, y):
+        shown, (width, height) = self.desk.wheel(), self.desk.screen.size
+        self.tracker.add(f"look {(shown.left + x + .5) / width} {(shown.top + y + .5) / height} 1")
+
+    def look_at_field(self, index, count):
+        self.keyboard.tap("x")
+        wait_for("the wheel", self.desk.wheel)
+        self.look(*field_point(index, count))
+        self.desk.wait_until_closed()
+        self.tracker.write()
+
+    def run(self, phrase):
+        self.look_at_field(self.functions.index(phrase), len(self.functions))
+
+
+Task = namedtuple("Task", "title play voice eyes")
+TASKS = []
+ROADS = {"klawiatura": Hands, "głos": Voice, "wzrok": Eyes}
+
+
+def task(title, voice="", eyes="bez liter i wielu kroków naraz"):
+    """Registers a function that does the task and checks that it is done. `voice` and `eyes`: why there is no such road,
+    or for the eyes the functions that the wheel holds."""
+    def register(play):
+        TASKS.append(Task(title, play, voice, eyes))
+        return play
+    return register
+
+
+def cases():
+    for done in TASKS:
+        for road in ROADS:
+            if road == "klawiatura" or road == "głos" and not done.voice or road == "wzrok" and not isinstance(done.eyes, str):
+                yield pytest.param(done, road, id=f"{done.title}-{road}".replace(" ", "_"))
+
+
+WHEEL_KEYS = {"takeFocus": True}  # the keyboard chooses on the open wheel
+
+
+@task("uruchomienie programu", voice="nic jeszcze nie słucha; program startuje z systemem",
+      eyes="koła jeszcze nie ma; program startuje z systemem")
+def _(person):
+    desk = person.desk
+    desk.prepare(field("b"))
+    desk.screen.bind_key("F9", desk.folder / "rotika")
+    person.keyboard.tap("F9")
+    wait_for("the window", lambda: desk.display.titled("Rotika"))
+    desk.launch_program("--quit").wait(TIMEOUT_S)
+
+
+@task("otwarcie koła", eyes=())
+def _(person):
+    person.start(field("b"), in_recorder=True)
+    person.say("pokaż koło") if isinstance(person, Voice) else person.keyboard.tap("x")
+    person.desk.wait_until_open()
+
+
+@task("zamknięcie koła", eyes=())
+def _(person):
+    person.start(field("b"), in_recorder=True)
+    person.desk.open_wheel()
+    person.say("schowaj koło") if isinstance(person, Voice) else person.keyboard.tap("x")
+    person.desk.wait_until_closed()
+
+
+@task("wybór pola", eyes=())
+def _(person):
+    person.start(field("a", voice="leczenie"), field("b", voice="tarcza"), in_recorder=True, **WHEEL_KEYS)
+    if isinstance(person, Voice):
+        person.say("tarcza")
+    elif isinstance(person, Eyes):
+        person.look_at_field(1, 2)
+    else:
+        person.desk.open_wheel()
+        person.keyboard.tap("2")
+    person.desk.recorder.wait_for("key-up b")
+
+
+@task("zmiana koła", eyes=())
+def _(person):
+    def page():
+        return person.desk.display.picture(person.desk.wheel().id)[210:232, 248:340].tobytes()
+
+    others = [{"actions": [field("b", voice="tarcza")]}] * 9
+    person.start(field("a"), more=others, in_recorder=True, **WHEEL_KEYS)
+    person.desk.open_wheel()
+    first = page()
+    if isinstance(person, Voice):
+        person.say("następne koło")
+    elif isinstance(person, Eyes):
+        person.look(556, 230)  # the right arrow
+    else:
+        person.keyboard.tap("Next")
+    wait_for("another page", lambda: page() != first)
+    if isinstance(person, Voice):
+        person.say("tarcza")
+    elif isinstance(person, Eyes):
+        person.look(294, 80)
+    else:
+        person.keyboard.tap("1")
+    person.desk.recorder.wait_for("key-up b")
+
+
+@task("kliknięcie, podwójne i prawe, w dowolnym miejscu", eyes="wzrok nie rusza prawdziwego kursora")
+def _(person):
+    person.start(field("lmb"), in_recorder=True)
+    if isinstance(person, Hands):
+        person.use_mouse_keys("KP_Right")
+        for keys, buttons in (("KP_Begin", ("left",)), ("KP_Add", ("left", "left"))):
+            person.keyboard.tap(keys)
+            person.desk.recorder.expect(*buttons)
+            person.desk.recorder.mark()
+        for key in ("KP_Subtract", "KP_Begin"):  # chooses the right button
+            person.keyboard.tap(key)
+    else:
+        person.point_by_grid("jedenaście", "dwa", to=(880, 450))
+        for phrase, buttons in (("kliknij", ("left",)), ("dwuklik", ("left", "left"))):
+            person.say(phrase)
+            person.desk.recorder.expect(*buttons)
+            person.desk.recorder.mark()
+        person.say("prawy klik")
+    person.desk.recorder.expect("right")
+
+
+@task("przewijanie", eyes=("strona w dół",))
+def _(person):
+    person.start(in_recorder=True)
+    person.act("strona w dół")
+    person.desk.recorder.expect("Next")
+
+
+@task("przeciąganie", eyes="wzrok nie rusza prawdziwego kursora")
+def _(person):
+    person.start(in_recorder=True)
+    if isinstance(person, Hands):
+        person.use_mouse_keys("KP_Insert", "KP_Right", "KP_Delete")  # holds, moves, releases
+    else:
+        person.act("chwyć")
+        person.desk.recorder.wait_for("button-down left")
+        person.point_by_grid("jedenaście", to=(800, 500))
+        person.act("upuść")
+    person.desk.recorder.wait_for("button-up left")
+    begin, end = person.desk.recorder.since_mark("button-down", "button-up")
+    assert begin.position != end.position
+
+
+@task("pisanie", eyes=tuple(CHARACTERS[letter] for letter in "kot"))
+def _(person):
+    person.start(in_recorder=True)
+    person.write("kot")
+    person.desk.recorder.expect(*"kot")
+
+
+@task("przejście do innego programu", eyes=("następne okno",))
+def _(person):
+    person.start(in_recorder=True)
+    person.desk.screen.bind_key("F9")
+    person.act("następne okno")
+    person.in_front("Rotika")
+
+
+@task("zmiana strony", eyes=("strona ustawienia",))
+def _(person):
+    person.start()
+    person.page(5)
+    person.wait_for_page("Ustawienia")
+
+
+@task("motyw", eyes=("strona ustawienia", "następne pole", "w dół"))
+def _(person):
+    person.start()
+    person.page(5)
+    person.go_to("Fluent (jasny)")
+    person.act("w dół")
+    wait_for("the theme", lambda: person.desk.ui_setting("theme") == "neon")
+
+
+def switch(person, name, key):
+    """Reaches the check box and changes it; returns its new value."""
+    was = person.config().get(key, True)
+    person.go_to(name)
+    person.act("spacja")
+    wait_for("the setting", lambda: person.config().get(key) is not was)
+
+
+@task("włączenie i wyłączenie głosu", voice="wyłączony głos nie słyszy, że ma się włączyć",
+      eyes=("strona głos", "następne pole", "spacja"))
+def _(person):
+    person.start()
+    person.page(3)
+    for _ in range(2):
+        switch(person, "Komendy głosowe włączone", "voiceEnabled")
+
+
+@task("frazy zawsze albo tylko przy otwartym kole", eyes=("strona głos", "następne pole", "spacja"))
+def _(person):
+    person.start()
+    person.page(3)
+    switch(person, "Frazy pól kół działają zawsze (nie tylko przy otwartym kole)", "voiceGlobal")
+
+
+@task("włączenie i wyłączenie wzroku", eyes="wyłączony wzrok nie wybierze pola, które go włącza")
+def _(person):
+    person.start()
+    person.page(4)
+    for _ in range(2):
+        switch(person, "Steruj wirtualnym kursorem wzrokiem, gdy koło jest otwarte", "gazeEnabled")
+
+
+@task("czas wyboru spojrzeniem")
+def _(person):
+    person.start()
+    person.page(4)
+    person.go_to("Czas wyboru spojrzeniem (dwell)")
+    person.act("w prawo", "w prawo")
+    for _ in range(2):  # saves
+        person.act("poprzednie pole", "spacja", "następne pole")
+    wait_for("the time", lambda: person.config()["gazeDwell"] == 1000)
+
+
+ONLY_IN_FILE = "ustawienie jest tylko w pliku config.json"
+
+
+def edit_settings(person, old, new):
+    """In a terminal, with a desktop's key for it."""
+    person.desk.screen.bind_key("F9", "xterm -T Terminal")
+    person.keyboard.tap("F9")
+    wait_for("the terminal", lambda: person.desk.display.focused_title() == "Terminal")
+    folder = shlex.quote(str(person.desk.folder))
+    person.keyboard.type(f"cd {folder}; sed -i s/{old}/{new}/ config.json; setsid ./rotika --restart; exit\n")
+    wait_for("the end of the first program", lambda: person.desk.program.poll() is not None)
+    wait_for("the window again", lambda: person.desk.display.focused_title() == "Rotika")
+
+
+@task("kolor koła", voice=ONLY_IN_FILE, eyes=ONLY_IN_FILE)
+def _(person):
+    person.start(segmentColor="#3498DB")
+    edit_settings(person, "3498DB", "E01010")
+    person.keyboard.tap("x")
+    shown = wait_for("the wheel", person.desk.wheel)
+    red, green, _ = person.desk.display.picture(shown.id)[230, 150]
+    assert red > 2 * green
+
+
+@task("klawisz koła", eyes="okno klawisza ma listę, do której potrzeba wielu kroków")
+def _(person):
+    person.desk.screen.bind_key("F9", f"{person.desk.folder}/rotika --toggle-key")
+    person.voice_file["wheels"].append({"actions": [field("F9", voice="klawisz koła")]})
+    person.start()
+    person.shortcut("F9", "klawisz koła")
+    person.in_front("Klawisz koła")
+    # TODO
+
+
+@task("czasy i fokus koła", voice=ONLY_IN_FILE, eyes=ONLY_IN_FILE)
+def _(person):
+    person.start(takeFocus=False)
+    edit_settings(person, "false,", "true,")
+    assert person.config()["takeFocus"]
+
+
+@task("ścieżki bibliotek i modelu", voice=ONLY_IN_FILE, eyes=ONLY_IN_FILE)
+def _(person):
+    person.start(gazeDllPath="dawna")
+    edit_settings(person, "dawna", "nowa")
+    assert person.config()["gazeDllPath"] == "nowa"
+
+
+@task("otwarcie pliku kół")
+def _(person):
+    person.start()
+    person.desk.write("gra.json", {"actions": [field("g", name="Gra")]})
+    person.act("otwórz plik")
+    person.in_front("Otwórz plik kół")
+    person.write("gra.json")
+    person.act("zatwierdź")
+    person.in_front("Rotika")
+    wait_for("the file", lambda: person.desk.ui_setting("lastWheelFile").endswith("gra.json"))
+
+
+@task("nowe koło", eyes=("nowe koło", "zatwierdź", "zapisz plik"))
+def _(person):
+    person.start()
+    person.page(2)
+    person.act("nowe koło")
+    person.in_front("Nowe koło")
+    person.act("zatwierdź")
+    person.in_front("Rotika")
+    person.act("zapisz plik")
+    wait_for("the wheel", lambda: [wheel["name"] for wheel in person.wheels()][-1] == "Koło 2")
+
+
+@task("nowa funkcja", eyes=("strona koła", "nowa funkcja", "zapisz plik"))
+def _(person):
+    person.start()
+    person.page(2)
+    person.act("nowa funkcja", "zapisz plik")
+    wait_for("the function", lambda: person.wheels()[0]["actions"][-1]["name"] == "Nowa funkcja")
+
+
+@task("nazwa i fraza funkcji")
+def _(person):
+    person.start()
+    person.page(2)
+    person.act("nazwa funkcji")
+    person.write("kot")
+    person.act("następne pole")
+    person.write("mapa")
+    person.act("zapisz plik")
+    wait_for("both", lambda: (person.function()["name"], person.function().get("voice")) == ("kot", "mapa"))
+
+
+@task("rodzaj i klawisz kroku")
+def _(person):
+    person.start()
+    person.page(2)
+    person.go_to("Rodzaj kroku", after="nazwa funkcji")
+    person.act("w dół", "następne pole", "zaznacz wszystko")
+    person.write("f5")
+    person.act("dodaj krok", "zapisz plik")
+    wait_for("the step", lambda: person.function()["steps"][-1] == {"key": "f5", "action": "hold", "value": 1})
+
+
+@task("liczba, czas i odstęp")
+def _(person):
+    person.start()
+    person.page(2)
+    person.go_to("Odstęp między krokami w milisekundach", after="nazwa funkcji")
+    person.act("w górę")
+    person.go_to("Liczba kliknięć albo czas w milisekundach")
+    person.act("zaznacz wszystko")
+    person.write("7")
+    person.act("dodaj krok", "zapisz plik")
+    wait_for("both", lambda: person.function().get("delay") == 31 and person.function()["steps"][-1]["value"] == 7)
+
+
+@task("ikona")
+def _(person):
+    person.start()
+    person.page(2)
+    person.go_to("Ikona: Wybierz…", after="nazwa funkcji")
+    person.act("zatwierdź")
+    person.in_front("Wybierz ikonę")
+    person.act("w prawo", "zatwierdź")
+    person.in_front("Rotika")
+    person.act("zapisz plik")
+    wait_for("the icon", lambda: person.function().get("icon", "").startswith("icons/"))
+
+
+@task("kolor pola")
+def _(person):
+    person.start()
+    person.page(2)
+    person.go_to("Kolor pola: domyślny", after="nazwa funkcji")
+    person.act("zatwierdź")
+    person.in_front("Kolor pola")
+    person.act("w prawo", "zatwierdź")
+    person.in_front("Rotika")
+    person.act("zapisz plik")
+    wait_for("the colour", lambda: person.function().get("color"))
+
+
+def with_two_steps(person):
+    """The list of steps has the keyboard, the second of two is selected."""
+    person.start(field("a", "b"))
+    person.page(2)
+    person.go_to("Czynności (kroki sekwencji)", after="nazwa funkcji")
+    person.act("w dół", "w dół")
+
+
+def keys_of_steps(person):
+    return [step["key"] for step in person.function()["steps"]]
+
+
+@task("przesunięcie kroku")
+def _(person):
+    with_two_steps(person)
+    person.act("krok wyżej", "zapisz plik")
+    wait_for("the order", lambda: keys_of_steps(person) == ["b", "a"])
+
+
+@task("zamiana kroku")
+def _(person):
+    with_two_steps(person)
+    person.go_to("Klawisz lub przycisk myszy")
+    person.act("zaznacz wszystko")
+    person.write("c")
+    person.go_to("Zamień")
+    person.act("zatwierdź", "zapisz plik")
+    wait_for("the step", lambda: keys_of_steps(person) == ["a", "c"])
+
+
+@task("usunięcie kroku")
+def _(person):
+    with_two_steps(person)
+    person.act("usuń zaznaczone", "zapisz plik")
+    wait_for("one step", lambda: keys_of_steps(person) == ["a"])
+
+
+@task("usunięcie koła i odpowiedź")
+def _(person):
+    person.start(more=[{"name": "Drugie", "actions": [field("d")]}])
+    person.page(2)
+    person.go_to_tree()
+    person.act("na początek", "usuń zaznaczone")
+    person.in_front("Edytor kół")
+    person.go_to("Tak")
+    person.act("zatwierdź")
+    person.in_front("Rotika")
+    person.act("zapisz plik")
+    wait_for("one wheel", lambda: [wheel["name"] for wheel in person.wheels()] == ["Drugie"])
+
+
+@task("zapis", eyes=("strona koła", "nowa funkcja", "zapisz plik"))
+def _(person):
+    person.start()
+    before = person.desk.read("default.json")
+    person.page(2)
+    person.act("nowa funkcja", "zapisz plik")
+    wait_for("the file", lambda: person.desk.read("default.json") != before)
+
+
+@task("zapis pod inną nazwą")
+def _(person):
+    person.start()
+    person.page(2)
+    person.act("zapisz plik jako")
+    person.in_front("Zapisz jako")
+    person.act("zaznacz wszystko")
+    person.write("gra")
+    person.act("zatwierdź")
+    person.in_front("Rotika")
+    wait_for("the file", lambda: (person.desk.folder / "gra.json").exists())
+
+
+@task("aktywacja", eyes=("strona koła", "nowa funkcja", "aktywuj koła"))
+def _(person):
+    person.start()
+    person.page(2)
+    person.act("nowa funkcja", "aktywuj koła")
+    wait_for("the file", lambda: person.wheels()[0]["actions"][-1]["name"] == "Nowa funkcja")
+
+
+@task("koło z czterema funkcjami od zera")
+def _(person):
+    person.start()
+    person.page(2)
+    person.act("nowe koło")
+    person.in_front("Nowe koło")
+    person.act("zatwierdź")
+    person.in_front("Rotika")
+    for key in "abcd":
+        person.act("nowa funkcja")
+        person.write("kot")
+        person.go_to("Klawisz lub przycisk myszy")
+        person.act("zaznacz wszystko")
+        person.write(key)
+        person.act("dodaj krok")
+    person.act("aktywuj koła")
+    wait_for("the functions", lambda: [action["steps"] for action in person.wheels()[-1]["actions"]] == [
+        [{"key": key, "action": "click", "value": 1}] for key in "abcd"])
+
+
+@task("okna komunikatów i plików")
+def _(person):
+    person.start()
+    (person.desk.folder / "gra.json").write_text("[")
+    person.act("otwórz plik")
+    person.in_front("Otwórz plik kół")
+    person.write("gra.json")
+    person.act("zatwierdź")
+    person.in_front("Edytor kół")  # the file is broken
+    person.act("anuluj")
+    person.in_front("Rotika")
+    person.act("otwórz plik")
+    person.in_front("Otwórz plik kół")
+    person.act("anuluj")
+    person.in_front("Rotika")
+
+
+@task("okno przy starcie", voice="głos rusza dopiero po zamknięciu okna", eyes="wzrok rusza dopiero po zamknięciu okna")
+def _(person):
+    desk = person.desk
+    desk.screen.bind_key("x", "true")  # another program has the wheel's key
+    desk.prepare(field("b"))
+    desk.program = desk.launch_program()
+    wait_for("the warning", lambda: desk.display.focused_title() == "Rotika")
+    person.keyboard.tap("Return")
+    wait_for("the window", lambda: Program(desk.screen, "Rotika").find_shown(lambda each: each.name() == "Strony"))
+
+
+@task("powrót okna i zakończenie", eyes="okno przywraca system, poleceniem lub skrótem")
+def _(person):
+    person.desk.screen.bind_key("F9", f"{person.desk.folder}/rotika --show")
+    person.voice_file["wheels"].append({"actions": [field("F9", voice="pokaż okno")]})
+    person.start()
+    person.desk.display.close_window(person.desk.display.titled("Rotika")[0])  # there is no tray
+    wait_for("the window to close", lambda: "Rotika" not in person.desk.display.titles())
+    person.shortcut("F9", "pokaż okno")
+    person.in_front("Rotika")
+    person.act("zakończ program")
+    assert person.desk.program.wait(TIMEOUT_S) == 0
+
+
+@task("naprawa brakującego urządzenia", eyes="bez trackera wzrok nie działa")
+def _(person):
+    tracker = Device(person.desk, "gaze", script="fails enumerate_local_device_urls")
+    person.start(**tracker.settings)
+    tracker.wait_for_status("nie wykryto urządzenia")
+    tracker.write()  # it is plugged in
+    person.page(4)
+    for _ in range(2):
+        switch(person, "Steruj wirtualnym kursorem wzrokiem, gdy koło jest otwarte", "gazeEnabled")
+    tracker.wait_for_status("aktywny")
+
+
+@pytest.mark.parametrize("done, road", cases())
+def test_a_task_without_a_mouse(desk, done, road):
+    person = ROADS[road](desk)
+    person.functions = done.eyes
+    done.play(person)
+
+
+def test_the_manual_lists_the_tasks_and_the_roads():
+    chapter = (ROOT / "docs/podrecznik.md").read_text().rpartition("\n## ")[2]
+    rows = [[cell.strip() for cell in line.strip("|").split("|")] for line in chapter.splitlines() if line.startswith("| ")]
+    assert [(title, not voice.startswith("nie"), not eyes.startswith("nie")) for title, _, voice, eyes in rows[1:]] == [
+        (done.title, not done.voice, not isinstance(done.eyes, str)) for done in TASKS]
+    roads = [param.id.rpartition("-")[2] for param in cases()]
+    assert (roads.count("klawiatura"), roads.count("głos") >= 34, roads.count("wzrok") >= 8) == (40, True, True)

@@ -253,20 +253,16 @@ def choose(person):
 
 @task("zmiana koła", eyes=())
 def turn_page(person):
-    def page():
-        return person.desk.display.picture(person.desk.wheel().id)[210:232, 248:340].tobytes()
-
-    others = [{"actions": [field("b", voice="tarcza")]}] * 9
-    person.start(field("a"), more=others, in_recorder=True, **WHEEL_KEYS)
+    others = [{"actions": [field("b", voice="tarcza", color="#3040E0")]}] * 9
+    person.start(field("a", color="#E03030"), more=others, in_recorder=True, **WHEEL_KEYS)
     person.desk.open_wheel()
-    first = page()
     if isinstance(person, Voice):
         person.say("następne koło")
     elif isinstance(person, Eyes):
         person.look(556, 230)  # the right arrow
     else:
         person.keyboard.tap("Next")
-    wait_for("another page", lambda: page() != first)
+    wait_for("a blue field", lambda: person.desk.display.picture(person.desk.wheel().id)[230, 150].argmax() == 2)
     if isinstance(person, Voice):
         person.say("tarcza")
     elif isinstance(person, Eyes):

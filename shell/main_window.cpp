@@ -3,6 +3,7 @@
 #include "engine/core/overlay.h"
 #include "shell/base/cards.h"
 #include "shell/base/engine_status.h"
+#include "shell/base/shortcuts.h"
 #include "shell/base/wheel_preview.h"
 #include "shell/base/window_size.h"
 #include "shell/gaze_page.h"
@@ -26,6 +27,21 @@ namespace {
 constexpr int editorRow = 1;
 constexpr int sidebarWidth = 190;
 constexpr int sidebarPadding = 20; // horizontal padding in the style sheets, and the border
+
+/// The first that Tab would reach.
+QWidget* firstControlIn(const QWidget* part) {
+    for (QWidget* widget = part->nextInFocusChain(); part->isAncestorOf(widget);
+         widget = widget->nextInFocusChain())
+        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && widget->isEnabled() && widget->isVisible())
+            return widget;
+    return nullptr;
+}
+
+/// Gives the focus to the part or its first control. A focus proxy would make both report the focus.
+void focusPart(QWidget* part) {
+    if (QWidget* control = part->focusPolicy() == Qt::NoFocus ? firstControlIn(part) : part)
+        control->setFocus(Qt::ShortcutFocusReason);
+}
 
 } // namespace
 
@@ -56,6 +72,7 @@ MainWindow::MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidg
     setCentralWidget(central);
 
     createTray();
+    createShortcuts();
     refreshStatus();
     auto* poll = new QTimer(this);
     connect(poll, &QTimer::timeout, this, &MainWindow::refreshStatus);
@@ -128,6 +145,46 @@ void MainWindow::createTray() {
             showAndActivate();
     });
     tray->setVisible(true);
+}
+
+void MainWindow::createShortcuts() {
+    qApp->installEventFilter(new EnterKey(this));
+    for (int row = 0; row < stack->count(); ++row) {
+        const QKeySequence keys = QKeyCombination(Qt::CTRL, static_cast<Qt::Key>(Qt::Key_1 + row));
+        addShortcut(this, keys, [this, row] { showPage(row); });
+        QListWidgetItem* item = sidebar->item(row);
+        item->setToolTip(QStringLiteral("%1 (%2)").arg(item->text(), shortcutText(keys)));
+        item->setData(Qt::AccessibleDescriptionRole, shortcutText(keys));
+        stack->widget(row)->setAccessibleName(item->text()); // announced with the control that gets the focus
+    }
+    editorPage->addFileShortcuts(this, [this] { sidebar->setCurrentRow(editorRow); });
+    addShortcut(this, Qt::Key_F6, [this] { focusNextPart(1); });
+    addShortcut(this, Qt::SHIFT | Qt::Key_F6, [this] { focusNextPart(-1); });
+    addShortcut(this, Qt::CTRL | Qt::Key_Q, [] { QCoreApplication::quit(); });
+}
+
+void MainWindow::showPage(int row) {
+    sidebar->setCurrentRow(row);
+    focusPart(row == editorRow ? editorPage->enabledParts().value(0, editorPage) : stack->widget(row));
+}
+
+void MainWindow::focusNextPart(int direction) {
+    QList<QWidget*> parts{sidebar};
+    if (recoveryBar->isVisible())
+        parts.append(recoveryBar);
+    const auto pageStart = parts.size();
+    parts.append(stack->currentWidget() == editorPage ? editorPage->enabledParts() : QList<QWidget*>());
+    if (parts.size() == pageStart)
+        parts.append(stack->currentWidget());
+    const QWidget* focused = focusWidget();
+    const auto holdsFocus = [&](const QWidget* part) {
+        return part == focused || part->isAncestorOf(focused);
+    };
+    const auto current = std::find_if(parts.begin(), parts.end(), holdsFocus);
+    // Other controls, such as "Zapisz", are at the beginning of their page.
+    const auto next =
+        current != parts.end() ? current - parts.begin() + direction : pageStart - (direction < 0 ? 1 : 0);
+    focusPart(parts[(next + parts.size()) % parts.size()]);
 }
 
 void MainWindow::refreshStatus() {

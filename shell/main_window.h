@@ -40,6 +40,11 @@ private:
     QWidget* makeAccountCard();
     QWidget* makeUpdateCard();
     void createTray();
+    void createShortcuts();
+    void showPage(int row);
+    /// Moves the focus between the page list, the bar above the pages and the parts of the page; 1 is
+    /// forward.
+    void focusNextPart(int direction);
     void refreshStatus();
     void chooseTheme(const ThemeInfo& theme);
     void openInEditor(const QString& path);

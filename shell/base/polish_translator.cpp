@@ -148,6 +148,11 @@ constexpr Text texts[] = {
     {"Bl&ue:", u"&Niebieski:"},
     {"A&lpha channel:", u"&Krycie:"},
     {"&HTML:", u"&HTML:"},
+    // Keys in tool tips
+    {"Up", u"strzałka w górę"},
+    {"Down", u"strzałka w dół"},
+    {"Return", u"Enter"},
+    {"Del", u"Delete"},
     // Names of actions for assistive technology
     {"Press", u"Naciśnij"},
     {"Toggle", u"Przełącz"},

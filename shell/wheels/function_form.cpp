@@ -2,6 +2,7 @@
 
 #include "common/limits.h"
 #include "shell/base/cards.h"
+#include "shell/base/shortcuts.h"
 #include "shell/base/themes.h"
 #include "shell/wheels/field_icons.h"
 #include "shell/wheels/icon_picker_dialog.h"
@@ -33,6 +34,8 @@ FunctionForm::FunctionForm(QWidget* parent) : QWidget(parent) {
     form->addLayout(makeColorRow(), 3, 1);
     showIcon({});
     showColor({});
+    addShortcut(this, Qt::Key_F2, [this] { focusName(); });
+    describeShortcut(nameEdit, Qt::Key_F2);
 
     const auto reportEdit = [this] { emit edited(nameEdit->text(), voiceEdit->text(), delaySpin->value()); };
     connect(nameEdit, &QLineEdit::textEdited, this, reportEdit);

@@ -2,10 +2,12 @@
 
 #include "common/limits.h"
 #include "shell/base/cards.h"
+#include "shell/base/shortcuts.h"
 
 #include <QAbstractItemView>
 #include <QBoxLayout>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -58,6 +60,9 @@ StepEditor::StepEditor(QWidget* parent) : QWidget(parent) {
     column->addWidget(stepList, 1);
     column->addLayout(makeStepRow());
     column->addLayout(makeButtonRow());
+    for (QWidget* field : {static_cast<QWidget*>(keyCombo), static_cast<QWidget*>(stepValueSpin),
+                           static_cast<QWidget*>(openEdit)})
+        field->installEventFilter(this);
 }
 
 QLayout* StepEditor::makeStepRow() {
@@ -103,19 +108,45 @@ QWidget* StepEditor::makeKeyPage() {
 
 QLayout* StepEditor::makeButtonRow() {
     auto* row = new QHBoxLayout;
-    const auto addArrow = [&](const QString& text, const QString& spokenName, int delta) {
+    const auto addArrow = [&](const QString& text, const QString& spokenName, int delta, Qt::Key key) {
         QPushButton* button = addButton(*row, text);
         button->setAccessibleName(spokenName);
         button->setFixedWidth(36);
         connect(button, &QPushButton::clicked, this, [this, delta] { stepMove(delta); });
+        describeShortcut(button, Qt::CTRL | key);
+        addShortcut(
+            this, Qt::CTRL | key, [this, delta] { stepMove(delta); }, Qt::WidgetWithChildrenShortcut);
     };
-    connect(addButton(*row, tr("Dodaj krok")), &QPushButton::clicked, this, &StepEditor::stepAdd);
+    QPushButton* add = addButton(*row, tr("Dodaj krok"));
+    connect(add, &QPushButton::clicked, this, &StepEditor::stepAdd);
     connect(addButton(*row, tr("Zamień")), &QPushButton::clicked, this, &StepEditor::stepReplace);
-    connect(addButton(*row, tr("Usuń krok")), &QPushButton::clicked, this, &StepEditor::stepRemove);
+    QPushButton* remove = addButton(*row, tr("Usuń krok"));
+    connect(remove, &QPushButton::clicked, this, &StepEditor::stepRemove);
     row->addStretch();
-    addArrow(tr("▲"), tr("Przesuń krok wyżej"), -1);
-    addArrow(tr("▼"), tr("Przesuń krok niżej"), 1);
+    addArrow(tr("▲"), tr("Przesuń krok wyżej"), -1, Qt::Key_Up);
+    addArrow(tr("▼"), tr("Przesuń krok niżej"), 1, Qt::Key_Down);
+    addShortcut(add, Qt::CTRL | Qt::Key_Return);
+    describeShortcut(remove, Qt::Key_Delete);
+    addShortcut(
+        stepList, Qt::Key_Delete, [this] { stepRemove(); }, Qt::WidgetShortcut);
     return row;
+}
+
+/// Enter in a field of the step adds it. Ctrl+Up and Ctrl+Down have a meaning of their own in the selector of
+/// the key and in the number.
+bool StepEditor::eventFilter(QObject* field, QEvent* event) {
+    if (EnterKey::isIn(*event)) {
+        stepAdd();
+        QMetaObject::invokeMethod(field == keyCombo ? keyCombo->lineEdit() : field, "selectAll");
+        return true; // the selector would complete its text
+    }
+    if (event->type() != QEvent::ShortcutOverride || field == openEdit)
+        return false;
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (key != Qt::Key_Up && key != Qt::Key_Down)
+        return false;
+    event->accept();
+    return true;
 }
 
 void StepEditor::showSteps(const QList<EditorStep>& steps, int currentRow) {

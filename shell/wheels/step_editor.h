@@ -27,6 +27,9 @@ signals:
     /// The changed steps and the row to select, -1 for none. The receiver shows them by calling showSteps().
     void edited(const QList<EditorStep>& steps, int currentRow);
 
+protected:
+    bool eventFilter(QObject* field, QEvent* event) override;
+
 private:
     QLayout* makeStepRow();
     QWidget* makeKeyPage();

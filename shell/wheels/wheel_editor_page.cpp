@@ -6,6 +6,7 @@
 #include "shell/base/file_dialogs.h"
 #include "shell/base/message_boxes.h"
 #include "shell/base/settings.h"
+#include "shell/base/shortcuts.h"
 #include "shell/wheels/field_icons.h"
 #include "shell/wheels/function_form.h"
 #include "shell/wheels/recovery_bar.h"
@@ -53,12 +54,17 @@ WheelEditorPage::WheelEditorPage(RecoveryBar& bar, QWidget* parent) : QWidget(pa
 
 QLayout* WheelEditorPage::makeFileRow() {
     auto* row = new QHBoxLayout;
-    connect(addButton(*row, tr("Otwórz…")), &QPushButton::clicked, this, &WheelEditorPage::openFile);
-    connect(addButton(*row, tr("Zapisz")), &QPushButton::clicked, this, [this] { saveFile(false); });
-    connect(addButton(*row, tr("Zapisz jako…")), &QPushButton::clicked, this, [this] { saveFile(true); });
+    openButton = addButton(*row, tr("Otwórz…"));
+    saveButton = addButton(*row, tr("Zapisz"));
+    saveAsButton = addButton(*row, tr("Zapisz jako…"));
+    connect(openButton, &QPushButton::clicked, this, &WheelEditorPage::openFile);
+    connect(saveButton, &QPushButton::clicked, this, [this] { saveFile(false); });
+    connect(saveAsButton, &QPushButton::clicked, this, [this] { saveFile(true); });
     QPushButton* activate = addButton(*row, tr("Aktywuj"));
     activate->setObjectName("Primary");
     connect(activate, &QPushButton::clicked, this, &WheelEditorPage::activateOnEngine);
+    // On this page alone: elsewhere F5 is expected to refresh, and would replace the wheels in force unseen.
+    addShortcut(activate, Qt::Key_F5);
     row->addSpacing(10);
     fileLabel = new ElidedLabel(tr("(nie wczytano pliku)"), Qt::ElideMiddle);
     fileLabel->setProperty("role", "cardTitle");
@@ -86,6 +92,7 @@ void WheelEditorPage::connectParts() {
     connect(tree, &WheelTree::addWheelRequested, this, &WheelEditorPage::addWheel);
     connect(tree, &WheelTree::addFunctionRequested, this, &WheelEditorPage::addAction);
     connect(tree, &WheelTree::removeRequested, this, &WheelEditorPage::removeSelected);
+    connect(tree, &WheelTree::editRequested, form, &FunctionForm::focusName);
     connect(form, &FunctionForm::edited, this, &WheelEditorPage::commitFields);
     connect(form, &FunctionForm::colorChosen, this, [this](const QColor& color) {
         changeFunction([&](EditorFunction& function) { function.color = color; });
@@ -96,6 +103,28 @@ void WheelEditorPage::connectParts() {
     connect(stepEditor, &StepEditor::edited, this, [this](const QList<EditorStep>& steps, int row) {
         changeFunction([&](EditorFunction& function) { function.steps = steps; }, row);
     });
+}
+
+void WheelEditorPage::addFileShortcuts(QWidget* window, const std::function<void()>& showPage) {
+    const auto add = [&](QPushButton* button, const QKeySequence& keys) {
+        describeShortcut(button, keys);
+        addShortcut(window, keys, [button, showPage] {
+            showPage();
+            button->click();
+        });
+    };
+    add(openButton, Qt::CTRL | Qt::Key_O);
+    add(saveButton, Qt::CTRL | Qt::Key_S);
+    add(saveAsButton, Qt::CTRL | Qt::SHIFT | Qt::Key_S);
+}
+
+QList<QWidget*> WheelEditorPage::enabledParts() const {
+    QList<QWidget*> parts;
+    if (loaded)
+        parts.append(tree);
+    if (detailsPanel->isEnabled())
+        parts.append({form, stepEditor});
+    return parts;
 }
 
 void WheelEditorPage::openLastFile() {

@@ -9,6 +9,7 @@
 class FunctionForm;
 class QLabel;
 class QLayout;
+class QPushButton;
 class RecoveryBar;
 class StepEditor;
 class TitledPreview;
@@ -26,6 +27,13 @@ public:
     /// Replaces the open document without a question; unsaved changes are kept in its recovery file. If the
     /// file cannot be read, shows a warning and keeps the old document.
     void loadFile(const QString& path);
+
+    /// Adds shortcuts for opening and saving files to the window that the page is in. They call `showPage`
+    /// first, so that the user sees what they do.
+    void addFileShortcuts(QWidget* window, const std::function<void()>& showPage);
+
+    /// The parts with something to do, in their order; the first control of each is its main one.
+    QList<QWidget*> enabledParts() const;
 
     /// Writes unsaved changes to the recovery file. Call before the program ends.
     void keepUnsavedChanges();
@@ -69,6 +77,9 @@ private:
     WheelRecovery recovery;
     std::optional<FoundRecovery> found;
     RecoveryBar* recoveryBar;
+    QPushButton* openButton = nullptr;
+    QPushButton* saveButton = nullptr;
+    QPushButton* saveAsButton = nullptr;
     QLabel* fileLabel = nullptr;
     WheelTree* tree = nullptr;
     QWidget* detailsPanel = nullptr;

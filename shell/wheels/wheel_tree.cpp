@@ -1,6 +1,7 @@
 #include "shell/wheels/wheel_tree.h"
 
 #include "shell/base/cards.h"
+#include "shell/base/shortcuts.h"
 #include "shell/wheels/field_icons.h"
 #include "shell/wheels/wheel_document.h"
 
@@ -49,10 +50,19 @@ WheelTree::WheelTree(QWidget* parent) : QWidget(parent) {
         QPushButton* button = addButton(*row, text);
         button->setAccessibleName(spokenName);
         connect(button, &QPushButton::clicked, this, signal);
+        return button;
     };
-    addNamed(tr("+ koło"), tr("Dodaj koło"), &WheelTree::addWheelRequested);
-    addNamed(tr("+ funkcja"), tr("Dodaj funkcję"), &WheelTree::addFunctionRequested);
-    addNamed(tr("Usuń"), tr("Usuń koło lub funkcję"), &WheelTree::removeRequested);
+    addShortcut(addNamed(tr("+ koło"), tr("Dodaj koło"), &WheelTree::addWheelRequested),
+                Qt::CTRL | Qt::SHIFT | Qt::Key_N);
+    addShortcut(addNamed(tr("+ funkcja"), tr("Dodaj funkcję"), &WheelTree::addFunctionRequested),
+                Qt::CTRL | Qt::Key_N);
+    QPushButton* remove = addNamed(tr("Usuń"), tr("Usuń koło lub funkcję"), &WheelTree::removeRequested);
+    describeShortcut(remove, Qt::Key_Delete);
+    addShortcut(
+        tree, Qt::Key_Delete, [remove] { remove->click(); }, Qt::WidgetShortcut);
+    // Not itemActivated, which some desktops emit for a click.
+    addShortcut(
+        tree, Qt::Key_Return, [this] { emit editRequested(); }, Qt::WidgetShortcut);
     column->addLayout(row);
 }
 

@@ -26,6 +26,8 @@ signals:
     void addWheelRequested();
     void addFunctionRequested();
     void removeRequested();
+    /// The user wants to edit the selected function.
+    void editRequested();
 
 private:
     void onTreeSelection();

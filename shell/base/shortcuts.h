@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QKeySequence>
+#include <QList>
+#include <QObject>
+#include <functional>
+
+class QPushButton;
+class QWidget;
+
+// Keyboard shortcuts of the main window. Main thread.
+
+/// Calls `act` when the keys are pressed in the owner's window, or within the narrower context. Needs a
+/// visible and enabled owner. A key that is held down acts once, and none acts behind a modal dialog.
+void addShortcut(QWidget* owner, const QKeySequence& keys, std::function<void()> act,
+                 Qt::ShortcutContext context = Qt::WindowShortcut);
+
+/// Shows the keys in the tool tip, "Zapisz (Ctrl+S)", and tells them to screen readers. `name`: by default
+/// the widget's accessible name, or a button's text.
+void describeShortcut(QWidget* widget, const QKeySequence& keys, QString name = {});
+
+/// The keys press the button while it is visible and enabled, and are described on it.
+void addShortcut(QPushButton* button, const QKeySequence& keys);
+
+/// The keys as the user reads them.
+QString shortcutText(const QKeySequence& keys);
+
+/// Event filter of the application: Enter presses the focused button in windows that are no dialogs, and does
+/// not repeat while it is held down, or it would also accept the dialog that its first press has opened.
+class EnterKey : public QObject {
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+    static bool isIn(const QEvent& event);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+};

@@ -7,6 +7,7 @@
 #include "platform/overlay_window.h"
 #include "wheel/capture.h"
 #include "wheel/selection.h"
+#include "wheel/wheel_keys.h"
 #include "wheel/wheel_layout.h"
 
 namespace rotika {
@@ -37,6 +38,8 @@ OverlayWindowHandlers wheelWindowHandlers() {
     return {
         .messageArrived = onWheelMessage,
         .leftPressed = []() noexcept { postWindowMessage(engineState.wheelWindow, MsgSelectUnderCursor); },
+        .keyChanged = handleWheelKey,
+        .focusLost = forgetHeldWheelKey,
         .closeRequested = []() noexcept { closeWheel(); },
         .destroyed = onWheelWindowDestroyed,
     };

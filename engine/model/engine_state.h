@@ -43,6 +43,7 @@ struct EngineState {
     std::int32_t pendingDx = 0; // raw motion not yet applied
     std::int32_t pendingDy = 0;
     std::uint64_t lastMouseMoveTick = 0;
+    std::uint16_t heldKey = 0;     // of the open wheel: the last one pressed on it, until its release
     std::int32_t dwellTarget = -1; // field, or 100 plus arrow
     std::uint64_t dwellStartTick = 0;
     float dwellProgress = 0; // 0 to 1

@@ -5,15 +5,26 @@
 #include "base/window_handle.h"
 #include "platform/messages.h"
 
+#include <cstdint>
+
 namespace rotika {
 
 /// The wheel's layer receives pointer events, the grid's is click-through.
 enum class OverlayKind { wheel, grid };
 
+/// A repeat is the system's, of a key that is held down, be it since before the window had the focus.
+enum class KeyChange { pressed, repeated, released };
+
 struct OverlayWindowHandlers {
     MessageHandler messageArrived = nullptr; // null: messages are discarded
     /// A left press arrived as an ordinary window event. May be null.
     void (*leftPressed)() noexcept = nullptr;
+    /// A key changed while the window had the keyboard focus, which only bringToForeground() gives it. By
+    /// virtual key, in every state of modifiers and lock keys: a digit of the top row goes by its position,
+    /// one of the keypad requires Num Lock. Not called for this program's own injected presses. May be null.
+    void (*keyChanged)(std::uint16_t virtualKey, KeyChange change) noexcept = nullptr;
+    /// The window has lost the keyboard focus, so releases may be missing. May be null.
+    void (*focusLost)() noexcept = nullptr;
     /// The window was requested to close (Alt+F4, a task killer). It stays open. May be null.
     void (*closeRequested)() noexcept = nullptr;
     /// The window is destroyed from outside: its handle is valid for the functions below only until this

@@ -19,6 +19,7 @@ namespace {
 void resetVirtualCursor() {
     engineState.hoveredField = -1;
     engineState.hoveredArrow = -1;
+    engineState.heldKey = 0;
     engineState.dwellTarget = -1;
     engineState.lastMouseMoveTick = 0;
     engineState.gazeDriven = false;

@@ -10,8 +10,6 @@
 #include "wheel/wheel_layout.h"
 
 #include <algorithm>
-#include <cmath>
-#include <numbers>
 
 namespace rotika {
 
@@ -41,15 +39,6 @@ void addFieldText(Picture& picture, const std::u16string& text, const PictureBox
                   bool isHovered) {
     addShadowedText(picture, text, box,
                     {sizePx, white(isHovered ? 0xFF : 0xD7), black(isHovered ? 0xC8 : 0x78), shadowOffsetPx});
-}
-
-/// Centre of a field's label: the middle of its span, at the label radius.
-PicturePoint labelCentre(std::size_t field, float span) {
-    const double spanDegrees = span;
-    const double middle = static_cast<double>(field) * spanDegrees - 90 + spanDegrees / 2;
-    const double radians = middle * std::numbers::pi / 180;
-    return {static_cast<float>(std::cos(radians)) * labelRadiusPx + wheelCentre.x,
-            static_cast<float>(std::sin(radians)) * labelRadiusPx + wheelCentre.y};
 }
 
 void addLabel(Picture& picture, const WheelAction& action, std::size_t field, std::size_t fieldCount,

@@ -56,8 +56,7 @@ bool applyMotion(std::uint64_t now) {
         engineState.cursorY += engineState.pendingDy;
         engineState.pendingDx = 0;
         engineState.pendingDy = 0;
-        engineState.lastMouseMoveTick = now;
-        engineState.gazeDriven = false;
+        noteRealMotion();
         return true;
     }
     // Stale gaze samples do not end a dwell in progress; only mouse motion ends gaze control.
@@ -108,6 +107,11 @@ std::int32_t saturatedSum(std::int32_t a, std::int32_t b) {
 }
 
 } // namespace
+
+void noteRealMotion() noexcept {
+    engineState.lastMouseMoveTick = tickCount();
+    engineState.gazeDriven = false; // the next tick ends the dwell
+}
 
 void addRawMotion(std::int32_t dx, std::int32_t dy) noexcept {
     if (!engineState.wheelVisible)

@@ -30,6 +30,21 @@ std::int32_t hitTestArrow(std::int32_t x, std::int32_t y) {
     return arrowBoxes[1].contains({x, y}) ? 1 : -1;
 }
 
+PicturePoint labelCentre(std::size_t field, float span) {
+    const double spanDegrees = span;
+    const double middle = static_cast<double>(field) * spanDegrees - 90 + spanDegrees / 2;
+    const double radians = middle * std::numbers::pi / 180;
+    return {static_cast<float>(std::cos(radians)) * labelRadiusPx + wheelCentre.x,
+            static_cast<float>(std::sin(radians)) * labelRadiusPx + wheelCentre.y};
+}
+
+Point labelPoint(std::int32_t field, std::int32_t fieldCount) {
+    const PicturePoint centre =
+        labelCentre(static_cast<std::size_t>(field), 360.0F / static_cast<float>(fieldCount));
+    return {static_cast<std::int32_t>(std::lround(centre.x)),
+            static_cast<std::int32_t>(std::lround(centre.y))};
+}
+
 Rect wheelRectOn(const Rect& monitor) {
     const std::int32_t left = (monitor.left + monitor.right - layerWidthPx) / 2;
     const std::int32_t top = (monitor.top + monitor.bottom - layerHeightPx) / 2;

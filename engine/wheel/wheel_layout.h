@@ -1,7 +1,9 @@
 #pragma once
 
 #include "base/geometry.h"
+#include "base/picture.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace rotika {
@@ -23,6 +25,12 @@ std::int32_t hitTestField(std::int32_t x, std::int32_t y);
 
 /// 0 left, 1 right, -1 none; always -1 with fewer than two wheels.
 std::int32_t hitTestArrow(std::int32_t x, std::int32_t y);
+
+/// Centre of a field's label: the middle of its span in degrees, at the label radius.
+PicturePoint labelCentre(std::size_t field, float span);
+
+/// The nearest pixel to the centre of the label of one of `fieldCount` fields, which is inside the field.
+Point labelPoint(std::int32_t field, std::int32_t fieldCount);
 
 /// The place of the wheel's window on a monitor.
 Rect wheelRectOn(const Rect& monitor);

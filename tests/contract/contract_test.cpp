@@ -17,6 +17,14 @@ using namespace rotika;
 
 Received received;
 
+static void noteKey(std::uint16_t virtualKey, KeyChange change) noexcept {
+    if (change == KeyChange::repeated)
+        received.repeatedKeys.insert(virtualKey);
+    else
+        received.keys.push_back(std::to_string(virtualKey) +
+                                (change == KeyChange::pressed ? " pressed" : " released"));
+}
+
 WindowHandle ContractTest::mainWindow() {
     static const WindowHandle window = createMainWindow({
         .hotKeyPressed = [](int id) noexcept { received.hotKeys.push_back(id); },
@@ -36,6 +44,8 @@ WindowHandle ContractTest::wheelWindow() {
         createOverlayWindow(OverlayKind::wheel, 200, 100,
                             {.messageArrived = [](auto...) noexcept {},
                              .leftPressed = []() noexcept { ++received.windowPresses; },
+                             .keyChanged = noteKey,
+                             .focusLost = []() noexcept { ++received.focusLosses; },
                              .closeRequested = []() noexcept { ++received.closeRequests; }});
     return window;
 }

@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,11 @@ struct Received {
     std::vector<int> hotKeys;
     int windowPresses = 0; // ordinary left presses on the wheel's window
     int capturePresses = 0;
-    Point motion;          // sum of the capture's raw motion
-    int closeRequests = 0; // of the wheel's window
+    Point motion;                  // sum of the capture's raw motion
+    int closeRequests = 0;         // of the wheel's window
+    std::vector<std::string> keys; // "13 pressed": changes of keys of the wheel's window, without repeats
+    std::set<int> repeatedKeys;
+    int focusLosses = 0; // of the wheel's window
     int monitorChanges = 0;
     std::vector<bool> lockChanges;
 };
@@ -69,7 +73,7 @@ void pumpOnce();
 std::unique_ptr<Recorder> makeRecorder(const Rect& place);
 void moveRealMouse(std::int32_t dx, std::int32_t dy);
 void playRealButton(std::uint32_t button, bool isDown);  // 0 left, 1 right, 2 middle, 3 the wheel
-void playRealKey(std::uint16_t virtualKey, bool isDown); // letters, Control and Caps Lock
+void playRealKey(std::uint16_t virtualKey, bool isDown); // letters, Control, Enter and Caps Lock
 
 void clickRealButton(std::uint32_t button);
 void tapRealKey(std::uint16_t virtualKey);

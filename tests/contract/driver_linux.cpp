@@ -101,7 +101,9 @@ void playRealButton(std::uint32_t button, bool isDown) {
 
 void playRealKey(std::uint16_t virtualKey, bool isDown) {
     static XDevice* const keyboard = device("Xvfb keyboard");
-    const KeySym symbol = virtualKey == 0x14 ? XK_Caps_Lock : KeySym{virtualKey}; // a letter is its capital
+    const KeySym symbol = virtualKey == 0x14   ? XK_Caps_Lock
+                          : virtualKey == 0x0D ? XK_Return
+                                               : KeySym{virtualKey}; // a letter is its capital
     XTestFakeDeviceKeyEvent(userDisplay(), keyboard, XKeysymToKeycode(userDisplay(), symbol), isDown ? 1 : 0,
                             nullptr, 0, CurrentTime);
     XSync(userDisplay(), 0);

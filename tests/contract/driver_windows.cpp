@@ -113,6 +113,7 @@ void playRealKey(std::uint16_t virtualKey, bool isDown) {
     const std::string letter(1, static_cast<char>(virtualKey - 'A' + 'a'));
     const std::string name = virtualKey == VK_CAPITAL   ? "Caps_Lock"
                              : virtualKey == VK_CONTROL ? "Control_L"
+                             : virtualKey == VK_RETURN  ? "Return"
                                                         : letter;
     playOnHost((isDown ? "keydown " : "keyup ") + name);
 }

@@ -73,6 +73,33 @@ TEST_F(InputContract, ACaptureReceivesOnlyTheRealMousePinsTheCursorAndReleasesBo
     EXPECT_EQ(recorder->events().size(), 6U);
 }
 
+TEST_F(InputContract, TheWheelReceivesTheUsersKeysWhileItHasTheFocus) {
+    constexpr std::uint16_t enter = 0x0D;
+    const auto recorder = openRecorder(recorderPlace);
+    setCursorPosition({200, 180}); // over the layer
+    showLayer(wheelWindow(), {opaqueRed});
+    tapRealKey('C');
+    EXPECT_TRUE(recorder->receives("key 67 up"));
+    playRealKey('D', true);
+    bringToForeground(wheelWindow());
+    ASSERT_TRUE(pumpUntil([] { return foregroundWindow() == wheelWindow(); }));
+    EXPECT_TRUE(pumpUntil([] { return received.repeatedKeys.contains('D'); }));
+    playRealKey('D', false);
+    injectKey('E', false, InputMotion::downUntilReleased);
+    playRealKey(enter, true);
+    EXPECT_TRUE(pumpUntil([] { return received.repeatedKeys.contains(enter); }));
+    playRealKey(enter, false);
+    EXPECT_TRUE(pumpUntil([] { return contains(received.keys, "13 released"); }));
+    EXPECT_EQ(received.keys, (Events{"68 released", "13 pressed", "13 released"}));
+    EXPECT_EQ(received.focusLosses, 0);
+    bringToForeground(recorder->window());
+    EXPECT_TRUE(pumpUntil([] { return received.focusLosses == 1; }));
+    injectKey('E', false, InputMotion::up);
+    tapRealKey('F');
+    EXPECT_TRUE(recorder->receives("key 70 up"));
+    EXPECT_FALSE(contains(recorder->events(), "key 69 down") || contains(received.keys, "70 pressed"));
+}
+
 /// Repeats the click: until the window system has applied a change, clicks may hit the earlier window.
 bool clicksUntil(const std::function<bool()>& hasEffect) {
     return pumpUntil([&] { return clickInjected(0), hasEffect(); });

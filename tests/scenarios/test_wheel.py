@@ -6,7 +6,10 @@ import pytest
 
 from desk.desk import CONTROL, SHIFT, TOGGLE_KEY, field
 from desk.input_devices import RIGHT, place_cursor
-from desk.waiting import wait_for
+from desk.waiting import holds_within, wait_for
+
+
+KEYS = ("Right", "Next", "1", "Return", "Escape")
 
 
 def test_the_foreground_program_receives_the_chosen_steps_and_nothing_else(desk):
@@ -19,14 +22,15 @@ def test_the_foreground_program_receives_the_chosen_steps_and_nothing_else(desk)
         desk.open_wheel()
         desk.aim(1)
         desk.mouse.click(RIGHT)
-        desk.keyboard.tap("q")  # keys still reach the foreground program
-        desk.recorder.wait_for("key-up q")
+        for key in KEYS:  # still reach the foreground program, and have no effect on the wheel
+            desk.keyboard.tap(key)
+        desk.recorder.wait_for("key-up Escape")
         if index is None:
             desk.mouse.move(40, 30)
             desk.close_wheel()
         else:
             desk.pick(index)
-        desk.recorder.expect("q", *("" if index is None else "abcd"[index]))
+        desk.recorder.expect(*KEYS, *("" if index is None else "abcd"[index]))
         assert not desk.recorder.since_mark("focus-out")
         assert {desk.display.cursor()} | {record.position for record in desk.recorder.since_mark("motion")} == {place}
         assert desk.next_motion() == (3, 3)
@@ -62,6 +66,47 @@ def test_with_take_focus_the_foreground_program_gets_the_keyboard_back(desk):
         if way_out == "toggle":
             desk.keyboard.tap(key)
         desk.recorder.expect(key)
+
+
+def test_with_take_focus_the_keyboard_turns_pages_selects_and_closes(desk):
+    def open_wheel():
+        desk.recorder.mark()
+        desk.open_wheel()
+        desk.recorder.wait_for_kind("focus-out")
+
+    def expect(*keys):
+        desk.wait_until_closed()
+        desk.recorder.wait_for_kind("focus-in")
+        for key in keys:
+            desk.recorder.wait_for(f"key-up {key}")
+        desk.keyboard.tap("Tab")
+        desk.recorder.expect(*keys, "Tab")
+
+    names = ["F5", "F6", "F7", "F8"]  # the same on every layout
+    desk.start(*map(field, names), more=[{"actions": [field("F9"), field("F11", "F12")]}], takeFocus=True, sendDelay=0)
+    for keys, received in ((("Right", "Down", "Return"), ["F6"]), (("Left", "Up", "space"), ["F8"]), (("3",), ["F7"]),
+                           (("Next", "2"), ["F11", "F12"]), (("9", "Return", "Prior", "Escape"), [])):
+        open_wheel()
+        for key in keys:
+            desk.keyboard.tap(key)
+        expect(*received)
+    desk.screen.run("xset", "r", "rate", "60", "30")
+    for key, received in (("Escape", []), ("Return", ["F5"])):
+        open_wheel()
+        desk.keyboard.tap("Left")
+        desk.keyboard.press(key)
+        assert not holds_within(0.4, lambda: not desk.wheel()), "its repeats would reach the foreground program"
+        desk.keyboard.release(key)
+        expect(*received)
+    third, keypad_third = 12, 89  # keycodes
+    for layout, lock, key in (("fr", "Caps_Lock", third), ("ru,us", "Num_Lock", third), ("pl", "Num_Lock", keypad_third)):
+        if desk.target.input_is_exact:
+            desk.screen.run("setxkbmap", layout)
+            desk.keyboard.tap(lock)
+            open_wheel()
+            desk.keyboard.tap(key)
+            expect("F7")
+            desk.keyboard.tap(lock)
 
 
 # Effects of functions

@@ -57,6 +57,11 @@ protected:
         std::tie(engineState.cursorX, engineState.cursorY) = std::tie(point.x, point.y);
         look(point);
     }
+    void tapKey(std::uint16_t virtualKey) {
+        desktop.pressKey(virtualKey);
+        desktop.releaseKey(virtualKey);
+        desktop.pumpMessages();
+    }
     void setWheels() {
         engineState.wheels.clear();
         for (int fieldCount = 0; words >> fieldCount;)
@@ -91,6 +96,7 @@ private:
         {"tracker", [this] { engineState.gazeStatus = number(); }},
         {"swap", [this] { desktop.buttonsAreSwapped = number() != 0; }},
         {"program", [this] { desktop.focusProgram(desktop.addProgram(text())); }},
+        {"focus", [this] { desktop.focusProgram(desktop.windowNamed(text())); }},
         {"exit", [this] { desktop.closeProgram(desktop.windowNamed(text())); }},
         {"monitors", [this] { desktop.changeMonitors(std::vector(1, rect())); }},
         {"monitor", [this] { desktop.monitors.push_back(rect()); }},
@@ -102,6 +108,9 @@ private:
         // user actions
         {"toggle", [this] { pressToggleKey(); }},
         {"shell", [] { OverlayToggleWheel(); }},
+        {"key", [this] { tapKey(static_cast<std::uint16_t>(number())); }},
+        {"hold", [this] { desktop.pressKey(static_cast<std::uint16_t>(number())), desktop.pumpMessages(); }},
+        {"let", [this] { desktop.releaseKey(static_cast<std::uint16_t>(number())), desktop.pumpMessages(); }},
         {"aim", [this] { aimAt(point()); }},
         {"right", [this] { desktop.moveMouse(number(), 0); }},
         {"down", [this] { desktop.moveMouse(0, number()); }},
@@ -222,6 +231,30 @@ constexpr char scenes[] = R"(
     local; say lampa -> closed  local; toggle; say lampa -> closed | 250 65+, 310 65-
     local; say radio -> closed | 100 68+, 160 68-  toggle; say radio -> closed | 250 68+, 310 68-
     local; say kliknij -> closed | 60 b0+, 120 b0-  toggle; say lampa [unk] -> open  toggle; say Lampa -> open
+    # keys on a wheel that has the focus: 37 to 40 left, up, right, down, 13 Enter, 32 Space, 27 Escape, 33 page up,
+    # 34 page down, 48 to 57 and 96 to 105 the digits
+    toggle; key 39; key 50; key 27 -> open  toggle; focus wheel; key 39; key 50; key 27 -> open in wheel  takeFocus; key 50; key 27; toggle -> open in wheel
+    takeFocus; toggle; key 37 -> open 397 127 field 0 in wheel
+    takeFocus; toggle; key 39; key 39; key 40 -> open 191 333 field 2 in wheel
+    takeFocus; toggle; hold 39; hold 39; hold 39; key 38; key 37 -> open 397 127 field 0 in wheel
+    takeFocus; toggle; aim 334 130; key 38 -> open 191 127 field 3 in wheel
+    takeFocus; toggle; key 39; key 13 -> closed | 250 65+, 310 65-
+    takeFocus; toggle; key 39; key 39; key 32 -> closed | 250 66+, 310 66-
+    takeFocus; toggle; key 52 -> closed | 250 68+, 310 68-  takeFocus; toggle; key 98 -> closed | 250 66+, 310 66-
+    takeFocus; toggle; key 53; key 48; key 65; key 13 -> open in wheel  takeFocus; toggle; key 34 -> open in wheel
+    wheels 10; takeFocus; toggle; key 48 -> closed | 250 74+, 310 74-
+    wheels 10; takeFocus; toggle; key 96 -> closed | 250 74+, 310 74-
+    wheels 4 1 24; takeFocus; toggle; key 37; key 34 -> open 397 127 field 0 wheel 1 in wheel
+    wheels 4 1 24; takeFocus; toggle; hold 33; hold 33 -> open wheel 1 in wheel
+    takeFocus; toggle; hold 51; hold 51; aim 334 130 -> open 334 130 field 0 in wheel
+    takeFocus; toggle; hold 51; hold 51; aim 334 130; now; let 51 -> closed | 250 67+, 310 67-
+    takeFocus; toggle; key 39; hold 13; wait 2000; hold 13 -> open 397 127 field 0 in wheel
+    takeFocus; toggle; hold 27; hold 27 -> open in wheel  takeFocus; toggle; key 27 -> closed
+    takeFocus; toggle; hold 49; key 39; let 49 -> open 397 333 field 1 in wheel
+    takeFocus; hold 50; toggle; hold 50; let 50 -> open in wheel  takeFocus; toggle; hold 50; toggle; toggle; let 50 -> open in wheel
+    takeFocus; toggle; hold 50; program chat; let 50 -> open 397 333 field 1 in chat
+    takeFocus; toggle; hold 50; program chat; focus wheel; let 50 -> open 397 333 field 1 in wheel
+    takeFocus; gaze; toggle; rest 334 130; wait 900; key 39; look 334 130; wait 600 -> open 397 333 field 1 in wheel
     # steps
     steps hold a 1500 release b 0; run -> closed | 100 65+, 1600 65-, 1630 66-
     steps hold shift 0 click b 1; run -> closed | 100 16++, 130 66+, 190 66-

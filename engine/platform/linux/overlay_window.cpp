@@ -2,6 +2,7 @@
 
 #include "platform/linux/connection.h"
 #include "platform/linux/layer_image.h"
+#include "platform/linux/layer_keys.h"
 #include "platform/linux/messages.h"
 #include "platform/linux/picture_drawing.h"
 #include "platform/linux/root_events.h"
@@ -253,6 +254,12 @@ bool isLayer(Window window) {
     return layers.contains(window);
 }
 
+/// Of no layer: none.
+OverlayWindowHandlers handlersOf(Window window) {
+    const auto known = layers.find(window);
+    return known == layers.end() ? OverlayWindowHandlers{} : known->second.handlers;
+}
+
 /// The server has freed the window's own resources; pixmap and graphics context belong to the connection.
 void onLayerDestroyed(Window window) {
     const auto destroyed = layers[window].handlers.destroyed;
@@ -277,6 +284,11 @@ bool handleLayerEvent(XEvent& event) {
         followCompositor();
         return true;
     }
+    if (isLayer(event.xany.window) || event.type == KeymapNotify) {
+        const OverlayWindowHandlers handlers = handlersOf(event.xany.window); // a handler may add a layer
+        if (handleLayerKeyEvent(event, handlers))
+            return true;
+    }
     if (event.type == ButtonPress && isLayer(event.xbutton.window)) {
         const Layer& layer = layers[event.xbutton.window];
         if (event.xbutton.button == Button1 && layer.handlers.leftPressed != nullptr)
@@ -296,13 +308,13 @@ void watchCompositor() {
     followCompositor();
 }
 
-Window createLayerWindow(int width, int height) {
+Window createLayerWindow(int width, int height, bool hearsKeys) {
     const LayerVisual& visual = layerVisual();
     XSetWindowAttributes attributes{};
     attributes.colormap = visual.colormap;
     attributes.border_pixel = 0;
     attributes.override_redirect = 1;
-    attributes.event_mask = ButtonPressMask | StructureNotifyMask;
+    attributes.event_mask = ButtonPressMask | StructureNotifyMask | (hearsKeys ? layerKeyEvents : 0);
     return XCreateWindow(ownerDisplay(), rootWindow(), 0, 0, static_cast<unsigned int>(width),
                          static_cast<unsigned int>(height), 0, visual.depth, InputOutput, visual.visual,
                          CWColormap | CWBorderPixel | CWOverrideRedirect | CWEventMask, &attributes);
@@ -327,7 +339,9 @@ WindowHandle createOverlayWindow(OverlayKind kind, std::int32_t width, std::int3
     addEventHandler(handleLayerEvent);
     if (layers.empty())
         watchCompositor();
-    const Window window = createLayerWindow(width, height);
+    if (handlers.keyChanged != nullptr)
+        prepareLayerKeys();
+    const Window window = createLayerWindow(width, height, handlers.keyChanged != nullptr);
     describeToCompositors(window);
     Layer& layer = layers[window];
     layer.kind = kind;

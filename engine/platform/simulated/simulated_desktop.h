@@ -125,7 +125,7 @@ public:
     void moveMouse(std::int32_t dx, std::int32_t dy);
     /// 0 left, 1 right, 2 middle, 3 and 4 the side buttons.
     void pressMouse(std::uint32_t button);
-    /// Pressing a key that is down is an auto-repeat.
+    /// Pressing a key that is down is an auto-repeat. Other programs' keys are not recorded.
     void pressKey(std::uint16_t virtualKey);
     void releaseKey(std::uint16_t virtualKey);
 
@@ -133,7 +133,7 @@ public:
 
     WindowHandle addProgram(const std::string& name);
     void closeProgram(WindowHandle window);
-    void focusProgram(WindowHandle window) { foreground = window; }
+    void focusProgram(WindowHandle window);
     /// Another process sends data to the main window; returns the window's result.
     bool sendData(std::uintptr_t kind, const void* bytes, std::size_t byteCount);
     void destroyMainWindow();
@@ -196,6 +196,8 @@ public:
 private:
     bool isSwallowed() const { return capture && capture->isSwallowing(); }
     bool fireDueTimer();
+    /// To the window with the focus.
+    void deliverKey(std::uint16_t virtualKey, KeyChange change);
 
     std::thread::id ownerThread = std::this_thread::get_id();
     std::set<std::uint16_t> physicalKeysDown;

@@ -34,17 +34,34 @@ void SimulatedDesktop::deliverPress(std::uint32_t button) {
 }
 
 void SimulatedDesktop::pressKey(std::uint16_t virtualKey) {
-    if (!physicalKeysDown.insert(virtualKey).second)
-        return;
+    const bool isNew = physicalKeysDown.insert(virtualKey).second;
     for (const auto& [id, hotKey] : hotKeys) {
-        if (hotKey.virtualKey == virtualKey) {
+        if (hotKey.virtualKey != virtualKey)
+            continue;
+        if (isNew)
             enqueue(windowNamed("main"), [this, pressedId = id] { mainHandlers->hotKeyPressed(pressedId); });
-        }
+        return;
     }
+    deliverKey(virtualKey, isNew ? KeyChange::pressed : KeyChange::repeated);
 }
 
 void SimulatedDesktop::releaseKey(std::uint16_t virtualKey) {
     physicalKeysDown.erase(virtualKey);
+    deliverKey(virtualKey, KeyChange::released);
+}
+
+void SimulatedDesktop::deliverKey(std::uint16_t virtualKey, KeyChange change) {
+    if (foreground == nullptr || foreground->overlayHandlers.keyChanged == nullptr)
+        return;
+    enqueue(foreground, [handler = foreground->overlayHandlers.keyChanged, virtualKey, change] {
+        handler(virtualKey, change);
+    });
+}
+
+void SimulatedDesktop::focusProgram(WindowHandle window) {
+    if (foreground != nullptr && foreground->overlayHandlers.focusLost != nullptr)
+        foreground->overlayHandlers.focusLost();
+    foreground = window;
 }
 
 } // namespace rotika

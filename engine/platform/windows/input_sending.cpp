@@ -46,6 +46,7 @@ INPUT keyEvent(const GuardRecord& key, bool down) {
     input.ki.wVk = static_cast<WORD>(key.code);
     input.ki.wScan = scanCodeOf(input.ki.wVk);
     input.ki.dwFlags = KEYEVENTF_SCANCODE;
+    input.ki.dwExtraInfo = extraInfoOfOurKeys;
     if (key.extended != 0) {
         input.ki.dwFlags |= KEYEVENTF_EXTENDEDKEY;
     }

@@ -20,6 +20,9 @@ bool sendRelease(const GuardRecord& thing);
 /// A retry of sendRelease(). Sends nothing and returns true if the key or button is up by now.
 bool sendReleaseAgain(const GuardRecord& thing);
 
+/// Marks the injected keys: GetMessageExtraInfo() of their messages.
+inline constexpr std::uintptr_t extraInfoOfOurKeys = 0x526F7432;
+
 /// Between two retries.
 inline constexpr std::uint32_t releaseRetryMs = 100;
 

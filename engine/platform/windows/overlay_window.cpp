@@ -1,6 +1,7 @@
 #include "platform/overlay_window.h"
 
 #include "platform/windows/handles.h"
+#include "platform/windows/input_sending.h"
 #include "platform/windows/picture_drawing.h"
 #include "platform/windows/pointer_capture.h"
 #include "platform/windows/timer.h"
@@ -37,6 +38,19 @@ void leftButtonDown(const OverlayWindowHandlers& handlers) noexcept {
     }
 }
 
+/// The default procedure makes the system's commands of Alt and F4.
+LRESULT key(const OverlayWindowHandlers& handlers, HWND window, UINT message, WPARAM wParam,
+            LPARAM lParam) noexcept {
+    constexpr LPARAM wasDown = 1L << 30;
+    constexpr LPARAM isUp = 1L << 31;
+    if (handlers.keyChanged != nullptr && GetMessageExtraInfo() != static_cast<LPARAM>(extraInfoOfOurKeys)) {
+        const KeyChange ofPress = (lParam & wasDown) != 0 ? KeyChange::repeated : KeyChange::pressed;
+        handlers.keyChanged(static_cast<std::uint16_t>(wParam),
+                            (lParam & isUp) != 0 ? KeyChange::released : ofPress);
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
 void privateMessage(const OverlayWindowHandlers& handlers, UINT message, WPARAM wParam,
                     LPARAM lParam) noexcept {
     if (handlers.messageArrived != nullptr) {
@@ -62,6 +76,14 @@ LRESULT CALLBACK overlayProcedure(HWND window, UINT message, WPARAM wParam, LPAR
     case WM_LBUTTONDOWN:
         leftButtonDown(handlers);
         return 0;
+    case WM_KEYDOWN:
+    case WM_KEYUP:
+    case WM_SYSKEYDOWN: // with Alt, which a function may hold down
+    case WM_SYSKEYUP:
+        return key(handlers, window, message, wParam, lParam);
+    case WM_KILLFOCUS:
+        call(handlers.focusLost);
+        break;
     case WM_MOUSEACTIVATE: // implied by WS_EX_NOACTIVATE, but Wine activates anyway
         return MA_NOACTIVATE;
     default:

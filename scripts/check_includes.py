@@ -26,6 +26,7 @@ FLOORS = {
     "engine/editor": 7,
     "shell/base": 7,
     "shell/process": 8,
+    "shell/toggle_key": 8,
     "shell/voice_install": 8,
     "shell/wheels": 8,
     "shell": 9,

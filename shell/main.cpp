@@ -5,28 +5,25 @@
 #include "shell/base/polish_translator.h"
 #include "shell/base/settings.h"
 #include "shell/base/themes.h"
+#include "shell/commands.h"
 #include "shell/main_window.h"
-#include "shell/process/command_line.h"
 #include "shell/process/console.h"
 #include "shell/process/control.h"
 #include "shell/process/event_loop_support.h"
 #include "shell/process/program_end.h"
 #include "shell/process/update_service.h"
-#include "shell/voice_install/voice_installer.h"
 #include "shell/voice_install/voice_start.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QIcon>
-#include <QMessageBox>
-#include <cstdio>
-#include <functional>
 #include <optional>
 
 namespace {
 
 // At the start of a session the desktop's panel may come up after the program.
 constexpr int trayLimitMs = 10'000;
+constexpr int shortTrayLimitMs = 1000; // for a command, whose user is waiting
 
 QString savedTheme() {
     return uiSettings().value(themeKey, "fluent").toString();
@@ -61,43 +58,24 @@ std::optional<int> runWithoutWindow(const CommandLine& line) {
     }
 }
 
-int runAsSecondCopy(const CommandLine& line, std::function<void()> quit) {
-    const bool isSender = line.launch == Launch::installVoice;
-    if (isSender && sendToRunningCopy({installVoiceCommand.toString(), line.files}))
-        return 0;
-    const ControlListener control(false, std::move(quit)); // before the boxes
-    if (isSender) {
-        const QString fault =
-            QStringLiteral("Rotika już działa, ale nie przyjmuje poleceń. Zakończ ją i spróbuj ponownie.");
-        std::fputs(qUtf8Printable(fault + '\n'), stderr); // for a script
-        QMessageBox::warning(nullptr, QStringLiteral("Rotika"), fault, QMessageBox::Ok,
-                             QMessageBox::NoButton);
+/// As above, for --restart.
+std::optional<int> endRunningCopies(char** argv) {
+    if (!quitRunningCopies()) {
+        printText(QStringLiteral("Nie udało się zakończyć działającego programu."), true);
         return 1;
     }
-    QMessageBox::information(
-        nullptr, QStringLiteral("Rotika"),
-        QCoreApplication::translate("main", "Rotika już działa — sprawdź ikonę w zasobniku systemowym."),
-        QMessageBox::Ok, QMessageBox::NoButton);
-    return 0;
-}
-
-void obey(const ControlCommand& command, MainWindow& window) {
-    if (command.name == showCommand) {
-        window.showAndActivate();
-    } else if (command.name == installVoiceCommand) {
-        window.showAndActivate(); // it may be hidden in the tray
-        installVoice(command.arguments, &window);
-    }
+    forgetRestart(argv);
+    return std::nullopt;
 }
 
 /// What the program was started for, and what other processes ask for from then on.
 void serveCommands(ControlListener& control, const CommandLine& line, MainWindow& window) {
-    const auto obeyCommand = [&window](const ControlCommand& command) { obey(command, window); };
-    if (line.launch == Launch::installVoice)
-        control.arrive({installVoiceCommand.toString(), line.files});
+    if (line.launch == Launch::command)
+        control.arrive(line.command);
     // In the event loop, because a command may open a dialog.
+    const auto obey = [&window](const ControlCommand& command) { obeyCommand(command, window); };
     QMetaObject::invokeMethod(
-        &window, [&control, obeyCommand] { control.deliverTo(obeyCommand); }, Qt::QueuedConnection);
+        &window, [&control, obey] { control.deliverTo(obey); }, Qt::QueuedConnection);
 }
 
 } // namespace
@@ -108,7 +86,13 @@ int main(int argc, char** argv) {
     if (const std::optional<int> status = runWithoutWindow(line))
         return *status;
     exitOnTermination();
+    if (const std::optional<int> status = line.isRestart ? endRunningCopies(argv) : std::nullopt)
+        return *status;
     dropHangingBus();
+    const bool isCommand = line.launch == Launch::command;
+    bool isFirstCopy = isCommand && claimSingleInstance();
+    if (const std::optional<int> status = isCommand ? sendCommand(line.command, isFirstCopy) : std::nullopt)
+        return *status;
 
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName("Rotika");
@@ -121,7 +105,8 @@ int main(int argc, char** argv) {
     const EventLoopSupport loopSupport(programEnd);
 
     const auto quit = [&programEnd] { programEnd.begin(); };
-    if (!claimSingleInstance())
+    isFirstCopy = isCommand ? isFirstCopy : claimSingleInstance();
+    if (!isFirstCopy)
         return runAsSecondCopy(line, quit);
     ControlListener control(true, quit); // before the dialogs as well
 
@@ -136,7 +121,9 @@ int main(int argc, char** argv) {
 
     OverlayEngineStart();
     programEnd.setLastActs(stopServices);
-    const bool startsInTray = line.launch == Launch::minimized && waitForTray(trayLimitMs);
+    const bool isMinimized = line.launch == Launch::minimized;
+    const bool startsHidden = isMinimized || (isCommand && !opensWindow(line.command));
+    const bool hasTray = startsHidden && waitForTray(isMinimized ? trayLimitMs : shortTrayLimitMs);
     MainWindow window(licence, licenceResult);
     QObject::connect(&programEnd, &ProgramEnd::beginning, &window, &MainWindow::keepUnsavedChanges);
     programEnd.setLastActs([&window] {
@@ -144,8 +131,10 @@ int main(int argc, char** argv) {
         stopServices();
     });
     // Without a tray there would be no way to the window.
-    if (!startsInTray)
+    if (!startsHidden || (isMinimized && !hasTray))
         window.show();
+    else if (!hasTray)
+        showWithoutActivating(window);
     serveCommands(control, line, window);
     startUpdateService(quitForUpdate);
     const int status = QApplication::exec();

@@ -7,6 +7,7 @@
 #include "shell/base/data_folder.h"
 #include "shell/base/engine_status.h"
 #include "shell/base/json_file.h"
+#include "shell/voice_switch.h"
 #include "shell/wheels/wheel_document.h"
 
 #include <QCheckBox>
@@ -96,10 +97,13 @@ void VoicePage::saveSettings() {
     if (loading)
         return;
     QJsonObject config = readConfigObject();
+    const bool isSwitchedOff = !enabledBox->isChecked() && config["voiceEnabled"].toBool(true);
     config["voiceEnabled"] = enabledBox->isChecked();
     config["voiceGlobal"] = globalBox->isChecked();
     writeConfigObject(config);
     OverlayReloadConfig();
+    if (isSwitchedOff)
+        explainVoiceOff();
 }
 
 void VoicePage::refreshStatus() {

@@ -63,13 +63,12 @@ QJsonObject readConfigObject() {
     return document.isNull() ? parseTolerantly(bytes) : document.object();
 }
 
-void writeConfigObject(const QJsonObject& object) {
+bool writeConfigObject(const QJsonObject& object) {
     const QString path = configPath();
     const std::optional<QByteArray> old = readFile(path);
     const bool holdsNothing = old ? old->trimmed().isEmpty() : !QFileInfo::exists(path);
     const bool mayReplace =
         holdsNothing || (old && (QJsonDocument::fromJson(*old).isObject() ||
                                  !saveBackupCopy(path, *old).isEmpty() || !parseTolerantly(*old).isEmpty()));
-    if (mayReplace)
-        replaceFile(path, QJsonDocument(object).toJson());
+    return mayReplace && replaceFile(path, QJsonDocument(object).toJson());
 }

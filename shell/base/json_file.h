@@ -24,6 +24,6 @@ QString saveBackupCopy(const QString& path, const QByteArray& bytes);
 /// JSON object in it.
 QJsonObject readConfigObject();
 
-/// Rewrites config.json. If Qt cannot parse the old file, it is backed up first. Does nothing if the file
-/// cannot be read or written, or can be neither parsed nor backed up.
-void writeConfigObject(const QJsonObject& object);
+/// Rewrites config.json. If Qt cannot parse the old file, it is backed up first. False, with the file
+/// unchanged, if it cannot be read or written, or can be neither parsed nor backed up.
+bool writeConfigObject(const QJsonObject& object);

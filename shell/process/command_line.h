@@ -1,17 +1,17 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
+#include "shell/process/control.h"
 
 // The words that the program is started with. They are read before QApplication exists, because most of them
 // must work without a screen.
 
-enum class Launch { window, minimized, installVoice, quit, version, help, invalid };
+enum class Launch { window, minimized, command, quit, version, help, invalid };
 
 struct CommandLine {
     Launch launch = Launch::window;
-    QStringList files; // of installVoice, absolute paths; empty: the user chooses them
-    QString fault;     // of invalid, a message for the user
+    bool isRestart = false; // ends the running copies first; of window and minimized
+    ControlCommand command; // of command: for the running copy, or for this one if there is none
+    QString fault;          // of invalid, a message for the user
 };
 
 /// `arguments` without the program's name. Relative file names belong to the current folder.

@@ -1,6 +1,7 @@
 #include "shell/process/control.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -11,7 +12,11 @@ constexpr qsizetype maxEarlyCommands = 16;
 } // namespace
 
 bool isValidCommand(const ControlCommand& command) {
-    if (command.name == quitCommand || command.name == showCommand)
+    constexpr QStringView withoutArguments[] = {quitCommand,        showCommand,      raiseCommand,
+                                                toggleWheelCommand, toggleKeyCommand, voiceOnCommand,
+                                                voiceOffCommand};
+    if (std::find(std::begin(withoutArguments), std::end(withoutArguments), command.name) !=
+        std::end(withoutArguments))
         return command.arguments.isEmpty();
     const auto isShort = [](const QString& text) { return text.size() <= maxArgumentLength; };
     return command.name == installVoiceCommand && command.arguments.size() <= maxArguments &&

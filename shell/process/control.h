@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <chrono>
 #include <functional>
 
 // Commands from other processes of the same user to the running program: on Linux by
@@ -18,6 +19,11 @@ struct ControlCommand {
 
 inline constexpr QStringView quitCommand = u"quit";
 inline constexpr QStringView showCommand = u"show";
+inline constexpr QStringView raiseCommand = u"raise"; // shows the window without giving it the keyboard
+inline constexpr QStringView toggleWheelCommand = u"toggle-wheel";
+inline constexpr QStringView toggleKeyCommand = u"toggle-key"; // the dialog that changes it
+inline constexpr QStringView voiceOnCommand = u"voice-on";
+inline constexpr QStringView voiceOffCommand = u"voice-off";
 inline constexpr QStringView installVoiceCommand = u"install-voice"; // arguments: absolute paths, may be none
 
 /// From an untrusted sender: false for unknown names and for more or longer arguments than any command has.
@@ -56,11 +62,15 @@ private:
     QList<ControlCommand> early;
 };
 
-/// Sends a command to the first copy; waits some seconds for a copy that is just starting. False if nobody
-/// has received it. Not while a ControlListener exists. Main thread.
-bool sendToRunningCopy(const ControlCommand& command);
+/// Sends a command to the first copy, which may be just starting; waits for its answer at most `limit`. False
+/// if nobody has received it. Needs no QApplication. Not while a ControlListener of the first copy exists.
+/// Main thread.
+bool sendToRunningCopy(const ControlCommand& command, std::chrono::milliseconds limit);
+
+/// Sends a command to the first copy, without waiting for anything. Needs the event loop. As above.
+void sendInBackground(const ControlCommand& command);
 
 /// Ends all copies of this user that run from this program's folder, the engine without the shell and second
-/// copies included, and waits until they have gone. False if one is left after ten seconds; on Windows a copy
-/// whose user cannot be read counts.
+/// copies included, and waits until they have gone; not those that wait in this function themselves. False if
+/// one is left after ten seconds; on Windows a copy whose user cannot be read counts.
 bool quitRunningCopies();

@@ -45,12 +45,6 @@ QString downloadFolder() {
     return QFileInfo(folder).isDir() ? folder : QDir::homePath();
 }
 
-/// True when the file then has this content.
-bool writeConfig(const QJsonObject& config) {
-    writeConfigObject(config);
-    return readConfigObject() == config;
-}
-
 /// What an installation shares with its worker, which may outlive it. Except for the progress it is the
 /// worker's while that runs.
 struct VoiceWork {
@@ -215,7 +209,7 @@ void VoiceInstallation::prepareToPlace() {
 void VoiceInstallation::onSettingsKept() {
     QJsonObject stopped = readConfigObject();
     stopped["voiceEnabled"] = false;
-    if (!work->isDone || !writeConfig(stopped)) {
+    if (!work->isDone || !writeConfigObject(stopped)) {
         takeBack();
         return;
     }
@@ -229,7 +223,7 @@ void VoiceInstallation::onPlaced() {
     statusBefore = engineVoiceStatus();
     const QJsonObject before = readConfigObject(), after = newConfig(before);
     isModelChanged = after["voiceModel"] != before["voiceModel"];
-    if (!work->isDone || !writeConfig(after)) {
+    if (!work->isDone || !writeConfigObject(after)) {
         takeBack();
         return;
     }

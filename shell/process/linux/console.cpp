@@ -14,3 +14,7 @@ void printText(const QString& text, bool isFault) {
     const QByteArray line = text.toUtf8() + '\n';
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), isFault ? stderr : stdout);
 }
+
+void forgetRestart(char** argv) {
+    *argv[1] = '\0'; // what the system shows of it too
+}

@@ -18,7 +18,6 @@ extern "C" {
 #include <csignal>
 #include <filesystem>
 #include <memory>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -36,7 +35,7 @@ constexpr char interfaceText[] = R"(<node><interface name="org.freedesktop.Appli
 <method name="ActivateAction"><arg type="s" direction="in"/><arg type="av" direction="in"/>
 <arg type="a{sv}" direction="in"/></method></interface></node>)";
 
-constexpr auto sendLimit = 8s;
+constexpr guint retryMs = 50; // a copy that is starting has no name on the bus yet
 constexpr auto quitLimit = 10s;
 
 /// Bus callbacks may come after the listener has gone. Main thread.
@@ -108,6 +107,7 @@ void publish(GDBusConnection* bus) {
 /// One command on its way to the running copy. Shared with callbacks, which may come late.
 struct Sending {
     ControlCommand command;
+    GDBusConnection* bus = nullptr;
     bool isOver = false;
     bool isReceived = false;
     bool isPending = false;
@@ -124,14 +124,30 @@ GVariant* argumentsOf(const ControlCommand& command) {
     return g_variant_new("(sava{sv})", command.name.toUtf8().constData(), &values, nullptr);
 }
 
-void send(GDBusConnection* bus, const std::shared_ptr<Sending>& sending) {
+void sendIfDue(const std::shared_ptr<Sending>& sending) {
+    if (sending->bus == nullptr || sending->isPending || sending->isOver)
+        return;
     sending->isPending = true;
     const BusCall call{busName, objectPath, applicationInterface, "ActivateAction", "()"};
-    callOnOwnerBus(bus, call, argumentsOf(sending->command), [sending](GVariant* values) {
+    callOnOwnerBus(sending->bus, call, argumentsOf(sending->command), [sending](GVariant* values) {
         sending->isPending = false;
         sending->isReceived = values != nullptr;
         sending->isOver = sending->isReceived;
     });
+}
+
+/// Sends as soon as there is a connection.
+std::shared_ptr<Sending> startSending(const ControlCommand& command) {
+    const auto sending = std::make_shared<Sending>(Sending{command});
+    const std::string address = sessionBusAddress();
+    sending->isOver = address.empty();
+    if (!address.empty())
+        openOwnerBus(address, [sending](GDBusConnection* bus) {
+            sending->bus = bus;
+            sending->isOver = sending->isOver || bus == nullptr;
+            sendIfDue(sending);
+        });
+    return sending;
 }
 
 /// A process of this user that runs from this program's folder.
@@ -150,10 +166,11 @@ std::string programIn(const fs::path& folder, const std::string& process) {
     return fs::path(path).parent_path() == folder ? fs::path(path).filename().string() : std::string();
 }
 
-/// Not a process that waits for the end of the others itself.
+/// A process that waits for the end of the others itself; see forgetRestart().
 bool isWaiting(const std::string& process) {
     QFile file(QString::fromStdString("/proc/" + process + "/cmdline"));
-    return file.open(QIODevice::ReadOnly) && file.readAll().contains(QByteArray("\0--quit", 7));
+    const QByteArray words = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return words.contains(QByteArray("\0--quit", 7)) || words.contains(QByteArray("\0--restart", 10));
 }
 
 std::vector<Copy> runningCopies() {
@@ -202,27 +219,25 @@ void ControlListener::close() {
         currentListener = nullptr;
 }
 
-bool sendToRunningCopy(const ControlCommand& command) {
-    const std::string address = sessionBusAddress();
-    if (address.empty())
-        return false;
-    const auto sending = std::make_shared<Sending>(Sending{command});
-    GDBusConnection* bus = nullptr;
-    openOwnerBus(address, [sending, &bus](GDBusConnection* opened) {
-        sending->isOver = sending->isOver || opened == nullptr;
-        if (!sending->isOver)
-            bus = opened;
-    });
-    const auto limit = Clock::now() + sendLimit;
-    while (!sending->isOver && Clock::now() < limit) {
-        if (bus != nullptr && !sending->isPending)
-            send(bus, sending);
-        while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
-        }
-        std::this_thread::sleep_for(50ms);
-    }
+bool sendToRunningCopy(const ControlCommand& command, std::chrono::milliseconds limit) {
+    auto sending = startSending(command);
+    const auto end = Clock::now() + limit;
+    const guint retry = g_timeout_add(
+        retryMs,
+        [](gpointer data) -> gboolean {
+            sendIfDue(*static_cast<std::shared_ptr<Sending>*>(data));
+            return G_SOURCE_CONTINUE;
+        },
+        &sending);
+    while (!sending->isOver && Clock::now() < end)
+        g_main_context_iteration(nullptr, TRUE);
+    g_source_remove(retry);
     sending->isOver = true;
     return sending->isReceived;
+}
+
+void sendInBackground(const ControlCommand& command) {
+    startSending(command);
 }
 
 bool quitRunningCopies() {

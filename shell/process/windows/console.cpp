@@ -28,3 +28,5 @@ void printText(const QString& text, bool isFault) {
     MessageBoxW(nullptr, reinterpret_cast<const wchar_t*>(text.utf16()), L"Rotika",
                 isFault ? MB_ICONERROR : MB_ICONINFORMATION);
 }
+
+void forgetRestart(char** /*argv*/) {} // the window by which others find it is gone

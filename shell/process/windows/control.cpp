@@ -8,6 +8,8 @@
 #include <tlhelp32.h>
 // clang-format on
 
+#include <QThread>
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -29,9 +31,8 @@ constexpr wchar_t quittingCopyTitle[] = L"Rotika (--quit)"; // waits for the end
 constexpr ULONG_PTR commandData = 0x526F7431;
 constexpr DWORD maxDataBytes = 1 << 20;
 constexpr LRESULT commandReceived = 1;
-constexpr UINT replyLimitMs = 2000;
+constexpr std::chrono::milliseconds replyLimit{2000};
 
-constexpr auto sendLimit = 8s;
 constexpr auto quitLimit = 10s;
 constexpr DWORD retryMs = 100;
 
@@ -91,15 +92,19 @@ LRESULT CALLBACK controlProcedure(HWND window, UINT message, WPARAM wParam, LPAR
     return message == WM_CLOSE ? 0 : DefWindowProcW(window, message, wParam, lParam);
 }
 
-bool send(HWND receiver, const ControlCommand& command) {
+enum class Sent { received, refused, unanswered };
+
+Sent send(HWND receiver, const ControlCommand& command, std::chrono::milliseconds limit = replyLimit) {
     std::wstring text;
     for (const QString& word : QStringList(command.name) + command.arguments)
         text += word.toStdWString() + L'\0';
     COPYDATASTRUCT data{commandData, static_cast<DWORD>(text.size() * sizeof(wchar_t)), text.data()};
     DWORD_PTR reply = 0;
-    return SendMessageTimeoutW(receiver, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data), SMTO_ABORTIFHUNG,
-                               replyLimitMs, &reply) != 0 &&
-           reply == commandReceived;
+    const auto waitMs = static_cast<UINT>(std::clamp(limit, 1ms, replyLimit).count());
+    if (SendMessageTimeoutW(receiver, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data), SMTO_ABORTIFHUNG,
+                            waitMs, &reply) == 0)
+        return IsWindow(receiver) != 0 ? Sent::unanswered : Sent::refused;
+    return reply == commandReceived ? Sent::received : Sent::refused;
 }
 
 /// A process that runs from this program's folder, of this user as far as that can be known.
@@ -187,16 +192,26 @@ void ControlListener::close() {
     currentListener = nullptr;
 }
 
-bool sendToRunningCopy(const ControlCommand& command) {
-    for (const auto limit = Clock::now() + sendLimit; Clock::now() < limit; Sleep(retryMs)) {
+/// Not repeated for a copy that hangs, which might obey each of them later.
+bool sendToRunningCopy(const ControlCommand& command, std::chrono::milliseconds limit) {
+    for (const auto end = Clock::now() + limit; Clock::now() < end; Sleep(retryMs)) {
         const HWND receiver = FindWindowW(windowClass, firstCopyTitle);
+        if (receiver == nullptr)
+            continue;
         DWORD process = 0;
         GetWindowThreadProcessId(receiver, &process);
         AllowSetForegroundWindow(process); // its dialog comes to the front
-        if (receiver != nullptr && send(receiver, command))
-            return true;
+        const Sent sent = send(receiver, command, limit);
+        if (sent != Sent::refused)
+            return sent == Sent::received;
     }
     return false;
+}
+
+/// On a thread, which may outlive everything.
+void sendInBackground(const ControlCommand& command) {
+    QThread* const thread = QThread::create([command] { sendToRunningCopy(command, replyLimit); });
+    thread->start();
 }
 
 bool quitRunningCopies() {

@@ -1,0 +1,94 @@
+#include "shell/commands.h"
+
+#include "engine/core/overlay.h"
+#include "shell/main_window.h"
+#include "shell/process/control.h"
+#include "shell/toggle_key/toggle_key_dialog.h"
+#include "shell/voice_install/voice_installer.h"
+#include "shell/voice_switch.h"
+
+#include <QCoreApplication>
+#include <QMessageBox>
+#include <cstdio>
+
+namespace {
+
+constexpr std::chrono::seconds sendLimit{8};
+// The engine drops a press of the toggle key that is older, since the user no longer expects a reaction.
+constexpr std::chrono::seconds wheelLimit{2};
+
+QString notReceived() {
+    return QStringLiteral("Rotika już działa, ale nie przyjmuje poleceń. Zakończ ją i spróbuj ponownie.");
+}
+
+/// The first copy's window comes up behind the box, which it must neither delay nor cover, and receives the
+/// keyboard afterwards.
+void showRunningCopy() {
+    sendInBackground({raiseCommand.toString(), {}});
+    QMessageBox box(
+        QMessageBox::Information, QStringLiteral("Rotika"),
+        QCoreApplication::translate("main", "Rotika już działa — sprawdź ikonę w zasobniku systemowym."),
+        QMessageBox::Ok);
+    box.setWindowFlag(Qt::WindowStaysOnTopHint);
+    if (box.exec() == QMessageBox::Ok)
+        sendToRunningCopy({showCommand.toString(), {}}, wheelLimit);
+}
+
+} // namespace
+
+bool opensWindow(const ControlCommand& command) {
+    return command.name == showCommand || command.name == toggleKeyCommand ||
+           command.name == installVoiceCommand;
+}
+
+void obeyCommand(const ControlCommand& command, MainWindow& window) {
+    if (command.name == showCommand) {
+        window.showAndActivate();
+    } else if (command.name == raiseCommand) {
+        showWithoutActivating(window);
+    } else if (command.name == toggleWheelCommand) {
+        OverlayToggleWheel();
+    } else if (command.name == toggleKeyCommand) {
+        chooseToggleKey(window);
+    } else if (command.name == installVoiceCommand) {
+        window.showAndActivate(); // it may be hidden in the tray
+        installVoice(command.arguments, &window);
+    } else {
+        switchVoice(command.name == voiceOnCommand);
+    }
+}
+
+void showWithoutActivating(QWidget& window) {
+    window.setAttribute(Qt::WA_ShowWithoutActivating);
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.setAttribute(Qt::WA_ShowWithoutActivating, false);
+}
+
+std::optional<int> sendCommand(const ControlCommand& command, bool isFirstCopy) {
+    if (isFirstCopy && command.name != voiceOffCommand)
+        return std::nullopt;
+    if (isFirstCopy && writeVoiceEnabled(false))
+        return 0;
+    if (isFirstCopy) {
+        std::fputs("Nie udało się zapisać pliku config.json.\n", stderr);
+        return 1;
+    }
+    if (sendToRunningCopy(command, command.name == toggleWheelCommand ? wheelLimit : sendLimit))
+        return 0;
+    std::fputs(qUtf8Printable(notReceived() + '\n'), stderr);
+    return opensWindow(command) ? std::nullopt : std::optional(1);
+}
+
+int runAsSecondCopy(const CommandLine& line, std::function<void()> quit) {
+    const ControlListener control(false, std::move(quit)); // before the boxes
+    if (line.launch == Launch::command) {
+        QMessageBox::warning(nullptr, QStringLiteral("Rotika"), notReceived(), QMessageBox::Ok,
+                             QMessageBox::NoButton);
+        return 1;
+    }
+    if (!line.isRestart) // else another restart has been faster
+        showRunningCopy();
+    return 0;
+}

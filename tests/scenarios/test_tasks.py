@@ -8,7 +8,7 @@ from pathlib import Path
 
 import pytest
 
-from desk.accessible import SELECTED, Program
+from desk.accessible import FOCUSED, SELECTED, Program
 from desk.desk import field, field_point
 from desk.device import Device
 from desk.recorder import RawKeyReleases
@@ -75,17 +75,19 @@ class Person:
         return self.wheels()[0]["actions"][0]
 
     def focused(self):
-        return Program(self.desk.screen, "Rotika").focused()
+        """What has the keyboard: names of the widgets."""
+        return [name for widget in Program(self.desk.screen, "Rotika").shown() if widget.has_state(FOCUSED)
+                for name in (widget.name(), widget.description())]
 
     def go_to(self, name, after=None):
         """By the Tab key, from where a function leads to."""
         if after:
             self.act(after)
         for _ in range(20):
-            if (widget := self.focused()) and name in (widget.name(), widget.description()):
+            if name in (now := self.focused()):
                 return
             self.act("następne pole")
-            wait_for("another widget", lambda: (now := self.focused()) and (not widget or now.reference != widget.reference))
+            wait_for("another widget", lambda: self.focused() != now)
         raise AssertionError(f"Tab does not reach {name}")
 
     def wait_for_page(self, name):
@@ -397,12 +399,12 @@ ONLY_IN_FILE = "ustawienie jest tylko w pliku config.json"
 
 
 def edit_settings(person, name, old, new):
-    """In a terminal, with a desktop's key for it."""
+    """In a terminal, with a desktop's key for it. The letter x is the wheel's key."""
     person.desk.screen.bind_key("F9", "xterm -T Terminal")
     person.keyboard.tap("F9")
     wait_for("the terminal", lambda: person.desk.display.focused_title() == "Terminal")
     folder = shlex.quote(str(person.desk.folder))
-    person.keyboard.type(f"cd {folder}; sed -i /{name}/s/{old}/{new}/ config.json; setsid ./rotika --restart; exit\n")
+    person.keyboard.type(f"cd {folder}; sed -i /{name}/s/{old}/{new}/ config.json; setsid ./rotika --restart\n")
     wait_for("the end of the first program", lambda: person.desk.program.poll() is not None)
     wait_for("the window again", lambda: person.desk.display.focused_title() == "Rotika")
 
@@ -411,9 +413,8 @@ def edit_settings(person, name, old, new):
 def wheel_colour(person):
     person.start(segmentColor="#3498DB")
     edit_settings(person, "segmentColor", "3498DB", "E01010")
-    person.keyboard.tap("x")
-    shown = wait_for("the wheel", person.desk.wheel)
-    red, green, _ = person.desk.display.picture(shown.id)[230, 150]
+    person.desk.open_wheel()
+    red, green, _ = person.desk.display.picture(person.desk.wheel().id)[230, 150]
     assert red > 2 * green
     person.desk.close_wheel()
 
@@ -432,8 +433,7 @@ def toggle_key(person):
 def delays_and_focus(person):
     person.start(takeFocus=False)
     edit_settings(person, "takeFocus", "false", "true")
-    person.keyboard.tap("x")
-    wait_for("the wheel", person.desk.wheel)
+    person.desk.open_wheel()
     person.keyboard.tap("1")
     person.desk.wait_until_closed()
 

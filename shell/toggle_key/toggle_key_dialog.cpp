@@ -36,7 +36,8 @@ bool restart(bool isMinimized) {
 } // namespace
 
 ToggleKeyDialog::ToggleKeyDialog(QWidget& mainWindow)
-    : QDialog(mainWindow.isVisible() && !mainWindow.isMinimized() ? &mainWindow : nullptr), window(mainWindow), current(keyInForce()) {
+    : QDialog(mainWindow.isVisible() && !mainWindow.isMinimized() ? &mainWindow : nullptr),
+      window(mainWindow), current(keyInForce()) {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(tr("Klawisz koła"));
     setWindowModality(Qt::ApplicationModal);

@@ -63,7 +63,7 @@ Page custom ShowOptions LeaveOptions
 !define MUI_PAGE_HEADER_SUBTEXT "Proszę czekać, trwa instalacja programu Rotika."
 !insertmacro MUI_PAGE_INSTFILES
 !define MUI_FINISHPAGE_TITLE "Rotika jest zainstalowana"
-!define MUI_FINISHPAGE_TEXT "Koło funkcji otwiera klawisz x, chyba że w pliku config.json wybrano inny. Pierwsze kroki opisuje podręcznik.$\r$\n$\r$\nKliknij Zakończ, aby zamknąć instalator."
+!define MUI_FINISHPAGE_TEXT "Koło funkcji otwiera klawisz x; inny wybierzesz poleceniem „Klawisz koła…” w menu Start. Pierwsze kroki opisuje podręcznik.$\r$\n$\r$\nKliknij Zakończ, aby zamknąć instalator."
 !define MUI_FINISHPAGE_RUN "$INSTDIR\rotika.exe"
 !define MUI_FINISHPAGE_RUN_TEXT "Uruchom Rotikę"
 !define MUI_PAGE_CUSTOMFUNCTION_SHOW ShowFinish
@@ -219,7 +219,7 @@ Function ShowOptions
     ${If} $Autostart = 1
         ${NSD_Check} $AutostartBox
     ${EndIf}
-    ${NSD_CreateLabel} 0 30u 100% 40u "Skróty „Rotika”, „Zainstaluj głos…” i „Podręcznik” pojawią się w menu Start. Sterowanie głosem wymaga dwóch plików, które pobiera się osobno; opisuje to podręcznik."
+    ${NSD_CreateLabel} 0 30u 100% 40u "W menu Start pojawią się skróty programu, jego poleceń (na przykład „Pokaż koło” i „Zainstaluj głos…”) i podręcznika. Sterowanie głosem wymaga dwóch plików, które pobiera się osobno; opisuje to podręcznik."
     Pop $0
     nsDialogs::Show
 FunctionEnd
@@ -231,7 +231,12 @@ FunctionEnd
 Function WriteEntries
     CreateDirectory "$SMPROGRAMS\Rotika"
     CreateShortcut "$SMPROGRAMS\Rotika\Rotika.lnk" "$INSTDIR\rotika.exe"
+    CreateShortcut "$SMPROGRAMS\Rotika\Pokaż okno.lnk" "$INSTDIR\rotika.exe" "--show"
+    CreateShortcut "$SMPROGRAMS\Rotika\Pokaż koło.lnk" "$INSTDIR\rotika.exe" "--toggle-wheel"
+    CreateShortcut "$SMPROGRAMS\Rotika\Klawisz koła….lnk" "$INSTDIR\rotika.exe" "--toggle-key"
+    CreateShortcut "$SMPROGRAMS\Rotika\Włącz komendy głosowe.lnk" "$INSTDIR\rotika.exe" "--voice on"
     CreateShortcut "$SMPROGRAMS\Rotika\Zainstaluj głos….lnk" "$INSTDIR\rotika.exe" "--install-voice"
+    CreateShortcut "$SMPROGRAMS\Rotika\Zakończ.lnk" "$INSTDIR\rotika.exe" "--quit"
     CreateShortcut "$SMPROGRAMS\Rotika\Podręcznik.lnk" "$INSTDIR\podrecznik\podrecznik.html"
     WriteRegStr HKCU "${UNINSTALL_KEY}" DisplayName "Rotika"
     WriteRegStr HKCU "${UNINSTALL_KEY}" DisplayVersion "${VERSION}"

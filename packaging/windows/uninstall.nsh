@@ -141,7 +141,12 @@ Section Uninstall
     Push "$INSTDIR"
     Call un.RemoveFolder
     Delete "$SMPROGRAMS\Rotika\Rotika.lnk"
+    Delete "$SMPROGRAMS\Rotika\Pokaż okno.lnk"
+    Delete "$SMPROGRAMS\Rotika\Pokaż koło.lnk"
+    Delete "$SMPROGRAMS\Rotika\Klawisz koła….lnk"
+    Delete "$SMPROGRAMS\Rotika\Włącz komendy głosowe.lnk"
     Delete "$SMPROGRAMS\Rotika\Zainstaluj głos….lnk"
+    Delete "$SMPROGRAMS\Rotika\Zakończ.lnk"
     Delete "$SMPROGRAMS\Rotika\Podręcznik.lnk"
     RMDir "$SMPROGRAMS\Rotika"
     DeleteRegValue HKCU "${RUN_KEY}" Rotika

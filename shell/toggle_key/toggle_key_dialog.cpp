@@ -36,7 +36,8 @@ bool restart(bool isMinimized) {
 } // namespace
 
 ToggleKeyDialog::ToggleKeyDialog(QWidget& mainWindow)
-    : QDialog(mainWindow.isVisible() ? &mainWindow : nullptr), window(mainWindow), current(keyInForce()) {
+    : QDialog(mainWindow.isVisible() && !mainWindow.isMinimized() ? &mainWindow : nullptr),
+      window(mainWindow), current(keyInForce()) {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(tr("Klawisz koła"));
     setWindowModality(Qt::ApplicationModal);
@@ -81,14 +82,19 @@ void ToggleKeyDialog::explain(const QString& name) {
     if (name.size() == 1)
         text = name[0].isDigit() ? tr("Cyfry %1 nie wpiszesz, gdy program działa.")
                                  : tr("Litery %1 nie wpiszesz, gdy program działa.");
-    note->setText(text.arg(name));
-    field->setAccessibleDescription(note->text());
+    showNote(text.arg(name) + '\n' + tr("Po zapisaniu program uruchomi się ponownie."));
 }
 
 void ToggleKeyDialog::explainUnnamed() {
+    selector->setCurrentText(current);
     field->clear();
-    note->setText(tr("Tego klawisza Rotika nie zna, więc nie może on otwierać koła. Wybierz inny."));
-    field->setAccessibleDescription(note->text());
+    showNote(tr("Ten klawisz nie ma nazwy w pliku config.json, więc nie może otwierać koła. Wybierz inny."));
+}
+
+/// Screen readers read the description of the field, not a text that changes elsewhere.
+void ToggleKeyDialog::showNote(const QString& text) {
+    note->setText(text);
+    field->setAccessibleDescription(text);
 }
 
 void ToggleKeyDialog::save() {

@@ -18,6 +18,7 @@ public:
 private:
     void explain(const QString& name);
     void explainUnnamed();
+    void showNote(const QString& text);
     void save();
     void warn(const QString& text);
 

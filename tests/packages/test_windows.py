@@ -129,8 +129,9 @@ def test_an_upgrade_and_a_removal_keep_what_is_the_users(computer):
     computer.folder = computer.drive / "Żółw-i-ćma/Rotika"
     assert computer.run(SETUP, "/S", r"/D=C:\Żółw-i-ćma\Rotika") == 0
     assert computer.files().keys() == SHIPPED | OWN
-    assert computer.files(computer.user / START_MENU).keys() == {"Podręcznik.lnk", "Rotika.lnk",
-                                                                  "Zainstaluj głos….lnk"}
+    assert computer.files(computer.user / START_MENU).keys() == {f"{name}.lnk" for name in (
+        "Podręcznik", "Rotika", "Pokaż okno", "Pokaż koło", "Klawisz koła…", "Włącz komendy głosowe",
+        "Zainstaluj głos…", "Zakończ")}
     assert computer.value(r"Uninstall\Rotika", "DisplayVersion") == SETUP.name.split("-")[1]
     assert not computer.value("Run", "Rotika")
     computer.add_files_of_the_user(**FORMER)

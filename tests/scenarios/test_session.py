@@ -1,11 +1,14 @@
 """Start-up with a second instance or broken files, and the session lock."""
 
+import json
 import shutil
+import signal
 from pathlib import Path
 
 import pytest
 
 from desk.desk import TOGGLE_KEY, field
+from desk.device import Device
 from desk.waiting import holds_within, wait_for
 
 
@@ -16,12 +19,25 @@ def expect_wheel(desk):
     assert desk.program.poll() is None
 
 
-def test_a_second_instance_shows_a_message_and_exits_without_disturbing_the_first(desk):
+def test_a_second_instance_shows_a_message_and_the_window_of_the_first(desk):
     desk.prepare(field("a"))
     desk.start_program()
-    second = desk.launch_program()
-    desk.display.close_window(wait_for("a message", lambda: desk.display.titled("Rotika")[1:])[0])
-    assert second.wait(10) == 0
+    for way in "behind", "closed", "hanging":
+        desk.work_in_recorder()
+        if way == "closed":
+            desk.display.close_window(desk.display.titled("Rotika")[0])
+            wait_for("the window to close", lambda: not desk.display.titled("Rotika"))
+        if way == "hanging":
+            desk.program.send_signal(signal.SIGSTOP)
+        second = desk.launch_program()
+        wait_for("the message in front", lambda: desk.is_in_front("Rotika"))
+        box = desk.display.active_window()
+        desk.program.send_signal(signal.SIGCONT)
+        wait_for("the window", lambda: desk.display.titled("Rotika")[1:])
+        assert not holds_within(0.5, lambda: desk.display.active_window() != box), "the window came before the message"
+        desk.keyboard.tap("Return")
+        assert second.wait(10) == 0
+        wait_for("the window in front", lambda: desk.is_in_front("Rotika"))
     expect_wheel(desk)
     assert desk.launch_program("--install-voice", "brak.zip").wait(20) == 0  # passed to the first
     second = desk.launch_program()
@@ -35,15 +51,91 @@ def test_a_second_instance_shows_a_message_and_exits_without_disturbing_the_firs
 
 
 def test_words_of_the_command_line_are_answered_without_a_window(desk):
-    desk.prepare(field("a"))
+    desk.prepare(field("a"), own=[7])
     desk.variables["DISPLAY"] = ""
     answers = {("--version",): (0, "Rotika "), ("--help",): (0, "--install-voice"), ("--quit",): (0, ""),
-               ("--cos",): (2, "Nieznana opcja: --cos"), ("--quit", "a"): (2, "--quit")}
+               ("--cos",): (2, "Nieznana opcja: --cos"), ("--quit", "a"): (2, "--quit"), ("--voice",): (2, "on albo off"),
+               ("--voice", "x"): (2, "on albo off"), ("--restart", "--show"): (2, "--show"), ("--voice", "off"): (0, "")}
     for words, (status, part) in answers.items():
         log = desk.screen.folder / f"{Path(desk.target.command('rotika')[0]).name}.log"
         log.write_text("")
         assert desk.launch_program(*words).wait(20) == status
         assert part in log.read_text(), words
+    assert json.loads(desk.read("config.json")).items() >= {"voiceEnabled": False, "own": [7]}.items()
+
+
+def run_word(desk, *words, status=0):
+    assert desk.launch_program(*words).wait(20) == status
+
+
+def test_words_of_the_command_line_drive_the_program(desk):
+    """Each reaches the running copy, or else starts it; none takes the keyboard from the program in front."""
+    device = Device(desk, "speech", "nowhere")
+    desk.prepare(field("a"), **device.settings)
+    desk.recorder = desk.target.recorder()
+    desk.program = desk.launch_program("--toggle-wheel")
+    desk.wait_until_open()
+    assert desk.display.focused_title() == "recorder"
+    run_word(desk, "--toggle-wheel")
+    desk.wait_until_closed()
+    desk.work_in_recorder()
+    run_word(desk, "--toggle-wheel")
+    desk.wait_until_open()
+    desk.pick(0)
+    desk.recorder.expect("a")
+    device.wait_for_status(f"brak {device.library.name}")
+    shutil.copy(desk.doubles / "complete" / device.library.name, device.library)
+    run_word(desk, "--voice", "on")  # tries again what has given up
+    device.wait_for_call("model_new")
+    if desk.target.is_accessible:
+        desk.screen.launch("dbus-monitor", "member=Notify")
+    for state in "off", "on":
+        run_word(desk, "--voice", state)
+        wait_for("the setting", lambda: f'"voiceEnabled": {str(state == "on").lower()}' in desk.read("config.json"))
+        assert "voiceGlobal" not in desk.read("config.json")
+    if desk.target.is_accessible:
+        wait_for("a notification", lambda: "rotika --voice on" in (desk.screen.folder / "dbus-monitor.log").read_text())
+    assert desk.display.focused_title() == "recorder"
+    run_word(desk, "--show")
+    wait_for("the window", lambda: desk.is_in_front("Rotika"))
+    first, restarts = desk.program, [desk.launch_program("--restart", "--minimized") for _ in range(2)]
+    assert first.wait(20) == 0
+    wait_for("one of them to end", lambda: {each.poll() for each in restarts} == {None, 0}, 30)
+    desk.program, = (each for each in restarts if each.poll() is None)
+    wait_for("the program", desk.guard, 30)
+    desk.work_in_recorder()
+    desk.program.send_signal(signal.SIGSTOP)
+    run_word(desk, "--toggle-wheel", status=1)
+    desk.program.send_signal(signal.SIGCONT)
+    assert not holds_within(1, desk.wheel), "obeyed too late"
+    desk.open_wheel()
+    desk.close_wheel()
+
+
+def test_another_toggle_key_is_chosen_by_keyboard(desk):
+    desk.prepare(field("a"), own=[7])
+    desk.start_program()
+    before, file = desk.read("config.json"), desk.folder / "config.json"
+    run_word(desk, "--toggle-key")
+    wait_for("the dialog", lambda: desk.is_in_front("Klawisz koła"))
+    file.unlink()
+    file.mkdir()  # cannot be written
+    desk.keyboard.tap("F9")
+    desk.keyboard.tap("Return")
+    wait_for("a message", lambda: desk.display.titled("Klawisz koła")[1:])
+    desk.keyboard.tap("Return")
+    wait_for("the dialog", lambda: not desk.display.titled("Klawisz koła")[1:] and desk.is_in_front("Klawisz koła"))
+    file.rmdir()
+    file.write_text(before)
+    desk.keyboard.tap("Return")
+    assert desk.program.wait(20) == 0
+    assert json.loads(desk.read("config.json")) == json.loads(before) | {"toggleKey": "F9"}
+    wait_for("the program again", lambda: desk.display.focused_title() == "Rotika", 60)
+    desk.keyboard.tap("F9")
+    wait_for("the wheel", desk.wheel)
+    desk.keyboard.tap("F9")
+    desk.wait_until_closed()
+    run_word(desk, "--quit")
 
 
 def test_a_minimized_start_shows_the_window_only_where_there_is_no_tray(desk):

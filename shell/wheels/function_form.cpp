@@ -2,13 +2,14 @@
 
 #include "common/limits.h"
 #include "shell/base/cards.h"
+#include "shell/base/placeholder_edit.h"
 #include "shell/base/shortcuts.h"
 #include "shell/base/themes.h"
+#include "shell/wheels/color_dialog.h"
 #include "shell/wheels/field_icons.h"
 #include "shell/wheels/icon_picker_dialog.h"
 #include "shell/wheels/wheel_document.h"
 
-#include <QColorDialog>
 #include <QGridLayout>
 #include <QLineEdit>
 #include <QPushButton>
@@ -17,7 +18,7 @@
 
 FunctionForm::FunctionForm(QWidget* parent) : QWidget(parent) {
     nameEdit = new QLineEdit;
-    voiceEdit = new QLineEdit;
+    voiceEdit = new PlaceholderEdit;
     voiceEdit->setPlaceholderText(tr("np. leczenie"));
     auto* form = new QGridLayout(this); // a grid aligns the rows of both columns
     form->setContentsMargins(0, 0, 0, 0);
@@ -120,7 +121,7 @@ void FunctionForm::showIcon(const QString& icon) {
 void FunctionForm::pickColor() {
     const QColor start = shownColor.isValid() ? shownColor : themeInfo(currentThemeId()).ringColor;
     // Cancelling yields an invalid colour, which is how the user returns to the wheel's own.
-    emit colorChosen(QColorDialog::getColor(start, this, tr("Kolor pola")));
+    emit colorChosen(askColor(this, tr("Kolor pola"), start));
 }
 
 void FunctionForm::pickIcon() {

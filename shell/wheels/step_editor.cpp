@@ -2,6 +2,7 @@
 
 #include "common/limits.h"
 #include "shell/base/cards.h"
+#include "shell/base/placeholder_edit.h"
 #include "shell/base/shortcuts.h"
 
 #include <QAbstractItemView>
@@ -70,7 +71,7 @@ QLayout* StepEditor::makeStepRow() {
     nameSelector(stepKindCombo, tr("Rodzaj kroku"));
     stepKindCombo->addItems({tr("klik"), tr("przytrzymaj"), tr("puść"), tr("otwórz")});
     connect(stepKindCombo, &QComboBox::currentIndexChanged, this, &StepEditor::onStepKind);
-    openEdit = new QLineEdit;
+    openEdit = new PlaceholderEdit;
     openEdit->setAccessibleName(tr("Adres lub program do otwarcia"));
     openEdit->setPlaceholderText(tr("https://… albo program.exe"));
     auto* page = new QWidget;

@@ -3,6 +3,8 @@
 #include "shell/base/settings.h"
 #include "shell/base/themes.h"
 #include "shell/main_window.h"
+#include "shell/wheels/color_dialog.h"
+#include "shell/wheels/icon_picker_dialog.h"
 #include "test_files.h"
 
 #include <gtest/gtest.h>
@@ -137,6 +139,11 @@ TEST_P(Sheets, KeepTextReadableInEveryStateAndMarkTheKeyboardFocus) {
             EXPECT_TRUE(place.isEmpty() || contrastOfTwo(pictureOf(widget, place)) >= textContrast)
                 << int(state);
         }
+        if (auto* edit = qobject_cast<QLineEdit*>(&widget); edit && !edit->placeholderText().isEmpty()) {
+            edit->clear();
+            edit->setPlaceholderText(blocks);
+            EXPECT_GE(contrastOfTwo(pictureOf(widget, place)), textContrast);
+        }
         if ((widget.focusPolicy() & Qt::TabFocus) == 0 || !widget.isEnabled())
             return;
         const QImage without = pictureOf(widget, widget.rect());
@@ -151,6 +158,89 @@ TEST_P(Sheets, KeepTextReadableInEveryStateAndMarkTheKeyboardFocus) {
         EXPECT_GE(marked, std::min(widget.width(), 100)); // pixels; a small button's outline has 100
     });
     EXPECT_GT(texts, 50);
+}
+
+/// Heights and widths of what can be pressed in a widget, by hand or by gaze.
+std::vector<QRect> targetsIn(QWidget& widget) {
+    if (auto* view = qobject_cast<QAbstractItemView*>(&widget); view && !widget.inherits("QHeaderView")) {
+        if (view->model()->rowCount(view->rootIndex()) == 0)
+            return {};
+        return {view->visualRect(view->model()->index(0, 0, view->rootIndex()))};
+    }
+    if (auto* header = qobject_cast<QHeaderView*>(&widget))
+        return {QRect(0, 0, header->sectionSize(0), header->height())};
+    if (auto* combo = qobject_cast<QComboBox*>(&widget))
+        return {combo->rect(), QRect(0, 0, combo->width(), combo->view()->sizeHintForRow(0))};
+    QStyleOptionSpinBox spin;
+    QStyleOptionSlider slider;
+    QStyleOptionButton check;
+    std::vector<QRect> targets{widget.rect()};
+    check.initFrom(&widget);
+    check.text = blocks;
+    spin.initFrom(&widget);
+    slider.initFrom(&widget);
+    slider.state |= QStyle::State_Horizontal;
+    for (const auto part : {QStyle::SC_SpinBoxUp, QStyle::SC_SpinBoxDown})
+        if (widget.inherits("QAbstractSpinBox"))
+            targets.push_back(widget.style()->subControlRect(QStyle::CC_SpinBox, &spin, part, &widget));
+    if (widget.inherits("QCheckBox"))
+        targets = {widget.style()->subElementRect(QStyle::SE_CheckBoxClickRect, &check, &widget)};
+    for (const auto part : {QStyle::SC_SliderHandle, QStyle::SC_SliderGroove})
+        if (widget.inherits("QSlider"))
+            targets.push_back(widget.style()->subControlRect(QStyle::CC_Slider, &slider, part, &widget));
+    return targets;
+}
+
+void expectLargeTargets(QWidget& widget) {
+    SCOPED_TRACE(widget.window()->windowTitle().toStdString() + ' ' + widget.metaObject()->className() + ' ' +
+                 widget.accessibleName().toStdString());
+    const bool isPart =
+        widget.parent()->inherits("QAbstractSpinBox") || widget.parent()->inherits("QComboBox");
+    if (!widget.isVisible() || isPart ||
+        ((widget.focusPolicy() & Qt::TabFocus) == 0 && !widget.inherits("QAbstractButton") &&
+         !widget.inherits("QHeaderView")))
+        return;
+    // The row of a step's fields has a given height.
+    const int least = widget.parent()->parent()->inherits("QStackedWidget") ? 34 : 36;
+    for (const QRect& target : targetsIn(widget)) {
+        EXPECT_GE(target.height(), least);
+        EXPECT_GE(target.width(), 36);
+    }
+}
+
+TEST_P(Sheets, MakeTargetsLargeEnoughForAHandOrAnEyeOnPagesAndInDialogs) {
+    forEachWidget(expectLargeTargets);
+    QFileDialog files(window.get());
+    QInputDialog name(window.get());
+    IconPickerDialog icons({}, window.get());
+    QMessageBox box(QMessageBox::Question, "?", "?", QMessageBox::Yes | QMessageBox::No, window.get());
+    for (QDialog* dialog : std::initializer_list<QDialog*>{&files, &name, &icons, &box}) {
+        dialog->show();
+        QApplication::processEvents();
+        for (QWidget* widget : dialog->findChildren<QWidget*>())
+            expectLargeTargets(*widget);
+        dialog->hide();
+    }
+}
+
+TEST_P(Sheets, NameColoursThatKeysChooseInTheColourDialog) {
+    const QColor start(1, 2, 3);
+    const auto answer = [&](std::initializer_list<int> keys) {
+        QTimer::singleShot(0, [keys] {
+            QWidget* dialog = QApplication::activeModalWidget();
+            QApplication::processEvents();
+            for (QWidget* widget : dialog->findChildren<QWidget*>())
+                expectLargeTargets(*widget);
+            for (const int key : keys) {
+                QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+                QApplication::sendEvent(dialog->focusWidget(), &press);
+            }
+        });
+        return askColor(window.get(), "Kolor pola", start);
+    };
+    EXPECT_EQ(answer({Qt::Key_Return}), start);
+    EXPECT_EQ(answer({Qt::Key_End, Qt::Key_Return}), QColor(Qt::black)); // "czarny"
+    EXPECT_EQ(answer({Qt::Key_Escape}), QColor());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Sheets, testing::ValuesIn(themes()),

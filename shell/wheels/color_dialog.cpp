@@ -1,0 +1,154 @@
+#include "shell/wheels/color_dialog.h"
+
+#include "shell/base/window_size.h"
+
+#include <QBoxLayout>
+#include <QColorDialog>
+#include <QCoreApplication>
+#include <QLabel>
+#include <QListWidget>
+#include <QPainter>
+#include <QPushButton>
+#include <algorithm>
+
+namespace {
+
+struct NamedColor {
+    const char16_t* name;
+    QRgb value;
+};
+
+constexpr NamedColor namedColors[] = {
+    {u"czerwony", 0xD32F2F},     {u"ciemnoczerwony", 0x8E1B1B}, {u"różowy", 0xD81B60},
+    {u"pomarańczowy", 0xEF6C00}, {u"bursztynowy", 0xFFA000},    {u"żółty", 0xFDD835},
+    {u"limonkowy", 0xAFB42B},    {u"oliwkowy", 0x827717},       {u"jasnozielony", 0x7CB342},
+    {u"zielony", 0x2E7D32},      {u"ciemnozielony", 0x1B5E20},  {u"morski", 0x00695C},
+    {u"turkusowy", 0x00838F},    {u"błękitny", 0x4FC3F7},       {u"niebieski", 0x1565C0},
+    {u"granatowy", 0x1A237E},    {u"fioletowy", 0x7B1FA2},      {u"liliowy", 0xB39DDB},
+    {u"brązowy", 0x6D4C41},      {u"beżowy", 0xD7CCC8},         {u"biały", 0xFFFFFF},
+    {u"jasnoszary", 0xBDBDBD},   {u"szary", 0x757575},          {u"ciemnoszary", 0x424242},
+    {u"czarny", 0x000000},
+};
+
+QIcon swatch(const QColor& color) {
+    QPixmap picture(24, 24);
+    picture.fill(color);
+    QPainter painter(&picture);
+    painter.setPen(QColor(0x80, 0x80, 0x80)); // visible on light and on dark backgrounds
+    painter.drawRect(picture.rect().adjusted(0, 0, -1, -1));
+    return picture;
+}
+
+QColor colorOf(const QListWidgetItem& item) {
+    return item.data(Qt::UserRole).value<QColor>();
+}
+
+void addColor(QListWidget& list, const QString& name, const QColor& color, const QColor& start) {
+    auto* item = new QListWidgetItem(swatch(color), name, &list);
+    item->setData(Qt::UserRole, color);
+    if (color == start)
+        list.setCurrentItem(item);
+}
+
+/// The start colour is current, so that Enter keeps it.
+QListWidget* makeColorList(const QColor& start) {
+    auto* list = new QListWidget;
+    list->setAccessibleName(QCoreApplication::translate("ColorDialog", "Kolory"));
+    list->ensurePolished(); // or rows keep the height of unstyled text
+    const bool hasName =
+        std::any_of(std::begin(namedColors), std::end(namedColors),
+                    [&start](const NamedColor& color) { return QColor(color.value) == start; });
+    if (!hasName)
+        addColor(*list, start.name().toUpper(), start, start);
+    for (const NamedColor& color : namedColors)
+        addColor(*list, QString::fromUtf16(color.name), QColor(color.value), start);
+    return list;
+}
+
+/// As many columns as fit beside the rest of the dialog, at most three.
+void arrangeCells(QListWidget& list, const QSize& room) {
+    const QSize cell(list.sizeHintForColumn(0) + 8, list.sizeHintForRow(0));
+    const int border = 2 * list.frameWidth() + 8;
+    const int columns = std::clamp((room.width() - border) / cell.width(), 1, 3);
+    const int rows = (list.count() + columns - 1) / columns;
+    const int height = std::min(rows * cell.height() + border, room.height());
+    const bool scrolls = height < rows * cell.height() + border;
+    list.setFlow(QListView::LeftToRight);
+    list.setWrapping(true);
+    list.setGridSize(cell);
+    for (int row = 0; row < list.count(); ++row)
+        list.item(row)->setSizeHint(cell); // all of the cell takes presses
+    list.setFixedWidth(columns * cell.width() + border + (scrolls ? 24 : 0));
+    list.setMinimumHeight(height);
+}
+
+/// Hides what the list replaces. Returns the first well, after which the list is in the Tab order.
+QWidget* hideWells(QColorDialog& dialog) {
+    QWidget* first = nullptr;
+    for (QLabel* label : dialog.findChildren<QLabel*>()) {
+        QWidget* well = label->buddy();
+        if (well == nullptr || !well->inherits("QWellArray"))
+            continue;
+        first = first == nullptr ? well : first;
+        well->hide();
+        label->hide();
+    }
+    return first;
+}
+
+QPushButton* findButton(const QColorDialog& dialog, const char* text) {
+    const QList<QPushButton*> buttons = dialog.findChildren<QPushButton*>();
+    const auto found = std::find_if(buttons.begin(), buttons.end(), [text](const QPushButton* button) {
+        return button->text() == QColorDialog::tr(text);
+    });
+    return found == buttons.end() ? nullptr : *found;
+}
+
+/// Both show the colour in force: the list has a selected row only while the fields beside it have its
+/// colour.
+void connectList(QColorDialog& dialog, QListWidget& list) {
+    const auto choose = [&dialog, &list] {
+        if (!list.selectedItems().isEmpty())
+            dialog.setCurrentColor(colorOf(*list.currentItem()));
+    };
+    QObject::connect(&list, &QListWidget::itemSelectionChanged, &dialog, choose);
+    QObject::connect(&dialog, &QColorDialog::currentColorChanged, &list, [&list](const QColor& color) {
+        if (colorOf(*list.currentItem()).rgb() != color.rgb())
+            list.clearSelection();
+    });
+}
+
+void addColorList(QColorDialog& dialog, const QColor& start) {
+    auto* parts = qobject_cast<QBoxLayout*>(dialog.layout()->itemAt(0)->layout());
+    QWidget* well = hideWells(dialog);
+    if (parts == nullptr || well == nullptr) // Qt leaves the wells out on very small screens
+        return;
+    findButton(dialog, "&Add to Custom Colors")->hide();
+    QListWidget* list = makeColorList(start);
+    auto* label = new QLabel(QCoreApplication::translate("ColorDialog", "Ko&lory"));
+    label->setBuddy(list);
+    auto* column = new QVBoxLayout;
+    column->addWidget(label);
+    column->addWidget(list, 1);
+    if (QPushButton* fromScreen = findButton(dialog, "&Pick Screen Color"))
+        column->addWidget(fromScreen);
+    dialog.layout()->activate();
+    const QSize room = maximumWindowSize(dialog) - dialog.sizeHint();
+    arrangeCells(*list, {room.width(), parts->sizeHint().height() - 80});
+    parts->insertLayout(0, column);
+    QWidget::setTabOrder(well, list);
+    connectList(dialog, *list);
+    list->setFocus();
+}
+
+} // namespace
+
+QColor askColor(QWidget* parent, const QString& title, const QColor& start) {
+    QColorDialog dialog(parent);
+    dialog.setOption(QColorDialog::DontUseNativeDialog); // which would not show the list
+    dialog.setWindowTitle(title);
+    dialog.setCurrentColor(start);
+    addColorList(dialog, start);
+    dialog.exec();
+    return dialog.selectedColor();
+}

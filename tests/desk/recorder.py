@@ -115,7 +115,7 @@ class Recorder(Recording):
 
 
 class RawKeyReleases:
-    """Counts the releases of keys, real and injected, whatever window has the keyboard."""
+    """Counts the releases of keys, whatever window has the keyboard; injected ones more than once."""
 
     def __init__(self, screen):
         self.display, self.seen = Display(screen.environment["DISPLAY"]), 0

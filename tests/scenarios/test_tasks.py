@@ -62,6 +62,10 @@ class Person:
     def in_front(self, title):
         wait_for(f"{title} in front", lambda: self.desk.is_in_front(title))
 
+    def wait_for_window(self):
+        """Of a program that has started itself again."""
+        wait_for("the window", lambda: self.desk.display.focused_title() == "Rotika")
+
     def page(self, number):
         self.act(("strona start", "strona koła", "strona głos", "strona wzrok", "strona ustawienia")[number - 1])
 
@@ -121,18 +125,16 @@ class Hands(Person):
 class Automatic(Person):
     """The program presses the keys."""
 
-    own_releases = 0  # of the person's keys, for each function
-
     def get_ready(self):
         self.releases = RawKeyReleases(self.desk.screen)
 
     def perform(self, phrase):
-        steps = FUNCTIONS[phrase]["steps"]
+        self.open(phrase)
         before = self.releases.count()
-        self.run(phrase)
-        wanted = before + self.own_releases + sum(step.get("value", 1) if step["action"] == "click" else step["action"] == "release"
-                              for step in steps if not step["key"].endswith("mb"))
-        wait_for(f"the keys of {phrase}", lambda: self.releases.count() >= wanted)
+        self.choose(phrase)
+        # Functions with several keys hold one throughout.
+        wait_for(f"the keys of {phrase}", lambda: FUNCTIONS[phrase]["steps"][0]["key"].endswith("mb") or (
+            self.releases.count() > before and not self.desk.display.keys_down()))
 
 
 class Voice(Automatic):
@@ -150,7 +152,7 @@ class Voice(Automatic):
     def say(self, phrase):
         self.recogniser.add(f"say {phrase}")
 
-    run = say
+    open, choose = (lambda self, phrase: None), say
 
     def shortcut(self, key, phrase):
         self.say(phrase)
@@ -163,8 +165,6 @@ class Voice(Automatic):
 
 class Eyes(Automatic):
     """The toggle key is a switch. The wheel holds the functions that a task needs."""
-
-    own_releases = 1  # of the switch
 
     def __init__(self, desk):
         super().__init__(desk)
@@ -184,13 +184,15 @@ class Eyes(Automatic):
         self.tracker.add(f"look {(shown.left + x + .5) / width} {(shown.top + y + .5) / height} 1")
 
     def look_at_field(self, index, count):
-        self.keyboard.tap("x")
-        wait_for("the wheel", self.desk.wheel)
         self.look(*field_point(index, count))
         self.desk.wait_until_closed()
         self.tracker.write()
 
-    def run(self, phrase):
+    def open(self, phrase=None):
+        self.keyboard.tap("x")
+        wait_for("the wheel", self.desk.wheel)
+
+    def choose(self, phrase):
         self.look_at_field(self.functions.index(phrase), len(self.functions))
 
 
@@ -250,6 +252,7 @@ def choose(person):
     if isinstance(person, Voice):
         person.say("tarcza")
     elif isinstance(person, Eyes):
+        person.open()
         person.look_at_field(1, 2)
     else:
         person.desk.open_wheel()
@@ -392,7 +395,7 @@ def dwell_time(person):
     person.act("w prawo", "w prawo")
     for _ in range(2):  # saves
         person.act("poprzednie pole", "spacja", "następne pole")
-    wait_for("the time", lambda: person.config()["gazeDwell"] == 1000)
+    wait_for("the time", lambda: person.config().get("gazeDwell") == 1000)
 
 
 ONLY_IN_FILE = "ustawienie jest tylko w pliku config.json"
@@ -406,7 +409,7 @@ def edit_settings(person, name, old, new):
     folder = shlex.quote(str(person.desk.folder))
     person.keyboard.type(f"cd {folder}; sed -i /{name}/s/{old}/{new}/ config.json; setsid ./rotika --restart\n")
     wait_for("the end of the first program", lambda: person.desk.program.poll() is not None)
-    wait_for("the window again", lambda: person.desk.display.focused_title() == "Rotika")
+    person.wait_for_window()
 
 
 @task("kolor koła", voice=ONLY_IN_FILE, eyes=ONLY_IN_FILE)
@@ -426,7 +429,19 @@ def toggle_key(person):
     person.start()
     person.shortcut("F9", "klawisz koła")
     person.in_front("Klawisz koła")
-    # TODO
+    if isinstance(person, Hands):
+        person.keyboard.tap("F8")
+    else:
+        person.go_to("albo z listy:")
+        person.act("w górę")
+    person.go_to("Zapisz")
+    person.act("zatwierdź")
+    wait_for("the end of the first program", lambda: person.desk.program.poll() is not None)
+    person.wait_for_window()
+    person.keyboard.tap(person.config()["toggleKey"])
+    wait_for("the wheel", person.desk.wheel)
+    person.keyboard.tap(person.config()["toggleKey"])
+    person.desk.wait_until_closed()
 
 
 @task("czasy i fokus koła", voice=ONLY_IN_FILE, eyes=ONLY_IN_FILE)

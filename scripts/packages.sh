@@ -14,7 +14,7 @@ packages_build="
 # Running the tests, the demo and the benchmarks on a private screen.
 packages_test="
     clang libclang-rt-dev clang-format clang-tidy
-    xvfb openbox picom xdotool imagemagick x11-utils x11-xserver-utils x11-xkb-utils
+    xvfb openbox picom xdotool imagemagick x11-utils x11-xserver-utils x11-xkb-utils xterm
     dbus at-spi2-core libatk-adaptor gtk-3-examples designer-qt6
     pulseaudio pulseaudio-utils espeak-ng
     hsetroot fonts-dejavu-core trayer

@@ -432,7 +432,7 @@ def toggle_key(person):
     if isinstance(person, Hands):
         person.keyboard.tap("F8")
     else:
-        person.go_to("albo z listy:")
+        person.go_to("Nowy klawisz z listy")
         person.act("w górę")
     person.go_to("Zapisz")
     person.act("zatwierdź")

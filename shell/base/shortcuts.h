@@ -25,16 +25,22 @@ void addShortcut(QPushButton* button, const QKeySequence& keys);
 /// The keys as the user reads them.
 QString shortcutText(const QKeySequence& keys);
 
-/// Event filter of the application: Enter presses the focused button in windows that are no dialogs, and does
-/// not repeat while it is held down, or it would also accept the dialog that its first press has opened.
-class EnterKey : public QObject {
+/// Whether the event is a press of Enter, alone, on either part of the keyboard.
+bool isEnterPress(const QEvent& event);
+
+/// Event filter of the application. Enter presses the focused button in windows that are no dialogs. While
+/// they are held down, Enter and shortcuts act once, and so does Space on a button: repeated, they would also
+/// accept the dialog that the first press has opened.
+class KeyRules : public QObject {
     Q_OBJECT
 
 public:
     using QObject::QObject;
 
-    static bool isIn(const QEvent& event);
-
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    int releasedKey = 0;
+    quint64 releaseTime = 0;
 };

@@ -135,7 +135,7 @@ QLayout* StepEditor::makeButtonRow() {
 /// Enter in a field of the step adds it. Ctrl+Up and Ctrl+Down have a meaning of their own in the selector of
 /// the key and in the number.
 bool StepEditor::eventFilter(QObject* field, QEvent* event) {
-    if (EnterKey::isIn(*event)) {
+    if (isEnterPress(*event)) {
         stepAdd();
         QMetaObject::invokeMethod(field == keyCombo ? keyCombo->lineEdit() : field, "selectAll");
         return true; // the selector would complete its text

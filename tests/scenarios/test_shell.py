@@ -13,13 +13,13 @@ from desk.x11 import xlib
 
 pytestmark = pytest.mark.only("linux")  # Wine publishes no widgets
 
-KEY = "Klawisz lub przycisk myszy"
+KEY, STEPS = "Klawisz lub przycisk myszy", "Czynności (kroki sekwencji)"
 CONTROLS = ("check box", "combo box", "list", "push button", "slider", "spin box", "text", "tree")
 
 
 class User:
     def __init__(self, desk):
-        self.desk, self.keyboard, self.scale = desk, desk.keyboard, 1
+        self.desk, self.keyboard, self.scale, self.keystrokes = desk, desk.keyboard, 1, 0
         desk.variables["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
 
     def start(self):
@@ -41,13 +41,25 @@ class User:
     def wait_until_selected(self, name, role):
         wait_for(f"{name} to be selected", lambda: self.window.find(name, role).has_state(SELECTED))
 
+    def press_keys(self, *keys, then=None):
+        """All of them together, which counts as one keystroke; waits until the control `then` has the keyboard."""
+        self.keystrokes += 1
+        for key in keys:
+            self.keyboard.press(key)
+        for key in reversed(keys):
+            self.keyboard.release(key)
+        if then:
+            self.wait_for_keyboard(then)
+
+    def wait_for_keyboard(self, name):
+        wait_for(f"{name} to have the keyboard", lambda: (now := self.window.focused()) and
+                 name in (now.name(), now.description()))
+
     def type_over(self, widget, text):
         if not widget.has_state(FOCUSED):
             self.click(widget)
             wait_for("the field to have the keyboard", lambda: widget.has_state(FOCUSED))
-        self.keyboard.press("Control_L")
-        self.keyboard.tap("a")
-        self.keyboard.release("Control_L")
+        self.press_keys("Control_L", "a")
         self.keyboard.type(text)
 
     def fill(self, name, text, role="text"):
@@ -56,7 +68,7 @@ class User:
     def answer(self, title, text):
         """Types the text into the focused field of the dialog of that title, and accepts."""
         self.type_over(self.program.window(title).focused(), text)
-        self.keyboard.tap("Return")
+        self.press_keys("Return")
 
     def answer_box(self, button="OK"):
         self.press(button, self.program.window("Edytor kół"))
@@ -100,7 +112,7 @@ def test_a_wheel_is_created_saved_activated_and_used(desk, user):
     user.answer("Nowe koło", "Strzelanka")
     user.wait_until_selected("Strzelanka", "tree item")
     user.press("Dodaj funkcję")
-    wait_for("its name to have the keyboard", lambda: user.window.focused().name() == "Nazwa")
+    user.wait_for_keyboard("Nazwa")
     user.keyboard.type("Leczenie")  # replaces the preset name, which is selected
     user.fill("Fraza głosowa", "leczenie")
     user.press("Ikona: Wybierz…")
@@ -129,6 +141,52 @@ def test_a_wheel_is_created_saved_activated_and_used(desk, user):
     desk.choose(0)
     wait_for("the address to be opened", lambda: desk.notes() == ["handled:strzal"])
     assert desk.recorder.presses() == ["key-down Shift_L", *2 * ["key-down F6", "key-up F6"], "key-up Shift_L"]
+
+
+def test_a_wheel_of_four_functions_is_made_by_few_keystrokes(desk, user):
+    desk.prepare(field("z"))
+    user.start()
+    user.press_keys("Control_L", "o")
+    user.answer("Otwórz plik kół", "default.json")
+    user.program.window("Rotika")
+    user.press_keys("Control_L", "2", then="Koła i funkcje")
+    user.press_keys("Control_L", "Shift_L", "n")
+    user.answer("Nowe koło", "Gra")
+    user.wait_until_selected("Gra", "tree item")
+    functions = [("atak", "a"), ("blok", "b"), ("unik", "u"), ("skok", "s")]
+    for name, key in functions:
+        user.press_keys("Control_L", "n", then="Nazwa")
+        user.keyboard.type(name)
+        user.press_keys("Tab", then="Fraza głosowa")
+        user.keyboard.type(name)
+        user.press_keys("F6", then=STEPS)
+        user.press_keys("Tab", then="Rodzaj kroku")
+        user.press_keys("Tab", then=KEY)
+        user.keyboard.type(key)
+        user.press_keys("Return")
+    user.keyboard.type("q")  # in place of the key, which has been added
+    user.press_keys("Control_L", "Return")
+    user.press_keys("Shift_L", "Tab", then="Rodzaj kroku")
+    user.press_keys("Control_L", "Up")
+    user.press_keys("Shift_L", "Tab", then=STEPS)
+    user.press_keys("End")
+    user.press_keys("Delete")  # the step that was the first
+    user.press_keys("Control_L", "2", then="Koła i funkcje")
+    user.press_keys("Home")
+    user.press_keys("Delete")
+    user.program.window("Edytor kół")
+    user.press_keys("Control_L", "n")  # does nothing behind the question
+    user.press_keys("Return")
+    user.program.window("Rotika")
+    user.press_keys("F5")
+    assert user.keystrokes <= 90
+    functions[3] = ("skok", "q")
+    made = [field((key, "click", 1), name=name, voice=name) for name, key in functions]
+    wait_for("the file", lambda: user.file("default.json") == {"wheels": [{"name": "Gra", "actions": made}]})
+    desk.work_in_recorder()
+    desk.field_count = len(made)
+    desk.choose(3)
+    desk.recorder.wait_for("key-up q")
 
 
 def test_a_failed_save_loses_nothing_and_settings_reach_the_engine(desk, user):

@@ -34,9 +34,8 @@ void addShortcut(QWidget* owner, const QKeySequence& keys, std::function<void()>
     });
 }
 
-void describeShortcut(QWidget* widget, const QKeySequence& keys, QString name) {
-    if (name.isEmpty())
-        name = widget->accessibleName();
+void describeShortcut(QWidget* widget, const QKeySequence& keys) {
+    QString name = widget->accessibleName();
     if (const auto* button = qobject_cast<QPushButton*>(widget); button != nullptr && name.isEmpty())
         name = button->text();
     widget->setToolTip(QStringLiteral("%1 (%2)").arg(name, shortcutText(keys)));

@@ -15,9 +15,9 @@ class QWidget;
 void addShortcut(QWidget* owner, const QKeySequence& keys, std::function<void()> act,
                  Qt::ShortcutContext context = Qt::WindowShortcut);
 
-/// Shows the keys in the tool tip, "Zapisz (Ctrl+S)", and tells them to screen readers. `name`: by default
-/// the widget's accessible name, or a button's text.
-void describeShortcut(QWidget* widget, const QKeySequence& keys, QString name = {});
+/// Shows the keys in the tool tip, "Zapisz (Ctrl+S)", after the widget's accessible name or a button's text,
+/// and tells them to screen readers.
+void describeShortcut(QWidget* widget, const QKeySequence& keys);
 
 /// The keys press the button while it is visible and enabled, and are described on it.
 void addShortcut(QPushButton* button, const QKeySequence& keys);

@@ -60,16 +60,18 @@ bool isEnterPress(const QEvent& event) {
 }
 
 bool KeyRules::eventFilter(QObject* watched, QEvent* event) {
-    const auto* key = static_cast<const QKeyEvent*>(event);
-    if (event->type() == QEvent::KeyRelease) {
-        releasedKey = key->key();
-        releaseTime = key->timestamp();
-    }
-    if (event->type() != QEvent::KeyPress && event->type() != QEvent::ShortcutOverride)
+    const QEvent::Type type = event->type();
+    if (type != QEvent::KeyPress && type != QEvent::KeyRelease && type != QEvent::ShortcutOverride)
         return false;
-    isRepeated = key->isAutoRepeat() || (key->key() == releasedKey && key->timestamp() == releaseTime);
-    const bool isEnter = isEnterPress(*event);
-    if (isRepeated && (isEnter || (key->key() == Qt::Key_Space && isButton(watched))))
+    const auto& key = static_cast<const QKeyEvent&>(*event);
+    if (type == QEvent::KeyRelease) {
+        releasedKey = key.key();
+        releaseTime = key.timestamp();
+        return false;
+    }
+    isRepeated = key.isAutoRepeat() || (key.key() == releasedKey && key.timestamp() == releaseTime);
+    const bool isEnter = isEnterPress(key);
+    if (isRepeated && (isEnter || (key.key() == Qt::Key_Space && isButton(watched))))
         return true;
     auto* button = qobject_cast<QPushButton*>(watched);
     if (!isEnter || button == nullptr || button->autoDefault()) // in a dialog, which has its own rules

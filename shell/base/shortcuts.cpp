@@ -26,7 +26,6 @@ void addShortcut(QWidget* owner, const QKeySequence& keys, std::function<void()>
         alternatives.append(QKeyCombination(key.keyboardModifiers(), Qt::Key_Enter)); // of the number pad
     shortcut->setKeys(alternatives);
     shortcut->setContext(context);
-    shortcut->setAutoRepeat(false);
     QObject::connect(shortcut, &QShortcut::activated, owner, [act = std::move(act)] {
         // Some window managers activate a window behind a modal dialog.
         if (!isRepeated && QApplication::activeModalWidget() == nullptr)

@@ -11,7 +11,8 @@ class QWidget;
 // Keyboard shortcuts of the main window. Main thread.
 
 /// Calls `act` when the keys are pressed in the owner's window, or within the narrower context. Needs a
-/// visible and enabled owner. A key that is held down acts once, and none acts behind a modal dialog.
+/// visible and enabled owner. A key that is held down acts once (see KeyRules), and none acts behind a modal
+/// dialog.
 void addShortcut(QWidget* owner, const QKeySequence& keys, std::function<void()> act,
                  Qt::ShortcutContext context = Qt::WindowShortcut);
 

@@ -13,7 +13,7 @@ from desk.x11 import xlib
 
 pytestmark = pytest.mark.only("linux")  # Wine publishes no widgets
 
-KEY, STEPS = "Klawisz lub przycisk myszy", "Czynności (kroki sekwencji)"
+KEY = "Klawisz lub przycisk myszy"
 CONTROLS = ("check box", "combo box", "list", "push button", "slider", "spin box", "text", "tree")
 
 
@@ -41,25 +41,21 @@ class User:
     def wait_until_selected(self, name, role):
         wait_for(f"{name} to be selected", lambda: self.window.find(name, role).has_state(SELECTED))
 
-    def press_keys(self, *keys, then=None):
-        """All of them together, which counts as one keystroke; waits until the control `then` has the keyboard."""
-        self.keystrokes += 1
-        for key in keys:
-            self.keyboard.press(key)
-        for key in reversed(keys):
-            self.keyboard.release(key)
-        if then:
-            self.wait_for_keyboard(then)
-
-    def wait_for_keyboard(self, name):
-        wait_for(f"{name} to have the keyboard", lambda: (now := self.window.focused()) and
-                 name in (now.name(), now.description()))
+    def play(self, keystrokes):
+        """Presses the keys, as in "Control_L+o Tab", and counts the keystrokes."""
+        for keystroke in keystrokes.split():
+            keys = keystroke.split("+")
+            for key in keys:
+                self.keyboard.press(key)
+            for key in reversed(keys):
+                self.keyboard.release(key)
+            self.keystrokes += 1
 
     def type_over(self, widget, text):
         if not widget.has_state(FOCUSED):
             self.click(widget)
             wait_for("the field to have the keyboard", lambda: widget.has_state(FOCUSED))
-        self.press_keys("Control_L", "a")
+        self.play("Control_L+a")
         self.keyboard.type(text)
 
     def fill(self, name, text, role="text"):
@@ -68,7 +64,7 @@ class User:
     def answer(self, title, text):
         """Types the text into the focused field of the dialog of that title, and accepts."""
         self.type_over(self.program.window(title).focused(), text)
-        self.press_keys("Return")
+        self.play("Return")
 
     def answer_box(self, button="OK"):
         self.press(button, self.program.window("Edytor kół"))
@@ -112,7 +108,7 @@ def test_a_wheel_is_created_saved_activated_and_used(desk, user):
     user.answer("Nowe koło", "Strzelanka")
     user.wait_until_selected("Strzelanka", "tree item")
     user.press("Dodaj funkcję")
-    user.wait_for_keyboard("Nazwa")
+    wait_for("its name to have the keyboard", lambda: user.window.focused().name() == "Nazwa")
     user.keyboard.type("Leczenie")  # replaces the preset name, which is selected
     user.fill("Fraza głosowa", "leczenie")
     user.press("Ikona: Wybierz…")
@@ -146,42 +142,27 @@ def test_a_wheel_is_created_saved_activated_and_used(desk, user):
 def test_a_wheel_of_four_functions_is_made_by_few_keystrokes(desk, user):
     desk.prepare(field("z"))
     user.start()
-    user.press_keys("Control_L", "o")
+    user.play("Control_L+o")
     user.answer("Otwórz plik kół", "default.json")
     user.program.window("Rotika")
-    user.press_keys("Control_L", "2", then="Koła i funkcje")
-    user.press_keys("Control_L", "Shift_L", "n")
+    user.play("Control_L+2 Control_L+Shift_L+n")
     user.answer("Nowe koło", "Gra")
-    user.wait_until_selected("Gra", "tree item")
-    functions = [("atak", "a"), ("blok", "b"), ("unik", "u"), ("skok", "s")]
-    for name, key in functions:
-        user.press_keys("Control_L", "n", then="Nazwa")
-        user.keyboard.type(name)
-        user.press_keys("Tab", then="Fraza głosowa")
-        user.keyboard.type(name)
-        user.press_keys("F6", then=STEPS)
-        user.press_keys("Tab", then="Rodzaj kroku")
-        user.press_keys("Tab", then=KEY)
-        user.keyboard.type(key)
-        user.press_keys("Return")
-    user.keyboard.type("q")  # in place of the key, which has been added
-    user.press_keys("Control_L", "Return")
-    user.press_keys("Shift_L", "Tab", then="Rodzaj kroku")
-    user.press_keys("Control_L", "Up")
-    user.press_keys("Shift_L", "Tab", then=STEPS)
-    user.press_keys("End")
-    user.press_keys("Delete")  # the step that was the first
-    user.press_keys("Control_L", "2", then="Koła i funkcje")
-    user.press_keys("Home")
-    user.press_keys("Delete")
-    user.program.window("Edytor kół")
-    user.press_keys("Control_L", "n")  # does nothing behind the question
-    user.press_keys("Return")
     user.program.window("Rotika")
-    user.press_keys("F5")
+    functions = {"atak": "a", "blok": "b", "unik": "u", "skok": "s"}
+    for name, key in functions.items():
+        for goal, text in (("Control_L+n", name), ("Tab", name), ("F6 Tab Tab", key)):
+            user.play(goal)
+            user.keyboard.type(text)
+        user.play("Return")
+    user.keyboard.type("q")  # replaces the key, which has been added
+    user.play("Control_L+Return Shift_L+Tab Control_L+Up Shift_L+Tab End Delete")  # moves q up and removes s
+    user.play("Control_L+2 Home Delete")
+    user.program.window("Edytor kół")
+    user.play("Control_L+n Return")  # no function is added behind the question
+    user.program.window("Rotika")
+    user.play("F5")
     assert user.keystrokes <= 90
-    functions[3] = ("skok", "q")
-    made = [field((key, "click", 1), name=name, voice=name) for name, key in functions]
+    made = [field((key, "click", 1), name=name, voice=name) for name, key in (functions | {"skok": "q"}).items()]
     wait_for("the file", lambda: user.file("default.json") == {"wheels": [{"name": "Gra", "actions": made}]})
     desk.work_in_recorder()
     desk.field_count = len(made)

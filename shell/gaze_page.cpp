@@ -52,6 +52,9 @@ QWidget* GazePage::makeControls() {
     dwellSlider->setRange(0, maxDwellMs);
     dwellSlider->setSingleStep(50);
     dwellSlider->setPageStep(100);
+    const QString hint = tr("Zmiana klawiszami zapisuje się po przełączeniu pola wyboru tam i z powrotem");
+    dwellSlider->setToolTip(hint);
+    dwellSlider->setAccessibleDescription(hint);
     dwellLabel = makeLabel({}, "value");
     dwellLabel->setMinimumWidth(140);
     QLabel* title = makeLabel(tr("Czas wyboru spojrzeniem (dwell)"), "cardTitle");

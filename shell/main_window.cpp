@@ -148,7 +148,7 @@ void MainWindow::createTray() {
 }
 
 void MainWindow::createShortcuts() {
-    qApp->installEventFilter(new EnterKey(this));
+    qApp->installEventFilter(new KeyRules(this));
     for (int row = 0; row < stack->count(); ++row) {
         const QKeySequence keys = QKeyCombination(Qt::CTRL, static_cast<Qt::Key>(Qt::Key_1 + row));
         addShortcut(this, keys, [this, row] { showPage(row); });
@@ -157,6 +157,8 @@ void MainWindow::createShortcuts() {
         item->setData(Qt::AccessibleDescriptionRole, shortcutText(keys));
         stack->widget(row)->setAccessibleName(item->text()); // announced with the control that gets the focus
     }
+    addShortcut(
+        sidebar, Qt::Key_Return, [this] { showPage(sidebar->currentRow()); }, Qt::WidgetShortcut);
     editorPage->addFileShortcuts(this, [this] { sidebar->setCurrentRow(editorRow); });
     addShortcut(this, Qt::Key_F6, [this] { focusNextPart(1); });
     addShortcut(this, Qt::SHIFT | Qt::Key_F6, [this] { focusNextPart(-1); });

@@ -5,6 +5,18 @@
 #include <QPushButton>
 #include <QShortcut>
 
+namespace {
+
+/// Whether the key press that is being handled repeats one that is held down. On X11 Qt's own flag misses
+/// those whose two events, of the same time, are not read together.
+bool isRepeated = false;
+
+bool isButton(const QObject* watched) {
+    return qobject_cast<const QAbstractButton*>(watched) != nullptr;
+}
+
+} // namespace
+
 void addShortcut(QWidget* owner, const QKeySequence& keys, std::function<void()> act,
                  Qt::ShortcutContext context) {
     auto* shortcut = new QShortcut(owner);
@@ -14,16 +26,15 @@ void addShortcut(QWidget* owner, const QKeySequence& keys, std::function<void()>
         alternatives.append(QKeyCombination(key.keyboardModifiers(), Qt::Key_Enter)); // of the number pad
     shortcut->setKeys(alternatives);
     shortcut->setContext(context);
-    shortcut->setAutoRepeat(false);
     QObject::connect(shortcut, &QShortcut::activated, owner, [act = std::move(act)] {
-        if (QApplication::activeModalWidget() == nullptr) // some window managers activate a window behind it
+        // Some window managers activate a window behind a modal dialog.
+        if (!isRepeated && QApplication::activeModalWidget() == nullptr)
             act();
     });
 }
 
-void describeShortcut(QWidget* widget, const QKeySequence& keys, QString name) {
-    if (name.isEmpty())
-        name = widget->accessibleName();
+void describeShortcut(QWidget* widget, const QKeySequence& keys) {
+    QString name = widget->accessibleName();
     if (const auto* button = qobject_cast<QPushButton*>(widget); button != nullptr && name.isEmpty())
         name = button->text();
     widget->setToolTip(QStringLiteral("%1 (%2)").arg(name, shortcutText(keys)));
@@ -39,7 +50,7 @@ QString shortcutText(const QKeySequence& keys) {
     return keys.toString(QKeySequence::NativeText);
 }
 
-bool EnterKey::isIn(const QEvent& event) {
+bool isEnterPress(const QEvent& event) {
     if (event.type() != QEvent::KeyPress)
         return false;
     const auto& press = static_cast<const QKeyEvent&>(event);
@@ -47,13 +58,22 @@ bool EnterKey::isIn(const QEvent& event) {
            (press.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
 }
 
-bool EnterKey::eventFilter(QObject* watched, QEvent* event) {
-    if (!isIn(*event))
+bool KeyRules::eventFilter(QObject* watched, QEvent* event) {
+    const QEvent::Type type = event->type();
+    if (type != QEvent::KeyPress && type != QEvent::KeyRelease && type != QEvent::ShortcutOverride)
         return false;
-    if (static_cast<QKeyEvent*>(event)->isAutoRepeat())
+    const auto& key = static_cast<const QKeyEvent&>(*event);
+    if (type == QEvent::KeyRelease) {
+        releasedKey = key.key();
+        releaseTime = key.timestamp();
+        return false;
+    }
+    isRepeated = key.isAutoRepeat() || (key.key() == releasedKey && key.timestamp() == releaseTime);
+    const bool isEnter = isEnterPress(key);
+    if (isRepeated && (isEnter || (key.key() == Qt::Key_Space && isButton(watched))))
         return true;
     auto* button = qobject_cast<QPushButton*>(watched);
-    if (button == nullptr || button->autoDefault()) // in a dialog, which has its own rules
+    if (!isEnter || button == nullptr || button->autoDefault()) // in a dialog, which has its own rules
         return false;
     button->click();
     return true;

@@ -133,15 +133,15 @@ QLayout* StepEditor::makeButtonRow() {
     return row;
 }
 
-/// Enter in a field of the step adds it. Ctrl+Up and Ctrl+Down have a meaning of their own in the selector of
-/// the key and in the number.
+/// Enter in a field of the step adds it. Ctrl+Up and Ctrl+Down stay the field's own keys: moving a step puts
+/// it into the form, in place of what has been typed.
 bool StepEditor::eventFilter(QObject* field, QEvent* event) {
-    if (EnterKey::isIn(*event)) {
+    if (isEnterPress(*event)) {
         stepAdd();
         QMetaObject::invokeMethod(field == keyCombo ? keyCombo->lineEdit() : field, "selectAll");
         return true; // the selector would complete its text
     }
-    if (event->type() != QEvent::ShortcutOverride || field == openEdit)
+    if (event->type() != QEvent::ShortcutOverride)
         return false;
     const int key = static_cast<QKeyEvent*>(event)->key();
     if (key != Qt::Key_Up && key != Qt::Key_Down)

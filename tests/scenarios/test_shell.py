@@ -19,7 +19,7 @@ CONTROLS = ("check box", "combo box", "list", "push button", "slider", "spin box
 
 class User:
     def __init__(self, desk):
-        self.desk, self.keyboard, self.scale = desk, desk.keyboard, 1
+        self.desk, self.keyboard, self.scale, self.keystrokes = desk, desk.keyboard, 1, 0
         desk.variables["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
 
     def start(self):
@@ -41,13 +41,21 @@ class User:
     def wait_until_selected(self, name, role):
         wait_for(f"{name} to be selected", lambda: self.window.find(name, role).has_state(SELECTED))
 
+    def play(self, keystrokes):
+        """Presses the keys, as in "Control_L+o Tab", and counts the keystrokes."""
+        for keystroke in keystrokes.split():
+            keys = keystroke.split("+")
+            for key in keys:
+                self.keyboard.press(key)
+            for key in reversed(keys):
+                self.keyboard.release(key)
+            self.keystrokes += 1
+
     def type_over(self, widget, text):
         if not widget.has_state(FOCUSED):
             self.click(widget)
             wait_for("the field to have the keyboard", lambda: widget.has_state(FOCUSED))
-        self.keyboard.press("Control_L")
-        self.keyboard.tap("a")
-        self.keyboard.release("Control_L")
+        self.play("Control_L+a")
         self.keyboard.type(text)
 
     def fill(self, name, text, role="text"):
@@ -56,7 +64,7 @@ class User:
     def answer(self, title, text):
         """Types the text into the focused field of the dialog of that title, and accepts."""
         self.type_over(self.program.window(title).focused(), text)
-        self.keyboard.tap("Return")
+        self.play("Return")
 
     def answer_box(self, button="OK"):
         self.press(button, self.program.window("Edytor kół"))
@@ -129,6 +137,37 @@ def test_a_wheel_is_created_saved_activated_and_used(desk, user):
     desk.choose(0)
     wait_for("the address to be opened", lambda: desk.notes() == ["handled:strzal"])
     assert desk.recorder.presses() == ["key-down Shift_L", *2 * ["key-down F6", "key-up F6"], "key-up Shift_L"]
+
+
+def test_a_wheel_of_four_functions_is_made_by_few_keystrokes(desk, user):
+    desk.prepare(field("z"))
+    user.start()
+    user.play("Control_L+o")
+    user.answer("Otwórz plik kół", "default.json")
+    user.program.window("Rotika")
+    user.play("Control_L+2 Control_L+Shift_L+n")
+    user.answer("Nowe koło", "Gra")
+    user.program.window("Rotika")
+    functions = {"atak": "a", "blok": "b", "unik": "u", "skok": "s"}
+    for name, key in functions.items():
+        for goal, text in (("Control_L+n", name), ("Tab", name), ("F6 Tab Tab", key)):
+            user.play(goal)
+            user.keyboard.type(text)
+        user.play("Return")
+    user.keyboard.type("q")  # replaces the key, which has been added
+    user.play("Control_L+Return Shift_L+Tab Control_L+Up Shift_L+Tab End Delete")  # moves q up and removes s
+    user.play("Control_L+2 Home Delete")
+    user.program.window("Edytor kół")
+    user.play("Control_L+n Return")  # no function is added behind the question
+    user.program.window("Rotika")
+    user.play("F5")
+    assert user.keystrokes <= 90
+    made = [field((key, "click", 1), name=name, voice=name) for name, key in (functions | {"skok": "q"}).items()]
+    wait_for("the file", lambda: user.file("default.json") == {"wheels": [{"name": "Gra", "actions": made}]})
+    desk.work_in_recorder()
+    desk.field_count = len(made)
+    desk.choose(3)
+    desk.recorder.wait_for("key-up q")
 
 
 def test_a_failed_save_loses_nothing_and_settings_reach_the_engine(desk, user):

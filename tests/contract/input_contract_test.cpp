@@ -92,6 +92,7 @@ TEST_F(InputContract, TheWheelReceivesTheUsersKeysWhileItHasTheFocus) {
     EXPECT_TRUE(pumpUntil([] { return contains(received.keys, "13 released"); }));
     EXPECT_EQ(received.keys, (Events{"68 released", "13 pressed", "13 released"}));
     EXPECT_EQ(received.focusLosses, 0);
+    hideOverlayWindow(wheelWindow());
     bringToForeground(recorder->window());
     EXPECT_TRUE(pumpUntil([] { return received.focusLosses == 1; }));
     injectKey('E', false, InputMotion::up);

@@ -18,6 +18,7 @@ from desk.x11 import save_png
 
 LAYER, CENTRE = (588, 460), (294, 230)
 TOGGLE_KEY = "x"
+KEYCODES = {"F13": 191}  # as pedals and switch interfaces send it, whatever the layout's keysym
 ATTEMPTS = 8  # on a target where input may be lost or doubled
 SHIFT, CONTROL, ALT = 1, 4, 8  # modifier bits in an event's state
 
@@ -62,6 +63,7 @@ class Desk:
         self.write("config.json", {"toggleKey": TOGGLE_KEY, "gazeEnabled": False, "voiceEnabled": False} | settings)
         self.write("default.json", {"wheels": [{"name": name, "actions": list(fields)}, *more]})
         self.field_count = len(fields)
+        self.toggle_key = KEYCODES.get(name := settings.get("toggleKey", TOGGLE_KEY), name)
 
     def remember_wheel_file(self, name):
         """As the file that the program opens at its start."""
@@ -151,7 +153,7 @@ class Desk:
             if holds_within(self.open_timeout_s, lambda: self.wheel_cursor_is_at(*CENTRE) and self.mouse_is_held()):
                 return
             for is_open in (False, True):  # close and open again where an opening may fail
-                self.keyboard.tap(TOGGLE_KEY)
+                self.keyboard.tap(self.toggle_key)
                 wait_for("another attempt", lambda: bool(self.wheel()) == is_open)
         raise DeskError("the wheel's cursor is not in the middle or the mouse is not captured")
 
@@ -159,11 +161,11 @@ class Desk:
         wait_for("the wheel to close and release the mouse", lambda: not self.wheel() and not self.mouse_is_held())
 
     def open_wheel(self):
-        self.keyboard.tap(TOGGLE_KEY)
+        self.keyboard.tap(self.toggle_key)
         self.wait_until_open()
 
     def close_wheel(self):
-        self.keyboard.tap(TOGGLE_KEY)
+        self.keyboard.tap(self.toggle_key)
         self.wait_until_closed()
 
     def aim(self, where):

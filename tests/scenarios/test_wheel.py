@@ -53,22 +53,7 @@ def test_no_input_is_lost_at_any_speed_of_key_and_mouse(desk):
         desk.recorder.expect("a")
 
 
-def test_with_take_focus_the_foreground_program_gets_the_keyboard_back(desk):
-    desk.start(field("a"), takeFocus=True, sendDelay=0)
-    # Wine loses raw input when a window takes the foreground while it shares another thread's input.
-    for way_out, key in (("toggle", "q"), ("choice", "a"))[:1 + desk.target.input_is_exact]:
-        desk.recorder.mark()
-        desk.open_wheel()
-        desk.recorder.wait_for_kind("focus-out")
-        desk.recorder.mark()
-        desk.close_wheel() if way_out == "toggle" else desk.pick(0)
-        desk.recorder.wait_for_kind("focus-in")
-        if way_out == "toggle":
-            desk.keyboard.tap(key)
-        desk.recorder.expect(key)
-
-
-def test_with_take_focus_the_keyboard_turns_pages_selects_and_closes(desk):
+def test_with_take_focus_the_wheel_is_used_by_keyboard_and_gives_the_focus_back(desk):
     def open_wheel():
         desk.recorder.mark()
         desk.open_wheel()
@@ -77,6 +62,7 @@ def test_with_take_focus_the_keyboard_turns_pages_selects_and_closes(desk):
     def expect(*keys):
         desk.wait_until_closed()
         desk.recorder.wait_for_kind("focus-in")
+        wait_for("the recorder in front", lambda: desk.is_in_front("recorder"))
         for key in keys:
             desk.recorder.wait_for(f"key-up {key}")
         desk.keyboard.tap("Tab")
@@ -84,29 +70,31 @@ def test_with_take_focus_the_keyboard_turns_pages_selects_and_closes(desk):
 
     names = ["F5", "F6", "F7", "F8"]  # the same on every layout
     desk.start(*map(field, names), more=[{"actions": [field("F9"), field("F11", "F12")]}], takeFocus=True, sendDelay=0)
-    for keys, received in ((("Right", "Down", "Return"), ["F6"]), (("Left", "Up", "space"), ["F8"]), (("3",), ["F7"]),
-                           (("Next", "2"), ["F11", "F12"]), (("9", "Return", "Prior", "Escape"), [])):
+    roads = [(("Escape",), []), ((TOGGLE_KEY,), []), (("Right", "Down", "Return"), ["F6"]), (("3",), ["F7"]),
+             (("Left", "Up", "space"), ["F8"]), (("Next", "2"), ["F11", "F12"]),
+             (("9", "Return", "Prior", "Escape"), []), (("click",), ["F6"])]
+    for keys, received in roads if desk.target.input_is_exact else roads[:2]:
         open_wheel()
         for key in keys:
-            desk.keyboard.tap(key)
+            desk.pick(1) if key == "click" else desk.keyboard.tap(key)
         expect(*received)
+    if not desk.target.input_is_exact:
+        return  # under Wine a wheel with the focus gets no keys once it was painted or hidden
     desk.screen.run("xset", "r", "rate", "60", "30")
-    for key, received in (("Escape", []), ("Return", ["F5"])):
+    for key, received in (("Escape", []), ("1", ["F5"])):
         open_wheel()
-        desk.keyboard.tap("Left")
         desk.keyboard.press(key)
         assert not holds_within(0.4, lambda: not desk.wheel()), "its repeats would reach the foreground program"
         desk.keyboard.release(key)
         expect(*received)
     third, keypad_third = 12, 89  # keycodes
     for layout, lock, key in (("fr", "Caps_Lock", third), ("ru,us", "Num_Lock", third), ("pl", "Num_Lock", keypad_third)):
-        if desk.target.input_is_exact:
-            desk.screen.run("setxkbmap", layout)
-            desk.keyboard.tap(lock)
-            open_wheel()
-            desk.keyboard.tap(key)
-            expect("F7")
-            desk.keyboard.tap(lock)
+        desk.screen.run("setxkbmap", layout)
+        desk.keyboard.tap(lock)
+        open_wheel()
+        desk.keyboard.tap(key)
+        expect("F7")
+        desk.keyboard.tap(lock)
 
 
 # Effects of functions

@@ -23,6 +23,10 @@ void bringToForeground(WindowHandle window) {
     if (attached) {
         AttachThreadInput(ownThread, presentThread, FALSE);
     }
+    // Under Wine the detached thread takes its active window out of the foreground, and all keys get lost.
+    if (GetForegroundWindow() != nativeWindow(window)) {
+        SetForegroundWindow(nativeWindow(window));
+    }
 }
 
 } // namespace rotika

@@ -32,7 +32,9 @@ void showRunningCopy() {
         QCoreApplication::translate("main", "Rotika już działa — sprawdź ikonę w zasobniku systemowym."),
         QMessageBox::Ok);
     box.setWindowFlag(Qt::WindowStaysOnTopHint);
-    if (box.exec() == QMessageBox::Ok)
+    const bool isAnswered = box.exec() == QMessageBox::Ok;
+    QGuiApplication::sync(); // the box has gone
+    if (isAnswered)
         sendToRunningCopy({showCommand.toString(), {}}, wheelLimit);
 }
 

@@ -3,12 +3,14 @@
 #include "engine/core/overlay.h"
 #include "shell/main_window.h"
 #include "shell/process/control.h"
+#include "shell/process/window_activation.h"
 #include "shell/toggle_key/toggle_key_dialog.h"
 #include "shell/voice_install/voice_installer.h"
 #include "shell/voice_switch.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QMessageBox>
+#include <QWindow>
 #include <cstdio>
 
 namespace {
@@ -30,8 +32,15 @@ void showRunningCopy() {
         QCoreApplication::translate("main", "Rotika już działa — sprawdź ikonę w zasobniku systemowym."),
         QMessageBox::Ok);
     box.setWindowFlag(Qt::WindowStaysOnTopHint);
-    if (box.exec() == QMessageBox::Ok)
+    const bool isAnswered = box.exec() == QMessageBox::Ok;
+    QGuiApplication::sync(); // the box has gone
+    if (isAnswered)
         sendToRunningCopy({showCommand.toString(), {}}, wheelLimit);
+}
+
+void bringToFront(MainWindow& window) {
+    window.showAndActivate();
+    activateForUser(window);
 }
 
 } // namespace
@@ -43,27 +52,32 @@ bool opensWindow(const ControlCommand& command) {
 
 void obeyCommand(const ControlCommand& command, MainWindow& window) {
     if (command.name == showCommand) {
-        window.showAndActivate();
+        bringToFront(window);
     } else if (command.name == raiseCommand) {
         showWithoutActivating(window);
     } else if (command.name == toggleWheelCommand) {
         OverlayToggleWheel();
     } else if (command.name == toggleKeyCommand) {
         chooseToggleKey(window);
+        if (const QWidget* dialog = QApplication::activeModalWidget())
+            activateForUser(*dialog);
     } else if (command.name == installVoiceCommand) {
-        window.showAndActivate(); // it may be hidden in the tray
+        bringToFront(window); // it may be hidden in the tray
         installVoice(command.arguments, &window);
     } else {
         switchVoice(command.name == voiceOnCommand);
     }
 }
 
+/// By the property that Qt::WA_ShowWithoutActivating sets on a window that is created later.
 void showWithoutActivating(QWidget& window) {
-    window.setAttribute(Qt::WA_ShowWithoutActivating);
-    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    constexpr char property[] = "_q_showWithoutActivating";
+    window.winId();
+    window.windowHandle()->setProperty(property, true);
+    window.setWindowState(window.windowState() & ~(Qt::WindowMinimized | Qt::WindowActive));
     window.show();
     window.raise();
-    window.setAttribute(Qt::WA_ShowWithoutActivating, false);
+    window.windowHandle()->setProperty(property, false);
 }
 
 std::optional<int> sendCommand(const ControlCommand& command, bool isFirstCopy) {

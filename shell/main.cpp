@@ -58,14 +58,22 @@ std::optional<int> runWithoutWindow(const CommandLine& line) {
     }
 }
 
-/// As above, for --restart.
-std::optional<int> endRunningCopies(char** argv) {
-    if (!quitRunningCopies()) {
+/// Claims the lock when it is called first.
+bool isFirstCopy() {
+    static const bool isClaimed = claimSingleInstance();
+    return isClaimed;
+}
+
+/// As above, after the other copies have been found.
+std::optional<int> runBesideOthers(const CommandLine& line, char** argv) {
+    if (line.isRestart && !quitRunningCopies()) {
         printText(QStringLiteral("Nie udało się zakończyć działającego programu."), true);
         return 1;
     }
-    forgetRestart(argv);
-    return std::nullopt;
+    if (line.isRestart)
+        forgetRestart(argv);
+    dropHangingBus();
+    return line.launch == Launch::command ? sendCommand(line.command, isFirstCopy()) : std::nullopt;
 }
 
 /// What the program was started for, and what other processes ask for from then on.
@@ -86,12 +94,7 @@ int main(int argc, char** argv) {
     if (const std::optional<int> status = runWithoutWindow(line))
         return *status;
     exitOnTermination();
-    if (const std::optional<int> status = line.isRestart ? endRunningCopies(argv) : std::nullopt)
-        return *status;
-    dropHangingBus();
-    const bool isCommand = line.launch == Launch::command;
-    bool isFirstCopy = isCommand && claimSingleInstance();
-    if (const std::optional<int> status = isCommand ? sendCommand(line.command, isFirstCopy) : std::nullopt)
+    if (const std::optional<int> status = runBesideOthers(line, argv))
         return *status;
 
     QApplication application(argc, argv);
@@ -105,8 +108,7 @@ int main(int argc, char** argv) {
     const EventLoopSupport loopSupport(programEnd);
 
     const auto quit = [&programEnd] { programEnd.begin(); };
-    isFirstCopy = isCommand ? isFirstCopy : claimSingleInstance();
-    if (!isFirstCopy)
+    if (!isFirstCopy())
         return runAsSecondCopy(line, quit);
     ControlListener control(true, quit); // before the dialogs as well
 
@@ -121,7 +123,7 @@ int main(int argc, char** argv) {
 
     OverlayEngineStart();
     programEnd.setLastActs(stopServices);
-    const bool isMinimized = line.launch == Launch::minimized;
+    const bool isMinimized = line.launch == Launch::minimized, isCommand = line.launch == Launch::command;
     const bool startsHidden = isMinimized || (isCommand && !opensWindow(line.command));
     const bool hasTray = startsHidden && waitForTray(isMinimized ? trayLimitMs : shortTrayLimitMs);
     MainWindow window(licence, licenceResult);

@@ -14,6 +14,7 @@ class LinuxTarget:
     runtime_folder = "linux-x86_64"  # in the package of the speech library
     input_is_exact = True  # each movement arrives once and each opening of the wheel holds the mouse
     is_accessible = True  # its programs publish their widgets over AT-SPI
+    gives_focus = True  # each program decides which of its own windows comes to the front
     has_tray = False  # unless a scenario starts one
     turns_per_press = 1  # pages that one press of the left button on an arrow turns
 

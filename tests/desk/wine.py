@@ -80,7 +80,7 @@ class WineRecorder(Recording):
 class WineTarget:
     executable = "rotika.exe"
     runtime_folder = "win-x86_64"
-    input_is_exact = is_accessible = False
+    input_is_exact = is_accessible = gives_focus = False
     has_tray = True
     turns_per_press = 2
 

@@ -19,11 +19,17 @@ def expect_wheel(desk):
     assert desk.program.poll() is None
 
 
+def switch_to_recorder(desk):
+    desk.display.activate(desk.recorder.window.value)
+    wait_for("the recorder in front", lambda: desk.is_in_front("recorder"))
+
+
 def test_a_second_instance_shows_a_message_and_the_window_of_the_first(desk):
     desk.prepare(field("a"))
     desk.start_program()
+    desk.work_in_recorder()
     for way in "behind", "closed", "hanging":
-        desk.work_in_recorder()
+        switch_to_recorder(desk)
         if way == "closed":
             desk.display.close_window(desk.display.titled("Rotika")[0])
             wait_for("the window to close", lambda: not desk.display.titled("Rotika"))
@@ -34,10 +40,13 @@ def test_a_second_instance_shows_a_message_and_the_window_of_the_first(desk):
         box = desk.display.active_window()
         desk.program.send_signal(signal.SIGCONT)
         wait_for("the window", lambda: desk.display.titled("Rotika")[1:])
-        assert not holds_within(0.5, lambda: desk.display.active_window() != box), "the window came before the message"
+        loses_front = holds_within(0.5, lambda: desk.display.active_window() != box)
+        assert not (loses_front and desk.target.gives_focus), f"{way}: the window came before the message"
+        desk.display.activate(box)
         desk.keyboard.tap("Return")
         assert second.wait(10) == 0
-        wait_for("the window in front", lambda: desk.is_in_front("Rotika"))
+        if way == "closed" or desk.target.gives_focus:
+            wait_for("the window in front", lambda: desk.is_in_front("Rotika"))
     expect_wheel(desk)
     assert desk.launch_program("--install-voice", "brak.zip").wait(20) == 0  # passed to the first
     second = desk.launch_program()
@@ -75,7 +84,7 @@ def test_words_of_the_command_line_drive_the_program(desk):
     desk.recorder = desk.target.recorder()
     desk.program = desk.launch_program("--toggle-wheel")
     desk.wait_until_open()
-    assert desk.display.focused_title() == "recorder"
+    assert desk.display.focused_title() != "Rotika"
     run_word(desk, "--toggle-wheel")
     desk.wait_until_closed()
     desk.work_in_recorder()
@@ -95,15 +104,15 @@ def test_words_of_the_command_line_drive_the_program(desk):
         assert "voiceGlobal" not in desk.read("config.json")
     if desk.target.is_accessible:
         wait_for("a notification", lambda: "rotika --voice on" in (desk.screen.folder / "dbus-monitor.log").read_text())
-    assert desk.display.focused_title() == "recorder"
+    assert desk.display.focused_title() != "Rotika"
     run_word(desk, "--show")
-    wait_for("the window", lambda: desk.is_in_front("Rotika"))
+    wait_for("the window", lambda: desk.is_in_front("Rotika") or not desk.target.gives_focus)
     first, restarts = desk.program, [desk.launch_program("--restart", "--minimized") for _ in range(2)]
     assert first.wait(20) == 0
     wait_for("one of them to end", lambda: {each.poll() for each in restarts} == {None, 0}, 30)
     desk.program, = (each for each in restarts if each.poll() is None)
     wait_for("the program", desk.guard, 30)
-    desk.work_in_recorder()
+    switch_to_recorder(desk)
     desk.program.send_signal(signal.SIGSTOP)
     run_word(desk, "--toggle-wheel", status=1)
     desk.program.send_signal(signal.SIGCONT)

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <cstdio>
+#include <cstring>
 
 QStringList programArguments(int argc, char** argv) {
     QStringList words;
@@ -16,5 +17,7 @@ void printText(const QString& text, bool isFault) {
 }
 
 void forgetRestart(char** argv) {
-    *argv[1] = '\0'; // what the system shows of it too
+    for (char** word = argv; *word != nullptr; ++word)
+        if (std::strcmp(*word, "--restart") == 0)
+            **word = '\0'; // also in what the system tells others
 }

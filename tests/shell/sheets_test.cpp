@@ -5,6 +5,8 @@
 #include "shell/main_window.h"
 #include "shell/wheels/color_dialog.h"
 #include "shell/wheels/icon_picker_dialog.h"
+#include "shell/wheels/titled_preview.h"
+#include "shell/wheels/wheel_editor_page.h"
 #include "test_files.h"
 
 #include <gtest/gtest.h>
@@ -221,6 +223,14 @@ TEST_P(Sheets, MakeTargetsLargeEnoughForAHandOrAnEyeOnPagesAndInDialogs) {
             expectLargeTargets(*widget);
         dialog->hide();
     }
+}
+
+TEST_P(Sheets, PutThePreviewBelowTheFormOnANarrowScreen) { // of 800 px
+    window->findChild<QListWidget*>("Sidebar")->setCurrentRow(1);
+    QApplication::processEvents();
+    const auto* page = window->findChild<WheelEditorPage*>();
+    const auto* tree = page->findChild<QTreeWidget*>();
+    EXPECT_GT(page->findChild<TitledPreview*>()->y(), tree->mapTo(page, tree->rect().bottomLeft()).y());
 }
 
 TEST_P(Sheets, NameColoursThatKeysChooseInTheColourDialog) {

@@ -210,6 +210,12 @@ void expectLargeTargets(QWidget& widget) {
     }
 }
 
+void expectLargeTargetsIn(const QDialog& dialog) {
+    QApplication::processEvents();
+    for (QWidget* widget : dialog.findChildren<QWidget*>())
+        expectLargeTargets(*widget);
+}
+
 TEST_P(Sheets, MakeTargetsLargeEnoughForAHandOrAnEyeOnPagesAndInDialogs) {
     forEachWidget(expectLargeTargets);
     QFileDialog files(window.get());
@@ -218,9 +224,7 @@ TEST_P(Sheets, MakeTargetsLargeEnoughForAHandOrAnEyeOnPagesAndInDialogs) {
     QMessageBox box(QMessageBox::Question, "?", "?", QMessageBox::Yes | QMessageBox::No, window.get());
     for (QDialog* dialog : std::initializer_list<QDialog*>{&files, &name, &icons, &box}) {
         dialog->show();
-        QApplication::processEvents();
-        for (QWidget* widget : dialog->findChildren<QWidget*>())
-            expectLargeTargets(*widget);
+        expectLargeTargetsIn(*dialog);
         dialog->hide();
     }
 }
@@ -237,10 +241,8 @@ TEST_P(Sheets, NameColoursThatKeysChooseInTheColourDialog) {
     const QColor start(1, 2, 3);
     const auto answer = [&](std::initializer_list<int> keys) {
         QTimer::singleShot(0, [keys] {
-            QWidget* dialog = QApplication::activeModalWidget();
-            QApplication::processEvents();
-            for (QWidget* widget : dialog->findChildren<QWidget*>())
-                expectLargeTargets(*widget);
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            expectLargeTargetsIn(*dialog);
             for (const int key : keys) {
                 QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
                 QApplication::sendEvent(dialog->focusWidget(), &press);

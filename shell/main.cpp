@@ -1,6 +1,7 @@
 #include "common/single_instance.h"
 #include "engine/core/overlay.h"
 #include "licence/licence_check.h"
+#include "shell/base/accessibility.h"
 #include "shell/base/data_folder.h"
 #include "shell/base/polish_translator.h"
 #include "shell/base/settings.h"
@@ -103,6 +104,7 @@ int main(int argc, char** argv) {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setWindowIcon(QIcon(QCoreApplication::applicationDirPath() + "/rotika.ico"));
     installPolishTranslator();
+    installAccessibility();
     // Before the dialogs below: a termination signal may arrive while one is open.
     ProgramEnd programEnd;
     const EventLoopSupport loopSupport(programEnd);

@@ -70,6 +70,8 @@ QSize PageArea::minimumSizeHint() const {
     // minimumSizeHint() does not include the height of wrapped texts.
     minimum.setHeight(
         std::max(minimum.height(), pages->heightForWidth(std::min(minimum.width(), available.width()))));
+    if (minimum.height() > available.height())
+        minimum.rwidth() += verticalScrollBar()->sizeHint().width();
     if (minimum.width() > available.width())
         minimum.rheight() += horizontalScrollBar()->sizeHint().height();
     return minimum.boundedTo(available);

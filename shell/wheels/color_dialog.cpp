@@ -36,7 +36,9 @@ QIcon swatch(const QColor& color) {
     QPainter painter(&picture);
     painter.setPen(QColor(0x80, 0x80, 0x80)); // visible on light and on dark backgrounds
     painter.drawRect(picture.rect().adjusted(0, 0, -1, -1));
-    return picture;
+    QIcon icon(picture);
+    icon.addPixmap(picture, QIcon::Selected); // or a selected row would tint it
+    return icon;
 }
 
 QColor colorOf(const QListWidgetItem& item) {
@@ -96,6 +98,14 @@ QWidget* hideWells(QColorDialog& dialog) {
     return first;
 }
 
+/// For the mouse alone: the numbers beside them do the same.
+void hidePickers(QColorDialog& dialog) {
+    for (QWidget* part : dialog.findChildren<QWidget*>()) {
+        if (part->inherits("QColorPicker") || part->inherits("QColorLuminancePicker"))
+            part->hide();
+    }
+}
+
 QPushButton* findButton(const QColorDialog& dialog, const char* text) {
     const QList<QPushButton*> buttons = dialog.findChildren<QPushButton*>();
     const auto found = std::find_if(buttons.begin(), buttons.end(), [text](const QPushButton* button) {
@@ -132,7 +142,8 @@ void addColorList(QColorDialog& dialog, const QColor& start) {
     column->addWidget(list, 1);
     if (QPushButton* fromScreen = findButton(dialog, "&Pick Screen Color"))
         column->addWidget(fromScreen);
-    dialog.layout()->activate();
+    if (dialog.sizeHint().height() > maximumWindowSize(dialog).height())
+        hidePickers(dialog);
     const QSize room = maximumWindowSize(dialog) - dialog.sizeHint();
     arrangeCells(*list, {room.width(), parts->sizeHint().height() - 80});
     parts->insertLayout(0, column);

@@ -34,7 +34,10 @@ IconPickerDialog::IconPickerDialog(const QStringList& folders, QWidget* parent) 
     list->setAccessibleName(tr("Ikony"));
     list->setViewMode(QListView::IconMode);
     list->setIconSize({48, 48});
-    list->setGridSize({86, 78});
+    // Larger only for large fonts, of which the names would be cut off.
+    const QFontMetrics metrics = list->fontMetrics();
+    list->setGridSize(QSize(86, 78).expandedTo({metrics.horizontalAdvance(tr("(bez ikony)")) + 16,
+                                                list->iconSize().height() + metrics.height() + 13}));
     list->setResizeMode(QListView::Adjust);
     list->setMovement(QListView::Static);
     auto* none = new QListWidgetItem(tr("(bez ikony)"), list);

@@ -2,9 +2,13 @@
 
 #include "shell/base/elided_label.h"
 #include "shell/base/wheel_preview.h"
+#include "shell/base/window_size.h"
 #include "shell/wheels/wheel_document.h"
 
 #include <QBoxLayout>
+#include <QScreen>
+#include <QScrollArea>
+#include <QWindow>
 
 TitledPreview::TitledPreview(QWidget* parent) : QWidget(parent) {
     auto* column = new QVBoxLayout(this);
@@ -29,4 +33,33 @@ void TitledPreview::showWheel(const EditorWheel* wheel, int function) {
     preview->setLabels(labels);
     preview->setHighlight(function);
     title->setText(wheel == nullptr ? QString() : wheel->name);
+}
+
+void TitledPreview::placeIn(QBoxLayout& row, QBoxLayout& page) {
+    beside = &row;
+    below = &page;
+    beside->addWidget(this);
+}
+
+void TitledPreview::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    connect(window()->windowHandle(), &QWindow::screenChanged, this, &TitledPreview::fitScreen,
+            Qt::UniqueConnection);
+    fitScreen();
+}
+
+void TitledPreview::fitScreen() {
+    const QWidget* area = this;
+    while (!area->isWindow() && qobject_cast<const QScrollArea*>(area) == nullptr)
+        area = area->parentWidget();
+    const QMargins margins = below->contentsMargins();
+    const int available = maximumWindowSize(*this).width() - area->mapTo(window(), QPoint()).x() -
+                          margins.left() - margins.right();
+    const int others =
+        beside->minimumSize().width() - (isBelow ? 0 : beside->spacing() + minimumSizeHint().width());
+    const bool fits = others + beside->spacing() + minimumSizeHint().width() <= available;
+    if (fits != isBelow)
+        return;
+    isBelow = !fits;
+    (isBelow ? below : beside)->addWidget(this, 0, isBelow ? Qt::AlignHCenter : Qt::Alignment());
 }

@@ -46,7 +46,7 @@ WheelEditorPage::WheelEditorPage(RecoveryBar& bar, QWidget* parent) : QWidget(pa
     body->addWidget(tree);
     body->addWidget(makeDetails(), 1);
     preview = new TitledPreview;
-    body->addWidget(preview);
+    preview->placeIn(*body, *page);
     page->addLayout(body, 1);
     connectParts();
     openLastFile();

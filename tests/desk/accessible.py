@@ -93,6 +93,20 @@ class Program(Widget):
         super().__init__(bus, wait_for(f"{title} among the accessible programs", lambda: first_match(
             Widget(bus, ROOT).children(), lambda each: each.name() == title)).reference)
 
+    def hear_focus(self):
+        """A function that returns the names of the widgets that the program has since reported to get the focus."""
+        registry, heard = "org.a11y.atspi.Registry", []
+        self.bus.call_sync(registry, "/org/a11y/atspi/registry", registry, "RegisterEvent",
+                           GLib.Variant("(sass)", ("focus:", [], "")), None, 0, int(TIMEOUT_S * 1000), None)
+        self.bus.signal_subscribe(self.reference[0], "org.a11y.atspi.Event.Focus", None, None, None, 0,
+                                  lambda _, name, path, *more: heard.append(Widget(self.bus, (name, path)).name()))
+
+        def so_far():
+            while GLib.MainContext.default().iteration(False):
+                pass
+            return heard
+        return so_far
+
     def window(self, title):
         """Waits until the window of that title has the keyboard focus."""
         return wait_for(f"the window {title} in front", lambda: first_match(

@@ -107,8 +107,10 @@ def test_a_wheel_is_created_saved_activated_and_used(desk, user):
     user.press("Dodaj koło")
     user.answer("Nowe koło", "Strzelanka")
     user.wait_until_selected("Strzelanka", "tree item")
+    heard = user.program.hear_focus()
     user.press("Dodaj funkcję")
     wait_for("its name to have the keyboard", lambda: user.window.focused().name() == "Nazwa")
+    wait_for("only that to be reported", lambda: heard() == ["Dodaj funkcję", "Nazwa"])  # not its row, which is selected
     user.keyboard.type("Leczenie")  # replaces the preset name, which is selected
     user.fill("Fraza głosowa", "leczenie")
     user.press("Ikona: Wybierz…")

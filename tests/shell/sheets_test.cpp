@@ -5,6 +5,8 @@
 #include "shell/main_window.h"
 #include "shell/wheels/color_dialog.h"
 #include "shell/wheels/icon_picker_dialog.h"
+#include "shell/wheels/titled_preview.h"
+#include "shell/wheels/wheel_editor_page.h"
 #include "test_files.h"
 
 #include <gtest/gtest.h>
@@ -208,6 +210,12 @@ void expectLargeTargets(QWidget& widget) {
     }
 }
 
+void expectLargeTargetsIn(const QDialog& dialog) {
+    QApplication::processEvents();
+    for (QWidget* widget : dialog.findChildren<QWidget*>())
+        expectLargeTargets(*widget);
+}
+
 TEST_P(Sheets, MakeTargetsLargeEnoughForAHandOrAnEyeOnPagesAndInDialogs) {
     forEachWidget(expectLargeTargets);
     QFileDialog files(window.get());
@@ -216,21 +224,25 @@ TEST_P(Sheets, MakeTargetsLargeEnoughForAHandOrAnEyeOnPagesAndInDialogs) {
     QMessageBox box(QMessageBox::Question, "?", "?", QMessageBox::Yes | QMessageBox::No, window.get());
     for (QDialog* dialog : std::initializer_list<QDialog*>{&files, &name, &icons, &box}) {
         dialog->show();
-        QApplication::processEvents();
-        for (QWidget* widget : dialog->findChildren<QWidget*>())
-            expectLargeTargets(*widget);
+        expectLargeTargetsIn(*dialog);
         dialog->hide();
     }
+}
+
+TEST_P(Sheets, PutThePreviewBelowTheFormOnANarrowScreen) { // of 800 px
+    window->findChild<QListWidget*>("Sidebar")->setCurrentRow(1);
+    QApplication::processEvents();
+    const auto* page = window->findChild<WheelEditorPage*>();
+    const auto* tree = page->findChild<QTreeWidget*>();
+    EXPECT_GT(page->findChild<TitledPreview*>()->y(), tree->mapTo(page, tree->rect().bottomLeft()).y());
 }
 
 TEST_P(Sheets, NameColoursThatKeysChooseInTheColourDialog) {
     const QColor start(1, 2, 3);
     const auto answer = [&](std::initializer_list<int> keys) {
         QTimer::singleShot(0, [keys] {
-            QWidget* dialog = QApplication::activeModalWidget();
-            QApplication::processEvents();
-            for (QWidget* widget : dialog->findChildren<QWidget*>())
-                expectLargeTargets(*widget);
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            expectLargeTargetsIn(*dialog);
             for (const int key : keys) {
                 QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
                 QApplication::sendEvent(dialog->focusWidget(), &press);

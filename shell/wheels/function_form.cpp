@@ -101,7 +101,6 @@ void FunctionForm::showColor(const QColor& color) {
     const QString name = color.isValid() ? color.name().toUpper() : tr("domyślny");
     colorButton->setText(name);
     colorButton->setAccessibleName(tr("Kolor pola: %1").arg(name));
-    colorButton->setToolTip(colorButton->accessibleName()); // on some colours the text is hard to read
     colorButton->setStyleSheet(color.isValid()
                                    ? QStringLiteral("background:%1; color:%2;")
                                          .arg(color.name(), color.lightness() > 128 ? "#000" : "#FFF")

@@ -18,10 +18,11 @@ struct NamedColor {
     QRgb value;
 };
 
+// On all of them the button's text, black or white by their lightness, has a contrast of 4.5 : 1 or more.
 constexpr NamedColor namedColors[] = {
-    {u"czerwony", 0xD32F2F},     {u"ciemnoczerwony", 0x8E1B1B}, {u"różowy", 0xD81B60},
-    {u"pomarańczowy", 0xEF6C00}, {u"bursztynowy", 0xFFA000},    {u"żółty", 0xFDD835},
-    {u"limonkowy", 0xAFB42B},    {u"oliwkowy", 0x827717},       {u"jasnozielony", 0x7CB342},
+    {u"czerwony", 0xC62828},     {u"ciemnoczerwony", 0x8E1B1B}, {u"różowy", 0xD81B60},
+    {u"pomarańczowy", 0xFF8F26}, {u"bursztynowy", 0xFFB51F},    {u"żółty", 0xFDD835},
+    {u"limonkowy", 0xC6D54A},    {u"oliwkowy", 0x827717},       {u"jasnozielony", 0x8BCB5A},
     {u"zielony", 0x2E7D32},      {u"ciemnozielony", 0x1B5E20},  {u"morski", 0x00695C},
     {u"turkusowy", 0x00838F},    {u"błękitny", 0x4FC3F7},       {u"niebieski", 0x1565C0},
     {u"granatowy", 0x1A237E},    {u"fioletowy", 0x7B1FA2},      {u"liliowy", 0xB39DDB},

@@ -160,33 +160,34 @@ TEST_P(Sheets, KeepTextReadableInEveryStateAndMarkTheKeyboardFocus) {
         EXPECT_GE(marked, std::min(widget.width(), 100)); // pixels; a small button's outline has 100
     });
     EXPECT_GT(texts, 50);
+    QProgressBar bar(window.get());
+    bar.setFormat(blocks);
+    bar.show();
+    for (const int value : {0, 100}) {
+        bar.setValue(value);
+        EXPECT_GE(contrastOfTwo(pictureOf(bar, bar.rect())), textContrast) << value;
+    }
 }
 
-/// Heights and widths of what can be pressed in a widget, by hand or by gaze.
+/// What can be pressed in the widget, by hand or by gaze.
 std::vector<QRect> targetsIn(QWidget& widget) {
-    if (auto* view = qobject_cast<QAbstractItemView*>(&widget); view && !widget.inherits("QHeaderView")) {
-        if (view->model()->rowCount(view->rootIndex()) == 0)
-            return {};
-        return {view->visualRect(view->model()->index(0, 0, view->rootIndex()))};
-    }
     if (auto* header = qobject_cast<QHeaderView*>(&widget))
         return {QRect(0, 0, header->sectionSize(0), header->height())};
+    if (auto* view = qobject_cast<QAbstractItemView*>(&widget)) {
+        const QModelIndex first = view->model()->index(0, 0, view->rootIndex());
+        return first.isValid() ? std::vector{view->visualRect(first)} : std::vector<QRect>();
+    }
+    std::vector<QRect> targets{QAccessible::queryAccessibleInterface(&widget)->rect()};
     if (auto* combo = qobject_cast<QComboBox*>(&widget))
-        return {combo->rect(), QRect(0, 0, combo->width(), combo->view()->sizeHintForRow(0))};
+        targets.push_back({0, 0, combo->width(), combo->view()->sizeHintForRow(0)});
     QStyleOptionSpinBox spin;
-    QStyleOptionSlider slider;
-    QStyleOptionButton check;
-    std::vector<QRect> targets{widget.rect()};
-    check.initFrom(&widget);
-    check.text = blocks;
     spin.initFrom(&widget);
-    slider.initFrom(&widget);
-    slider.state |= QStyle::State_Horizontal;
     for (const auto part : {QStyle::SC_SpinBoxUp, QStyle::SC_SpinBoxDown})
         if (widget.inherits("QAbstractSpinBox"))
             targets.push_back(widget.style()->subControlRect(QStyle::CC_SpinBox, &spin, part, &widget));
-    if (widget.inherits("QCheckBox"))
-        targets = {widget.style()->subElementRect(QStyle::SE_CheckBoxClickRect, &check, &widget)};
+    QStyleOptionSlider slider;
+    slider.initFrom(&widget);
+    slider.state |= QStyle::State_Horizontal;
     for (const auto part : {QStyle::SC_SliderHandle, QStyle::SC_SliderGroove})
         if (widget.inherits("QSlider"))
             targets.push_back(widget.style()->subControlRect(QStyle::CC_Slider, &slider, part, &widget));
@@ -198,9 +199,9 @@ void expectLargeTargets(QWidget& widget) {
                  widget.accessibleName().toStdString());
     const bool isPart =
         widget.parent()->inherits("QAbstractSpinBox") || widget.parent()->inherits("QComboBox");
-    if (!widget.isVisible() || isPart ||
-        ((widget.focusPolicy() & Qt::TabFocus) == 0 && !widget.inherits("QAbstractButton") &&
-         !widget.inherits("QHeaderView")))
+    const bool takesPresses = (widget.focusPolicy() & Qt::TabFocus) != 0 ||
+                              widget.inherits("QAbstractButton") || widget.inherits("QHeaderView");
+    if (!widget.isVisible() || isPart || !takesPresses)
         return;
     // The row of a step's fields has a given height.
     const int least = widget.parent()->parent()->inherits("QStackedWidget") ? 34 : 36;

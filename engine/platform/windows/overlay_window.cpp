@@ -41,8 +41,8 @@ void leftButtonDown(const OverlayWindowHandlers& handlers) noexcept {
 /// The default procedure makes the system's commands of Alt and F4.
 LRESULT key(const OverlayWindowHandlers& handlers, HWND window, UINT message, WPARAM wParam,
             LPARAM lParam) noexcept {
-    constexpr LPARAM wasDown = 1L << 30;
-    constexpr LPARAM isUp = 1L << 31;
+    constexpr LPARAM wasDown = LPARAM{1} << 30;
+    constexpr LPARAM isUp = LPARAM{1} << 31;
     if (handlers.keyChanged != nullptr && GetMessageExtraInfo() != static_cast<LPARAM>(extraInfoOfOurKeys)) {
         const KeyChange ofPress = (lParam & wasDown) != 0 ? KeyChange::repeated : KeyChange::pressed;
         handlers.keyChanged(static_cast<std::uint16_t>(wParam),

@@ -140,10 +140,9 @@ def test_another_toggle_key_is_chosen_by_keyboard(desk):
     assert desk.program.wait(20) == 0
     assert json.loads(desk.read("config.json")) == json.loads(before) | {"toggleKey": "F9"}
     wait_for("the program again", lambda: desk.display.focused_title() == "Rotika", 60)
-    desk.keyboard.tap("F9")
-    wait_for("the wheel", desk.wheel)
-    desk.keyboard.tap("F9")
-    desk.wait_until_closed()
+    for wheel in "opened", "closed":
+        desk.keyboard.tap("F9")
+        wait_for(f"the wheel to be {wheel}", lambda: bool(desk.wheel()) == (wheel == "opened"))
     run_word(desk, "--quit")
 
 

@@ -15,8 +15,8 @@ class VoicePage : public QWidget {
 public:
     using OpenInEditor = std::function<void(const QString& path)>;
 
-    /// `openInEditor` may be empty.
-    explicit VoicePage(OpenInEditor openInEditor, QWidget* parent = nullptr);
+    /// `callback` may be empty.
+    explicit VoicePage(OpenInEditor callback, QWidget* parent = nullptr);
 
 private:
     void fillFromConfig();

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QLabel>
 #include <QPointer>
 #include <QProcess>
 #include <QPushButton>

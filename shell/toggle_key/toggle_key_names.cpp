@@ -56,7 +56,7 @@ QStringList toggleKeyNames() {
 }
 
 QString toggleKeyName(const QKeyEvent& press) {
-    if (const QString name = nameByPosition(press); !name.isEmpty())
+    if (QString name = nameByPosition(press); !name.isEmpty())
         return name;
     const int key = press.key();
     const bool isOnKeypad = press.modifiers().testFlag(Qt::KeypadModifier);

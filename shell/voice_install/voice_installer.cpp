@@ -13,6 +13,7 @@
 #include "shell/voice_install/voice_start.h"
 #include "shell/voice_install/voice_unpacking.h"
 
+#include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>

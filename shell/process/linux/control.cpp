@@ -138,7 +138,7 @@ void sendIfDue(const std::shared_ptr<Sending>& sending) {
 
 /// Sends as soon as there is a connection.
 std::shared_ptr<Sending> startSending(const ControlCommand& command) {
-    const auto sending = std::make_shared<Sending>(Sending{command});
+    auto sending = std::make_shared<Sending>(Sending{command});
     const std::string address = sessionBusAddress();
     sending->isOver = address.empty();
     if (!address.empty())

@@ -18,7 +18,7 @@ bool isForTheDialog(const QKeyEvent& press) {
 
 } // namespace
 
-KeyCaptureField::KeyCaptureField(QWidget* parent) : QLineEdit(parent) {
+KeyCaptureField::KeyCaptureField(QWidget* parent) : PlaceholderEdit(parent) {
     setReadOnly(true);
     setContextMenuPolicy(Qt::NoContextMenu);
 }
@@ -26,7 +26,7 @@ KeyCaptureField::KeyCaptureField(QWidget* parent) : QLineEdit(parent) {
 /// The window's shortcuts, of a single key or for moving in a text, must not take the key first.
 bool KeyCaptureField::event(QEvent* event) {
     if (event->type() != QEvent::ShortcutOverride || isForTheDialog(static_cast<QKeyEvent&>(*event)))
-        return QLineEdit::event(event);
+        return PlaceholderEdit::event(event);
     event->accept();
     return true;
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QLineEdit>
+#include "shell/base/placeholder_edit.h"
 
 /// Takes the next key that is pressed while it has the keyboard. Tab, Escape, Enter and everything with Ctrl,
 /// Alt or the Windows key keep their meaning, so that nobody is caught in it. Main thread.
-class KeyCaptureField : public QLineEdit {
+class KeyCaptureField : public PlaceholderEdit {
     Q_OBJECT
 
 public:

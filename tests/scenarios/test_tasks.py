@@ -2,7 +2,6 @@
 by eyes with one switch. Voice and eyes use the functions of the shipped examples, the keyboard the same keys."""
 
 import json
-import shlex
 from collections import namedtuple
 from pathlib import Path
 
@@ -402,12 +401,11 @@ ONLY_IN_FILE = "ustawienie jest tylko w pliku config.json"
 
 
 def edit_settings(person, name, old, new):
-    """In a terminal, with a desktop's key for it. The letter x is the wheel's key."""
+    """In a terminal, with a desktop's key for it. The letter x is the wheel's key, and so cannot be typed."""
     person.desk.screen.bind_key("F9", "xterm -T Terminal")
     person.keyboard.tap("F9")
     wait_for("the terminal", lambda: person.desk.display.focused_title() == "Terminal")
-    folder = shlex.quote(str(person.desk.folder))
-    person.keyboard.type(f"cd {folder}; sed -i /{name}/s/{old}/{new}/ config.json; setsid ./rotika --restart\n")
+    person.keyboard.type(f"cd ../program; sed -i /{name}/s/{old}/{new}/ config.json; setsid ./rotika --restart\n")
     wait_for("the end of the first program", lambda: person.desk.program.poll() is not None)
     person.wait_for_window()
 

@@ -1,5 +1,6 @@
 #include "shell/base/file_dialogs.h"
 
+#include "shell/base/data_folder.h"
 #include "shell/base/window_size.h"
 
 #include <QApplication>
@@ -9,8 +10,20 @@
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QTreeView>
+#include <QUrl>
 
 namespace {
+
+/// The user's files and the shipped examples, which are elsewhere where a package has installed the program.
+void offerFolders(QFileDialog& dialog) {
+    QList<QUrl> places = dialog.sidebarUrls();
+    for (const QString& folder : {dataFolder(), QCoreApplication::applicationDirPath() + "/przykłady"}) {
+        const QUrl place = QUrl::fromLocalFile(folder);
+        if (QFileInfo(folder).isDir() && !places.contains(place))
+            places.append(place);
+    }
+    dialog.setSidebarUrls(places);
+}
 
 /// Applies to Qt's own dialog only: a native dialog has no QTreeView.
 void prepareList(QFileDialog& dialog) {
@@ -23,6 +36,7 @@ void prepareList(QFileDialog& dialog) {
     files->header()->setStretchLastSection(false);
     files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     files->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    offerFolders(dialog);
     dialog.resize(QSize(760, 480).boundedTo(maximumWindowSize(*dialog.parentWidget())));
 }
 

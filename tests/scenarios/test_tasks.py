@@ -666,6 +666,7 @@ def boxes(person):
     person.in_front("Rotika")
     person.act("otwórz plik")
     person.in_front("Otwórz plik kół")
+    Program(person.desk.screen, "Rotika").find("przykłady", "list item")  # beside the files
     person.act("anuluj")
     person.in_front("Rotika")
 

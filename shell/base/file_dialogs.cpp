@@ -8,7 +8,9 @@
 #include <QFileInfo>
 #include <QFontMetrics>
 #include <QHeaderView>
+#include <QListView>
 #include <QMessageBox>
+#include <QSplitter>
 #include <QTreeView>
 #include <QUrl>
 
@@ -23,6 +25,13 @@ void offerFolders(QFileDialog& dialog) {
             places.append(place);
     }
     dialog.setSidebarUrls(places);
+    const auto* list = dialog.findChild<QListView*>(QStringLiteral("sidebar"));
+    auto* splitter = dialog.findChild<QSplitter*>();
+    if (list == nullptr || splitter == nullptr)
+        return;
+    constexpr int padding = 12; // of the list and its frame in the style sheets
+    const int width = list->sizeHintForColumn(0) + padding;
+    splitter->setSizes({width, dialog.width() - width});
 }
 
 /// Applies to Qt's own dialog only: a native dialog has no QTreeView.
@@ -36,8 +45,8 @@ void prepareList(QFileDialog& dialog) {
     files->header()->setStretchLastSection(false);
     files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     files->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    offerFolders(dialog);
     dialog.resize(QSize(760, 480).boundedTo(maximumWindowSize(*dialog.parentWidget())));
+    offerFolders(dialog);
 }
 
 QStringList chosenFiles(QFileDialog& dialog) {

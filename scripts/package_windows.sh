@@ -97,10 +97,19 @@ make_update_library() {
     printf 'The licence\n' >"$1/COPYING"
 }
 
+# By Python, since zip does not mark names as UTF-8, as Windows needs.
 make_portable_archive() {
-    local work=$1 archive=$2
-    rm -f "$archive"
-    (cd "$work" && find Rotika -type f | LC_ALL=C sort | TZ=UTC LC_ALL=C.UTF-8 zip -q -X -9 -UN=UTF8 -@ "$archive")
+    /usr/bin/python3 -B - "$1" "$2" <<'PYTHON'
+import os, sys, time, zipfile
+from pathlib import Path
+
+folder, stamp = Path(sys.argv[1]), time.gmtime(int(os.environ["SOURCE_DATE_EPOCH"]))[:6]
+with zipfile.ZipFile(sys.argv[2], "w") as archive:
+    for file in sorted(each for each in (folder / "Rotika").rglob("*") if each.is_file()):
+        entry = zipfile.ZipInfo(str(file.relative_to(folder)), stamp)
+        entry.external_attr = 0o644 << 16
+        archive.writestr(entry, file.read_bytes(), zipfile.ZIP_DEFLATED, 9)
+PYTHON
 }
 
 # The list of the shipped files, by which the installer replaces and removes: see packaging/windows/files.nsh.
@@ -138,7 +147,7 @@ make_installer() {
     convert -size 164x314 gradient:'#F4F7FB-#D6E4F2' "$work/logo.png" -gravity center -composite \
         -type TrueColor "BMP3:$work/welcome.bmp"
     set_times_of_release "$work/welcome.bmp" "$work/Rotika/lista-plikow.txt"
-    makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$work/Rotika" \
+    LC_ALL=C.UTF-8 makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$work/Rotika" \
         "-DFILES_NSH=$work/files.nsh" "-DICON=$work/Rotika/rotika.ico" \
         "-DWELCOME=$work/welcome.bmp" "-DSIZE_KB=$size_kb" \
         "-DOUTPUT=$installer" "$root/packaging/windows/rotika.nsi"

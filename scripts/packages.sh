@@ -40,7 +40,7 @@ packages_wine="wine wine64 fonts-liberation"
 # Making and checking the packages of a release, and trying them on a bare system.
 packages_release="
     dpkg-dev fakeroot lintian desktop-file-utils appstream cmark-gfm man-db groff gzip python3 debootstrap
-    nsis zip libarchive-dev libarchive-tools libz-mingw-w64-dev openssl"
+    nsis libarchive-dev libarchive-tools libz-mingw-w64-dev openssl"
 
 packages_of() {
     local name=packages_$1

@@ -38,6 +38,8 @@ def field_point(index, count, radius=150):
 class Desk:
     """`program` is the folder of the program under test, `target` the system it was built for: linux or windows."""
 
+    toggle_key = TOGGLE_KEY
+
     def __init__(self, program, target="linux"):
         self.screen = Screen()
         self.display = self.screen.display

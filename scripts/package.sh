@@ -24,6 +24,7 @@ run_package() {
     fi
     SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(release_notes epoch)}
     export SOURCE_DATE_EPOCH
+    export LC_ALL=C.UTF-8 # CPack and makensis read names of files in it
     umask 022 # folders in packages must be readable by all
     [ $# -gt 0 ] || rm -rf "$release"
     rm -f "$release"/appcast.xml "$release"/SHA256SUMS*

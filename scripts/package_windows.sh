@@ -147,7 +147,7 @@ make_installer() {
     convert -size 164x314 gradient:'#F4F7FB-#D6E4F2' "$work/logo.png" -gravity center -composite \
         -type TrueColor "BMP3:$work/welcome.bmp"
     set_times_of_release "$work/welcome.bmp" "$work/Rotika/lista-plikow.txt"
-    LC_ALL=C.UTF-8 makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$work/Rotika" \
+    makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$work/Rotika" \
         "-DFILES_NSH=$work/files.nsh" "-DICON=$work/Rotika/rotika.ico" \
         "-DWELCOME=$work/welcome.bmp" "-DSIZE_KB=$size_kb" \
         "-DOUTPUT=$installer" "$root/packaging/windows/rotika.nsi"

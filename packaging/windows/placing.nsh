@@ -208,7 +208,7 @@ Function StageUninstaller
     Pop $1
     FileOpen $0 "$INSTDIR\${STAGED}\${LIST}" a
     FileSeek $0 0 END
-    FileWrite $0 "$1 ${UNINSTALLER}$\n"
+    FileWriteUTF16LE $0 "$1 ${UNINSTALLER}$\n"
     FileClose $0
 FunctionEnd
 

@@ -9,7 +9,7 @@ from desk.x11 import MAPPING_NOTIFY, Display, InputEvent, xinput, xlib
 KEYS_BUTTONS_MOTION_AND_FOCUS = c_long(0x0F | 0x40 | 0x200000)  # the core protocol's masks
 KINDS = {2: "key-down", 3: "key-up", 4: "button-down", 5: "button-up", 6: "motion", 9: "focus-in", 10: "focus-out"}
 BUTTONS = {1: "left", 2: "middle", 3: "right", 8: "side1", 9: "side2"}
-ALL_MASTER_DEVICES, RAW_KEY_RELEASE, GENERIC_EVENT = 1, 14, 35
+ALL_MASTER_DEVICES, RAW_KEY_PRESS, GENERIC_EVENT = 1, 13, 35
 CHEQUERED = b"\xff\0" * 8 + b"\0\xff" * 8  # bitmap of 16 x 16 pixels
 
 
@@ -114,18 +114,19 @@ class Recorder(Recording):
         self.records.append(Record(kind, name, code, event.state, event.time, (event.x_root, event.y_root)))
 
 
-class RawKeyReleases:
-    """Counts the releases of keys, whatever window has the keyboard; injected ones more than once."""
+class RawKeyPresses:
+    """Counts the presses of keys, real and injected, whatever window has the keyboard."""
 
     def __init__(self, screen):
         self.display, self.seen = Display(screen.environment["DISPLAY"]), 0
-        mask = (c_ubyte * 2)(0, 1 << RAW_KEY_RELEASE - 8)
+        mask = (c_ubyte * 2)(0, 1 << RAW_KEY_PRESS - 8)
         words = (c_ulong * 2)(ALL_MASTER_DEVICES | len(mask) << 32, addressof(mask))
         xinput.XISelectEvents(self.display.handle, self.display.root, words, 1)
         self.display.sync()
         self.mask = mask
 
     def count(self):
+        self.display.sync()
         event = InputEvent()
         while xlib.XPending(self.display.handle):
             xlib.XNextEvent(self.display.handle, byref(event))

@@ -11,7 +11,7 @@ import pytest
 from desk.accessible import FOCUSED, SELECTED, Program
 from desk.desk import field, field_point
 from desk.device import Device
-from desk.recorder import RawKeyReleases
+from desk.recorder import RawKeyPresses
 from desk.sound import SoundServer
 from desk.waiting import TIMEOUT_S, wait_for
 
@@ -21,6 +21,8 @@ ROOT = Path(__file__).parents[2]
 EXAMPLES = ROOT / "packaging/examples"
 FUNCTIONS = {function["voice"]: function for wheel in json.loads((EXAMPLES / "głos.json").read_text())["wheels"]
              for function in wheel["actions"]}
+FIELDS = {function.get("voice") for wheel in json.loads((EXAMPLES / "koła.json").read_text())["wheels"]
+          for function in wheel["actions"]}
 CHARACTERS = {function["steps"][0]["key"]: phrase for phrase, function in FUNCTIONS.items()
               if phrase.startswith(("litera", "cyfra"))} | {".": "kropka"}
 KEYSYMS = {"ctrl": "Control_L", "shift": "Shift_L", "alt": "Alt_L", "enter": "Return", "esc": "Escape", "tab": "Tab",
@@ -126,15 +128,14 @@ class Automatic(Person):
     """The program presses the keys."""
 
     def get_ready(self):
-        self.releases = RawKeyReleases(self.desk.screen)
+        self.presses = RawKeyPresses(self.desk.screen)
 
     def perform(self, phrase):
         self.open(phrase)
-        before = self.releases.count()
+        wanted = self.presses.count() + sum(step.get("value", 1) if step["action"] == "click" else step["action"] == "hold"
+                                            for step in FUNCTIONS[phrase]["steps"] if not step["key"].endswith("mb"))
         self.choose(phrase)
-        # Functions with several keys hold one throughout.
-        wait_for(f"the keys of {phrase}", lambda: FUNCTIONS[phrase]["steps"][0]["key"].endswith("mb") or (
-            self.releases.count() > before and not self.desk.display.keys_down()))
+        wait_for(f"the keys of {phrase}", lambda: self.presses.count() >= wanted and not self.desk.display.keys_down())
 
 
 class Voice(Automatic):
@@ -172,6 +173,7 @@ class Eyes(Automatic):
         self.settings |= self.tracker.settings
 
     def start(self, *fields, more=(), **settings):
+        assert FIELDS.issuperset(self.functions)
         chosen = fields or [FUNCTIONS[phrase] for phrase in self.functions]
         return super().start(*chosen, more=more, **settings)
 
@@ -566,7 +568,7 @@ def keys_of_steps(person):
 @task("przesunięcie kroku")
 def move_step(person):
     with_two_steps(person)
-    person.act("krok wyżej", "zapisz plik")
+    person.act("krok w górę", "zapisz plik")
     wait_for("the order", lambda: keys_of_steps(person) == ["b", "a"])
 
 

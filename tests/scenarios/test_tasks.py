@@ -432,6 +432,8 @@ def toggle_key(person):
         person.act("w górę")
     person.go_to("Zapisz")
     person.act("zatwierdź")
+    if isinstance(person, Voice):
+        person.recogniser.write()  # since the next program would hear all of it again
     wait_for("the end of the first program", lambda: person.desk.program.poll() is not None)
     person.wait_for_window()
     person.keyboard.tap(person.config()["toggleKey"])

@@ -72,5 +72,5 @@ void sendInBackground(const ControlCommand& command);
 
 /// Ends all copies of this user that run from this program's folder, the engine without the shell and second
 /// copies included, and waits until they have gone; not those that wait in this function themselves. False if
-/// one is left after ten seconds; on Windows a copy whose user cannot be read counts.
-bool quitRunningCopies();
+/// one is left after `limit`; it may still end later. On Windows a copy whose user cannot be read counts.
+bool quitRunningCopies(std::chrono::milliseconds limit);

@@ -78,6 +78,10 @@ std::optional<int> runBesideOthers(CommandLine& line, char** argv) {
     return line.launch == Launch::command ? sendCommand(line.command, isFirstCopy()) : std::nullopt;
 }
 
+bool findTray(const ControlListener& control, int limitMs) {
+    return waitForTray(limitMs, [&control] { return !control.hasEarlyCommands(); });
+}
+
 /// What the program was started for, and what other processes ask for from then on.
 void serveCommands(ControlListener& control, const CommandLine& line, MainWindow& window) {
     if (line.launch == Launch::command)
@@ -128,7 +132,7 @@ int main(int argc, char** argv) {
     programEnd.setLastActs(stopServices);
     const bool isMinimized = line.launch == Launch::minimized, isCommand = line.launch == Launch::command;
     const bool startsHidden = isMinimized || (isCommand && !opensWindow(line.command));
-    const bool hasTray = startsHidden && waitForTray(isMinimized ? trayLimitMs : shortTrayLimitMs);
+    const bool hasTray = startsHidden && findTray(control, isMinimized ? trayLimitMs : shortTrayLimitMs);
     MainWindow window(licence, licenceResult);
     QObject::connect(&programEnd, &ProgramEnd::beginning, &window, &MainWindow::keepUnsavedChanges);
     programEnd.setLastActs([&window] {
@@ -136,7 +140,7 @@ int main(int argc, char** argv) {
         stopServices();
     });
     // Without a tray there would be no way to the window.
-    if (!startsHidden || (isMinimized && !hasTray))
+    if (!startsHidden || (isMinimized && !hasTray && !control.hasEarlyCommands()))
         window.show();
     else if (!hasTray)
         showWithoutActivating(window);

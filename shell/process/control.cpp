@@ -8,6 +8,7 @@ namespace {
 constexpr qsizetype maxArguments = 16;
 constexpr qsizetype maxArgumentLength = 32767; // the longest path on any system
 constexpr qsizetype maxEarlyCommands = 16;
+constexpr std::chrono::seconds maxWheelDelay{2};
 
 } // namespace
 
@@ -34,8 +35,14 @@ ControlListener::~ControlListener() {
 
 void ControlListener::deliverTo(Handler newHandler) {
     handler = std::move(newHandler);
-    for (const ControlCommand& command : std::exchange(early, {}))
-        handler(command);
+    const auto limit = std::chrono::steady_clock::now() - maxWheelDelay;
+    for (const Early& each : std::exchange(early, {}))
+        if (each.command.name != toggleWheelCommand || each.arrival >= limit)
+            handler(each.command);
+}
+
+bool ControlListener::hasEarlyCommands() const {
+    return !early.isEmpty();
 }
 
 void ControlListener::arrive(const ControlCommand& command) {
@@ -49,5 +56,5 @@ void ControlListener::obey(const ControlCommand& command) {
     else if (handler)
         handler(command);
     else if (early.size() < maxEarlyCommands)
-        early.append(command);
+        early.append({command, std::chrono::steady_clock::now()});
 }

@@ -44,14 +44,23 @@ public:
     ControlListener(const ControlListener&) = delete;
     ControlListener& operator=(const ControlListener&) = delete;
 
-    /// Passes all other commands on, at first those that have arrived already.
+    /// Passes all other commands on, at first those that have arrived already, but no command for the wheel
+    /// whose user no longer expects it: it would take the mouse.
     void deliverTo(Handler newHandler);
+
+    /// Whether commands wait for deliverTo().
+    bool hasEarlyCommands() const;
 
     /// For the implementations: a command has arrived. It is obeyed in the event loop, because it may open a
     /// dialog with a loop of its own.
     void arrive(const ControlCommand& command);
 
 private:
+    struct Early {
+        ControlCommand command;
+        std::chrono::steady_clock::time_point arrival;
+    };
+
     void open(bool isFirstCopy);
     void close();
     void obey(const ControlCommand& command);
@@ -59,7 +68,7 @@ private:
     QObject context; // of the commands in the event loop
     std::function<void()> quit;
     Handler handler;
-    QList<ControlCommand> early;
+    QList<Early> early;
 };
 
 /// Sends a command to the first copy, which may be just starting; waits for its answer at most `limit`. False

@@ -156,6 +156,13 @@ def test_a_minimized_start_shows_the_window_only_where_there_is_no_tray(desk):
     wait_for("the program", desk.guard, 30)
     assert bool(holds_within(15, lambda: desk.display.titled("Rotika"))) != desk.target.has_tray
     expect_wheel(desk)
+    run_word(desk, "--quit")
+    desk.program = desk.launch_program("--minimized")
+    wait_for("the program", desk.guard, 30)
+    run_word(desk, "--toggle-wheel")
+    assert holds_within(3, desk.wheel), "a command waits for a tray"
+    desk.close_wheel()
+    assert desk.is_in_front("recorder") or not desk.target.gives_focus
 
 
 def test_files_are_created_in_the_program_folder_and_broken_or_missing_ones_do_not_prevent_a_start(desk):

@@ -131,8 +131,10 @@ int main(int argc, char** argv) {
     OverlayEngineStart();
     programEnd.setLastActs(stopServices);
     const bool isMinimized = line.launch == Launch::minimized, isCommand = line.launch == Launch::command;
+    // A restart follows a copy that had found the tray or was without one.
+    const bool isSessionStart = isMinimized && !line.isRestart;
     const bool startsHidden = isMinimized || (isCommand && !opensWindow(line.command));
-    const bool hasTray = startsHidden && findTray(control, isMinimized ? trayLimitMs : shortTrayLimitMs);
+    const bool hasTray = startsHidden && findTray(control, isSessionStart ? trayLimitMs : shortTrayLimitMs);
     MainWindow window(licence, licenceResult);
     QObject::connect(&programEnd, &ProgramEnd::beginning, &window, &MainWindow::keepUnsavedChanges);
     programEnd.setLastActs([&window] {
@@ -140,7 +142,7 @@ int main(int argc, char** argv) {
         stopServices();
     });
     // Without a tray there would be no way to the window.
-    if (!startsHidden || (isMinimized && !hasTray && !control.hasEarlyCommands()))
+    if (!startsHidden || (isSessionStart && !hasTray && !control.hasEarlyCommands()))
         window.show();
     else if (!hasTray)
         showWithoutActivating(window);

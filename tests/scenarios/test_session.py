@@ -162,6 +162,10 @@ def test_a_minimized_start_shows_the_window_only_where_there_is_no_tray(desk):
     run_word(desk, "--toggle-wheel")
     assert holds_within(3, desk.wheel), "a command waits for a tray"
     desk.close_wheel()
+    first, desk.program = desk.program, desk.launch_program("--restart", "--minimized")
+    assert first.wait(20) == 0
+    wait_for("the program", desk.guard, 30)
+    assert bool(holds_within(5, lambda: desk.display.titled("Rotika"))) != desk.target.has_tray
     assert desk.is_in_front("recorder") or not desk.target.gives_focus
 
 

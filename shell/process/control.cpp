@@ -9,6 +9,8 @@ constexpr qsizetype maxArguments = 16;
 constexpr qsizetype maxArgumentLength = 32767; // the longest path on any system
 constexpr qsizetype maxEarlyCommands = 16;
 constexpr std::chrono::seconds maxWheelDelay{2};
+// Longer than the time that a key is held, on most desktops, before it repeats.
+constexpr std::chrono::milliseconds repetitionLimit{750};
 
 } // namespace
 
@@ -46,8 +48,18 @@ bool ControlListener::hasEarlyCommands() const {
 }
 
 void ControlListener::arrive(const ControlCommand& command) {
+    if (isRepetition(command))
+        return;
     QMetaObject::invokeMethod(
         &context, [this, command] { obey(command); }, Qt::QueuedConnection);
+}
+
+bool ControlListener::isRepetition(const ControlCommand& command) {
+    if (command.name != toggleWheelCommand)
+        return false;
+    const Time now = std::chrono::steady_clock::now();
+    const std::optional<Time> previous = std::exchange(lastForWheel, now);
+    return previous && now - *previous < repetitionLimit;
 }
 
 void ControlListener::obey(const ControlCommand& command) {

@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <chrono>
 #include <functional>
+#include <optional>
 
 // Commands from other processes of the same user to the running program: on Linux by
 // org.freedesktop.Application on the session bus (name pl.rotika.Rotika), on Windows by WM_COPYDATA to a
@@ -52,23 +53,26 @@ public:
     bool hasEarlyCommands() const;
 
     /// For the implementations: a command has arrived. It is obeyed in the event loop, because it may open a
-    /// dialog with a loop of its own.
+    /// dialog with a loop of its own. The repetitions of a held shortcut count as one command for the wheel.
     void arrive(const ControlCommand& command);
 
 private:
+    using Time = std::chrono::steady_clock::time_point;
     struct Early {
         ControlCommand command;
-        std::chrono::steady_clock::time_point arrival;
+        Time arrival;
     };
 
     void open(bool isFirstCopy);
     void close();
     void obey(const ControlCommand& command);
+    bool isRepetition(const ControlCommand& command);
 
     QObject context; // of the commands in the event loop
     std::function<void()> quit;
     Handler handler;
     QList<Early> early;
+    std::optional<Time> lastForWheel;
 };
 
 /// Sends a command to the first copy, which may be just starting; waits for its answer at most `limit`. False

@@ -89,8 +89,11 @@ def test_words_of_the_command_line_drive_the_program(desk):
     desk.program = desk.launch_program("--toggle-wheel")
     desk.wait_until_open()
     assert desk.display.focused_title() != "Rotika"
-    run_word(desk, "--toggle-wheel")
+    assert not holds_within(1, lambda: not desk.wheel())
+    held = [desk.launch_program("--toggle-wheel") for _ in range(2)]  # as a held shortcut does
+    assert [each.wait(20) for each in held] == [0, 0]
     desk.wait_until_closed()
+    assert not holds_within(1, desk.wheel)
     desk.work_in_recorder()
     run_word(desk, "--toggle-wheel")
     desk.wait_until_open()

@@ -97,8 +97,9 @@ std::optional<int> sendCommand(const ControlCommand& command, bool isFirstCopy) 
 
 int runAsSecondCopy(const CommandLine& line, std::function<void()> quit) {
     const ControlListener control(false, std::move(quit)); // before the boxes
-    if (line.launch == Launch::command) {
-        QMessageBox::warning(nullptr, QStringLiteral("Rotika"), notReceived(), QMessageBox::Ok,
+    const QString fault = line.launch == Launch::command ? notReceived() : line.fault;
+    if (!fault.isEmpty()) {
+        QMessageBox::warning(nullptr, QStringLiteral("Rotika"), fault, QMessageBox::Ok,
                              QMessageBox::NoButton);
         return 1;
     }

@@ -25,6 +25,9 @@ namespace {
 // At the start of a session the desktop's panel may come up after the program.
 constexpr int trayLimitMs = 10'000;
 constexpr int shortTrayLimitMs = 1000; // for a command, whose user is waiting
+constexpr std::chrono::seconds quitLimit{10};
+// A copy that hangs ends when it goes on. If nothing waited for that, no copy would be left.
+constexpr std::chrono::minutes restartLimit{5};
 
 QString savedTheme() {
     return uiSettings().value(themeKey, "fluent").toString();
@@ -53,7 +56,7 @@ std::optional<int> runWithoutWindow(const CommandLine& line) {
         printText(line.fault, true);
         return 2;
     case Launch::quit:
-        return quitRunningCopies() ? 0 : 1;
+        return quitRunningCopies(quitLimit) ? 0 : 1;
     default:
         return std::nullopt;
     }
@@ -66,15 +69,17 @@ bool isFirstCopy() {
 }
 
 /// As above, after the other copies have been found.
-std::optional<int> runBesideOthers(const CommandLine& line, char** argv) {
-    if (line.isRestart && !quitRunningCopies()) {
-        printText(QStringLiteral("Nie udało się zakończyć działającego programu."), true);
-        return 1;
-    }
+std::optional<int> runBesideOthers(CommandLine& line, char** argv) {
+    if (line.isRestart && !quitRunningCopies(restartLimit))
+        line.fault = QStringLiteral("Nie udało się zakończyć działającego programu.");
     if (line.isRestart)
         forgetRestart(argv);
     dropHangingBus();
     return line.launch == Launch::command ? sendCommand(line.command, isFirstCopy()) : std::nullopt;
+}
+
+bool findTray(const ControlListener& control, int limitMs) {
+    return waitForTray(limitMs, [&control] { return !control.hasEarlyCommands(); });
 }
 
 /// What the program was started for, and what other processes ask for from then on.
@@ -91,7 +96,7 @@ void serveCommands(ControlListener& control, const CommandLine& line, MainWindow
 
 // The order matters: each step needs the ones before it.
 int main(int argc, char** argv) {
-    const CommandLine line = parseCommandLine(programArguments(argc, argv));
+    CommandLine line = parseCommandLine(programArguments(argc, argv));
     if (const std::optional<int> status = runWithoutWindow(line))
         return *status;
     exitOnTermination();
@@ -126,8 +131,10 @@ int main(int argc, char** argv) {
     OverlayEngineStart();
     programEnd.setLastActs(stopServices);
     const bool isMinimized = line.launch == Launch::minimized, isCommand = line.launch == Launch::command;
+    // A restart follows a copy that had found the tray or was without one.
+    const bool isSessionStart = isMinimized && !line.isRestart;
     const bool startsHidden = isMinimized || (isCommand && !opensWindow(line.command));
-    const bool hasTray = startsHidden && waitForTray(isMinimized ? trayLimitMs : shortTrayLimitMs);
+    const bool hasTray = startsHidden && findTray(control, isSessionStart ? trayLimitMs : shortTrayLimitMs);
     MainWindow window(licence, licenceResult);
     QObject::connect(&programEnd, &ProgramEnd::beginning, &window, &MainWindow::keepUnsavedChanges);
     programEnd.setLastActs([&window] {
@@ -135,7 +142,7 @@ int main(int argc, char** argv) {
         stopServices();
     });
     // Without a tray there would be no way to the window.
-    if (!startsHidden || (isMinimized && !hasTray))
+    if (!startsHidden || (isSessionStart && !hasTray && !control.hasEarlyCommands()))
         window.show();
     else if (!hasTray)
         showWithoutActivating(window);

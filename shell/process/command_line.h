@@ -11,7 +11,7 @@ struct CommandLine {
     Launch launch = Launch::window;
     bool isRestart = false; // ends the running copies first; of window and minimized
     ControlCommand command; // of command: for the running copy, or for this one if there is none
-    QString fault;          // of invalid, a message for the user
+    QString fault;          // of invalid or of a restart that failed, a message for the user
 };
 
 /// `arguments` without the program's name. Relative file names belong to the current folder.

@@ -8,6 +8,9 @@ namespace {
 constexpr qsizetype maxArguments = 16;
 constexpr qsizetype maxArgumentLength = 32767; // the longest path on any system
 constexpr qsizetype maxEarlyCommands = 16;
+constexpr std::chrono::seconds maxWheelDelay{2};
+// Longer than the time that a key is held, on most desktops, before it repeats.
+constexpr std::chrono::milliseconds repetitionLimit{750};
 
 } // namespace
 
@@ -34,13 +37,29 @@ ControlListener::~ControlListener() {
 
 void ControlListener::deliverTo(Handler newHandler) {
     handler = std::move(newHandler);
-    for (const ControlCommand& command : std::exchange(early, {}))
-        handler(command);
+    const auto limit = std::chrono::steady_clock::now() - maxWheelDelay;
+    for (const Early& each : std::exchange(early, {}))
+        if (each.command.name != toggleWheelCommand || each.arrival >= limit)
+            handler(each.command);
+}
+
+bool ControlListener::hasEarlyCommands() const {
+    return !early.isEmpty();
 }
 
 void ControlListener::arrive(const ControlCommand& command) {
+    if (isRepetition(command))
+        return;
     QMetaObject::invokeMethod(
         &context, [this, command] { obey(command); }, Qt::QueuedConnection);
+}
+
+bool ControlListener::isRepetition(const ControlCommand& command) {
+    if (command.name != toggleWheelCommand)
+        return false;
+    const Time now = std::chrono::steady_clock::now();
+    const std::optional<Time> previous = std::exchange(lastForWheel, now);
+    return previous && now - *previous < repetitionLimit;
 }
 
 void ControlListener::obey(const ControlCommand& command) {
@@ -49,5 +68,5 @@ void ControlListener::obey(const ControlCommand& command) {
     else if (handler)
         handler(command);
     else if (early.size() < maxEarlyCommands)
-        early.append(command);
+        early.append({command, std::chrono::steady_clock::now()});
 }

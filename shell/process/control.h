@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <chrono>
 #include <functional>
+#include <optional>
 
 // Commands from other processes of the same user to the running program: on Linux by
 // org.freedesktop.Application on the session bus (name pl.rotika.Rotika), on Windows by WM_COPYDATA to a
@@ -44,22 +45,34 @@ public:
     ControlListener(const ControlListener&) = delete;
     ControlListener& operator=(const ControlListener&) = delete;
 
-    /// Passes all other commands on, at first those that have arrived already.
+    /// Passes all other commands on, at first those that have arrived already, but no command for the wheel
+    /// whose user no longer expects it: it would take the mouse.
     void deliverTo(Handler newHandler);
 
+    /// Whether commands wait for deliverTo().
+    bool hasEarlyCommands() const;
+
     /// For the implementations: a command has arrived. It is obeyed in the event loop, because it may open a
-    /// dialog with a loop of its own.
+    /// dialog with a loop of its own. The repetitions of a held shortcut count as one command for the wheel.
     void arrive(const ControlCommand& command);
 
 private:
+    using Time = std::chrono::steady_clock::time_point;
+    struct Early {
+        ControlCommand command;
+        Time arrival;
+    };
+
     void open(bool isFirstCopy);
     void close();
     void obey(const ControlCommand& command);
+    bool isRepetition(const ControlCommand& command);
 
     QObject context; // of the commands in the event loop
     std::function<void()> quit;
     Handler handler;
-    QList<ControlCommand> early;
+    QList<Early> early;
+    std::optional<Time> lastForWheel;
 };
 
 /// Sends a command to the first copy, which may be just starting; waits for its answer at most `limit`. False
@@ -72,5 +85,5 @@ void sendInBackground(const ControlCommand& command);
 
 /// Ends all copies of this user that run from this program's folder, the engine without the shell and second
 /// copies included, and waits until they have gone; not those that wait in this function themselves. False if
-/// one is left after ten seconds; on Windows a copy whose user cannot be read counts.
-bool quitRunningCopies();
+/// one is left after `limit`; it may still end later. On Windows a copy whose user cannot be read counts.
+bool quitRunningCopies(std::chrono::milliseconds limit);

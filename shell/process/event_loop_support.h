@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 class ProgramEnd;
@@ -31,7 +32,7 @@ private:
 /// On Windows ends the loops of native menus and boxes, which no exit of Qt's ends. Main thread.
 void endNativeLoops();
 
-/// Waits until there is a tray to show an icon in, at most `limitMs`; events are processed. Also ends when
-/// the program does. A tray that starts after the program's first look for one might not be used by Qt, so
-/// call this before. Main thread.
-bool waitForTray(int limitMs);
+/// Waits until there is a tray to show an icon in, at most `limitMs` and while `mayWait`; events are
+/// processed. Also ends when the program does. A tray that starts after the program's first look for one
+/// might not be used by Qt, so call this before. Main thread.
+bool waitForTray(int limitMs, const std::function<bool()>& mayWait);

@@ -89,8 +89,11 @@ def test_words_of_the_command_line_drive_the_program(desk):
     desk.program = desk.launch_program("--toggle-wheel")
     desk.wait_until_open()
     assert desk.display.focused_title() != "Rotika"
-    run_word(desk, "--toggle-wheel")
+    assert not holds_within(1, lambda: not desk.wheel())
+    held = [desk.launch_program("--toggle-wheel") for _ in range(2)]  # as a held shortcut does
+    assert [each.wait(20) for each in held] == [0, 0]
     desk.wait_until_closed()
+    assert not holds_within(1, desk.wheel)
     desk.work_in_recorder()
     run_word(desk, "--toggle-wheel")
     desk.wait_until_open()
@@ -156,6 +159,17 @@ def test_a_minimized_start_shows_the_window_only_where_there_is_no_tray(desk):
     wait_for("the program", desk.guard, 30)
     assert bool(holds_within(15, lambda: desk.display.titled("Rotika"))) != desk.target.has_tray
     expect_wheel(desk)
+    run_word(desk, "--quit")
+    desk.program = desk.launch_program("--minimized")
+    wait_for("the program", desk.guard, 30)
+    run_word(desk, "--toggle-wheel")
+    assert holds_within(3, desk.wheel), "a command waits for a tray"
+    desk.close_wheel()
+    first, desk.program = desk.program, desk.launch_program("--restart", "--minimized")
+    assert first.wait(20) == 0
+    wait_for("the program", desk.guard, 30)
+    assert bool(holds_within(5, lambda: desk.display.titled("Rotika"))) != desk.target.has_tray
+    assert desk.is_in_front("recorder") or not desk.target.gives_focus
 
 
 def test_files_are_created_in_the_program_folder_and_broken_or_missing_ones_do_not_prevent_a_start(desk):

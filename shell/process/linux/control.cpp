@@ -36,7 +36,6 @@ constexpr char interfaceText[] = R"(<node><interface name="org.freedesktop.Appli
 <arg type="a{sv}" direction="in"/></method></interface></node>)";
 
 constexpr guint retryMs = 50; // a copy that is starting has no name on the bus yet
-constexpr auto quitLimit = 10s;
 
 /// Bus callbacks may come after the listener has gone. Main thread.
 ControlListener* currentListener = nullptr;
@@ -240,8 +239,8 @@ void sendInBackground(const ControlCommand& command) {
     startSending(command);
 }
 
-bool quitRunningCopies() {
-    const auto limit = Clock::now() + quitLimit;
+bool quitRunningCopies(std::chrono::milliseconds limit) {
+    const auto end = Clock::now() + limit;
     // Repeated: the program may just be starting another one of them, for example its guard.
     for (std::vector<Copy> copies = runningCopies(); !copies.empty(); copies = runningCopies()) {
         bool haveAllEnded = true;
@@ -249,7 +248,7 @@ bool quitRunningCopies() {
             if (copy.isShell)
                 pidfd_send_signal(copy.handle, SIGTERM, nullptr, 0);
         for (const Copy& copy : copies) {
-            haveAllEnded = hasEnded(copy, limit) && haveAllEnded;
+            haveAllEnded = hasEnded(copy, end) && haveAllEnded;
             ::close(copy.handle);
         }
         if (!haveAllEnded)

@@ -52,16 +52,16 @@ void askBus(const std::shared_ptr<Search>& search) {
 
 } // namespace
 
-bool waitForTray(int limitMs) {
+bool waitForTray(int limitMs, const std::function<bool()>& mayWait) {
     const auto search = std::make_shared<Search>();
     const std::string address = sessionBusAddress();
     if (!address.empty())
         openOwnerBus(address, [search](GDBusConnection* bus) { search->bus = bus; });
     QEventLoop loop;
     QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &loop, [&loop, search] {
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&loop, &mayWait, search] {
         search->isFound = search->isFound || hasSelectionOwner();
-        if (search->isFound)
+        if (search->isFound || !mayWait())
             loop.quit();
         else if (search->bus != nullptr && !search->isPending)
             askBus(search);

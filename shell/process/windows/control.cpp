@@ -33,7 +33,6 @@ constexpr DWORD maxDataBytes = 1 << 20;
 constexpr LRESULT commandReceived = 1;
 constexpr std::chrono::milliseconds replyLimit{2000};
 
-constexpr auto quitLimit = 10s;
 constexpr DWORD retryMs = 100;
 
 /// There is one per process.
@@ -214,11 +213,11 @@ void sendInBackground(const ControlCommand& command) {
     thread->start();
 }
 
-bool quitRunningCopies() {
+bool quitRunningCopies(std::chrono::milliseconds limit) {
     const Window mark(createHiddenWindow(windowClass, controlProcedure, quittingCopyTitle), DestroyWindow);
-    const auto limit = Clock::now() + quitLimit;
+    const auto end = Clock::now() + limit;
     for (std::vector<Copy> copies = runningCopies(); !copies.empty(); copies = runningCopies()) {
-        if (Clock::now() >= limit)
+        if (Clock::now() >= end)
             return false;
         for (const Copy& copy : copies)
             askToQuit(copy);

@@ -71,12 +71,12 @@ void endNativeLoops() {
     EnumThreadWindows(GetCurrentThreadId(), closeBox, 0);
 }
 
-bool waitForTray(int limitMs) {
+bool waitForTray(int limitMs, const std::function<bool()>& mayWait) {
     const auto isFound = [] { return FindWindowW(L"Shell_TrayWnd", nullptr) != nullptr; };
     QEventLoop loop;
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
-        if (isFound())
+        if (isFound() || !mayWait())
             loop.quit();
     });
     poll.start(200);

@@ -12,6 +12,7 @@
 #include "platform/tray.h"
 #include "pointing/element_labels.h"
 #include "wheel/capture.h"
+#include "wheel/focus_hold.h"
 #include "wheel/icons.h"
 #include "wheel/painter.h"
 #include "workers/posted_record.h"
@@ -83,6 +84,7 @@ bool onData(std::uintptr_t kind, const void* bytes, std::size_t byteCount) noexc
 void onDestroyed() noexcept {
     if (engineState.wheelVisible)
         hideWheel();
+    endFocusHold();
     stopWorkers();
     removeTrayIcon();
     unregisterHotKey(engineState.mainWindow, toggleHotKeyId);
@@ -100,6 +102,7 @@ void onSessionLockChanged(bool isLocked) noexcept {
     if (!isLocked)
         return;
     closeWheel();
+    endFocusHold();
     hideGrid();
     cancelElementLabels();
 }

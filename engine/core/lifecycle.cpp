@@ -16,6 +16,7 @@
 #include "platform/tray.h"
 #include "voice/phrase_table.h"
 #include "wheel/capture.h"
+#include "wheel/focus_hold.h"
 #include "wheel/icons.h"
 #include "wheel/painter.h"
 
@@ -63,6 +64,7 @@ void stopEngine() {
     engineState.isStopped = true;
     if (engineState.wheelVisible)
         hideWheel();
+    endFocusHold();
     if (engineState.gridWindow != nullptr) // null without a start
         hideOverlayWindow(engineState.gridWindow);
     clearGridWindowFlags();

@@ -6,6 +6,7 @@
 #include "platform/messages.h"
 #include "platform/overlay_window.h"
 #include "wheel/capture.h"
+#include "wheel/focus_hold.h"
 #include "wheel/selection.h"
 #include "wheel/wheel_keys.h"
 #include "wheel/wheel_layout.h"
@@ -19,6 +20,7 @@ constexpr std::int32_t gridWindowSizePx = 100; // until the grid is first placed
 /// The capture must end with its window.
 void onWheelWindowDestroyed() noexcept {
     closeWheel();
+    endFocusHold();
     engineState.wheelWindow = nullptr;
     createMissingOverlays();
 }

@@ -11,6 +11,7 @@
 #include "pointing/grid.h"
 #include "run/function_run.h"
 #include "wheel/capture.h"
+#include "wheel/focus_hold.h"
 #include "wheel/selection.h"
 
 namespace rotika {
@@ -26,8 +27,8 @@ void runByVoice(const WheelAction& chosen) {
     closeWheel();
     if (action.steps.empty())
         return;
-    runFunction(action,
-                wasOpen ? static_cast<std::uint32_t>(engineConfig.sendDelay.load()) : closedWheelDelayMs);
+    runWithFocusBack(action, wasOpen ? static_cast<std::uint32_t>(engineConfig.sendDelay.load())
+                                     : closedWheelDelayMs);
 }
 
 void onVoiceField(std::uintptr_t wheelIndex, std::uintptr_t fieldIndex) {

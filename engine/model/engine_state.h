@@ -13,6 +13,7 @@
 #include <future>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace rotika {
@@ -43,8 +44,11 @@ struct EngineState {
     std::int32_t pendingDx = 0; // raw motion not yet applied
     std::int32_t pendingDy = 0;
     std::uint64_t lastMouseMoveTick = 0;
-    std::uint16_t heldKey = 0;     // of the open wheel: the last one pressed on it, until its release
-    std::int32_t dwellTarget = -1; // field, or 100 plus arrow
+    std::uint16_t heldKey = 0; // of the open wheel: the last one pressed on it, until its release
+    bool holdsFocus = false;   // the closed wheel keeps the focus until a key is up
+    std::uint64_t focusHoldStart = 0;
+    std::vector<std::pair<WheelAction, std::uint32_t>> functionsAfterHold; // with their initial delays
+    std::int32_t dwellTarget = -1;                                         // field, or 100 plus arrow
     std::uint64_t dwellStartTick = 0;
     float dwellProgress = 0; // 0 to 1
 

@@ -49,6 +49,9 @@ void hideOverlayWindow(WindowHandle window);
 /// that neither the old picture nor an empty one appears in the new place.
 void presentPictureAt(WindowHandle window, Point corner, const Picture& picture);
 
+/// Whether the key that a layer with the focus has last received as a press or repeat is still down.
+bool overlayKeyIsDown();
+
 /// Draws `picture` and makes it the window's whole content, shown or hidden.
 void presentPicture(WindowHandle window, const Picture& picture);
 

@@ -8,6 +8,7 @@
 #include "platform/pointer.h"
 #include "platform/pointer_capture.h"
 #include "platform/timer.h"
+#include "wheel/focus_hold.h"
 #include "wheel/painter.h"
 #include "wheel/tick.h"
 #include "wheel/wheel_layout.h"
@@ -41,10 +42,22 @@ PointerCaptureHandlers captureHandlers() {
 void tickOpenWheel() noexcept {
     if (!engineState.wheelVisible)
         return;
-    if (renewPointerCapture())
+    if (renewPointerCapture()) {
         tickWheel();
-    else
+    } else {
         closeWheel();
+        endFocusHold(); // after an interruption of this thread, at once
+    }
+}
+
+void endShow() {
+    stopWindowTimer(engineState.wheelWindow);
+    endPointerCapture();
+    engineState.wheelVisible = false;
+    engineState.hoveredField = -1;
+    engineState.gazeDriven = false;
+    engineState.dwellTarget = -1;
+    engineState.dwellProgress = 0;
 }
 
 } // namespace
@@ -59,6 +72,7 @@ void prepareWheel() {
 void showWheel() {
     if (engineState.sessionLocked || engineState.isStopped || engineState.wheelWindow == nullptr)
         return;
+    endFocusHold();
     engineState.savedCursor = cursorPosition();
     engineState.savedForeground = foregroundWindow();
     engineState.restorePending = true;
@@ -74,14 +88,8 @@ void showWheel() {
 }
 
 void hideWheel() {
-    stopWindowTimer(engineState.wheelWindow);
-    endPointerCapture();
+    endShow();
     hideOverlayWindow(engineState.wheelWindow);
-    engineState.wheelVisible = false;
-    engineState.hoveredField = -1;
-    engineState.gazeDriven = false;
-    engineState.dwellTarget = -1;
-    engineState.dwellProgress = 0;
 }
 
 void restoreFocus() {
@@ -89,16 +97,16 @@ void restoreFocus() {
         return;
     engineState.restorePending = false;
     setCursorPosition(engineState.savedCursor);
-    const WindowHandle saved = engineState.savedForeground;
-    if (saved == nullptr || !windowExists(saved) || foregroundWindow() == saved)
-        return;
-    bringToForeground(saved);
+    if (!engineState.holdsFocus)
+        giveFocusBack();
 }
 
 void closeWheel() {
     if (!engineState.wheelVisible)
         return;
-    hideWheel();
+    endShow();
+    if (!startFocusHold())
+        hideOverlayWindow(engineState.wheelWindow);
     restoreFocus();
 }
 

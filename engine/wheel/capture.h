@@ -16,7 +16,8 @@ void showWheel();
 /// every way of closing.
 void hideWheel();
 
-/// Restores the saved cursor position and foreground window, at most once per show.
+/// Restores the saved cursor position and foreground window, the latter if need be after a focus hold, at
+/// most once per show.
 void restoreFocus();
 
 /// Closes an open wheel and restores cursor and foreground window; no effect when it is closed.

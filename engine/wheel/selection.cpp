@@ -2,8 +2,8 @@
 
 #include "model/engine_config.h"
 #include "model/engine_state.h"
-#include "run/function_run.h"
 #include "wheel/capture.h"
+#include "wheel/focus_hold.h"
 #include "wheel/painter.h"
 #include "wheel/wheel_layout.h"
 
@@ -33,7 +33,7 @@ void selectUnderCursor() {
     const WheelAction action = activeWheelRecord().actions[static_cast<std::size_t>(field)];
     closeWheel();
     if (!action.steps.empty())
-        runFunction(action, static_cast<std::uint32_t>(engineConfig.sendDelay.load()));
+        runWithFocusBack(action, static_cast<std::uint32_t>(engineConfig.sendDelay.load()));
 }
 
 } // namespace rotika

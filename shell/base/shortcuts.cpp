@@ -7,8 +7,7 @@
 
 namespace {
 
-/// Whether the key press that is being handled repeats one that is held down. On X11 Qt's own flag misses
-/// those whose two events, of the same time, are not read together.
+/// Whether the key press that is being handled repeats one that is held down.
 bool isRepeated = false;
 
 bool isButton(const QObject* watched) {
@@ -58,17 +57,31 @@ bool isEnterPress(const QEvent& event) {
            (press.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
 }
 
+KeyRules::KeyRules(bool releasesAreGenuine, QObject* parent)
+    : QObject(parent), usesReleases(releasesAreGenuine) {}
+
+/// A press is delivered more than once: as a possible shortcut, and to the parents of the focused widget.
+bool KeyRules::isRepetition(const QKeyEvent& press) {
+    if (!usesReleases)
+        return press.isAutoRepeat();
+    const quint32 code = press.nativeScanCode();
+    if (!pressTimes.contains(code))
+        pressTimes.insert(code, press.timestamp());
+    return pressTimes.value(code) != press.timestamp();
+}
+
 bool KeyRules::eventFilter(QObject* watched, QEvent* event) {
     const QEvent::Type type = event->type();
+    if (type == QEvent::ApplicationStateChange)
+        pressTimes.clear(); // the releases may go to another program
     if (type != QEvent::KeyPress && type != QEvent::KeyRelease && type != QEvent::ShortcutOverride)
         return false;
     const auto& key = static_cast<const QKeyEvent&>(*event);
     if (type == QEvent::KeyRelease) {
-        releasedKey = key.key();
-        releaseTime = key.timestamp();
+        pressTimes.remove(key.nativeScanCode());
         return false;
     }
-    isRepeated = key.isAutoRepeat() || (key.key() == releasedKey && key.timestamp() == releaseTime);
+    isRepeated = isRepetition(key);
     const bool isEnter = isEnterPress(key);
     if (isRepeated && (isEnter || (key.key() == Qt::Key_Space && isButton(watched))))
         return true;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QHash>
 #include <QKeySequence>
 #include <QList>
 #include <QObject>
 #include <functional>
 
+class QKeyEvent;
 class QPushButton;
 class QWidget;
 
@@ -36,12 +38,16 @@ class KeyRules : public QObject {
     Q_OBJECT
 
 public:
-    using QObject::QObject;
+    /// With genuine releases (see makeReleasesGenuine()) a press without a release before it is a repeat;
+    /// otherwise Qt's own mark decides.
+    explicit KeyRules(bool releasesAreGenuine, QObject* parent = nullptr);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    int releasedKey = 0;
-    quint64 releaseTime = 0;
+    bool isRepetition(const QKeyEvent& press);
+
+    bool usesReleases;
+    QHash<quint32, quint64> pressTimes; // first press of each key that is down, by scan code
 };

@@ -327,6 +327,8 @@ bool WheelEditorPage::confirmsRemovalOf(const EditorWheel& wheel) {
     const QString question = tr("Usunąć koło \"%1\" wraz z funkcjami?").arg(shortened(wheel.name));
     QMessageBox* box =
         makeBox(this, QMessageBox::Question, boxTitle(), question, QMessageBox::Yes | QMessageBox::No);
+    // After a function has been removed its wheel is selected: Delete once too often, and Enter, ends here.
+    box->setDefaultButton(QMessageBox::No);
     return box->exec() == QMessageBox::Yes;
 }
 

@@ -88,8 +88,10 @@ TEST_F(InputContract, TheWheelReceivesTheUsersKeysWhileItHasTheFocus) {
     injectKey('E', false, InputMotion::downUntilReleased);
     playRealKey(enter, true);
     EXPECT_TRUE(pumpUntil([] { return received.repeatedKeys.contains(enter); }));
+    EXPECT_TRUE(overlayKeyIsDown());
     playRealKey(enter, false);
     EXPECT_TRUE(pumpUntil([] { return contains(received.keys, "13 released"); }));
+    EXPECT_FALSE(overlayKeyIsDown());
     EXPECT_EQ(received.keys, (Events{"68 released", "13 pressed", "13 released"}));
     EXPECT_EQ(received.focusLosses, 0);
     hideOverlayWindow(wheelWindow());

@@ -599,6 +599,10 @@ def remove_wheel(person):
     person.go_to("Koła i funkcje")
     person.act("na początek", "usuń zaznaczone")
     person.in_front("Edytor kół")
+    person.act("zatwierdź")  # the answer by default removes nothing
+    person.in_front("Rotika")
+    person.act("usuń zaznaczone")
+    person.in_front("Edytor kół")
     person.go_to("Tak")
     person.act("zatwierdź")
     person.in_front("Rotika")

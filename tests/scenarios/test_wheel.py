@@ -87,6 +87,12 @@ def test_with_take_focus_the_wheel_is_used_by_keyboard_and_gives_the_focus_back(
         assert not holds_within(0.4, lambda: not desk.wheel()), "its repeats would reach the foreground program"
         desk.keyboard.release(key)
         expect(*received)
+    open_wheel()
+    desk.keyboard.press("a")
+    desk.pick(1)
+    assert not holds_within(0.4, lambda: desk.is_in_front("recorder")), "it would get the repeats"
+    desk.keyboard.release("a")
+    expect("F6")
     third, keypad_third = 12, 89  # keycodes
     for layout, lock, key in (("fr", "Caps_Lock", third), ("ru,us", "Num_Lock", third), ("pl", "Num_Lock", keypad_third)):
         desk.screen.run("setxkbmap", layout)

@@ -1,8 +1,11 @@
 #include "platform/linux/layer_keys.h"
 
+#include "platform/overlay_window.h"
+
 #include "platform/linux/connection.h"
 #include "platform/linux/held_keys.h"
 #include "platform/linux/key_positions.h"
+#include "platform/linux/raw_keys.h"
 
 #include <algorithm>
 #include <bitset>
@@ -19,6 +22,7 @@ struct LayerKeys {
     std::bitset<keycodeCount> down; // as far as the layer knows
 };
 LayerKeys keys;
+KeyCode lastPressed = 0;
 
 constexpr std::uint16_t keypadDigitBase = 0x60;
 
@@ -67,6 +71,8 @@ void handleKey(XKeyEvent& event, const OverlayWindowHandlers& handlers) {
     const std::uint16_t virtualKey = virtualKeyOf(event);
     if (virtualKey == 0)
         return;
+    if (isPress)
+        lastPressed = static_cast<KeyCode>(event.keycode);
     const KeyChange ofPress = wasDown ? KeyChange::repeated : KeyChange::pressed;
     handlers.keyChanged(virtualKey, isPress ? ofPress : KeyChange::released);
 }
@@ -91,6 +97,10 @@ void handleKeymap(const XKeymapEvent& event) {
 void prepareLayerKeys() {
     // A held key then repeats as presses only, and each release is one.
     XkbSetDetectableAutoRepeat(ownerDisplay(), 1, nullptr);
+}
+
+bool overlayKeyIsDown() {
+    return ownerDisplay() != nullptr && lastPressed != 0 && isKeyDown(ownerDisplay(), lastPressed);
 }
 
 bool handleLayerKeyEvent(XEvent& event, const OverlayWindowHandlers& handlers) {

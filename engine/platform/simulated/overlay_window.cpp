@@ -58,6 +58,10 @@ void hideOverlayWindow(WindowHandle window) {
     desktop.note(JournalKind::window, "hide " + hidden.name);
 }
 
+bool overlayKeyIsDown() {
+    return simulatedDesktop().overlayKeyIsDown();
+}
+
 void presentPicture(WindowHandle window, const Picture& picture) {
     SimulatedDesktop& desktop = simulatedDesktop();
     PlatformWindow& painted = desktop.requireWindow(window, "a destroyed overlay painted");

@@ -128,6 +128,7 @@ public:
     /// Pressing a key that is down is an auto-repeat. Other programs' keys are not recorded.
     void pressKey(std::uint16_t virtualKey);
     void releaseKey(std::uint16_t virtualKey);
+    bool overlayKeyIsDown() const { return physicalKeysDown.contains(overlayKey); }
 
     // Other programs
 
@@ -201,6 +202,7 @@ private:
 
     std::thread::id ownerThread = std::this_thread::get_id();
     std::set<std::uint16_t> physicalKeysDown;
+    std::uint16_t overlayKey = 0; // the last one that an overlay has received as a press or repeat
 };
 
 /// The current desktop.

@@ -53,6 +53,8 @@ void SimulatedDesktop::releaseKey(std::uint16_t virtualKey) {
 void SimulatedDesktop::deliverKey(std::uint16_t virtualKey, KeyChange change) {
     if (foreground == nullptr || foreground->overlayHandlers.keyChanged == nullptr)
         return;
+    if (change != KeyChange::released)
+        overlayKey = virtualKey;
     enqueue(foreground, [handler = foreground->overlayHandlers.keyChanged, virtualKey, change] {
         handler(virtualKey, change);
     });

@@ -38,12 +38,17 @@ void leftButtonDown(const OverlayWindowHandlers& handlers) noexcept {
     }
 }
 
+int lastPressedKey = 0;
+
 /// The default procedure makes the system's commands of Alt and F4.
 LRESULT key(const OverlayWindowHandlers& handlers, HWND window, UINT message, WPARAM wParam,
             LPARAM lParam) noexcept {
     constexpr LPARAM wasDown = LPARAM{1} << 30;
     constexpr LPARAM isUp = LPARAM{1} << 31;
     if (handlers.keyChanged != nullptr && GetMessageExtraInfo() != static_cast<LPARAM>(extraInfoOfOurKeys)) {
+        if ((lParam & isUp) == 0) {
+            lastPressedKey = static_cast<int>(wParam);
+        }
         const KeyChange ofPress = (lParam & wasDown) != 0 ? KeyChange::repeated : KeyChange::pressed;
         handlers.keyChanged(static_cast<std::uint16_t>(wParam),
                             (lParam & isUp) != 0 ? KeyChange::released : ofPress);
@@ -165,6 +170,10 @@ void showOverlayWindow(WindowHandle window) {
 
 void hideOverlayWindow(WindowHandle window) {
     ShowWindow(nativeWindow(window), SW_HIDE);
+}
+
+bool overlayKeyIsDown() {
+    return lastPressedKey != 0 && GetAsyncKeyState(lastPressedKey) < 0;
 }
 
 void presentPicture(WindowHandle window, const Picture& picture) {

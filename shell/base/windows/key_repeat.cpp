@@ -1,0 +1,5 @@
+#include "shell/base/key_repeat.h"
+
+bool makeReleasesGenuine() {
+    return false;
+}

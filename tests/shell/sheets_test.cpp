@@ -240,10 +240,14 @@ TEST_P(Sheets, PutThePreviewBelowTheFormOnANarrowScreen) { // of 800 px
 
 TEST_P(Sheets, NameColoursThatKeysChooseInTheColourDialog) {
     const QColor start(1, 2, 3);
+    const QFont font = QApplication::font();
     const auto answer = [&](std::initializer_list<int> keys) {
         QTimer::singleShot(0, [keys] {
             auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
             expectLargeTargetsIn(*dialog);
+            const QSize most = dialog->screen()->availableSize();
+            EXPECT_TRUE(most.boundedTo(dialog->frameSize()) == dialog->frameSize())
+                << dialog->width() << ' ' << dialog->height();
             for (const int key : keys) {
                 QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
                 QApplication::sendEvent(dialog->focusWidget(), &press);
@@ -251,9 +255,15 @@ TEST_P(Sheets, NameColoursThatKeysChooseInTheColourDialog) {
         });
         return askColor(window.get(), "Kolor pola", start);
     };
-    EXPECT_EQ(answer({Qt::Key_Return}), start);
-    EXPECT_EQ(answer({Qt::Key_End, Qt::Key_Return}), QColor(Qt::black)); // "czarny"
-    EXPECT_EQ(answer({Qt::Key_Escape}), QColor());
+    for (const int screen : {0, 1}) {
+        window->setGeometry(QGuiApplication::screens()[screen]->geometry());
+        EXPECT_EQ(answer({Qt::Key_Return}), start);
+        EXPECT_EQ(answer({Qt::Key_End, Qt::Key_Return}), QColor(Qt::black)); // "czarny"
+        EXPECT_EQ(answer({Qt::Key_Escape}), QColor());
+        QApplication::setFont(QFont(font.family(), 20));
+        EXPECT_EQ(answer({Qt::Key_Escape}), QColor());
+        QApplication::setFont(font);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Sheets, testing::ValuesIn(themes()),

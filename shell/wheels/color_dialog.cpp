@@ -56,18 +56,33 @@ void addColor(QListWidget& list, const QString& name, const QColor& color, const
         list.setCurrentItem(item);
 }
 
-/// The start colour is current, so that Enter keeps it.
+bool hasColor(const QListWidget& list, const QColor& color) {
+    for (int row = 0; row < list.count(); ++row) {
+        if (colorOf(*list.item(row)) == color)
+            return true;
+    }
+    return false;
+}
+
+/// The colours with names, and those that are kept in Qt's custom slots. The start colour is current, so that
+/// Enter keeps it.
 QListWidget* makeColorList(const QColor& start) {
     auto* list = new QListWidget;
     list->setAccessibleName(QCoreApplication::translate("ColorDialog", "Kolory"));
     list->ensurePolished(); // or rows keep the height of unstyled text
+    const auto addNumber = [&](const QColor& color) {
+        if (!hasColor(*list, color))
+            addColor(*list, color.name().toUpper(), color, start);
+    };
     const bool hasName =
         std::any_of(std::begin(namedColors), std::end(namedColors),
                     [&start](const NamedColor& color) { return QColor(color.value) == start; });
     if (!hasName)
-        addColor(*list, start.name().toUpper(), start, start);
+        addNumber(start);
     for (const NamedColor& color : namedColors)
         addColor(*list, QString::fromUtf16(color.name), QColor(color.value), start);
+    for (int slot = 0; slot < QColorDialog::customCount(); ++slot)
+        addNumber(QColorDialog::customColor(slot)); // white, which has a name, in an empty slot
     return list;
 }
 

@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);
     // Settings of the tests' own; on Windows they are in the registry of the tests' Wine prefix.
-    const QTemporaryDir settings;
+    static const QTemporaryDir settings; // Qt writes custom colours at the end of the program
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
     installPolishTranslator();
     return RUN_ALL_TESTS();

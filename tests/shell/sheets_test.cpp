@@ -241,6 +241,7 @@ TEST_P(Sheets, PutThePreviewBelowTheFormOnANarrowScreen) { // of 800 px
 TEST_P(Sheets, NameColoursThatKeysChooseInTheColourDialog) {
     const QColor start(1, 2, 3);
     const QFont font = QApplication::font();
+    QColorDialog::setCustomColor(9, qRgb(4, 5, 6));
     const auto answer = [&](std::initializer_list<int> keys) {
         QTimer::singleShot(0, [keys] {
             auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
@@ -258,7 +259,8 @@ TEST_P(Sheets, NameColoursThatKeysChooseInTheColourDialog) {
     for (const int screen : {0, 1}) {
         window->setGeometry(QGuiApplication::screens()[screen]->geometry());
         EXPECT_EQ(answer({Qt::Key_Return}), start);
-        EXPECT_EQ(answer({Qt::Key_End, Qt::Key_Return}), QColor(Qt::black)); // "czarny"
+        EXPECT_EQ(answer({Qt::Key_Right, Qt::Key_Return}), QColor(0xC62828)); // "czerwony"
+        EXPECT_EQ(answer({Qt::Key_End, Qt::Key_Return}), QColor(4, 5, 6));
         EXPECT_EQ(answer({Qt::Key_Escape}), QColor());
         QApplication::setFont(QFont(font.family(), 20));
         EXPECT_EQ(answer({Qt::Key_Escape}), QColor());

@@ -238,6 +238,22 @@ TEST_P(Sheets, PutThePreviewBelowTheFormOnANarrowScreen) { // of 800 px
     EXPECT_GT(page->findChild<TitledPreview*>()->y(), tree->mapTo(page, tree->rect().bottomLeft()).y());
 }
 
+TEST_P(Sheets, KeepButtonsAndFieldsAsHighAsALargeFontInALowWindow) {
+    const QFont font = QApplication::font();
+    QApplication::setFont(QFont(font.family(), 30));
+    applyTheme(GetParam().themeId);
+    window->findChild<QListWidget*>("Sidebar")->setCurrentRow(1);
+    window->resize(600, 300);
+    QApplication::processEvents();
+    for (const QWidget* widget : window->findChild<WheelEditorPage*>()->findChildren<QWidget*>()) {
+        const bool hasText =
+            widget->inherits("QPushButton") || widget->inherits("QLineEdit") || widget->inherits("QComboBox");
+        EXPECT_TRUE(!hasText || widget->height() >= widget->fontMetrics().height())
+            << widget->metaObject()->className();
+    }
+    QApplication::setFont(font);
+}
+
 TEST_P(Sheets, NameColoursThatKeysChooseInTheColourDialog) {
     const QColor start(1, 2, 3);
     const QFont font = QApplication::font();

@@ -238,7 +238,7 @@ TEST_P(Sheets, PutThePreviewBelowTheFormOnANarrowScreen) { // of 800 px
     EXPECT_GT(page->findChild<TitledPreview*>()->y(), tree->mapTo(page, tree->rect().bottomLeft()).y());
 }
 
-TEST_P(Sheets, KeepButtonsAndFieldsAsHighAsALargeFontInALowWindow) {
+TEST_P(Sheets, KeepALargeFontReadableInASmallWindow) {
     const QFont font = QApplication::font();
     QApplication::setFont(QFont(font.family(), 30));
     applyTheme(GetParam().themeId);
@@ -251,6 +251,11 @@ TEST_P(Sheets, KeepButtonsAndFieldsAsHighAsALargeFontInALowWindow) {
         EXPECT_TRUE(!hasText || widget->height() >= widget->fontMetrics().height())
             << widget->metaObject()->className();
     }
+    window->findChild<QListWidget*>("Sidebar")->setCurrentRow(2);
+    auto* box = window->findChild<QStackedWidget*>()->currentWidget()->findChild<QCheckBox*>();
+    box->setFocus();
+    QApplication::processEvents();
+    EXPECT_EQ(box->visibleRegion().boundingRect().left(), 0); // its text begins there
     QApplication::setFont(font);
 }
 

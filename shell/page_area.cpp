@@ -58,7 +58,19 @@ PageArea::PageArea(PageStack* stack, QWidget* above, int beside, QWidget* parent
 // button is down, or the release would miss the pressed widget.
 void PageArea::followFocus(const QWidget* /*before*/, QWidget* now) {
     if (now != nullptr && pages->isAncestorOf(now) && QGuiApplication::mouseButtons() == Qt::NoButton)
-        ensureWidgetVisible(now);
+        showWidget(*now);
+}
+
+// No further to the right than needed: texts begin at the left.
+void PageArea::showWidget(QWidget& widget) {
+    ensureWidgetVisible(&widget, 0);
+    if (widget.width() > viewport()->width())
+        horizontalScrollBar()->setValue(widget.mapTo(pages, QPoint(0, 0)).x());
+}
+
+// QScrollArea's would scroll again, with a margin.
+bool PageArea::focusNextPrevChild(bool next) {
+    return QWidget::focusNextPrevChild(next);
 }
 
 QSize PageArea::minimumSizeHint() const {

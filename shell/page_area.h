@@ -31,11 +31,13 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:
     void followFocus(const QWidget* before, QWidget* now);
+    void showWidget(QWidget& widget);
 
     PageStack* pages;
     QWidget* bar;

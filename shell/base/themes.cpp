@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QFontMetrics>
+#include <QRegularExpression>
 #include <algorithm>
 
 namespace {
@@ -17,6 +19,21 @@ QString readSheet(const QString& themeId) {
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return {};
     return QString::fromUtf8(file.readAll());
+}
+
+/// A minimum height in the sheet replaces Qt's own, which follows the font: in a low window, layouts would
+/// make buttons and fields so low that a large font is cut.
+QString fitToFont(const QString& sheet) {
+    static const QRegularExpression minimum(QStringLiteral("min-height: ([1-9][0-9]*)px"));
+    const int fontHeight = QFontMetrics(QApplication::font()).height();
+    QString fitted;
+    qsizetype end = 0;
+    for (const QRegularExpressionMatch& match : minimum.globalMatch(sheet)) {
+        fitted += sheet.mid(end, match.capturedStart(1) - end);
+        fitted += QString::number(std::max(match.captured(1).toInt(), fontHeight));
+        end = match.capturedEnd(1);
+    }
+    return fitted + sheet.mid(end);
 }
 
 } // namespace
@@ -43,5 +60,5 @@ QString currentThemeId() {
 
 void applyTheme(const QString& id) {
     currentId() = themeInfo(id).themeId;
-    qApp->setStyleSheet(readSheet(currentId()));
+    qApp->setStyleSheet(fitToFont(readSheet(currentId())));
 }

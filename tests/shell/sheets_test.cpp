@@ -238,12 +238,38 @@ TEST_P(Sheets, PutThePreviewBelowTheFormOnANarrowScreen) { // of 800 px
     EXPECT_GT(page->findChild<TitledPreview*>()->y(), tree->mapTo(page, tree->rect().bottomLeft()).y());
 }
 
+TEST_P(Sheets, KeepALargeFontReadableInASmallWindow) {
+    const QFont font = QApplication::font();
+    QApplication::setFont(QFont(font.family(), 30));
+    applyTheme(GetParam().themeId);
+    window->findChild<QListWidget*>("Sidebar")->setCurrentRow(1);
+    window->resize(600, 300);
+    QApplication::processEvents();
+    for (const QWidget* widget : window->findChild<WheelEditorPage*>()->findChildren<QWidget*>()) {
+        const bool hasText =
+            widget->inherits("QPushButton") || widget->inherits("QLineEdit") || widget->inherits("QComboBox");
+        EXPECT_TRUE(!hasText || widget->height() >= widget->fontMetrics().height())
+            << widget->metaObject()->className();
+    }
+    window->findChild<QListWidget*>("Sidebar")->setCurrentRow(2);
+    auto* box = window->findChild<QStackedWidget*>()->currentWidget()->findChild<QCheckBox*>();
+    box->setFocus();
+    QApplication::processEvents();
+    EXPECT_EQ(box->visibleRegion().boundingRect().left(), 0); // its text begins there
+    QApplication::setFont(font);
+}
+
 TEST_P(Sheets, NameColoursThatKeysChooseInTheColourDialog) {
     const QColor start(1, 2, 3);
+    const QFont font = QApplication::font();
+    QColorDialog::setCustomColor(9, qRgb(4, 5, 6));
     const auto answer = [&](std::initializer_list<int> keys) {
         QTimer::singleShot(0, [keys] {
             auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
             expectLargeTargetsIn(*dialog);
+            const QSize most = dialog->screen()->availableSize();
+            EXPECT_TRUE(most.boundedTo(dialog->frameSize()) == dialog->frameSize())
+                << dialog->width() << ' ' << dialog->height();
             for (const int key : keys) {
                 QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
                 QApplication::sendEvent(dialog->focusWidget(), &press);
@@ -251,9 +277,16 @@ TEST_P(Sheets, NameColoursThatKeysChooseInTheColourDialog) {
         });
         return askColor(window.get(), "Kolor pola", start);
     };
-    EXPECT_EQ(answer({Qt::Key_Return}), start);
-    EXPECT_EQ(answer({Qt::Key_End, Qt::Key_Return}), QColor(Qt::black)); // "czarny"
-    EXPECT_EQ(answer({Qt::Key_Escape}), QColor());
+    for (const int screen : {0, 1}) {
+        window->setGeometry(QGuiApplication::screens()[screen]->geometry());
+        EXPECT_EQ(answer({Qt::Key_Return}), start);
+        EXPECT_EQ(answer({Qt::Key_Right, Qt::Key_Return}), QColor(0xC62828)); // "czerwony"
+        EXPECT_EQ(answer({Qt::Key_End, Qt::Key_Return}), QColor(4, 5, 6));
+        EXPECT_EQ(answer({Qt::Key_Escape}), QColor());
+        QApplication::setFont(QFont(font.family(), 20));
+        EXPECT_EQ(answer({Qt::Key_Escape}), QColor());
+        QApplication::setFont(font);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Sheets, testing::ValuesIn(themes()),

@@ -48,8 +48,8 @@ void switchVoice(bool isEnabled) {
 }
 
 void explainVoiceOff() {
-    showNotification(QCoreApplication::translate(
-        "VoiceSwitch",
-        "Komendy głosowe są wyłączone. Włączysz je na stronie „Komendy głosowe” albo poleceniem "
-        "rotika --voice on."));
+    showNotification(QCoreApplication::translate("VoiceSwitch",
+                                                 "Komendy głosowe są wyłączone. Włączysz je na stronie "
+                                                 "„Komendy głosowe” albo poleceniem „Włącz komendy "
+                                                 "głosowe” w menu systemu (rotika --voice on)."));
 }

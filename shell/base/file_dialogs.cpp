@@ -32,6 +32,12 @@ void offerFolders(QFileDialog& dialog) {
     constexpr int padding = 12; // of the list and its frame in the style sheets
     const int width = list->sizeHintForColumn(0) + padding;
     splitter->setSizes({width, dialog.width() - width});
+    // Qt forgets the current row whenever the folder changes; arrow keys would begin at the first row again.
+    QItemSelectionModel* selection = list->selectionModel();
+    QObject::connect(selection, &QItemSelectionModel::selectionChanged, list, [selection] {
+        if (selection->hasSelection() && !selection->currentIndex().isValid())
+            selection->setCurrentIndex(selection->selectedIndexes().first(), QItemSelectionModel::NoUpdate);
+    });
 }
 
 /// Applies to Qt's own dialog only: a native dialog has no QTreeView.

@@ -681,7 +681,9 @@ def boxes(person):
     person.in_front("Rotika")
     person.act("otwórz plik")
     person.in_front("Otwórz plik kół")
-    Program(person.desk.screen, "Rotika").find("przykłady", "list item")  # beside the files
+    person.go_to("Pasek boczny")  # with the user's files and the examples
+    person.act("w dół", "w dół", "w dół", "w dół")
+    wait_for("the folder", lambda: "przykłady" in person.focused())
     person.act("anuluj")
     person.in_front("Rotika")
 

@@ -3,7 +3,6 @@
 #include "engine/core/overlay.h"
 #include "shell/base/cards.h"
 #include "shell/base/engine_status.h"
-#include "shell/base/key_repeat.h"
 #include "shell/base/shortcuts.h"
 #include "shell/base/wheel_preview.h"
 #include "shell/base/window_size.h"
@@ -149,7 +148,7 @@ void MainWindow::createTray() {
 }
 
 void MainWindow::createShortcuts() {
-    qApp->installEventFilter(new KeyRules(makeReleasesGenuine(), this));
+    qApp->installEventFilter(new KeyRules(this));
     for (int row = 0; row < stack->count(); ++row) {
         const QKeySequence keys = QKeyCombination(Qt::CTRL, static_cast<Qt::Key>(Qt::Key_1 + row));
         addShortcut(this, keys, [this, row] { showPage(row); });

@@ -1,6 +1,13 @@
 #pragma once
 
-/// Lets the system send a key that is held down without releases between its repeats, so that each release is
-/// one of the key. Main thread, after the application has been created. False where that is not needed, since
-/// Qt then marks every repeat.
-bool makeReleasesGenuine();
+class QKeyEvent;
+
+// Which key presses are the system's repeats of a key that is held down. Main thread.
+
+/// Before the first key event, after the application has been created.
+void watchKeyRepeats();
+
+/// When another program gets the keys, and with them the releases.
+void forgetHeldKeys();
+
+bool isRepetition(const QKeyEvent& press);

@@ -1,5 +1,7 @@
 #include "shell/base/shortcuts.h"
 
+#include "shell/base/key_repeat.h"
+
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPushButton>
@@ -57,30 +59,18 @@ bool isEnterPress(const QEvent& event) {
            (press.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
 }
 
-KeyRules::KeyRules(bool releasesAreGenuine, QObject* parent)
-    : QObject(parent), usesReleases(releasesAreGenuine) {}
-
-/// A press is delivered more than once: as a possible shortcut, and to the parents of the focused widget.
-bool KeyRules::isRepetition(const QKeyEvent& press) {
-    if (!usesReleases)
-        return press.isAutoRepeat();
-    const quint32 code = press.nativeScanCode();
-    if (!pressTimes.contains(code))
-        pressTimes.insert(code, press.timestamp());
-    return pressTimes.value(code) != press.timestamp();
+KeyRules::KeyRules(QObject* parent) : QObject(parent) {
+    watchKeyRepeats();
 }
 
 bool KeyRules::eventFilter(QObject* watched, QEvent* event) {
     const QEvent::Type type = event->type();
-    if (type == QEvent::ApplicationStateChange)
-        pressTimes.clear(); // the releases may go to another program
-    if (type != QEvent::KeyPress && type != QEvent::KeyRelease && type != QEvent::ShortcutOverride)
+    if (type == QEvent::ApplicationStateChange &&
+        QGuiApplication::applicationState() != Qt::ApplicationActive)
+        forgetHeldKeys();
+    if (type != QEvent::KeyPress && type != QEvent::ShortcutOverride)
         return false;
     const auto& key = static_cast<const QKeyEvent&>(*event);
-    if (type == QEvent::KeyRelease) {
-        pressTimes.remove(key.nativeScanCode());
-        return false;
-    }
     isRepeated = isRepetition(key);
     const bool isEnter = isEnterPress(key);
     if (isRepeated && (isEnter || (key.key() == Qt::Key_Space && isButton(watched))))

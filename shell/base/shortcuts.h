@@ -1,12 +1,10 @@
 #pragma once
 
-#include <QHash>
 #include <QKeySequence>
 #include <QList>
 #include <QObject>
 #include <functional>
 
-class QKeyEvent;
 class QPushButton;
 class QWidget;
 
@@ -38,16 +36,8 @@ class KeyRules : public QObject {
     Q_OBJECT
 
 public:
-    /// With genuine releases (see makeReleasesGenuine()) a press without a release before it is a repeat;
-    /// otherwise Qt's own mark decides.
-    explicit KeyRules(bool releasesAreGenuine, QObject* parent = nullptr);
+    explicit KeyRules(QObject* parent = nullptr);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
-
-private:
-    bool isRepetition(const QKeyEvent& press);
-
-    bool usesReleases;
-    QHash<quint32, quint64> pressTimes; // first press of each key that is down, by scan code
 };

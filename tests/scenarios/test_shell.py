@@ -160,7 +160,7 @@ def test_a_wheel_of_four_functions_is_made_by_few_keystrokes(desk, user):
     user.play("Control_L+Return Shift_L+Tab Control_L+Up Shift_L+Tab End Delete")  # moves q up and removes s
     user.play("Control_L+2 Home Delete")
     user.program.window("Edytor kół")
-    user.play("Control_L+n Return")  # no function is added behind the question
+    user.play("Control_L+n Tab Return")  # no function is added behind the question
     user.program.window("Rotika")
     user.play("F5")
     assert user.keystrokes <= 90

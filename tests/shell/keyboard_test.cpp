@@ -13,31 +13,23 @@
 #include <QPushButton>
 
 TEST(Keyboard, EnterPressesTheButtonOnceHoweverLongItIsHeldDown) {
-    for (const bool releasesAreGenuine : {true, false}) { // as on X11 and elsewhere
-        KeyRules rules(releasesAreGenuine);
-        qApp->installEventFilter(&rules);
-        QPushButton button;
-        int presses = 0;
-        QObject::connect(&button, &QPushButton::clicked, [&] { ++presses; });
-        const auto send = [&](QEvent::Type type, quint64 time, bool isMarked = false) {
-            QKeyEvent event(type, Qt::Key_Return, Qt::NoModifier, 36, 0, 0, {}, isMarked);
-            event.setTimestamp(time);
-            QApplication::sendEvent(&button, &event);
-        };
-        send(QEvent::ShortcutOverride, 1);
-        send(QEvent::KeyPress, 1);
-        send(QEvent::KeyPress, 700, !releasesAreGenuine);
-        EXPECT_EQ(presses, 1);
-        for (int press = 0; press < 3; ++press) { // by a program, in the same millisecond
-            send(QEvent::KeyRelease, 740, releasesAreGenuine);
-            send(QEvent::KeyPress, 740, releasesAreGenuine); // Qt marks these on X11
-        }
-        EXPECT_EQ(presses, 4);
-        QEvent deactivation(QEvent::ApplicationStateChange);
-        QApplication::sendEvent(qApp, &deactivation); // the release goes to another program
-        send(QEvent::KeyPress, 900);
-        EXPECT_EQ(presses, 5);
-    }
+    KeyRules rules;
+    qApp->installEventFilter(&rules);
+    QPushButton button;
+    int presses = 0;
+    QObject::connect(&button, &QPushButton::clicked, [&] { ++presses; });
+    const auto send = [&](QEvent::Type type, bool isRepetition = false) {
+        QKeyEvent event(type, Qt::Key_Return, Qt::NoModifier, {}, isRepetition);
+        event.setTimestamp(700); // programs press a key more than once in a millisecond
+        QApplication::sendEvent(&button, &event);
+    };
+    send(QEvent::KeyPress);
+    send(QEvent::KeyRelease, true);
+    send(QEvent::KeyPress, true);
+    EXPECT_EQ(presses, 1);
+    send(QEvent::KeyRelease);
+    send(QEvent::KeyPress);
+    EXPECT_EQ(presses, 2);
 }
 
 TEST(Keyboard, MnemonicsDifferWithinEachDialog) {

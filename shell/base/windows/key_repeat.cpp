@@ -1,5 +1,11 @@
 #include "shell/base/key_repeat.h"
 
-bool makeReleasesGenuine() {
-    return false;
+#include <QKeyEvent>
+
+void watchKeyRepeats() {}
+
+void forgetHeldKeys() {}
+
+bool isRepetition(const QKeyEvent& press) {
+    return press.isAutoRepeat();
 }

@@ -38,8 +38,12 @@ void showRunningCopy() {
         sendToRunningCopy({showCommand.toString(), {}}, wheelLimit);
 }
 
+/// Unlike the tray's entry, it leaves a maximized window as large as it is.
 void bringToFront(MainWindow& window) {
-    window.showAndActivate();
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
     activateForUser(window);
 }
 

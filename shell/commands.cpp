@@ -1,6 +1,7 @@
 #include "shell/commands.h"
 
 #include "engine/core/overlay.h"
+#include "shell/base/json_file.h"
 #include "shell/main_window.h"
 #include "shell/process/control.h"
 #include "shell/process/window_activation.h"
@@ -38,9 +39,23 @@ void showRunningCopy() {
         sendToRunningCopy({showCommand.toString(), {}}, wheelLimit);
 }
 
+/// Unlike the tray's entry, it leaves a maximized window as large as it is.
 void bringToFront(MainWindow& window) {
-    window.showAndActivate();
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
     activateForUser(window);
+}
+
+int saveVoiceOff() {
+    QString backup;
+    const bool isSaved = writeVoiceEnabled(false, &backup);
+    if (!backup.isEmpty())
+        std::fputs(qUtf8Printable(configBackupText(backup) + '\n'), stderr);
+    if (!isSaved)
+        std::fputs("Nie udało się zapisać pliku config.json.\n", stderr);
+    return isSaved ? 0 : 1;
 }
 
 } // namespace
@@ -83,12 +98,8 @@ void showWithoutActivating(QWidget& window) {
 std::optional<int> sendCommand(const ControlCommand& command, bool isFirstCopy) {
     if (isFirstCopy && command.name != voiceOffCommand)
         return std::nullopt;
-    if (isFirstCopy && writeVoiceEnabled(false))
-        return 0;
-    if (isFirstCopy) {
-        std::fputs("Nie udało się zapisać pliku config.json.\n", stderr);
-        return 1;
-    }
+    if (isFirstCopy)
+        return saveVoiceOff();
     if (sendToRunningCopy(command, command.name == toggleWheelCommand ? wheelLimit : sendLimit))
         return 0;
     std::fputs(qUtf8Printable(notReceived() + '\n'), stderr);

@@ -23,8 +23,6 @@ public:
     /// `licence` must outlive the window. The engine must have been started.
     MainWindow(LicenceCheck& licence, const LicenceResult& result, QWidget* parent = nullptr);
 
-    void showAndActivate();
-
     /// Call before the program ends.
     void keepUnsavedChanges();
 
@@ -45,6 +43,7 @@ private:
     /// Moves the focus between the page list, the bar above the pages and the parts of the page; 1 is
     /// forward.
     void focusNextPart(int direction);
+    void showAndActivate();
     void refreshStatus();
     void chooseTheme(const ThemeInfo& theme);
     void openInEditor(const QString& path);

@@ -18,7 +18,10 @@ bool isWorking() {
 }
 
 bool apply(bool isEnabled) {
-    const bool isWritten = writeVoiceEnabled(isEnabled);
+    QString backup;
+    const bool isWritten = writeVoiceEnabled(isEnabled, &backup);
+    if (!backup.isEmpty())
+        showNotification(configBackupText(backup));
     if (isWritten)
         OverlayReloadConfig();
     return isWritten;
@@ -26,10 +29,10 @@ bool apply(bool isEnabled) {
 
 } // namespace
 
-bool writeVoiceEnabled(bool isEnabled) {
+bool writeVoiceEnabled(bool isEnabled, QString* backup) {
     QJsonObject config = readConfigObject();
     config[enabledKey] = isEnabled;
-    return writeConfigObject(config);
+    return writeConfigObject(config, backup);
 }
 
 void switchVoice(bool isEnabled) {

@@ -1,7 +1,10 @@
 #pragma once
 
-/// Sets "voiceEnabled" in config.json, and nothing else. False if the file cannot be written. Main thread.
-bool writeVoiceEnabled(bool isEnabled);
+#include <QString>
+
+/// Sets "voiceEnabled" in config.json, and nothing else. False if the file cannot be written. `backup` as of
+/// writeConfigObject(). Main thread.
+bool writeVoiceEnabled(bool isEnabled, QString* backup);
 
 /// As the check box of the voice page does. Switches voice that has given up, for example without a
 /// microphone, off and on again. Main thread, after the engine has started.

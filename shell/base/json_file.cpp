@@ -63,12 +63,20 @@ QJsonObject readConfigObject() {
     return document.isNull() ? parseTolerantly(bytes) : document.object();
 }
 
-bool writeConfigObject(const QJsonObject& object) {
+bool writeConfigObject(const QJsonObject& object, QString* backup) {
     const QString path = configPath();
     const std::optional<QByteArray> old = readFile(path);
     const bool holdsNothing = old ? old->trimmed().isEmpty() : !QFileInfo::exists(path);
-    const bool mayReplace =
-        holdsNothing || (old && (QJsonDocument::fromJson(*old).isObject() ||
-                                 !saveBackupCopy(path, *old).isEmpty() || !parseTolerantly(*old).isEmpty()));
+    const bool isParsed = holdsNothing || (old && QJsonDocument::fromJson(*old).isObject());
+    const QString copy = old && !isParsed ? saveBackupCopy(path, *old) : QString();
+    if (backup != nullptr)
+        *backup = copy;
+    const bool mayReplace = isParsed || (old && (!copy.isEmpty() || !parseTolerantly(*old).isEmpty()));
     return mayReplace && replaceFile(path, QJsonDocument(object).toJson());
+}
+
+QString configBackupText(const QString& backup) {
+    return QStringLiteral("W pliku config.json były błędy. Został zapisany od nowa, a jego poprzednia treść "
+                          "jest w pliku %1.")
+        .arg(QFileInfo(backup).fileName());
 }

@@ -24,6 +24,9 @@ QString saveBackupCopy(const QString& path, const QByteArray& bytes);
 /// JSON object in it.
 QJsonObject readConfigObject();
 
-/// Rewrites config.json. If Qt cannot parse the old file, it is backed up first. False, with the file
-/// unchanged, if it cannot be read or written, or can be neither parsed nor backed up.
-bool writeConfigObject(const QJsonObject& object);
+/// Rewrites config.json. If Qt cannot parse the old file, it is backed up first; `backup` receives the path.
+/// False, with the file unchanged, if it cannot be read or written, or can be neither parsed nor backed up.
+bool writeConfigObject(const QJsonObject& object, QString* backup = nullptr);
+
+/// Tells the user of such a backup.
+QString configBackupText(const QString& backup);

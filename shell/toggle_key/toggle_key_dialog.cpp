@@ -14,11 +14,46 @@
 #include <QPointer>
 #include <QProcess>
 #include <QPushButton>
+#include <algorithm>
+#include <utility>
 
 namespace {
 
 const QString configKey = QStringLiteral("toggleKey");
-constexpr int noteLines = 3;
+
+/// Keys that dialogs and texts depend on, and what nobody can do without them.
+constexpr std::pair<const char*, const char*> neededKeys[] = {
+    {"enter", "nie zatwierdzisz okien"},
+    {"space", "nie naciśniesz przycisków ani nie wpiszesz odstępu"},
+    {"tab", "nie przejdziesz do następnego pola"},
+    {"esc", "nie zamkniesz okien i menu"},
+    {"backspace", "nie poprawisz tekstu"},
+    {"up", "nie przejdziesz w górę list, menu i tekstu"},
+    {"down", "nie przejdziesz w dół list, menu i tekstu"},
+    {"left", "nie przejdziesz w lewo w tekście i menu"},
+    {"right", "nie przejdziesz w prawo w tekście i menu"},
+};
+
+QString noteFor(const QString& name) {
+    QString text =
+        QStringLiteral("Innym programom klawisz %1 nie będzie służył, gdy Rotika działa.").arg(name);
+    if (name.size() == 1)
+        text = (name[0].isDigit() ? QStringLiteral("Cyfry %1 nie wpiszesz, gdy program działa.")
+                                  : QStringLiteral("Litery %1 nie wpiszesz, gdy program działa."))
+                   .arg(name);
+    for (const auto& [key, loss] : neededKeys)
+        if (name == QLatin1String(key))
+            text = QStringLiteral("Uwaga! Bez klawisza %1 %2 w żadnym programie, gdy Rotika działa. Lepiej "
+                                  "wybierz inny.")
+                       .arg(name, QString::fromUtf8(loss));
+    return text + '\n' + QStringLiteral("Po zapisaniu program uruchomi się ponownie.");
+}
+
+QString unnamedNote() {
+    return QStringLiteral(
+        "Ten klawisz nie ma nazwy w pliku config.json, więc nie może otwierać koła. Wybierz "
+        "inny.");
+}
 
 /// The engine uses x for a name that it does not know, and knows single characters too.
 QString keyInForce() {
@@ -49,7 +84,6 @@ ToggleKeyDialog::ToggleKeyDialog(QWidget& mainWindow)
     selector->setCurrentIndex(selector->findText(current, Qt::MatchFixedString));
     note = new QLabel;
     note->setWordWrap(true);
-    note->setMinimumHeight(noteLines * fontMetrics().lineSpacing());
     note->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     auto* buttons = new QDialogButtonBox;
     buttons->addButton(tr("Zapisz"), QDialogButtonBox::AcceptRole);
@@ -68,6 +102,7 @@ ToggleKeyDialog::ToggleKeyDialog(QWidget& mainWindow)
     form->addRow(note);
     form->addRow(buttons);
     setMinimumWidth(420);
+    reserveNote();
 
     connect(field, &KeyCaptureField::captured, selector, &QComboBox::setCurrentText);
     connect(field, &KeyCaptureField::captured, this, &ToggleKeyDialog::explain);
@@ -79,17 +114,32 @@ ToggleKeyDialog::ToggleKeyDialog(QWidget& mainWindow)
 
 void ToggleKeyDialog::explain(const QString& name) {
     field->setText(name);
-    QString text = tr("Innym programom klawisz %1 nie będzie służył, gdy Rotika działa.");
-    if (name.size() == 1)
-        text = name[0].isDigit() ? tr("Cyfry %1 nie wpiszesz, gdy program działa.")
-                                 : tr("Litery %1 nie wpiszesz, gdy program działa.");
-    showNote(text.arg(name) + '\n' + tr("Po zapisaniu program uruchomi się ponownie."));
+    showNote(noteFor(name));
 }
 
 void ToggleKeyDialog::explainUnnamed() {
     selector->setCurrentText(current);
     field->clear();
-    showNote(tr("Ten klawisz nie ma nazwy w pliku config.json, więc nie może otwierać koła. Wybierz inny."));
+    showNote(unnamedNote());
+}
+
+/// For the tallest text at the smallest width, so that no text is cut or changes the dialog's size.
+void ToggleKeyDialog::reserveNote() {
+    ensurePolished();
+    note->ensurePolished();
+    const QMargins margins = layout()->contentsMargins();
+    const int width =
+        std::max(minimumWidth(), layout()->totalMinimumSize().width()) - margins.left() - margins.right();
+    int height = 0;
+    QStringList texts{unnamedNote()};
+    for (const QString& name : toggleKeyNames())
+        texts.append(noteFor(name));
+    for (const QString& text : texts) {
+        note->setText(text);
+        height = std::max(height, note->heightForWidth(width));
+    }
+    note->clear();
+    note->setMinimumHeight(height);
 }
 
 /// Screen readers read the description of the field, not a text that changes elsewhere.
@@ -100,22 +150,28 @@ void ToggleKeyDialog::showNote(const QString& text) {
 
 void ToggleKeyDialog::save() {
     const QString name = selector->currentText();
+    QString backup;
     QJsonObject config = readConfigObject();
     config[configKey] = name;
     if (name.isEmpty() || name == current) {
         reject();
-    } else if (!writeConfigObject(config) || readConfigObject() != config) {
+    } else if (!writeConfigObject(config, &backup) || readConfigObject() != config) {
         warn(tr("Nie udało się zapisać pliku config.json — może jest na dysku za mało miejsca albo plik jest "
                 "chroniony. Koło nadal otwiera klawisz %1.")
                  .arg(current));
-    } else if (!restart(!window.isVisible())) {
+    } else {
+        if (!backup.isEmpty())
+            warn(configBackupText(backup));
+        restartWith(name);
+    }
+}
+
+void ToggleKeyDialog::restartWith(const QString& name) {
+    if (!restart(!window.isVisible()))
         warn(tr("Klawisz %1 jest zapisany. Zacznie otwierać koło, gdy zakończysz i ponownie uruchomisz "
                 "program.")
                  .arg(name));
-        accept();
-    } else {
-        accept();
-    }
+    accept();
 }
 
 void ToggleKeyDialog::warn(const QString& text) {

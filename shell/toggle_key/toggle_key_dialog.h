@@ -18,8 +18,10 @@ public:
 private:
     void explain(const QString& name);
     void explainUnnamed();
+    void reserveNote();
     void showNote(const QString& text);
     void save();
+    void restartWith(const QString& name);
     void warn(const QString& text);
 
     QWidget& window;

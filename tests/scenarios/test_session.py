@@ -142,7 +142,10 @@ def test_another_toggle_key_is_chosen_by_keyboard(desk):
     desk.keyboard.tap("Return")
     wait_for("the dialog", lambda: not desk.display.titled("Klawisz koła")[1:] and desk.is_in_front("Klawisz koła"))
     file.rmdir()
-    file.write_text(before)
+    file.write_text(before.replace("7", "+7"))  # which is not JSON
+    desk.keyboard.tap("Return")
+    wait_for("a message", lambda: desk.display.titled("Klawisz koła")[1:])
+    assert (desk.folder / "config-kopia-1.json").exists()
     desk.keyboard.tap("Return")
     assert desk.program.wait(20) == 0
     assert json.loads(desk.read("config.json")) == json.loads(before) | {"toggleKey": "F9"}

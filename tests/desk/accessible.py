@@ -61,6 +61,10 @@ class Widget:
         """Left, top, width and height on the screen."""
         return self._call("Component", "GetExtents", "(u)", 0)
 
+    def with_its_list(self):
+        """Itself, and of a row also the list or tree: while that has the keyboard, its current row has the state."""
+        return [self, Widget(self.bus, self._property("Parent"))] if self.role().endswith(" item") else [self]
+
     def children(self):
         return [Widget(self.bus, reference) for reference in self._call("Accessible", "GetChildren")]
 
@@ -75,9 +79,12 @@ class Widget:
         return first_match(self.shown(), matches)
 
     def focused(self):
-        """The widget within it that has the keyboard focus, or None. Rows are left out: they report focus even while
-        their list does not have it."""
-        return self.find_shown(lambda widget: widget.has_state(FOCUSED) and not widget.role().endswith(" item"))
+        """The widget within it that has the keyboard focus, or None; also None while several have the state."""
+        try:
+            claims = [widget for widget in self.shown() if widget.has_state(FOCUSED)]
+        except GLib.Error:  # one has vanished
+            return None
+        return claims[0] if len(claims) == 1 else None
 
     def find(self, name, role):
         """Waits until it is visible. A combo box's name is its current choice; its description is its label."""

@@ -109,7 +109,7 @@ def test_a_wheel_is_created_saved_activated_and_used(desk, user):
     user.wait_until_selected("Strzelanka", "tree item")
     heard = user.program.hear_focus()
     user.press("Dodaj funkcję")
-    wait_for("its name to have the keyboard", lambda: user.window.focused().name() == "Nazwa")
+    wait_for("its name to have the keyboard", lambda: (now := user.program.focused()) and now.name() == "Nazwa")
     wait_for("only that to be reported", lambda: heard() == ["Dodaj funkcję", "Nazwa"])  # not its row, which is selected
     user.keyboard.type("Leczenie")  # replaces the preset name, which is selected
     user.fill("Fraza głosowa", "leczenie")
@@ -293,12 +293,13 @@ def test_a_saved_theme_fits_the_screen_and_tab_reaches_every_control(desk, user,
         user.wait_until_selected(page, "list item")
         assert in_view(user.window.extents(), (0, 0, *(side / scale for side in desk.screen.size)), enough=10000)
         unreached = {each.reference: each.name() for each in user.window.shown() if each.role() in CONTROLS and
-                     each.name() != KEY and each.has_state(FOCUSABLE) and each.has_state(ENABLED)}
-        last = pages = user.window.focused()
+                     each.description() != KEY and each.has_state(FOCUSABLE) and each.has_state(ENABLED)}
+        last, pages = user.window.focused(), user.window.find("Strony", "list")
         while pages.reference in unreached:
             user.keyboard.tap("Tab")
             last = wait_for(f"the control after {last.name()}", lambda: (now := user.window.focused()) and
                             now.reference != last.reference and now)
-            unreached.pop(last.reference, None)
+            for each in last.with_its_list():
+                unreached.pop(each.reference, None)
             wait_for(f"{last.name()} in view", lambda: last.name() and in_view(last.extents(), user.window.extents()))
         assert not unreached

@@ -83,7 +83,7 @@ class Person:
     def focused(self):
         """What has the keyboard: names of the widgets."""
         return [name for widget in Program(self.desk.screen, "Rotika").shown() if widget.has_state(FOCUSED)
-                for name in (widget.name(), widget.description())]
+                for each in widget.with_its_list() for name in (each.name(), each.description())]
 
     def go_to(self, name, after=None):
         """By the Tab key, from where a function leads to."""

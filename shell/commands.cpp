@@ -44,6 +44,8 @@ void bringToFront(MainWindow& window) {
     window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
     window.show();
     window.raise();
+    if (window.isActiveWindow())
+        return; // a request would move the focus away from a dialog that is about to open
     window.activateWindow();
     activateForUser(window);
 }

@@ -25,6 +25,8 @@ constexpr quint64 longestDelivery = 10'000; // ms, from the native event to Qt's
 
 class KeyRepeatWatch : public QAbstractNativeEventFilter {
 public:
+    explicit KeyRepeatWatch(Display* server) : display(server) {}
+
     bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override {
         const auto& event = *static_cast<const xcb_key_press_event_t*>(message);
         const int type = event.response_type & 0x7F; // without the mark of sent events
@@ -32,6 +34,8 @@ public:
             keysDown.remove(event.detail);
         else if (type == XCB_KEY_PRESS)
             press({event.detail, event.time});
+        else if (type == XCB_FOCUS_IN)
+            forgetReleasedKeys();
         return false;
     }
 
@@ -39,6 +43,13 @@ public:
     bool isRepetition(const Press& pressed) const { return repetitions.contains(pressed); }
 
 private:
+    /// A release goes to nobody while the focus is on its way from a closing window to the next one.
+    void forgetReleasedKeys() {
+        char down[32] = {};
+        if (!keysDown.isEmpty() && XQueryKeymap(display, down) != 0)
+            keysDown.removeIf([&down](quint32 code) { return (down[code / 8] >> code % 8 & 1) == 0; });
+    }
+
     void press(const Press& pressed) {
         if (keysDown.contains(pressed.first)) {
             repetitions.insert(pressed);
@@ -50,6 +61,7 @@ private:
             repetitions.clear();
     }
 
+    Display* display; // Qt's
     QSet<quint32> keysDown;
     QSet<Press> repetitions;
     quint64 lastRepetition = 0;
@@ -65,7 +77,7 @@ void watchKeyRepeats() {
     if (watch != nullptr || x11 == nullptr || QGuiApplication::platformName() != "xcb" ||
         XkbSetDetectableAutoRepeat(x11->display(), 1, nullptr) == 0)
         return;
-    static KeyRepeatWatch instance;
+    static KeyRepeatWatch instance(x11->display());
     watch = &instance;
     qApp->installNativeEventFilter(watch);
 }

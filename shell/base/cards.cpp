@@ -1,5 +1,8 @@
 #include "shell/base/cards.h"
 
+#include <QAbstractItemView>
+#include <QComboBox>
+#include <QLineEdit>
 #include <QPushButton>
 
 namespace {
@@ -26,6 +29,14 @@ QLabel* makeFieldLabel(const QString& text, QWidget* field) {
     label->setBuddy(field);
     field->setAccessibleName(text); // lists do not take it from their label
     return label;
+}
+
+void nameSelector(QComboBox* combo, const QString& name) {
+    combo->setAccessibleName(name);
+    combo->setAccessibleDescription(name);
+    combo->view()->setAccessibleName(name);
+    if (combo->lineEdit() != nullptr) // has the focus in place of the combo box
+        combo->lineEdit()->setAccessibleName(name);
 }
 
 QPushButton* addButton(QBoxLayout& row, const QString& text) {

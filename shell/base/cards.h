@@ -5,6 +5,7 @@
 #include <QString>
 #include <QVBoxLayout>
 
+class QComboBox;
 class QPushButton;
 
 // Building blocks of the pages. The style sheets select on the object name "Card" and on the property "role",
@@ -15,6 +16,10 @@ QLabel* makeLabel(const QString& text, const char* role);
 
 /// A label that is the buddy of `field`, which also gets the text as its accessible name.
 QLabel* makeFieldLabel(const QString& text, QWidget* field);
+
+/// Names a selector for screen readers. Some platforms report the current item as the accessible name; then
+/// only the description says what the selector is for.
+void nameSelector(QComboBox* combo, const QString& name);
 
 QPushButton* addButton(QBoxLayout& row, const QString& text);
 

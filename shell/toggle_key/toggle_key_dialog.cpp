@@ -1,11 +1,11 @@
 #include "shell/toggle_key/toggle_key_dialog.h"
 
+#include "shell/base/cards.h"
 #include "shell/base/json_file.h"
 #include "shell/base/message_boxes.h"
 #include "shell/toggle_key/key_capture_field.h"
 #include "shell/toggle_key/toggle_key_names.h"
 
-#include <QAbstractItemView>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDialogButtonBox>
@@ -96,9 +96,7 @@ ToggleKeyDialog::ToggleKeyDialog(QWidget& mainWindow)
     };
     addRow(tr("Nowy klawisz:"), field);
     addRow(tr("albo z listy:"), selector);
-    selector->setAccessibleName(tr("Nowy klawisz z listy"));
-    selector->setAccessibleDescription(selector->accessibleName());
-    selector->view()->setAccessibleName(selector->accessibleName());
+    nameSelector(selector, tr("Nowy klawisz z listy"));
     form->addRow(note);
     form->addRow(buttons);
     setMinimumWidth(420);

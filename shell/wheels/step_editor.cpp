@@ -5,7 +5,6 @@
 #include "shell/base/placeholder_edit.h"
 #include "shell/base/shortcuts.h"
 
-#include <QAbstractItemView>
 #include <QBoxLayout>
 #include <QComboBox>
 #include <QKeyEvent>
@@ -35,16 +34,6 @@ QStringList offeredKeys() {
                               "pageup",    "pagedown",  "printscreen", "volumeup", "volumedown", "volumemute",
                               "playpause", "nexttrack", "prevtrack",   "lmb",      "rmb",        "mmb",
                               "mb4",       "mb5"};
-}
-
-/// Some platforms report the current item as the accessible name; then only the description says what the
-/// selector is for.
-void nameSelector(QComboBox* combo, const QString& name) {
-    combo->setAccessibleName(name);
-    combo->setAccessibleDescription(name);
-    combo->view()->setAccessibleName(name);
-    if (combo->lineEdit() != nullptr) // has the focus in place of the combo box
-        combo->lineEdit()->setAccessibleName(name);
 }
 
 } // namespace

@@ -529,29 +529,26 @@ def value_and_delay(person):
     wait_for("both", lambda: person.function().get("delay") == 31 and person.function()["steps"][-1]["value"] == 7)
 
 
-@task("ikona")
-def icon(person):
+def choose_in_dialog(person, button, title):
     person.start()
     person.page(2)
-    person.go_to("Ikona: Wybierz…", after="nazwa funkcji")
+    person.go_to(button, after="nazwa funkcji")
     person.act("zatwierdź")
-    person.in_front("Wybierz ikonę")
+    person.in_front(title)
     person.act("w prawo", "zatwierdź")
     person.in_front("Rotika")
     person.act("zapisz plik")
+
+
+@task("ikona")
+def icon(person):
+    choose_in_dialog(person, "Ikona: Wybierz…", "Wybierz ikonę")
     wait_for("the icon", lambda: person.function().get("icon", "").startswith("icons/"))
 
 
 @task("kolor pola")
 def field_colour(person):
-    person.start()
-    person.page(2)
-    person.go_to("Kolor pola: domyślny", after="nazwa funkcji")
-    person.act("zatwierdź")
-    person.in_front("Kolor pola")
-    person.act("w prawo", "zatwierdź")
-    person.in_front("Rotika")
-    person.act("zapisz plik")
+    choose_in_dialog(person, "Kolor pola: domyślny", "Kolor pola")
     wait_for("the colour", lambda: person.function().get("color"))
 
 
